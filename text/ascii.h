@@ -1,0 +1,65 @@
+// Comparisons and conversions that look at ASCII letters and digits only, whatever the locale.
+// Names of columns, vCard properties and option keys are matched through them.
+#pragma once
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vlout::text {
+
+[[nodiscard]] constexpr char asciiLower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
+[[nodiscard]] constexpr bool isAsciiDigit(char c) {
+  return c >= '0' && c <= '9';
+}
+
+[[nodiscard]] constexpr bool equalsIgnoringAsciiCase(std::string_view a, std::string_view b) {
+  return a.size() == b.size() && std::equal(a.begin(), a.end(), b.begin(), [](char x, char y) {
+           return asciiLower(x) == asciiLower(y);
+         });
+}
+
+[[nodiscard]] inline std::string toAsciiUpper(std::string_view text) {
+  std::string upper(text);
+  std::transform(upper.begin(), upper.end(), upper.begin(), [](char c) {
+    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
+  });
+  return upper;
+}
+
+// Every character of `text` that is not an ASCII digit is dropped.
+[[nodiscard]] inline std::string digitsOnly(std::string_view text) {
+  std::string digits;
+  std::copy_if(text.begin(), text.end(), std::back_inserter(digits), isAsciiDigit);
+  return digits;
+}
+
+// The whole of `text` as a decimal whole number, or nothing.
+[[nodiscard]] inline std::optional<std::int64_t> parseInteger(std::string_view text) {
+  std::int64_t value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+  if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
+  return value;
+}
+
+// Replaces every occurrence of `from` in one pass; what a replacement leaves is not looked at
+// again.
+[[nodiscard]] inline std::string replaceAll(std::string_view text, std::string_view from,
+                                            std::string_view to) {
+  std::string result;
+  std::size_t start = 0;
+  for (std::size_t found = text.find(from); found != std::string_view::npos;
+       found = text.find(from, start)) {
+    result.append(text, start, found - start).append(to);
+    start = found + from.size();
+  }
+  return result.append(text.substr(start));
+}
+
+}  // namespace vlout::text

@@ -1,0 +1,52 @@
+// Local date-times as the rows and contacts carry them. A stamp in the database is a text of whole
+// seconds; a contact's time keeps its fraction until `toWholeSeconds` cuts it for comparison.
+// Every caller that writes a date goes through the two formatting functions here, so that the texts
+// never depend on regional settings.
+#pragma once
+
+#include <compare>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vlout::text {
+
+// A point on the local clock: whole seconds since 1970-01-01 00:00:00 on that clock, and the
+// nanoseconds after them (0 to 999,999,999).
+struct DateTime {
+  std::int64_t seconds = 0;
+  std::int32_t nanoseconds = 0;
+
+  auto operator<=>(const DateTime&) const = default;
+};
+
+// The date-time with these calendar fields, or nothing when there is no such day or time.
+[[nodiscard]] std::optional<DateTime> makeDateTime(int year, int month, int day, int hour = 0,
+                                                   int minute = 0, int second = 0);
+
+// The value of a contact's date property that holds no date: 4501-01-01. The contact store of old
+// uses this odd constant, and rows turn it into NULL by comparing with it exactly.
+[[nodiscard]] DateTime noDate();
+
+// "yyyy/mm/dd hh:mm:ss", the form of the three sync-state dates.
+[[nodiscard]] std::string formatStamp(DateTime time);
+
+// "yyyy-mm-dd", the form of birthdays, anniversaries and creation days.
+[[nodiscard]] std::string formatDay(DateTime time);
+
+// Reads what a Korean Windows host may have stored: "-", "/" or "." between year, month and day,
+// one-digit fields, an optional time with 오전/오후 or AM/PM before or after it. Nothing when the
+// text is empty or no date.
+[[nodiscard]] std::optional<DateTime> parseDateTime(std::string_view text);
+
+// The time without its fraction.
+[[nodiscard]] DateTime toWholeSeconds(DateTime time);
+
+// A Unix time as the local clock showed it.
+[[nodiscard]] DateTime fromUnixTime(std::int64_t seconds, std::int32_t nanoseconds);
+
+// The present time on the local clock.
+[[nodiscard]] DateTime localNow();
+
+}  // namespace vlout::text

@@ -1,0 +1,15 @@
+// The Latin-script test, which decides how names are split and in which order an address line is
+// joined. Name rules and address lines call it.
+#pragma once
+
+#include <string>
+
+namespace vlout::text {
+
+// Trims `text` in place and returns true when it counts as Latin: when it is empty or its last
+// character is a single byte in code page 949. Earlier characters do not count, deliberately: a
+// name such as "홍길동 Jr" is Latin. A character that the code page lacks is Latin too, since the
+// code page puts a single "?" in its place.
+[[nodiscard]] bool isLatinScript(std::string& text);
+
+}  // namespace vlout::text
