@@ -1,0 +1,73 @@
+// The database port: one connection to the name-card database, through which every reader and
+// writer runs its SQL text. The text is the same on every adapter, character for character; an
+// adapter runs exactly one statement a call and refuses text that holds a second one.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace vlout::store {
+
+// A statement or an open that failed: what failed, and the database system's own text.
+class DatabaseError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// How the component opens its database. The folder is the one that the component was loaded from.
+struct ConnectionSettings {
+  std::filesystem::path componentFolder;
+
+  static constexpr std::string_view kFileName = "VelmoraDB.vdb";
+  static constexpr int kTimeoutSeconds = 30;
+
+  // The text that the ADO adapter opens with; the folder goes in as it is, without quotes.
+  [[nodiscard]] std::string connectionString() const;
+  [[nodiscard]] std::filesystem::path databaseFile() const;
+};
+
+// One field of a row: its text (the bytes of a binary column), or nothing for NULL. The view lives
+// as long as the recordset stays on that row.
+using Field = std::optional<std::string_view>;
+
+// The rows of a query, held on the client side: their number is known, fields are read by name, and
+// the walk goes forward only.
+class Recordset {
+ public:
+  Recordset() = default;
+  Recordset(const Recordset&) = delete;
+  Recordset& operator=(const Recordset&) = delete;
+  virtual ~Recordset() = default;
+
+  [[nodiscard]] virtual std::size_t rowCount() const = 0;
+  [[nodiscard]] virtual bool atEnd() const = 0;
+  virtual void moveNext() = 0;
+
+  // The field of the current row with that name, compared without regard to ASCII case. Throws
+  // DatabaseError when there is no such column or no current row.
+  [[nodiscard]] virtual Field field(std::string_view name) const = 0;
+};
+
+class Connection {
+ public:
+  Connection() = default;
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
+  virtual ~Connection() = default;
+
+  // Throws DatabaseError and stays closed when the database cannot be opened; every later call then
+  // throws with the same reason.
+  virtual void open(const ConnectionSettings& settings) = 0;
+  [[nodiscard]] virtual bool isOpen() const = 0;
+
+  // Runs one statement that returns no rows; the number of rows affected.
+  virtual std::int64_t execute(std::string_view sql) = 0;
+  virtual std::unique_ptr<Recordset> query(std::string_view sql) = 0;
+};
+
+}  // namespace vlout::store

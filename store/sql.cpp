@@ -1,0 +1,51 @@
+#include "store/sql.h"
+
+#include <limits>
+#include <stdexcept>
+
+#include "text/ascii.h"
+#include "text/trim.h"
+
+namespace vlout::store {
+namespace {
+
+// A card id stands bare in the statement, so nothing but a number may get there.
+void requireNumber(std::string_view cardId) {
+  if (!text::parseInteger(cardId)) {
+    throw DatabaseError("명함 번호가 숫자가 아닙니다: " + std::string(cardId));
+  }
+}
+
+}  // namespace
+
+std::string sqlQuote(std::string_view value) {
+  return text::replaceAll(text::trim(value), "'", "''");
+}
+
+std::string sqlLiteral(std::string_view value) {
+  return "'" + sqlQuote(value) + "'";
+}
+
+bool cardExists(Connection& connection, std::string_view cardId) {
+  requireNumber(cardId);
+  const auto rows =
+      connection.query("SELECT i_idx from tbl_namecard where [i_idx]=" + std::string(cardId));
+  return rows->rowCount() > 0;
+}
+
+std::int16_t nextCardId(Connection& connection) {
+  const auto rows = connection.query("SELECT MAX(I_IDX) AS NewEventID FROM [tbl_namecard]");
+  if (rows->rowCount() == 0) return 1;
+  const auto largest = text::parseInteger(nullSafe(rows->field("NewEventID"))).value_or(0);
+  if (largest >= std::numeric_limits<std::int16_t>::max()) {
+    throw std::overflow_error("명함 번호가 32767을 넘습니다.");
+  }
+  return static_cast<std::int16_t>(largest + 1);
+}
+
+std::unique_ptr<Recordset> readCard(Connection& connection, std::string_view cardId) {
+  requireNumber(cardId);
+  return connection.query("SELECT * from tbl_namecard where [i_idx] = " + std::string(cardId));
+}
+
+}  // namespace vlout::store

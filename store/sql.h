@@ -1,0 +1,37 @@
+// The small helpers through which every reader and writer of the name-card tables builds its SQL
+// text and reads its fields.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "store/connection.h"
+
+namespace vlout::store {
+
+// An empty text when the field holds NULL, otherwise its text.
+[[nodiscard]] inline std::string_view nullSafe(const Field& field) {
+  return field.value_or(std::string_view());
+}
+
+// The trimmed value with every single quote doubled, ready to stand between single quotes.
+[[nodiscard]] std::string sqlQuote(std::string_view value);
+
+// The value through `sqlQuote` and between single quotes.
+[[nodiscard]] std::string sqlLiteral(std::string_view value);
+
+// True when `tbl_namecard` holds a row with that `i_idx`. Throws DatabaseError when the query
+// fails, as it does for an id that is not a number.
+[[nodiscard]] bool cardExists(Connection& connection, std::string_view cardId);
+
+// The largest `i_idx` plus 1, or 1 for an empty table. The result is 16 bits wide on purpose:
+// throws std::overflow_error past 32767 instead of wrapping, and DatabaseError when the query
+// fails.
+[[nodiscard]] std::int16_t nextCardId(Connection& connection);
+
+// The one row of that card, or no rows. The id is checked to be a number before it goes into the
+// text; throws DatabaseError otherwise.
+[[nodiscard]] std::unique_ptr<Recordset> readCard(Connection& connection, std::string_view cardId);
+
+}  // namespace vlout::store

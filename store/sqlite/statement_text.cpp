@@ -1,0 +1,165 @@
+#include "store/sqlite/statement_text.h"
+
+#include <algorithm>
+
+#include "store/connection.h"
+#include "text/ascii.h"
+
+namespace vlout::store {
+namespace {
+
+bool isBlank(char c) {
+  return c == ' ' || c == '\t' || c == '\r' || c == '\n';
+}
+
+bool isWordCharacter(char c) {
+  const auto byte = static_cast<unsigned char>(c);
+  return text::isAsciiDigit(c) || (text::asciiLower(c) >= 'a' && text::asciiLower(c) <= 'z') ||
+         c == '_' || byte >= 0x80;
+}
+
+class StatementReader {
+ public:
+  explicit StatementReader(std::string_view sql) : sql_(sql) {}
+
+  StatementText read() {
+    while (position_ < sql_.size()) readToken();
+    return std::move(result_);
+  }
+
+ private:
+  void readToken() {
+    const char c = sql_[position_];
+    if (isBlank(c)) {
+      result_.shape += c;
+      ++position_;
+      return;
+    }
+    switch (c) {
+      case '\'':
+        readText();
+        break;
+      case '[':
+        copyQuoted(']');
+        break;
+      case '"':
+      case '`':
+        copyQuoted(c);
+        break;
+      case ';':
+        requireEnd();
+        return;
+      default:
+        if (text::isAsciiDigit(c)) {
+          readNumber();
+        } else if (isWordCharacter(c)) {
+          readWord();
+        } else {
+          readSign(c);
+        }
+    }
+  }
+
+  [[nodiscard]] bool mayLift() const {
+    return previous_ == '=' || (inValues_ && depth_ == 1 && (previous_ == '(' || previous_ == ','));
+  }
+
+  void lift(bool isNumber, std::string value) {
+    result_.shape += '?';
+    result_.literals.push_back({isNumber, std::move(value)});
+    previous_ = '?';
+  }
+
+  void readText() {
+    const std::size_t start = position_;
+    std::string value;
+    ++position_;
+    while (true) {
+      const std::size_t quote = sql_.find('\'', position_);
+      if (quote == std::string_view::npos) fail("닫히지 않은 따옴표가 있습니다");
+      value.append(sql_, position_, quote - position_);
+      position_ = quote + 1;
+      if (position_ >= sql_.size() || sql_[position_] != '\'') break;
+      value += '\'';
+      ++position_;
+    }
+    if (mayLift()) {
+      lift(false, std::move(value));
+      return;
+    }
+    // SQLite would end the statement at a NUL; only a bound value can hold one.
+    if (value.find('\0') != std::string::npos) fail("NUL 문자가 있습니다");
+    result_.shape.append(sql_, start, position_ - start);
+    previous_ = '\'';
+  }
+
+  void copyQuoted(char close) {
+    const std::size_t end = sql_.find(close, position_ + 1);
+    if (end == std::string_view::npos) fail("닫히지 않은 이름이 있습니다");
+    result_.shape.append(sql_, position_, end + 1 - position_);
+    position_ = end + 1;
+    previous_ = close;
+  }
+
+  void readNumber() {
+    std::size_t end = position_;
+    while (end < sql_.size() && (isWordCharacter(sql_[end]) || sql_[end] == '.')) ++end;
+    const std::string_view number = sql_.substr(position_, end - position_);
+    position_ = end;
+    if (mayLift() && std::all_of(number.begin(), number.end(), text::isAsciiDigit)) {
+      lift(true, std::string(number));
+      return;
+    }
+    result_.shape += number;
+    previous_ = '0';
+  }
+
+  void readWord() {
+    std::size_t end = position_;
+    while (end < sql_.size() && isWordCharacter(sql_[end])) ++end;
+    const std::string_view word = sql_.substr(position_, end - position_);
+    if (text::equalsIgnoringAsciiCase(word, "VALUES")) inValues_ = true;
+    result_.shape += word;
+    position_ = end;
+    previous_ = 'a';
+  }
+
+  void readSign(char c) {
+    const char next = position_ + 1 < sql_.size() ? sql_[position_ + 1] : '\0';
+    const bool comment = (c == '-' && next == '-') || (c == '/' && next == '*');
+    const bool parameter = c == '?' || c == ':' || c == '@' || c == '$' || c == '#';
+    if (comment || parameter || c == '\0') fail("구문 오류입니다");
+    if (c == '(') ++depth_;
+    if (c == ')') --depth_;
+    result_.shape += c;
+    ++position_;
+    previous_ = c;
+  }
+
+  void requireEnd() {
+    const std::string_view rest = sql_.substr(position_);
+    const bool onlyEnd =
+        std::all_of(rest.begin(), rest.end(), [](char c) { return isBlank(c) || c == ';'; });
+    if (!onlyEnd) fail("문장 끝 뒤에 다른 문장이 있습니다");
+    position_ = sql_.size();
+  }
+
+  [[noreturn]] void fail(const char* reason) const {
+    throw DatabaseError(std::string("SQL ") + reason + ": " + std::string(sql_.substr(0, 200)));
+  }
+
+  std::string_view sql_;
+  std::size_t position_ = 0;
+  StatementText result_;
+  char previous_ = '\0';  // what the last token was: its sign, or a letter for its kind
+  bool inValues_ = false;
+  int depth_ = 0;
+};
+
+}  // namespace
+
+StatementText readStatement(std::string_view sql) {
+  return StatementReader(sql).read();
+}
+
+}  // namespace vlout::store

@@ -1,0 +1,193 @@
+#include "store/sqlite/sqlite_connection.h"
+
+#include <string>
+#include <sys/stat.h>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "store/sql.h"
+#include "tests/support/temporary_folder.h"
+
+namespace vlout::store {
+namespace {
+
+using testing::HasSubstr;
+
+class SqliteConnectionTest : public testing::Test {
+ protected:
+  SqliteConnectionTest() {
+    createDatabase(settings.databaseFile());
+    connection.open(settings);
+  }
+
+  std::string messageOf(const std::string& sql) {
+    try {
+      connection.query(sql);
+    } catch (const DatabaseError& error) {
+      return error.what();
+    }
+    return "";
+  }
+
+  tests::TemporaryFolder folder;
+  ConnectionSettings settings{.componentFolder = folder.path()};
+  SqliteConnection connection;
+};
+
+TEST_F(SqliteConnectionTest, RunsTheHostsStatementShapesUnchanged) {
+  EXPECT_EQ(connection.execute("INSERT INTO tbl_namecard(FullName,i_idx,p_idx,Birthday,Memo_) "
+                               "VALUES('O''Brien',7,0,null,'a;b -- c ? /* [x]')"),
+            1);
+  EXPECT_EQ(connection.execute("UPDATE tbl_namecard SET [VLLastsync_date] = 'x' ,[Last_moddate] = "
+                               "'x',[Outlook_modate]='' where [i_idx]=7"),
+            1);
+  EXPECT_EQ(connection.execute("UPDATE tbl_namecard SET [Memo_]=null where [i_idx]=8"), 0);
+  const auto row = connection.query("SELECT * from tbl_namecard where [I_IDX] = 7");
+  ASSERT_EQ(row->rowCount(), 1U);
+  EXPECT_EQ(row->field("fullname"), "O'Brien");  // names without regard to case
+  EXPECT_EQ(row->field("MEMO_"), "a;b -- c ? /* [x]");
+  EXPECT_EQ(row->field("Birthday"), std::nullopt);
+  EXPECT_EQ(row->field("Outlook_modate"), "");  // an empty text is not NULL
+  EXPECT_THROW(static_cast<void>(row->field("NoSuchColumn")), DatabaseError);
+  row->moveNext();
+  EXPECT_TRUE(row->atEnd());
+  EXPECT_THROW(static_cast<void>(row->field("FullName")), DatabaseError);
+  // Text compares without regard to ASCII case, as in Jet.
+  EXPECT_EQ(
+      connection.query("SELECT i_idx from [tbl_namecard] where [FullName]='o''BRIEN'")->rowCount(),
+      1U);
+}
+
+TEST_F(SqliteConnectionTest, ValuesSurviveByteForByte) {
+  const std::vector<std::string> values{"",
+                                        " ",
+                                        "줄\r\n바꿈",
+                                        "😀",
+                                        std::string(10000, 'x'),
+                                        "invalid \xFF\xFE utf-8",
+                                        std::string("nul\0inside", 10),
+                                        "1",
+                                        "007",
+                                        "null",
+                                        "?1"};
+  for (const std::string& value : values) {
+    connection.execute("DELETE FROM tbl_namecard");
+    connection.execute("INSERT INTO tbl_namecard(i_idx,Memo_) VALUES(1,'" + value + "')");
+    EXPECT_EQ(connection.query("SELECT Memo_ FROM tbl_namecard")->field("Memo_"), value);
+  }
+}
+
+TEST_F(SqliteConnectionTest, RefusesAnythingButOneStatement) {
+  const std::vector<std::string> refused{
+      "DELETE FROM tbl_namecard; DELETE FROM tbl_folder",
+      "UPDATE tbl_namecard SET [Memo_]='a' WHERE [i_idx]=1; DROP TABLE tbl_folder",
+      "DELETE FROM tbl_folder -- where f_idx=9",
+      "DELETE FROM tbl_folder /* all */",
+      "UPDATE tbl_folder SET folder_name=? where f_idx=2",
+      "UPDATE tbl_folder SET folder_name=:a where f_idx=2",
+      "UPDATE tbl_folder SET folder_name='unfinished where f_idx=2",
+      "UPDATE tbl_folder SET [folder_name='x' where f_idx=2",
+      "UPDATE tbl_folder SET folder_name=\"double\" where f_idx=2",
+      "ATTACH 'x' AS y; SELECT 1",
+      std::string("SELECT 1 \0 FROM", 15),
+      "",
+  };
+  for (const std::string& sql : refused) {
+    EXPECT_THROW(connection.execute(sql), DatabaseError) << sql;
+  }
+  const auto folders = connection.query("SELECT * FROM tbl_folder ;\r\n ;");
+  EXPECT_EQ(folders->rowCount(), 3U);
+  EXPECT_EQ(folders->field("folder_name"), "전체");  // nothing of it was done
+}
+
+TEST_F(SqliteConnectionTest, SharedStatementsKeepTheirValuesApart) {
+  for (int i = 1; i <= 3; ++i) {
+    connection.execute("INSERT INTO tbl_namecard(i_idx,FullName) VALUES(" + std::to_string(i) +
+                       ",'name" + std::to_string(i) + "')");
+  }
+  for (int i = 3; i >= 1; --i) {
+    const auto row = readCard(connection, std::to_string(i));
+    EXPECT_EQ(row->field("FullName"), "name" + std::to_string(i));
+  }
+  // A failed statement leaves nothing behind for the next one of its shape.
+  EXPECT_THROW(connection.execute("INSERT INTO tbl_namecard(i_idx,FullName) VALUES(1,'again')"),
+               DatabaseError);
+  connection.execute("INSERT INTO tbl_namecard(i_idx,FullName) VALUES(4,'name4')");
+  EXPECT_EQ(connection.query("SELECT i_idx from tbl_namecard where i_idx in (1,2,9)")->rowCount(),
+            2U);
+}
+
+TEST_F(SqliteConnectionTest, SaysWhatIsMissing) {
+  connection.execute("DROP TABLE tbl_namecard");
+  EXPECT_THAT(messageOf("SELECT i_idx from tbl_namecard where [i_idx]=1"),
+              HasSubstr("tbl_namecard"));
+  connection.execute("ALTER TABLE tbl_folder DROP COLUMN p_idx");
+  EXPECT_THAT(messageOf("SELECT Folder_Name,p_idx FROM tbl_folder Where f_idx=2"),
+              HasSubstr("p_idx"));
+}
+
+TEST(SqliteOpen, RefusesWhatIsNoDatabaseAndLeavesItAsItIs) {
+  struct Case {
+    std::string content;
+    std::string reason;
+  };
+  const std::string jet = std::string("\0\1\0\0Standard Jet DB\0", 20) + std::string(4000, '\7');
+  const std::vector<Case> cases{
+      {jet, "Jet"},
+      {"this is some text, long enough to be taken for a database header if nobody looks " +
+           std::string(200, 'x'),
+       "not a database"},
+  };
+  for (const Case& c : cases) {
+    const tests::TemporaryFolder folder;
+    const ConnectionSettings settings{.componentFolder = folder.path()};
+    tests::writeFile(settings.databaseFile(), c.content);
+    SqliteConnection connection;
+    try {
+      connection.open(settings);
+      FAIL() << c.reason;
+    } catch (const DatabaseError& error) {
+      EXPECT_THAT(error.what(), HasSubstr(c.reason));
+      EXPECT_THAT(error.what(), HasSubstr("VelmoraDB.vdb"));
+    }
+    EXPECT_FALSE(connection.isOpen());
+    EXPECT_EQ(tests::readFile(settings.databaseFile()), c.content);
+    // Whoever uses the connection after all is told the same.
+    try {
+      connection.query("SELECT 1");
+      FAIL();
+    } catch (const DatabaseError& error) {
+      EXPECT_THAT(error.what(), HasSubstr(c.reason));
+    }
+  }
+}
+
+TEST(SqliteOpen, MakesNoDatabaseOfItsOwnAccord) {
+  const tests::TemporaryFolder folder;
+  SqliteConnection connection;
+  EXPECT_THROW(connection.open({.componentFolder = folder.path()}), DatabaseError);
+  EXPECT_TRUE(tests::fileNames(folder.path()).empty());
+}
+
+TEST(SqliteCreate, RefusesToOverwriteAndIsItsOwnersAlone) {
+  const tests::TemporaryFolder folder;
+  const auto file = folder.path() / "VelmoraDB.vdb";
+  createDatabase(file);
+  struct stat status {};
+  ASSERT_EQ(stat(file.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600U);
+  const std::string before = tests::readFile(file);
+  EXPECT_THROW(createDatabase(file), DatabaseError);
+  EXPECT_EQ(tests::readFile(file), before);
+}
+
+TEST(ConnectionSettings, ConnectionStringIsTheComponents) {
+  EXPECT_EQ(ConnectionSettings{.componentFolder = "C:\\Velmora"}.connectionString(),
+            "provider=Microsoft.Jet.OLEDB.4.0;Data Source=C:\\Velmora\\VelmoraDB.vdb;Jet "
+            "OLEDB:Database Password=pinewood930417;Persist Security Info=True;User ID=admin");
+}
+
+}  // namespace
+}  // namespace vlout::store
