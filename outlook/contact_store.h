@@ -1,0 +1,102 @@
+// The contact store port: the operations that the transfers need of Outlook's object model, or of a
+// substitute with the same behaviour. An adapter connects, opens one folder of contacts and hands
+// out items by position; everything above talks to these two classes alone.
+#pragma once
+
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "outlook/contact_property.h"
+#include "text/date_time.h"
+
+namespace vlout::outlook {
+
+// A call on the store or one of its contacts that failed: on what, and the system's own text.
+class ContactStoreError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// The values of Outlook's gender property.
+enum class Gender { Unspecified = 0, Female = 1, Male = 2 };
+
+// The type name of an item that is a contact; items of any other type are passed over.
+inline constexpr std::string_view kContactItem = "ContactItem";
+
+// One item of the contacts folder, or a new one that is not saved yet. What is set becomes part of
+// the folder with `save`. Every function throws ContactStoreError when the store refuses the call.
+class Contact {
+ public:
+  Contact() = default;
+  Contact(const Contact&) = delete;
+  Contact& operator=(const Contact&) = delete;
+  virtual ~Contact() = default;
+
+  [[nodiscard]] virtual std::string typeName() = 0;
+
+  // Text properties, the name among them. Setting `FullName` splits it into its parts as Outlook
+  // does; `FullName` and `LastNameAndFirstName` follow from the parts.
+  [[nodiscard]] virtual std::string text(ContactProperty property) = 0;
+  virtual void setText(ContactProperty property, std::string_view value) = 0;
+
+  // Date properties; a missing date is `text::noDate()` in both directions.
+  [[nodiscard]] virtual text::DateTime date(ContactProperty property) = 0;
+  virtual void setDate(ContactProperty property, text::DateTime value) = 0;
+
+  [[nodiscard]] virtual Gender gender() = 0;
+  virtual void setGender(Gender value) = 0;
+
+  // User properties by 1-based index, and by name. A text property is added when there is none of
+  // that name yet.
+  [[nodiscard]] virtual std::size_t userPropertyCount() = 0;
+  [[nodiscard]] virtual std::string userPropertyName(std::size_t index) = 0;
+  [[nodiscard]] virtual std::string userPropertyText(std::string_view name) = 0;
+  virtual void setUserPropertyText(std::string_view name, std::string_view value) = 0;
+
+  // Attachments by 1-based index.
+  [[nodiscard]] virtual std::size_t attachmentCount() = 0;
+  [[nodiscard]] virtual std::string attachmentName(std::size_t index) = 0;
+  [[nodiscard]] virtual std::string attachmentContent(std::size_t index) = 0;
+  virtual void removeAttachment(std::size_t index) = 0;
+  virtual void addAttachment(std::string_view name, std::string_view content) = 0;
+
+  virtual void save() = 0;
+
+  // When the contact was last saved, by anyone; with its fraction of a second.
+  [[nodiscard]] virtual text::DateTime lastModificationTime() = 0;
+};
+
+class ContactStore {
+ public:
+  ContactStore() = default;
+  ContactStore(const ContactStore&) = delete;
+  ContactStore& operator=(const ContactStore&) = delete;
+  virtual ~ContactStore() = default;
+
+  // True when the store can be used. On false `connectFailure` tells why, where the store knows.
+  [[nodiscard]] virtual bool connect() = 0;
+  [[nodiscard]] virtual std::string connectFailure() const = 0;
+
+  // Opens the default contacts folder as it is now. Items keep their positions until it is opened
+  // again; contacts saved meanwhile come after them.
+  virtual void openContactsFolder() = 0;
+
+  // What is wrong with the folder's content, a line each: what could not be read as a contact.
+  [[nodiscard]] virtual std::vector<std::string> folderNotices() const = 0;
+
+  [[nodiscard]] virtual std::size_t count() const = 0;
+
+  // The item at a 1-based position; throws ContactStoreError when there is none.
+  [[nodiscard]] virtual std::unique_ptr<Contact> item(std::size_t index) = 0;
+
+  // A new contact, not yet part of the folder.
+  [[nodiscard]] virtual std::unique_ptr<Contact> create() = 0;
+
+  // Called when a run has ended: what was saved is to survive a power cut.
+  virtual void flush() = 0;
+};
+
+}  // namespace vlout::outlook

@@ -1,0 +1,238 @@
+#include "outlook/field_map.h"
+
+#include <algorithm>
+#include <array>
+
+#include "outlook/normalizer.h"
+#include "outlook/pairing.h"
+#include "store/sql.h"
+#include "text/ascii.h"
+#include "text/latin_script.h"
+#include "text/utf8.h"
+
+namespace vlout::outlook {
+namespace {
+
+using P = ContactProperty;
+using R = FieldRule;
+
+constexpr MappedField same(std::string_view column, P property, R rule = R::Text) {
+  return {column, property, property, rule};
+}
+
+constexpr auto kFields = std::to_array<MappedField>({
+    same("CompanyName", P::CompanyName, R::Company),
+    same("Department", P::Department),
+    same("JobTitle", P::JobTitle),
+    same("Categories", P::Categories),
+    same("home_phone", P::HomeTelephoneNumber),
+    same("cellphone", P::MobileTelephoneNumber),
+    same("company_phone1", P::BusinessTelephoneNumber),
+    same("company_phone2", P::Business2TelephoneNumber),
+    same("company_fax1", P::BusinessFaxNumber, R::Fax),
+    same("home_fax", P::HomeFaxNumber, R::Fax),
+    same("etc_fax", P::OtherFaxNumber, R::Fax),
+    same("email", P::Email1Address),
+    same("email2", P::Email2Address),
+    same("Webpage", P::WebPage),
+    same("Webpage2", P::PersonalHomePage),
+    same("Memo_", P::Body),
+    same("Birthday", P::Birthday, R::Date),
+    same("Anniversary", P::Anniversary, R::Date),
+    same("Gender", P::Gender, R::Gender),
+    same("company_addr", P::BusinessAddressStreet, R::Address),
+    same("company_zipcode", P::BusinessAddressPostalCode),
+    same("etc_addr", P::OtherAddressStreet, R::Address),
+    same("etc_zipcode", P::OtherAddressPostalCode),
+    same("home_addr", P::HomeAddressStreet, R::Address),
+    // Not a slip: the home postal code goes out as the other address's, and the contact's own home
+    // postal code is never written.
+    {"home_zipcode", P::HomeAddressPostalCode, P::OtherAddressPostalCode, R::Text},
+    same("LifePartner", P::Spouse),
+});
+
+// The order in which a contact is written; `Categories` moves to the front when the name is kept.
+constexpr auto kWriteOrder = std::to_array<std::string_view>(
+    {"CompanyName",    "Department",     "JobTitle",    "home_phone",   "cellphone",
+     "company_phone1", "company_phone2", "Categories",  "company_fax1", "home_fax",
+     "etc_fax",        "email",          "email2",      "Webpage",      "Webpage2",
+     "Memo_",          "Birthday",       "Anniversary", "Gender",       "company_zipcode",
+     "company_addr",   "etc_zipcode",    "etc_addr",    "home_zipcode", "home_addr",
+     "LifePartner"});
+static_assert(kWriteOrder.size() == kFields.size());
+
+constexpr std::size_t fieldIndex(std::string_view column) {
+  for (std::size_t i = 0; i < kFields.size(); ++i) {
+    if (kFields[i].column == column) return i;
+  }
+  throw "no such column";  // at compile time: the order names a column that the table lacks
+}
+
+constexpr auto kWriteIndexes = [] {
+  std::array<std::size_t, kWriteOrder.size()> indexes{};
+  std::transform(kWriteOrder.begin(), kWriteOrder.end(), indexes.begin(), fieldIndex);
+  return indexes;
+}();
+constexpr std::size_t kCategories = fieldIndex("Categories");
+
+struct AddressProperties {
+  P street;
+  P city;
+  P state;
+  P country;
+  P postOfficeBox;
+};
+
+AddressProperties addressProperties(P street) {
+  switch (street) {
+    case P::BusinessAddressStreet:
+      return {P::BusinessAddressStreet, P::BusinessAddressCity, P::BusinessAddressState,
+              P::BusinessAddressCountry, P::BusinessAddressPostOfficeBox};
+    case P::HomeAddressStreet:
+      return {P::HomeAddressStreet, P::HomeAddressCity, P::HomeAddressState, P::HomeAddressCountry,
+              P::HomeAddressPostOfficeBox};
+    default:
+      return {P::OtherAddressStreet, P::OtherAddressCity, P::OtherAddressState,
+              P::OtherAddressCountry, P::OtherAddressPostOfficeBox};
+  }
+}
+
+std::string addressLineOf(Contact& contact, P street) {
+  const AddressProperties properties = addressProperties(street);
+  return store::addressLine({.country = contact.text(properties.country),
+                             .state = contact.text(properties.state),
+                             .city = contact.text(properties.city),
+                             .street = contact.text(properties.street),
+                             .postOfficeBox = contact.text(properties.postOfficeBox)});
+}
+
+void writeAddressLine(Contact& contact, P street, std::string_view line) {
+  const AddressProperties properties = addressProperties(street);
+  contact.setText(properties.state, "");
+  contact.setText(properties.city, "");
+  contact.setText(properties.street, "");
+  contact.setText(properties.street, line);
+}
+
+void writeName(Contact& contact, std::string_view rowName, bool splitName) {
+  std::string name(rowName);
+  const bool latin = text::isLatinScript(name);
+  const bool separated = name.find_first_of(", ") != std::string::npos;
+  const auto letters = text::characters(name);
+  if (latin || !splitName || separated || (letters.size() != 2 && letters.size() != 3)) {
+    contact.setText(P::FullName, name);
+    return;
+  }
+  contact.setText(P::LastName, letters[0]);
+  contact.setText(P::FirstName, std::string_view(name).substr(letters[0].size()));
+}
+
+text::DateTime dayOrNone(std::string_view rowText) {
+  auto date = text::parseDateTime(rowText);
+  if (!date) return text::noDate();
+  constexpr std::int64_t kDay = 24 * 60 * 60;
+  const std::int64_t timeOfDay = ((date->seconds % kDay) + kDay) % kDay;
+  return {date->seconds - timeOfDay, 0};
+}
+
+Gender genderFromRow(std::string_view rowText) {
+  if (rowText == "남") return Gender::Male;
+  if (rowText == "여") return Gender::Female;
+  return Gender::Unspecified;
+}
+
+std::string_view genderForRow(Gender gender) {
+  switch (gender) {
+    case Gender::Male:
+      return "남";
+    case Gender::Female:
+      return "여";
+    default:
+      return "";
+  }
+}
+
+std::string companyForRow(std::string_view company) {
+  return text::replaceAll(company, "(주)", "㈜");
+}
+
+}  // namespace
+
+std::span<const MappedField> mappedFields() {
+  return kFields;
+}
+
+void writeFieldToContact(Contact& contact, const MappedField& field, std::string_view rowText) {
+  switch (field.rule) {
+    case R::Date:
+      contact.setDate(field.writeTo, dayOrNone(rowText));
+      break;
+    case R::Gender:
+      contact.setGender(genderFromRow(rowText));
+      break;
+    case R::Address:
+      writeAddressLine(contact, field.writeTo, rowText);
+      break;
+    default:
+      contact.setText(field.writeTo, rowText);
+  }
+}
+
+void writeContactFromRow(Contact& contact, const store::Recordset& row, ContactWrite how,
+                         const MapOptions& options) {
+  const auto write = [&](const MappedField& field) {
+    const bool faxStays = field.rule == R::Fax && how != ContactWrite::Create && options.protectFax;
+    if (!faxStays) writeFieldToContact(contact, field, store::nullSafe(row.field(field.column)));
+  };
+  const bool keepName = how == ContactWrite::UpdateKeepingName;
+  if (keepName) {
+    write(kFields[kCategories]);
+  } else {
+    writeName(contact, store::nullSafe(row.field("FullName")), options.splitName);
+  }
+  for (const std::size_t index : kWriteIndexes) {
+    if (!keepName || index != kCategories) write(kFields[index]);
+  }
+  addVLID(contact, store::nullSafe(row.field("i_idx")));
+  contact.save();
+}
+
+std::string fieldTextFromContact(Contact& contact, const MappedField& field) {
+  switch (field.rule) {
+    case R::Company:
+      return companyForRow(contact.text(field.readFrom));
+    case R::Date: {
+      const std::string day = text::formatDay(contact.date(field.readFrom));
+      return day == "4501-01-01" ? "" : day;  // the exact text of a date that is none
+    }
+    case R::Gender:
+      return std::string(genderForRow(contact.gender()));
+    case R::Address:
+      return addressLineOf(contact, field.readFrom);
+    default:
+      return contact.text(field.readFrom);
+  }
+}
+
+std::string fieldTextFromRow(const store::Recordset& row, const MappedField& field) {
+  const std::string_view text = store::nullSafe(row.field(field.column));
+  if (field.rule == R::Company) return companyForRow(text);
+  if (field.rule == R::Date) {
+    const auto date = text::parseDateTime(text);
+    if (date) return text::formatDay(*date);
+  }
+  return std::string(text);
+}
+
+std::string fieldSqlValue(const MappedField& field, std::string_view text) {
+  if (field.rule == R::Date && text.empty()) return "null";
+  return store::sqlLiteral(text);
+}
+
+std::string rowNameFromContact(Contact& contact) {
+  std::string joined = joinedName(contact);
+  if (text::isLatinScript(joined)) return contact.text(P::LastNameAndFirstName);
+  return normalize(joined);
+}
+
+}  // namespace vlout::outlook

@@ -1,0 +1,72 @@
+// The correspondence between a name-card row and a contact, in both directions. Export, import,
+// sync and the compare window all go through this one table and its named rules. The directions are
+// deliberately not mirror images of each other.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "outlook/contact_store.h"
+#include "store/address_line.h"
+#include "store/connection.h"
+
+namespace vlout::outlook {
+
+enum class FieldRule {
+  Text,     // copied
+  Company,  // to the row with "(주)" as "㈜"; to the contact unchanged
+  Fax,      // to an existing contact only when its fax numbers are not protected
+  Date,     // a day, or none: NULL in the row, 4501-01-01 on the contact
+  Gender,   // "남" and "여" in the row
+  Address,  // one line in the row, parts on the contact
+};
+
+// One column and the contact property that it comes from and goes to. They differ in one place, and
+// are meant to: a row's home postal code is written to the contact's other address, after the row's
+// other postal code, and so wins there.
+struct MappedField {
+  std::string_view column;
+  ContactProperty readFrom;
+  ContactProperty writeTo;
+  FieldRule rule;
+};
+
+// All mapped columns except the name, in the order in which a row is updated from a contact.
+[[nodiscard]] std::span<const MappedField> mappedFields();
+
+// How a contact is written from a row.
+enum class ContactWrite {
+  Create,             // a new contact: fax numbers always go along
+  Update,             // an existing contact
+  UpdateKeepingName,  // an existing contact whose name fields stay as they are
+};
+
+// The boxes of the main window that the map asks.
+struct MapOptions {
+  bool splitName = true;   // "성,이름 분리해서 보내기"
+  bool protectFax = true;  // "팩스번호는 아웃룩 정보를 보호함"
+};
+
+// Writes every mapped field of the row's current record into the contact, stamps it with `VLID` and
+// saves it.
+void writeContactFromRow(Contact& contact, const store::Recordset& row, ContactWrite how,
+                         const MapOptions& options);
+
+// Writes one field's row text into the contact by the field's rule.
+void writeFieldToContact(Contact& contact, const MappedField& field, std::string_view rowText);
+
+// What the row gets of the contact for this field: its text, or an empty text for a missing date.
+[[nodiscard]] std::string fieldTextFromContact(Contact& contact, const MappedField& field);
+
+// What the row holds in this field, in the form that `fieldTextFromContact` gives.
+[[nodiscard]] std::string fieldTextFromRow(const store::Recordset& row, const MappedField& field);
+
+// The value as it stands in an UPDATE or INSERT statement: quoted, or the bare word null for a
+// missing date.
+[[nodiscard]] std::string fieldSqlValue(const MappedField& field, std::string_view text);
+
+// The `FullName` that a contact gives a row.
+[[nodiscard]] std::string rowNameFromContact(Contact& contact);
+
+}  // namespace vlout::outlook

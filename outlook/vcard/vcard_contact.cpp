@@ -1,0 +1,551 @@
+#include "outlook/vcard/vcard_contact.h"
+
+#include <algorithm>
+#include <chrono>
+
+#include "outlook/pairing.h"
+#include "outlook/vcard/vcard_store.h"
+#include "text/ascii.h"
+#include "text/trim.h"
+#include "text/utf8.h"
+
+namespace vlout::outlook::vcard {
+namespace {
+
+using P = ContactProperty;
+
+constexpr std::string_view kVlidName = "X-VLID";
+constexpr std::string_view kAttachment = "X-ATTACH";
+constexpr std::string_view kFileName = "X-FILENAME";
+// Marks a second number or address that stands alone, so that it is not taken for the first.
+constexpr std::string_view kSlot = "X-VELMORA-SLOT";
+constexpr std::string_view kTelScheme = "tel:";
+
+// Calls `use` for each word of a list separated by blanks, until it returns true.
+template <typename Use>
+bool anyWord(std::string_view list, Use use) {
+  while (!list.empty()) {
+    const std::string_view word = list.substr(0, list.find(' '));
+    if (use(word)) return true;
+    list.remove_prefix(std::min(list.size(), word.size() + 1));
+  }
+  return false;
+}
+
+bool contains(const std::vector<std::string>& types, std::string_view type) {
+  return std::find(types.begin(), types.end(), type) != types.end();
+}
+
+bool hasTypesOf(const VCardPlace& place, const Property& property) {
+  if (place.requiredTypes.empty() && place.excludedTypes.empty()) return true;
+  const auto types = property.types();
+  const auto absent = [&](std::string_view type) { return !contains(types, type); };
+  const auto present = [&](std::string_view type) { return contains(types, type); };
+  return !anyWord(place.requiredTypes, absent) && !anyWord(place.excludedTypes, present);
+}
+
+bool isSecondSlot(const Property& property) {
+  const Parameter* const slot = property.parameter(kSlot);
+  return slot != nullptr && !slot->values.empty() && slot->values.front() == "2";
+}
+
+bool isUri(const Property& property) {
+  const Parameter* const value = property.parameter("VALUE");
+  return value != nullptr && !value->values.empty() &&
+         text::equalsIgnoringAsciiCase(value->values.front(), "uri");
+}
+
+std::string wholeValue(const Property& property) {
+  std::string value = property.whole();
+  if (isUri(property) && text::equalsIgnoringAsciiCase(
+                             std::string_view(value).substr(0, kTelScheme.size()), kTelScheme)) {
+    value.erase(0, kTelScheme.size());
+  }
+  return value;
+}
+
+std::vector<std::string> splitCategories(std::string_view list) {
+  std::vector<std::string> result;
+  while (!list.empty()) {
+    const std::string_view part = list.substr(0, list.find_first_of(",;"));
+    const std::string_view name = text::trim(part);
+    if (!name.empty()) result.emplace_back(name);
+    list.remove_prefix(std::min(list.size(), part.size() + 1));
+  }
+  return result;
+}
+
+std::string joinCategories(const std::vector<std::string>& names) {
+  std::string result;
+  for (const std::string& name : names) {
+    if (name.empty()) continue;
+    if (!result.empty()) result += ", ";
+    result += name;
+  }
+  return result;
+}
+
+// Dates as cards carry them: 1980-03-22, 19800322, either with a time behind it. A date without a
+// year is none, and stays in the card as it is.
+std::optional<text::DateTime> readDate(std::string_view value) {
+  value = value.substr(0, value.find('T'));
+  if (value.size() == 8 && std::all_of(value.begin(), value.end(), text::isAsciiDigit)) {
+    std::string separated(value);
+    separated.insert(6, "-").insert(4, "-");
+    return text::parseDateTime(separated);
+  }
+  return text::parseDateTime(value);
+}
+
+// A file name as a parameter value, in which quotes and line breaks have no place of their own.
+std::string encodeFileName(std::string_view name) {
+  return text::replaceAll(
+      text::replaceAll(text::replaceAll(text::sanitizeUtf8(name), "^", "^^"), "\"", "^'"), "\n",
+      "^n");
+}
+
+std::string decodeFileName(std::string_view value) {
+  std::string name;
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    const char next = i + 1 < value.size() ? value[i + 1] : '\0';
+    const bool escaped = value[i] == '^' && (next == '^' || next == '\'' || next == 'n');
+    if (!escaped) {
+      name += value[i];
+      continue;
+    }
+    name += next == '\'' ? '"' : next == 'n' ? '\n' : '^';
+    ++i;
+  }
+  return name;
+}
+
+std::string utcNow(Version version) {
+  const auto now =
+      std::chrono::floor<std::chrono::seconds>(std::chrono::system_clock::now()).time_since_epoch();
+  std::string stamp = text::formatStamp({now.count(), 0});  // "yyyy/mm/dd hh:mm:ss"
+  stamp[4] = stamp[7] = '-';
+  stamp[10] = 'T';
+  if (version == Version::V40) std::erase_if(stamp, [](char c) { return c == '-' || c == ':'; });
+  return stamp + "Z";
+}
+
+Gender genderOf(const Property& property) {
+  const std::string value = text::toAsciiUpper(property.component(0));
+  if (property.name == "X-WAB-GENDER") {
+    if (value == "1") return Gender::Female;
+    return value == "2" ? Gender::Male : Gender::Unspecified;
+  }
+  if (value.starts_with('F') || value == "여") return Gender::Female;
+  return value.starts_with('M') || value == "남" ? Gender::Male : Gender::Unspecified;
+}
+
+std::string genderText(std::string_view propertyName, Gender value) {
+  const bool male = value == Gender::Male;
+  if (propertyName == "X-WAB-GENDER") return male ? "2" : "1";
+  if (propertyName == "GENDER") return male ? "M" : "F";
+  return male ? "Male" : "Female";
+}
+
+}  // namespace
+
+VCardContact::VCardContact(VCardStore& store, std::optional<std::size_t> position)
+    : store_(store), position_(position) {}
+
+CardText& VCardContact::card() {
+  if (!card_) card_ = position_ ? CardText(store_.readCard(*position_)) : CardText();
+  return *card_;
+}
+
+std::string VCardContact::typeName() {
+  const bool group = position_ && store_.itemAt(*position_).isGroup;
+  return group ? "DistListItem" : std::string(kContactItem);
+}
+
+// --- finding lines ------------------------------------------------------------------------------
+
+std::vector<CardText::Position> VCardContact::matching(const Place& place) {
+  std::vector<CardText::Position> result;
+  anyWord(place.names, [&](std::string_view name) {
+    for (const CardText::Position position : card().named(name)) {
+      if (hasTypesOf(place, card().property(position))) result.push_back(position);
+    }
+    return false;
+  });
+  return result;
+}
+
+std::optional<CardText::Position> VCardContact::find(const Place& place) {
+  const auto lines = matching(place);
+  const auto second = [&](CardText::Position line) { return isSecondSlot(card().property(line)); };
+  if (place.slot == 1) {
+    const auto found = std::find_if_not(lines.begin(), lines.end(), second);
+    return found == lines.end() ? findLabelled(place) : std::optional(*found);
+  }
+  const auto marked = std::find_if(lines.begin(), lines.end(), second);
+  if (marked != lines.end()) return *marked;
+  return lines.size() > 1 ? std::optional(lines[1]) : std::nullopt;
+}
+
+// Address books of one maker write some things as a pair of lines in one group, of which the second
+// says what the first is.
+std::optional<CardText::Position> VCardContact::findLabelled(const Place& place) {
+  if (place.labelledName.empty()) return std::nullopt;
+  for (const CardText::Position labelLine : card().named("X-ABLABEL")) {
+    const Property& label = card().property(labelLine);
+    if (label.whole().find(place.label) == std::string::npos) continue;
+    for (const CardText::Position line : card().named(place.labelledName)) {
+      if (card().property(line).group == label.group) return line;
+    }
+  }
+  return std::nullopt;
+}
+
+// --- changing lines -----------------------------------------------------------------------------
+
+std::string VCardContact::newName(const Place& place) {
+  if (card().version() == Version::V40 && !place.nameInVersion4.empty()) {
+    return std::string(place.nameInVersion4);
+  }
+  return std::string(place.names.substr(0, place.names.find(' ')));
+}
+
+void VCardContact::insertNew(const Place& place, std::string_view value) {
+  Property property;
+  property.name = newName(place);
+  if (!place.newTypes.empty()) {
+    Parameter types{"TYPE", {}};
+    anyWord(place.newTypes, [&](std::string_view type) {
+      types.values.emplace_back(type);
+      return false;
+    });
+    property.parameters.push_back(std::move(types));
+  }
+  if (place.component < 0) {
+    property.values = {std::string(value)};
+  } else {
+    // The structured values have as many components as the standard gives them.
+    const std::size_t components = property.name == "ADR" ? 7 : property.name == "N" ? 5 : 0;
+    property.values.resize(components);
+    property.setComponent(static_cast<std::size_t>(place.component), value);
+  }
+  const auto lines = matching(place);
+  if (place.slot == 2 && lines.empty()) property.parameters.push_back({std::string(kSlot), {"2"}});
+  if (place.slot == 1 && !lines.empty()) {
+    card().insert(lines.front(), std::move(property));
+  } else {
+    card().append(std::move(property));
+  }
+}
+
+void VCardContact::removeLine(CardText::Position position) {
+  const std::string group = card().property(position).group;
+  card().remove(position);
+  if (group.empty()) return;
+  for (const CardText::Position label : card().named("X-ABLABEL")) {
+    if (card().property(label).group != group) continue;
+    card().remove(label);
+    return;
+  }
+}
+
+// A delivery label repeats the address that it belongs to; once that has changed, it contradicts
+// it.
+void VCardContact::removeStaleLabels() {
+  for (const CardText::Position line : card().named("ADR")) {
+    if (!card().isChanged(line)) continue;
+    card().change(line).removeParameter("LABEL");
+    const auto types = card().property(line).types();
+    const auto labels = card().named("LABEL");
+    for (auto label = labels.rbegin(); label != labels.rend(); ++label) {
+      const Property& found = card().property(*label);
+      const bool sameKind = found.hasType("WORK") == contains(types, "WORK") &&
+                            found.hasType("HOME") == contains(types, "HOME");
+      // Emptied first and removed with the empty lines, so that positions hold.
+      if (sameKind) card().change(*label).values.clear();
+    }
+  }
+}
+
+void VCardContact::setValue(const Place& place, std::string_view value) {
+  const auto line = find(place);
+  if (!line) {
+    if (!value.empty()) insertNew(place, value);
+    return;
+  }
+  Property changed = card().property(*line);
+  if (place.component >= 0) {
+    // A structured value that loses its last component may get another one next, so it stays.
+    changed.setComponent(static_cast<std::size_t>(place.component), value);
+    card().change(*line) = changed;
+    return;
+  }
+  if (value.empty()) {
+    removeValue(place, *line);
+    return;
+  }
+  if (isUri(changed) && changed.name == "TEL") changed.removeParameter("VALUE");
+  changed.values = {std::string(value)};
+  card().change(*line) = changed;
+}
+
+void VCardContact::removeValue(const Place& place, CardText::Position line) {
+  // The second line of its kind must not become the first when the first goes.
+  if (place.slot == 1) {
+    Place second = place;
+    second.slot = 2;
+    const auto follower = find(second);
+    if (follower && *follower != line && !isSecondSlot(card().property(*follower))) {
+      card().change(*follower).parameters.push_back({std::string(kSlot), {"2"}});
+    }
+  }
+  removeLine(line);
+}
+
+// --- text ---------------------------------------------------------------------------------------
+
+std::string VCardContact::text(ContactProperty property) {
+  switch (property) {
+    case P::FullName:
+      return fullName(name());
+    case P::LastName:
+      return name().last;
+    case P::FirstName:
+      return name().first;
+    case P::LastNameAndFirstName:
+      return lastNameAndFirstName(name());
+    case P::Categories:
+      return categories();
+    default: {
+      const Place& place = propertyInfo(property).vcard;
+      const auto line = find(place);
+      if (!line) return {};
+      const Property& found = card().property(*line);
+      if (place.component < 0) return wholeValue(found);
+      return found.component(static_cast<std::size_t>(place.component));
+    }
+  }
+}
+
+void VCardContact::setText(ContactProperty property, std::string_view value) {
+  // What the contact says already stays as it is written.
+  if (text(property) == value) return;
+  switch (property) {
+    case P::FullName: {
+      PersonName changed = splitFullName(value);
+      const PersonName current = name();
+      const bool samePerson = changed.last == current.last && changed.first == current.first &&
+                              changed.middle == current.middle;
+      if (!samePerson) setName(changed);  // else only a title or a suffix would be lost
+      break;
+    }
+    case P::LastName:
+    case P::FirstName: {
+      PersonName changed = name();
+      (property == P::LastName ? changed.last : changed.first) = value;
+      setName(changed);
+      break;
+    }
+    case P::LastNameAndFirstName:
+      throw ContactStoreError("LastNameAndFirstName: 쓸 수 없는 속성입니다");
+    case P::Categories:
+      setCategories(value);
+      break;
+    default:
+      setValue(propertyInfo(property).vcard, value);
+  }
+}
+
+PersonName VCardContact::name() {
+  PersonName result;
+  if (const auto line = card().firstNamed("N")) {
+    const Property& n = card().property(*line);
+    result = {.last = n.component(0),
+              .first = n.component(1),
+              .middle = n.component(2),
+              .title = n.component(3),
+              .suffix = n.component(4)};
+  }
+  if (!result.empty()) return result;
+  const auto displayed = card().firstNamed("FN");
+  if (!displayed) return result;
+  const std::string shown = card().property(*displayed).whole();
+  // A card without a person shows its company or address instead of a name.
+  if (shown == text(P::CompanyName) || shown == text(P::Email1Address)) return result;
+  return splitFullName(shown);
+}
+
+void VCardContact::setName(const PersonName& name) {
+  Property n{.name = "N", .values = {name.last, name.first, name.middle, name.title, name.suffix}};
+  if (const auto line = card().firstNamed("N")) {
+    card().change(*line).values = n.values;
+  } else {
+    card().append(std::move(n));
+  }
+  setSingle("FN", fullName(name));
+}
+
+void VCardContact::setSingle(std::string_view propertyName, std::string_view value) {
+  if (const auto line = card().firstNamed(propertyName)) {
+    card().change(*line).values = {std::string(value)};
+  } else {
+    card().append({.name = std::string(propertyName), .values = {std::string(value)}});
+  }
+}
+
+std::string VCardContact::categories() {
+  std::vector<std::string> names;
+  for (const CardText::Position line : card().named("CATEGORIES")) {
+    const auto& values = card().property(line).values;
+    names.insert(names.end(), values.begin(), values.end());
+  }
+  return joinCategories(names);
+}
+
+void VCardContact::setCategories(std::string_view value) {
+  const auto names = splitCategories(value);
+  if (joinCategories(names) == categories()) return;
+  auto lines = card().named("CATEGORIES");
+  for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
+    if (names.empty() || *line != lines.front()) card().remove(*line);
+  }
+  if (names.empty()) return;
+  if (lines.empty()) {
+    card().append({.name = "CATEGORIES", .values = names});
+  } else {
+    card().change(lines.front()).values = names;
+  }
+}
+
+// --- dates and gender ---------------------------------------------------------------------------
+
+text::DateTime VCardContact::date(ContactProperty property) {
+  const auto line = find(propertyInfo(property).vcard);
+  if (!line) return text::noDate();
+  return readDate(card().property(*line).whole()).value_or(text::noDate());
+}
+
+void VCardContact::setDate(ContactProperty property, text::DateTime value) {
+  if (text::formatDay(date(property)) == text::formatDay(value)) return;
+  const bool none = value == text::noDate();
+  setValue(propertyInfo(property).vcard, none ? "" : text::formatDay(value));
+}
+
+Gender VCardContact::gender() {
+  const auto line = find(propertyInfo(P::Gender).vcard);
+  return line ? genderOf(card().property(*line)) : Gender::Unspecified;
+}
+
+void VCardContact::setGender(Gender value) {
+  if (gender() == value) return;
+  const Place& place = propertyInfo(P::Gender).vcard;
+  const auto line = find(place);
+  const std::string name = line ? card().property(*line).name : newName(place);
+  setValue(place, value == Gender::Unspecified ? "" : genderText(name, value));
+}
+
+// --- user properties ----------------------------------------------------------------------------
+
+// The key is known from when the folder was opened, so that asking for it does not read the file.
+std::optional<std::string> VCardContact::vlid() {
+  if (!card_ && position_) return store_.itemAt(*position_).vlid;
+  const auto line = card().firstNamed(kVlidName);
+  if (!line) return std::nullopt;
+  return std::string(text::trim(card().property(*line).whole()));
+}
+
+std::size_t VCardContact::userPropertyCount() {
+  return vlid() ? 1 : 0;
+}
+
+std::string VCardContact::userPropertyName(std::size_t index) {
+  if (index != 1 || !vlid()) throw ContactStoreError("사용자 속성이 없습니다");
+  return std::string(kVLID);
+}
+
+std::string VCardContact::userPropertyText(std::string_view name) {
+  const auto value = vlid();
+  if (name != kVLID || !value) {
+    throw ContactStoreError("사용자 속성이 없습니다: " + std::string(name));
+  }
+  return *value;
+}
+
+void VCardContact::setUserPropertyText(std::string_view name, std::string_view value) {
+  if (name != kVLID) throw ContactStoreError("알 수 없는 사용자 속성입니다: " + std::string(name));
+  if (vlid() == value) return;
+  setSingle(kVlidName, value);
+}
+
+// --- attachments --------------------------------------------------------------------------------
+
+std::size_t VCardContact::attachmentCount() {
+  return card().named(kAttachment).size();
+}
+
+CardText::Position VCardContact::attachment(std::size_t index) {
+  const auto lines = card().named(kAttachment);
+  if (index < 1 || index > lines.size()) {
+    throw ContactStoreError("첨부 파일이 없습니다 #" + std::to_string(index));
+  }
+  return lines[index - 1];
+}
+
+std::string VCardContact::attachmentName(std::size_t index) {
+  const Parameter* const name = card().property(attachment(index)).parameter(kFileName);
+  return name == nullptr || name->values.empty() ? "" : decodeFileName(name->values.front());
+}
+
+std::string VCardContact::attachmentContent(std::size_t index) {
+  return decodeBase64(card().property(attachment(index)).component(0));
+}
+
+void VCardContact::removeAttachment(std::size_t index) {
+  card().remove(attachment(index));
+}
+
+void VCardContact::addAttachment(std::string_view name, std::string_view content) {
+  card().append(
+      {.name = std::string(kAttachment),
+       .parameters = {{"ENCODING", {"b"}}, {std::string(kFileName), {encodeFileName(name)}}},
+       .values = {encodeBase64(content)}});
+}
+
+// --- saving -------------------------------------------------------------------------------------
+
+// What every card must have, and when it was changed.
+void VCardContact::completeForSaving() {
+  if (!position_) {
+    setSingle("UID", newUid());
+    setSingle("PRODID", "-//Velmora//VLOUTSync//KO");
+  }
+  if (!card().firstNamed("N") && card().version() != Version::V40) {
+    const PersonName shown = name();
+    card().append({.name = "N",
+                   .values = {shown.last, shown.first, shown.middle, shown.title, shown.suffix}});
+  }
+  const auto displayed = card().firstNamed("FN");
+  if (!displayed || card().property(*displayed).hasNoValue()) {
+    const std::string company = text(P::CompanyName);
+    setSingle("FN", company.empty() ? text(P::Email1Address) : company);
+  }
+  if (!position_ || card().firstNamed("REV")) setSingle("REV", utcNow(card().version()));
+  removeStaleLabels();
+}
+
+void VCardContact::save() {
+  completeForSaving();
+  if (position_) {
+    store_.saveCard(*position_, card().write(), vlid());
+  } else {
+    const std::string uid = card().property(*card().firstNamed("UID")).whole();
+    position_ = store_.saveNewCard(uid, card().write(), vlid());
+  }
+}
+
+text::DateTime VCardContact::lastModificationTime() {
+  if (!position_) return text::localNow();
+  const FileState& state = store_.stateAt(*position_);
+  return text::fromUnixTime(state.seconds, state.nanoseconds);
+}
+
+}  // namespace vlout::outlook::vcard

@@ -1,0 +1,69 @@
+// One card of the folder as a contact: the table of properties applied to a `CardText`. VCardStore
+// makes these; a card's text is read and decoded only when a property is asked for.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "outlook/contact_store.h"
+#include "outlook/person_name.h"
+#include "outlook/vcard/card_text.h"
+
+namespace vlout::outlook::vcard {
+
+class VCardStore;
+
+class VCardContact : public Contact {
+ public:
+  // The item at a 1-based position of the store's folder, or with no position a new contact.
+  VCardContact(VCardStore& store, std::optional<std::size_t> position);
+
+  [[nodiscard]] std::string typeName() override;
+  [[nodiscard]] std::string text(ContactProperty property) override;
+  void setText(ContactProperty property, std::string_view value) override;
+  [[nodiscard]] text::DateTime date(ContactProperty property) override;
+  void setDate(ContactProperty property, text::DateTime value) override;
+  [[nodiscard]] Gender gender() override;
+  void setGender(Gender value) override;
+  [[nodiscard]] std::size_t userPropertyCount() override;
+  [[nodiscard]] std::string userPropertyName(std::size_t index) override;
+  [[nodiscard]] std::string userPropertyText(std::string_view name) override;
+  void setUserPropertyText(std::string_view name, std::string_view value) override;
+  [[nodiscard]] std::size_t attachmentCount() override;
+  [[nodiscard]] std::string attachmentName(std::size_t index) override;
+  [[nodiscard]] std::string attachmentContent(std::size_t index) override;
+  void removeAttachment(std::size_t index) override;
+  void addAttachment(std::string_view name, std::string_view content) override;
+  void save() override;
+  [[nodiscard]] text::DateTime lastModificationTime() override;
+
+ private:
+  using Place = VCardPlace;
+
+  CardText& card();
+  [[nodiscard]] std::optional<std::string> vlid();
+
+  [[nodiscard]] std::optional<CardText::Position> find(const Place& place);
+  [[nodiscard]] std::vector<CardText::Position> matching(const Place& place);
+  [[nodiscard]] std::optional<CardText::Position> findLabelled(const Place& place);
+  void insertNew(const Place& place, std::string_view value);
+  void removeLine(CardText::Position position);
+  void removeStaleLabels();
+  void setValue(const Place& place, std::string_view value);
+  void removeValue(const Place& place, CardText::Position line);
+  [[nodiscard]] std::string newName(const Place& place);
+
+  [[nodiscard]] std::string categories();
+  void setCategories(std::string_view value);
+  [[nodiscard]] PersonName name();
+  void setName(const PersonName& name);
+  [[nodiscard]] CardText::Position attachment(std::size_t index);
+  void setSingle(std::string_view propertyName, std::string_view value);
+  void completeForSaving();
+
+  VCardStore& store_;
+  std::optional<std::size_t> position_;
+  std::optional<CardText> card_;
+};
+
+}  // namespace vlout::outlook::vcard

@@ -1,0 +1,62 @@
+// The contact store on a folder of vCards: the layout that khard, vdirsyncer and CardDAV tools
+// share, one contact a file, and files of several contacts as other programs export them. The
+// folder is read once when it is opened and is this process's alone from `connect` on.
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "outlook/contact_store.h"
+#include "outlook/vcard/card_file.h"
+
+namespace vlout::outlook::vcard {
+
+class VCardStore : public ContactStore {
+ public:
+  explicit VCardStore(std::string folder) : path_(std::move(folder)) {}
+
+  [[nodiscard]] bool connect() override;
+  [[nodiscard]] std::string connectFailure() const override { return connectFailure_; }
+  void openContactsFolder() override;
+  [[nodiscard]] std::vector<std::string> folderNotices() const override { return notices_; }
+  [[nodiscard]] std::size_t count() const override { return items_.size(); }
+  [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
+  [[nodiscard]] std::unique_ptr<Contact> create() override;
+  void flush() override;
+
+ private:
+  friend class VCardContact;
+
+  struct File {
+    std::string name;
+    FileState state;
+    std::size_t cards = 0;
+  };
+  struct Item {
+    std::size_t file = 0;
+    std::size_t card = 0;  // which card of the file
+    bool isGroup = false;
+    std::optional<std::string> vlid;
+  };
+
+  void addFile(const std::string& name, std::string& buffer);
+
+  // For VCardContact, with 1-based positions.
+  [[nodiscard]] const Item& itemAt(std::size_t position) const { return items_[position - 1]; }
+  [[nodiscard]] const FileState& stateAt(std::size_t position) const;
+  [[nodiscard]] std::string readCard(std::size_t position);
+  void saveCard(std::size_t position, const std::string& cardText, std::optional<std::string> vlid);
+  // The position of the new item.
+  [[nodiscard]] std::size_t saveNewCard(const std::string& uid, const std::string& cardText,
+                                        std::optional<std::string> vlid);
+
+  std::string path_;
+  std::string connectFailure_;
+  std::unique_ptr<Folder> folder_;
+  std::vector<File> files_;
+  std::vector<Item> items_;
+  std::vector<std::string> notices_;
+};
+
+}  // namespace vlout::outlook::vcard

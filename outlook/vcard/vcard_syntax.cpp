@@ -1,0 +1,313 @@
+#include "outlook/vcard/vcard_syntax.h"
+
+#include <algorithm>
+#include <libebook-contacts/libebook-contacts.h>
+#include <memory>
+
+#include "text/ascii.h"
+#include "text/code_page.h"
+#include "text/utf8.h"
+
+namespace vlout::outlook::vcard {
+namespace {
+
+struct GFree {
+  void operator()(gpointer memory) const { g_free(memory); }
+};
+struct GUnref {
+  void operator()(gpointer object) const { g_object_unref(object); }
+};
+using GText = std::unique_ptr<gchar, GFree>;
+using Card = std::unique_ptr<EVCard, GUnref>;
+
+constexpr std::string_view kBegin = "BEGIN:VCARD\r\n";
+constexpr std::string_view kEnd = "\r\nEND:VCARD\r\n";
+
+// Old Korean phones write their cards in code page 949 and say so nowhere, or say it of bytes that
+// are not quoted-printable, which the library does not convert.
+std::string asUtf8(std::string_view line) {
+  if (text::isValidUtf8(line)) return std::string(line);
+  if (auto korean = text::fromCodePage949(line)) return *std::move(korean);
+  return text::sanitizeUtf8(line);
+}
+
+bool isControl(char c) {
+  return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
+}
+
+// What a vCard can carry: valid UTF-8, line breaks as LF, no other control characters than tab.
+std::string writable(std::string_view value) {
+  const bool plain = std::none_of(value.begin(), value.end(), isControl);
+  if (plain) return text::sanitizeUtf8(value);
+  std::string result;
+  for (std::size_t i = 0; i < value.size(); ++i) {
+    const char c = value[i];
+    if (c == '\r') {
+      if (i + 1 == value.size() || value[i + 1] != '\n') result += '\n';
+    } else if (c == '\n' || c == '\t' || !isControl(c)) {
+      result += c;
+    }
+  }
+  return text::sanitizeUtf8(result);
+}
+
+// Encodings are the writer's business: a value that is written anew has its own.
+bool isWritersOwn(const Parameter& parameter, bool binary) {
+  return text::equalsIgnoringAsciiCase(parameter.name, "CHARSET") ||
+         (!binary && text::equalsIgnoringAsciiCase(parameter.name, "ENCODING"));
+}
+
+bool isBinary(const Property& property) {
+  const Parameter* const encoding = property.parameter("ENCODING");
+  if (encoding == nullptr || encoding->values.empty()) return false;
+  const std::string& value = encoding->values.front();
+  return text::equalsIgnoringAsciiCase(value, "B") ||
+         text::equalsIgnoringAsciiCase(value, "BASE64");
+}
+
+EVCardAttribute* toAttribute(const Property& property) {
+  EVCardAttribute* const attribute = e_vcard_attribute_new(
+      property.group.empty() ? nullptr : property.group.c_str(), property.name.c_str());
+  const bool binary = isBinary(property);
+  // The library puts each parameter in front of the others.
+  for (auto p = property.parameters.rbegin(); p != property.parameters.rend(); ++p) {
+    if (isWritersOwn(*p, binary)) continue;
+    EVCardAttributeParam* const parameter = e_vcard_attribute_param_new(p->name.c_str());
+    for (const std::string& value : p->values) {
+      e_vcard_attribute_param_add_value(parameter, value.c_str());
+    }
+    e_vcard_attribute_add_param(attribute, parameter);
+  }
+  for (const std::string& value : property.values) {
+    e_vcard_attribute_add_value(attribute, writable(value).c_str());
+  }
+  return attribute;
+}
+
+// The text between the framing lines of a card that the library has written.
+std::string_view withoutFrame(std::string_view card) {
+  constexpr std::string_view kVersion = "VERSION:3.0\r\n";
+  constexpr std::string_view kClose = "END:VCARD";
+  const std::size_t start = card.find(kVersion) + kVersion.size();
+  return card.substr(start, card.rfind(kClose) - start);
+}
+
+std::string writeWithLibrary(std::span<const Property> properties, std::string_view lineEnd) {
+  const Card card(e_vcard_new());
+  for (const Property& property : properties) {
+    e_vcard_append_attribute(card.get(), toAttribute(property));
+  }
+  const GText whole(e_vcard_to_string(card.get(), EVC_FORMAT_VCARD_30));
+  const std::string_view lines = withoutFrame(whole.get());
+  return lineEnd == "\r\n" ? std::string(lines) : text::replaceAll(lines, "\r\n", lineEnd);
+}
+
+// --- vCard 2.1, whose writer in the library leaves out what it does not know ---------------------
+
+constexpr std::size_t kFoldAt = 74;
+
+bool needsQuotedPrintable(const std::vector<std::string>& values) {
+  return std::any_of(values.begin(), values.end(), [](const std::string& value) {
+    return std::any_of(value.begin(), value.end(), [](char c) {
+      return isControl(c) || static_cast<unsigned char>(c) >= 0x80 || c == ';' || c == '\\';
+    });
+  });
+}
+
+class QuotedPrintableWriter {
+ public:
+  QuotedPrintableWriter(std::string& out, std::string_view lineEnd)
+      : out_(out), lineEnd_(lineEnd), column_(out.size() - (out.rfind('\n') + 1)) {}
+
+  void append(std::string_view text) {
+    for (const char c : text) {
+      const auto byte = static_cast<unsigned char>(c);
+      const bool plain = byte > 0x20 && byte < 0x7F && c != '=' && c != ';' && c != '\\';
+      if (c == '\n') {
+        put("=0D");
+        put("=0A");
+      } else if (plain || c == ' ') {
+        put(std::string_view(&c, 1));
+      } else {
+        constexpr std::string_view kDigits = "0123456789ABCDEF";
+        const char code[] = {'=', kDigits[byte >> 4], kDigits[byte & 15]};
+        put(std::string_view(code, 3));
+      }
+    }
+  }
+
+  void put(std::string_view code) {
+    if (column_ + code.size() > kFoldAt) {
+      out_.append("=").append(lineEnd_);
+      column_ = 0;
+    }
+    out_ += code;
+    column_ += code.size();
+  }
+
+ private:
+  std::string& out_;
+  std::string_view lineEnd_;
+  std::size_t column_;
+};
+
+void writeVersion21(const Property& property, std::string_view lineEnd, std::string& out) {
+  const bool binary = isBinary(property);
+  std::vector<std::string> values;
+  for (const std::string& value : property.values) values.push_back(writable(value));
+  if (!property.group.empty()) out.append(property.group).append(".");
+  out += property.name;
+  for (const Parameter& parameter : property.parameters) {
+    if (isWritersOwn(parameter, false)) continue;
+    for (const std::string& value : parameter.values) {
+      out.append(";").append(parameter.name).append("=").append(value);
+    }
+  }
+  if (binary) {
+    out.append(";ENCODING=BASE64:");
+    const std::string& data = values.empty() ? std::string() : values.front();
+    for (std::size_t i = 0; i < data.size(); i += kFoldAt) {
+      out.append(lineEnd).append(" ").append(data, i, kFoldAt);
+    }
+    out.append(lineEnd).append(lineEnd);  // an empty line ends the data
+    return;
+  }
+  const bool quoted = needsQuotedPrintable(values);
+  out += quoted ? ";CHARSET=UTF-8;ENCODING=QUOTED-PRINTABLE:" : ":";
+  QuotedPrintableWriter writer(out, lineEnd);
+  const char separator = property.name == "CATEGORIES" ? ',' : ';';
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    if (i > 0) out += separator;
+    if (quoted) {
+      writer.append(values[i]);
+    } else {
+      out += values[i];
+    }
+  }
+  out += lineEnd;
+}
+
+}  // namespace
+
+bool Property::hasNoValue() const {
+  return std::all_of(values.begin(), values.end(),
+                     [](const std::string& value) { return value.empty(); });
+}
+
+std::vector<std::string> Property::types() const {
+  std::vector<std::string> result;
+  for (const Parameter& parameter : parameters) {
+    if (!text::equalsIgnoringAsciiCase(parameter.name, "TYPE")) continue;
+    for (std::string_view list : parameter.values) {
+      // Version 4.0 quotes several types as one value.
+      while (!list.empty()) {
+        const std::string_view one = list.substr(0, list.find(','));
+        result.push_back(text::toAsciiUpper(one));
+        list.remove_prefix(std::min(list.size(), one.size() + 1));
+      }
+    }
+  }
+  return result;
+}
+
+bool Property::hasType(std::string_view type) const {
+  const auto all = types();
+  return std::find(all.begin(), all.end(), type) != all.end();
+}
+
+const Parameter* Property::parameter(std::string_view parameterName) const {
+  const auto found =
+      std::find_if(parameters.begin(), parameters.end(), [&](const Parameter& parameter) {
+        return text::equalsIgnoringAsciiCase(parameter.name, parameterName);
+      });
+  return found == parameters.end() ? nullptr : &*found;
+}
+
+void Property::removeParameter(std::string_view parameterName) {
+  std::erase_if(parameters, [&](const Parameter& parameter) {
+    return text::equalsIgnoringAsciiCase(parameter.name, parameterName);
+  });
+}
+
+std::string Property::component(std::size_t index) const {
+  return index < values.size() ? values[index] : std::string();
+}
+
+void Property::setComponent(std::size_t index, std::string_view value) {
+  if (values.size() <= index) values.resize(index + 1);
+  values[index] = value;
+}
+
+std::string Property::whole() const {
+  std::string result;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    if (i > 0) result += ';';  // a semicolon that a careless writer left without its backslash
+    result += values[i];
+  }
+  return result;
+}
+
+bool isQuotedPrintable(std::string_view line) {
+  const std::string head = text::toAsciiUpper(line.substr(0, line.find(':')));
+  return head.find("QUOTED-PRINTABLE") != std::string::npos;
+}
+
+Property readProperty(std::string_view line) {
+  std::string unfolded = asUtf8(line);
+  if (isQuotedPrintable(line)) {
+    // The library joins soft line breaks only behind an encoded byte.
+    unfolded = text::replaceAll(text::replaceAll(unfolded, "=\r\n", ""), "=\n", "");
+  }
+  std::string card(kBegin);
+  card.append(unfolded).append(kEnd);
+  std::replace(card.begin(), card.end(), '\0', ' ');
+  const Card parsed(e_vcard_new_from_string(card.c_str()));
+  Property property;
+  const GList* const attributes = e_vcard_get_attributes(parsed.get());
+  if (attributes == nullptr) return property;
+  auto* const attribute = static_cast<EVCardAttribute*>(attributes->data);
+  const auto orEmpty = [](const char* text) { return text == nullptr ? "" : text; };
+  property.group = orEmpty(e_vcard_attribute_get_group(attribute));
+  property.name = text::toAsciiUpper(orEmpty(e_vcard_attribute_get_name(attribute)));
+  for (GList* p = e_vcard_attribute_get_params(attribute); p != nullptr; p = p->next) {
+    auto* const source = static_cast<EVCardAttributeParam*>(p->data);
+    Parameter parameter{e_vcard_attribute_param_get_name(source), {}};
+    for (GList* v = e_vcard_attribute_param_get_values(source); v != nullptr; v = v->next) {
+      parameter.values.emplace_back(static_cast<const char*>(v->data));
+    }
+    property.parameters.push_back(std::move(parameter));
+  }
+  for (GList* v = e_vcard_attribute_get_values(attribute); v != nullptr; v = v->next) {
+    std::string value = text::sanitizeUtf8(orEmpty(static_cast<const char*>(v->data)));
+    if (value.find('\r') != std::string::npos) value = text::replaceAll(value, "\r\n", "\n");
+    property.values.push_back(std::move(value));
+  }
+  return property;
+}
+
+std::string writeProperties(std::span<const Property> properties, Version version,
+                            std::string_view lineEnd) {
+  if (version != Version::V21) return writeWithLibrary(properties, lineEnd);
+  std::string out;
+  for (const Property& property : properties) writeVersion21(property, lineEnd, out);
+  return out;
+}
+
+std::string encodeBase64(std::string_view bytes) {
+  const GText text(g_base64_encode(reinterpret_cast<const guchar*>(bytes.data()), bytes.size()));
+  return text.get();
+}
+
+std::string decodeBase64(std::string_view text) {
+  gsize size = 0;
+  const std::string terminated(text);
+  const std::unique_ptr<guchar, GFree> bytes(g_base64_decode(terminated.c_str(), &size));
+  return {reinterpret_cast<const char*>(bytes.get()), size};
+}
+
+std::string newUid() {
+  const GText uid(g_uuid_string_random());
+  return uid.get();
+}
+
+}  // namespace vlout::outlook::vcard

@@ -1,0 +1,62 @@
+// The syntax of single vCard properties, read and written with libebook-contacts. This is the only
+// place that knows that library; the rest of the folder works on the plain structure below.
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace vlout::outlook::vcard {
+
+enum class Version { V21, V30, V40 };
+
+struct Parameter {
+  std::string name;
+  std::vector<std::string> values;
+
+  bool operator==(const Parameter&) const = default;
+};
+
+// One property, decoded: texts in UTF-8, without escapes or quoted-printable. Binary values stay in
+// base64.
+struct Property {
+  std::string group{};
+  std::string name{};
+  std::vector<Parameter> parameters{};
+  std::vector<std::string> values{};
+
+  bool operator==(const Property&) const = default;
+  [[nodiscard]] bool hasNoValue() const;
+
+  // Type names in upper case, in whatever form the card spells them.
+  [[nodiscard]] std::vector<std::string> types() const;
+  [[nodiscard]] bool hasType(std::string_view type) const;
+  [[nodiscard]] const Parameter* parameter(std::string_view parameterName) const;
+  void removeParameter(std::string_view parameterName);
+
+  // A component of a structured value, or an empty text.
+  [[nodiscard]] std::string component(std::size_t index) const;
+  void setComponent(std::size_t index, std::string_view value);
+  // The value as one text.
+  [[nodiscard]] std::string whole() const;
+};
+
+// True for a content line whose value is quoted-printable, which has a folding of its own.
+[[nodiscard]] bool isQuotedPrintable(std::string_view line);
+
+// The property that `line`, a content line with its continuation lines, holds; one without a name
+// when the line is no property.
+[[nodiscard]] Property readProperty(std::string_view line);
+
+// The content lines for `properties`, folded, in the syntax of `version`, each ended by `lineEnd`.
+[[nodiscard]] std::string writeProperties(std::span<const Property> properties, Version version,
+                                          std::string_view lineEnd);
+
+[[nodiscard]] std::string encodeBase64(std::string_view bytes);
+[[nodiscard]] std::string decodeBase64(std::string_view text);
+
+// A fresh identifier for a new card.
+[[nodiscard]] std::string newUid();
+
+}  // namespace vlout::outlook::vcard

@@ -1,0 +1,404 @@
+#include "outlook/vcard/vcard_store.h"
+
+#include <fcntl.h>
+#include <functional>
+#include <libebook-contacts/libebook-contacts.h>
+#include <string>
+#include <sys/stat.h>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "outlook/pairing.h"
+#include "tests/support/temporary_folder.h"
+#include "text/ascii.h"
+
+namespace vlout::outlook::vcard {
+namespace {
+
+using P = ContactProperty;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+class VCardStoreTest : public testing::Test {
+ protected:
+  std::unique_ptr<VCardStore> openStore() {
+    auto store = std::make_unique<VCardStore>(folder.path().string());
+    EXPECT_TRUE(store->connect()) << store->connectFailure();
+    store->openContactsFolder();
+    return store;
+  }
+
+  // Writes one file, changes its first contact and saves it; the file's text afterwards.
+  std::string changed(const std::string& text, const std::function<void(Contact&)>& change) {
+    tests::writeFile(folder.path() / "a.vcf", text);
+    const auto store = openStore();
+    const auto contact = store->item(1);
+    change(*contact);
+    contact->save();
+    return tests::readFile(folder.path() / "a.vcf");
+  }
+
+  // What a property reads as in a card with these lines.
+  std::string textIn(const std::string& lines, P property) {
+    tests::writeFile(folder.path() / "a.vcf",
+                     "BEGIN:VCARD\r\nVERSION:3.0\r\n" + lines + "END:VCARD\r\n");
+    const auto store = openStore();
+    return store->item(1)->text(property);
+  }
+
+  tests::TemporaryFolder folder;
+};
+
+// A value that every property can hold and that shows mistakes in escaping.
+std::string sampleValue(P property) {
+  return std::string(propertyInfo(property).objectModelName) + " 가나; \"a,b\\c\" 😀";
+}
+
+bool isPlainText(const PropertyInfo& info) {
+  return info.kind == PropertyKind::Text && info.property != P::Categories;
+}
+
+TEST_F(VCardStoreTest, EveryPropertySurvivesInEveryVersion) {
+  const std::vector<std::string> cards{
+      "",  // a new card
+      "BEGIN:VCARD\r\nVERSION:2.1\r\nN:x\r\nEND:VCARD\r\n",
+      "BEGIN:VCARD\nVERSION:3.0\nN:x\nFN:x\nEND:VCARD\n",
+      "BEGIN:VCARD\r\nVERSION:4.0\r\nFN:x\r\nREV:20200101T000000Z\r\nEND:VCARD\r\n",
+  };
+  const text::DateTime day = *text::makeDateTime(1980, 3, 22);
+  for (const std::string& card : cards) {
+    const tests::TemporaryFolder own;
+    if (!card.empty()) tests::writeFile(own.path() / "a.vcf", card);
+    {
+      VCardStore store(own.path().string());
+      ASSERT_TRUE(store.connect());
+      store.openContactsFolder();
+      const auto contact = card.empty() ? store.create() : store.item(1);
+      for (const PropertyInfo& info : contactProperties()) {
+        if (isPlainText(info)) contact->setText(info.property, sampleValue(info.property));
+        if (info.kind == PropertyKind::Date) contact->setDate(info.property, day);
+      }
+      contact->setText(P::Body, "첫 줄\r\n둘째 줄\n\n" + std::string(10000, 'x'));
+      contact->setText(P::Categories, "거래처; VIP,친구");
+      contact->setText(P::FullName, "홍 길동");
+      contact->setGender(Gender::Female);
+      addVLID(*contact, "123");
+      contact->addAttachment("명함 \"앞\".jpg", std::string("\xFF\xD8\0\1binary", 9));
+      contact->save();
+    }
+    VCardStore store(own.path().string());
+    ASSERT_TRUE(store.connect());
+    store.openContactsFolder();
+    ASSERT_EQ(store.count(), 1U);
+    const auto contact = store.item(1);
+    for (const PropertyInfo& info : contactProperties()) {
+      const P property = info.property;
+      if (isPlainText(info) && property != P::Body) {
+        EXPECT_EQ(contact->text(property), sampleValue(property)) << card << info.objectModelName;
+      }
+      if (info.kind == PropertyKind::Date) {
+        EXPECT_EQ(contact->date(property), day);
+      }
+    }
+    EXPECT_EQ(contact->text(P::Body), "첫 줄\n둘째 줄\n\n" + std::string(10000, 'x'));
+    EXPECT_EQ(contact->text(P::Categories), "거래처, VIP, 친구");
+    EXPECT_EQ(contact->text(P::LastName) + "/" + contact->text(P::FirstName), "홍/길동");
+    EXPECT_EQ(contact->gender(), Gender::Female);
+    EXPECT_EQ(readVLID(*contact), "123");
+    ASSERT_EQ(contact->attachmentCount(), 1U);
+    EXPECT_EQ(contact->attachmentName(1), "명함 \"앞\".jpg");
+    EXPECT_EQ(contact->attachmentContent(1), std::string("\xFF\xD8\0\1binary", 9));
+
+    // Emptied again, nothing of it is left.
+    for (const PropertyInfo& info : contactProperties()) {
+      if (isPlainText(info)) contact->setText(info.property, "");
+      if (info.kind == PropertyKind::Date) contact->setDate(info.property, text::noDate());
+    }
+    contact->setGender(Gender::Unspecified);
+    contact->removeAttachment(1);
+    contact->save();
+    store.openContactsFolder();
+    const auto emptied = store.item(1);
+    for (const PropertyInfo& info : contactProperties()) {
+      if (isPlainText(info)) {
+        EXPECT_EQ(emptied->text(info.property), "") << info.objectModelName;
+      } else if (info.kind == PropertyKind::Date) {
+        EXPECT_EQ(emptied->date(info.property), text::noDate());
+      }
+    }
+    const auto files = tests::fileNames(own.path());
+    ASSERT_EQ(files.size(), 1U);
+    EXPECT_THAT(tests::readFile(own.path() / files[0]), Not(HasSubstr("가나")));
+  }
+}
+
+// The same card as another program's library sees it.
+TEST_F(VCardStoreTest, OtherProgramsFindThePropertiesWhereTheyLookForThem) {
+  {
+    const auto store = openStore();
+    const auto contact = store->create();
+    contact->setText(P::FullName, "홍 길동");
+    for (const P property :
+         {P::CompanyName, P::Department, P::JobTitle, P::HomeTelephoneNumber,
+          P::MobileTelephoneNumber, P::BusinessTelephoneNumber, P::Business2TelephoneNumber,
+          P::BusinessFaxNumber, P::HomeFaxNumber, P::OtherFaxNumber, P::Email1Address,
+          P::Email2Address, P::WebPage, P::Body, P::Spouse}) {
+      contact->setText(property, propertyInfo(property).objectModelName);
+    }
+    contact->setDate(P::Anniversary, *text::makeDateTime(2001, 2, 3));
+    contact->save();
+  }
+  const auto files = tests::fileNames(folder.path());
+  ASSERT_EQ(files.size(), 1U);
+  const std::string text = tests::readFile(folder.path() / files[0]);
+  EContact* const seen = e_contact_new_from_vcard(text.c_str());
+  const auto field = [&](EContactField id) -> std::string {
+    const auto* const value = static_cast<const char*>(e_contact_get_const(seen, id));
+    return value == nullptr ? "" : value;
+  };
+  struct Case {
+    EContactField field;
+    const char* value;
+  };
+  const std::vector<Case> cases{{E_CONTACT_FULL_NAME, "홍길동"},
+                                {E_CONTACT_FAMILY_NAME, "홍"},
+                                {E_CONTACT_GIVEN_NAME, "길동"},
+                                {E_CONTACT_ORG, "CompanyName"},
+                                {E_CONTACT_ORG_UNIT, "Department"},
+                                {E_CONTACT_TITLE, "JobTitle"},
+                                {E_CONTACT_PHONE_HOME, "HomeTelephoneNumber"},
+                                {E_CONTACT_PHONE_MOBILE, "MobileTelephoneNumber"},
+                                {E_CONTACT_PHONE_BUSINESS, "BusinessTelephoneNumber"},
+                                {E_CONTACT_PHONE_BUSINESS_2, "Business2TelephoneNumber"},
+                                {E_CONTACT_PHONE_BUSINESS_FAX, "BusinessFaxNumber"},
+                                {E_CONTACT_PHONE_HOME_FAX, "HomeFaxNumber"},
+                                {E_CONTACT_PHONE_OTHER_FAX, "OtherFaxNumber"},
+                                {E_CONTACT_EMAIL_1, "Email1Address"},
+                                {E_CONTACT_EMAIL_2, "Email2Address"},
+                                {E_CONTACT_HOMEPAGE_URL, "WebPage"},
+                                {E_CONTACT_NOTE, "Body"},
+                                {E_CONTACT_SPOUSE, "Spouse"}};
+  for (const Case& c : cases) EXPECT_EQ(field(c.field), c.value) << e_contact_field_name(c.field);
+  g_object_unref(seen);
+}
+
+TEST_F(VCardStoreTest, ReadsWhatOtherProgramsWrite) {
+  struct Case {
+    const char* lines;
+    P property;
+    const char* text;
+  };
+  const std::vector<Case> cases{
+      {"TEL;type=CELL;type=VOICE;type=pref:010-1\r\n", P::MobileTelephoneNumber, "010-1"},
+      {"TEL;VALUE=uri;TYPE=\"voice,work\":tel:+82-2-1;ext=3\r\n", P::BusinessTelephoneNumber,
+       "+82-2-1;ext=3"},
+      {"TEL;WORK;FAX:02-1\r\nTEL;WORK:02-2\r\n", P::BusinessTelephoneNumber, "02-2"},
+      {"TEL;WORK:1\r\nTEL;CELL:2\r\nTEL;WORK:3\r\n", P::Business2TelephoneNumber, "3"},
+      {"item1.EMAIL;type=INTERNET:a@example.com\r\n", P::Email1Address, "a@example.com"},
+      {"URL;HOME:http://h\r\nURL;WORK:http://w\r\n", P::WebPage, "http://w"},
+      {"N;CHARSET=EUC-KR;ENCODING=QUOTED-PRINTABLE:=C8=AB;=B1=E6=B5=BF\r\n", P::FirstName, "길동"},
+      {"N:\xC8\xAB;\xB1\xE6\xB5\xBF\r\n", P::LastName, "홍"},  // code page 949, unannounced
+      {"NOTE;ENCODING=QUOTED-PRINTABLE:a=0D=0A=\r\nb:c\r\n", P::Body, "a\nb:c"},
+      {"NOTE:first\r\n  folded\r\n", P::Body, "first folded"},
+      {"FN:홍 길동\r\n", P::FirstName, "길동"},                     // no N at all
+      {"N:;;;;\r\nFN:가나다\r\nORG:가나다\r\n", P::FirstName, ""},  // a company, not a person
+      {"N:Doe;John;Adam;Dr.;Jr.\r\n", P::FullName, "Dr. John Adam Doe Jr."},
+      {"ORG:회사;부서;팀\r\n", P::Department, "부서"},
+      {"ADR;type=HOME:;;Street;City;;123;Korea\r\n", P::HomeAddressCity, "City"},
+      {"ADR;TYPE=work:PO;;S;C;ST;Z;USA\r\n", P::BusinessAddressPostOfficeBox, "PO"},
+      {"ADR:;;other;;;;\r\n", P::OtherAddressStreet, "other"},
+      {"CATEGORIES:a,b\r\nCATEGORIES:c\r\n", P::Categories, "a, b, c"},
+      {"X-MS-SPOUSE:배우자\r\n", P::Spouse, "배우자"},
+      {"item2.X-ABRELATEDNAMES:Jenny\r\nitem2.X-ABLabel:_$!<Spouse>!$_\r\n", P::Spouse, "Jenny"},
+      {"AGENT:\r\nBEGIN:VCARD\r\nTITLE:inner\r\nEND:VCARD\r\nTITLE:outer\r\n", P::JobTitle,
+       "outer"},
+  };
+  for (const Case& c : cases) EXPECT_EQ(textIn(c.lines, c.property), c.text) << c.lines;
+}
+
+TEST_F(VCardStoreTest, ReadsDatesAndGendersOfOtherPrograms) {
+  struct Case {
+    const char* lines;
+    const char* birthday;
+    const char* anniversary;
+    Gender gender;
+  };
+  const std::vector<Case> cases{
+      {"BDAY:19800322\r\nX-MS-ANNIVERSARY:20110113\r\nGENDER:M\r\n", "1980-03-22", "2011-01-13",
+       Gender::Male},
+      {"BDAY;VALUE=date:1980-03-22T00:00:00Z\r\nX-WAB-GENDER:1\r\n", "1980-03-22", "4501-01-01",
+       Gender::Female},
+      {"BDAY:--0322\r\nX-GENDER:Female\r\nANNIVERSARY:2011-01-13\r\n", "4501-01-01", "2011-01-13",
+       Gender::Female},
+      {"item1.X-ABDATE:1975-03-01\r\nitem1.X-ABLabel:_$!<Anniversary>!$_\r\nGENDER:O;other\r\n",
+       "4501-01-01", "1975-03-01", Gender::Unspecified},
+  };
+  for (const Case& c : cases) {
+    tests::writeFile(folder.path() / "a.vcf",
+                     std::string("BEGIN:VCARD\r\nVERSION:3.0\r\n") + c.lines + "END:VCARD\r\n");
+    const auto store = openStore();
+    const auto contact = store->item(1);
+    EXPECT_EQ(text::formatDay(contact->date(P::Birthday)), c.birthday) << c.lines;
+    EXPECT_EQ(text::formatDay(contact->date(P::Anniversary)), c.anniversary) << c.lines;
+    EXPECT_EQ(contact->gender(), c.gender) << c.lines;
+  }
+}
+
+TEST_F(VCardStoreTest, SavingTouchesOnlyWhatWasChanged) {
+  const std::string card =
+      "BEGIN:VCARD\r\nVERSION:3.0\r\nPRODID:-//Other//EN\r\nX-OTHER;P=\"a;b\":c,d;e\r\n"
+      "NICKNAME:a,b\r\nN:Doe;John;Richter;Mr.;Sr.\r\nFN:Mr. John Richter Doe Sr.\r\n"
+      "PHOTO:data:image/jpeg;base64,/9j/4AAQ\r\n "
+      "SkZJRg==\r\nitem1.EMAIL;type=pref:a@example.com\r\n"
+      "item1.X-ABLabel:work\r\nEMAIL:b@example.com\r\nEMAIL:c@example.com\r\nBDAY:--0322\r\n"
+      "ADR;TYPE=HOME,PREF:;ext;old street;city;state;123;KR\r\nLABEL;TYPE=HOME:old street\r\n"
+      "LABEL;TYPE=WORK:work label\r\nTEL:main\r\nEND:VCARD\r\n";
+  // Setting what is there already changes nothing, not even the bytes.
+  EXPECT_EQ(changed(card,
+                    [](Contact& contact) {
+                      for (const PropertyInfo& info : contactProperties()) {
+                        if (info.kind == PropertyKind::Text) {
+                          contact.setText(info.property, contact.text(info.property));
+                        }
+                      }
+                      contact.setText(P::FullName, "Doe, John Richter");
+                      contact.setDate(P::Birthday, text::noDate());
+                      // An address is emptied before its line is written.
+                      contact.setText(P::HomeAddressStreet, "");
+                      contact.setText(P::HomeAddressStreet, "old street");
+                    }),
+            card);
+  const std::string after = changed(card, [](Contact& contact) {
+    contact.setText(P::HomeAddressStreet, "new street");
+    contact.setText(P::Email1Address, "");
+    contact.setText(P::JobTitle, "부장");
+  });
+  std::string expected = text::replaceAll(card, "old street;city", "new street;city");
+  for (const char* gone : {"LABEL;TYPE=HOME:old street\r\n",
+                           "item1.EMAIL;type=pref:a@example.com\r\n", "item1.X-ABLabel:work\r\n"}) {
+    expected = text::replaceAll(expected, gone, "");
+  }
+  expected = text::replaceAll(expected, "EMAIL:b@", "EMAIL;X-VELMORA-SLOT=2:b@");
+  expected = text::replaceAll(expected, "END:VCARD", "TITLE:부장\r\nEND:VCARD");
+  EXPECT_EQ(after, expected);
+}
+
+TEST_F(VCardStoreTest, SecondPlacesStaySecond) {
+  struct Pair {
+    P first;
+    P second;
+  };
+  for (const Pair& pair : {Pair{P::Email1Address, P::Email2Address},
+                           Pair{P::BusinessTelephoneNumber, P::Business2TelephoneNumber}}) {
+    const auto store = openStore();
+    const auto contact = store->create();
+    const auto expect = [&](const char* first, const char* second) {
+      contact->setText(pair.first, first);
+      contact->setText(pair.second, second);
+      contact->save();
+      store->openContactsFolder();
+      const auto again = store->item(store->count());
+      EXPECT_EQ(again->text(pair.first), first);
+      EXPECT_EQ(again->text(pair.second), second);
+    };
+    expect("", "2");
+    expect("1", "2");
+    expect("", "2");
+    expect("1", "");
+    expect("1", "3");
+    for (const auto& name : tests::fileNames(folder.path())) {
+      std::filesystem::remove(folder.path() / name);
+    }
+  }
+}
+
+TEST_F(VCardStoreTest, FilesOfSeveralCardsAreWrittenBackWhole) {
+  const std::string first =
+      "BEGIN:VCARD\nVERSION:2.1\nN:A\nKEY;ENCODING=BASE64:\n AAAA\n\nEND:VCARD\n";
+  const std::string second = "BEGIN:VCARD\nVERSION:3.0\nFN:B\nN:;B;;;\nX-VLID:7\nEND:VCARD\n";
+  const std::string group = "BEGIN:VCARD\nVERSION:4.0\nKIND:group\nFN:G\nEND:VCARD\n";
+  const auto file = folder.path() / "many.vcf";
+  tests::writeFile(file, "\xEF\xBB\xBF" + first + "\n" + second + group + "trailing\n");
+  const auto store = openStore();
+  ASSERT_EQ(store->count(), 3U);
+  EXPECT_EQ(store->item(3)->typeName(), "DistListItem");
+  EXPECT_EQ(readVLID(*store->item(2)), "7");
+  const auto time = store->item(1)->lastModificationTime();
+  const auto contact = store->item(2);
+  contact->setText(P::JobTitle, "T");
+  contact->save();
+  const std::string changedSecond = text::replaceAll(second, "END:", "TITLE:T\nEND:");
+  EXPECT_EQ(tests::readFile(file),
+            "\xEF\xBB\xBF" + first + "\n" + changedSecond + group + "trailing\n");
+  // The other cards of the file do not look as if they had been edited.
+  EXPECT_EQ(text::toWholeSeconds(store->item(1)->lastModificationTime()),
+            text::toWholeSeconds(time));
+  EXPECT_EQ(store->item(1)->text(P::LastName), "A");
+}
+
+TEST_F(VCardStoreTest, NamesWhatItCannotReadAndGoesOn) {
+  tests::writeFile(folder.path() / "binary.vcf", std::string("\0\1\2\xFF", 4));
+  tests::writeFile(folder.path() / "cut.vcf", "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:cut");
+  tests::writeFile(folder.path() / "cut2.vcf",
+                   "BEGIN:VCARD\r\nFN:cut\r\nBEGIN:VCARD\r\nVERSION:3.0\r\nFN:whole\r\nEND:VCARD");
+  tests::writeFile(folder.path() / "empty.vcf", "");
+  tests::writeFile(folder.path() / "note.txt", "no card");
+  tests::writeFile(folder.path() / ".hidden.vcf", "no card");
+  std::filesystem::create_directory(folder.path() / "folder.vcf");
+  ASSERT_EQ(mkfifo((folder.path() / "pipe.vcf").c_str(), 0600), 0);
+  const auto store = openStore();
+  ASSERT_EQ(store->count(), 1U);
+  EXPECT_EQ(store->item(1)->text(P::FullName), "whole");
+  EXPECT_THAT(store->folderNotices(), ElementsAre(HasSubstr("binary.vcf"), HasSubstr("cut.vcf"),
+                                                  HasSubstr("cut2.vcf"), HasSubstr("empty.vcf")));
+  EXPECT_THROW(static_cast<void>(store->item(2)), ContactStoreError);
+}
+
+TEST_F(VCardStoreTest, AnotherProgramsChangeIsNotOverwritten) {
+  const auto file = folder.path() / "a.vcf";
+  tests::writeFile(file, "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:A\r\nN:;A;;;\r\nEND:VCARD\r\n");
+  const auto store = openStore();
+  const auto contact = store->item(1);
+  contact->setText(P::JobTitle, "ours");
+  tests::writeFile(file, "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:theirs\r\nEND:VCARD\r\n");
+  EXPECT_THROW(contact->save(), ContactStoreError);
+  EXPECT_THAT(tests::readFile(file), HasSubstr("theirs"));
+  std::filesystem::remove(file);
+  EXPECT_THROW(contact->save(), ContactStoreError);
+  EXPECT_THAT(tests::fileNames(folder.path()), ElementsAre());  // and no temporary file either
+}
+
+TEST_F(VCardStoreTest, FilesKeepTheirModeAndNewOnesArePrivate) {
+  const auto file = folder.path() / "a.vcf";
+  tests::writeFile(file, "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:A\r\nN:;A;;;\r\nEND:VCARD\r\n");
+  ASSERT_EQ(chmod(file.c_str(), 0640), 0);
+  tests::writeFile(folder.path() / ".vloutsync.tmp", "left by a killed run");
+  const auto store = openStore();
+  store->item(1)->save();
+  store->create()->save();
+  struct stat status {};
+  ASSERT_EQ(stat(file.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0640U);
+  const auto files = tests::fileNames(folder.path());
+  ASSERT_EQ(files.size(), 2U);  // the killed run's file is gone
+  const auto created = folder.path() / (files[0] == "a.vcf" ? files[1] : files[0]);
+  ASSERT_EQ(stat(created.c_str(), &status), 0);
+  EXPECT_EQ(status.st_mode & 0777, 0600U);
+  EXPECT_EQ(store->count(), 2U);  // the new contact came to the end
+}
+
+TEST_F(VCardStoreTest, OneProcessAtATimeAndOnlyInAFolderThatIsThere) {
+  const auto store = openStore();
+  VCardStore second(folder.path().string());
+  EXPECT_FALSE(second.connect());
+  EXPECT_THAT(second.connectFailure(), HasSubstr(folder.path().string()));
+  VCardStore missing((folder.path() / "missing").string());
+  EXPECT_FALSE(missing.connect());
+  EXPECT_THAT(missing.connectFailure(), HasSubstr("missing"));
+}
+
+}  // namespace
+}  // namespace vlout::outlook::vcard
