@@ -1,0 +1,58 @@
+#include "transfer/change_detection.h"
+
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/component_fixture.h"
+
+namespace vlout::transfer {
+namespace {
+
+using text::DateTime;
+
+// Every relation of the four stamps on a short time line, with and without stamps, against the rule
+// in its own words.
+TEST(ClassifyPair, FollowsTheRuleForEveryRelationOfTheStamps) {
+  const std::vector<std::optional<DateTime>> times{std::nullopt, DateTime{100}, DateTime{101},
+                                                   DateTime{102}};
+  const auto later = [](std::optional<DateTime> a, std::optional<DateTime> b) {
+    return a && (!b || a->seconds > b->seconds);
+  };
+  int conflicts = 0;
+  for (const auto& l : times) {
+    for (const auto& o : times) {
+      for (const auto& s : times) {
+        for (const std::int64_t seconds : {100, 101, 102}) {
+          const DateTime c{seconds, 999'999'999};  // its fraction does not count
+          const RowStamps row{.lastModified = l, .outlookModified = o, .lastSync = s};
+          const Side newer = later(l, c) ? Side::Row : later(c, l) ? Side::Contact : Side::Neither;
+          const bool changed = newer != Side::Neither;
+          const bool straight = changed && later(l, s) && later(c, o);
+          const bool crosswise = changed && later(l, o) && later(c, s);
+          EXPECT_EQ(classifyPair(row, c, ConflictTest::Off), (PairState{newer, false}));
+          EXPECT_EQ(classifyPair(row, c, ConflictTest::Straight), (PairState{newer, straight}));
+          EXPECT_EQ(classifyPair(row, c, ConflictTest::Crosswise), (PairState{newer, crosswise}));
+          conflicts += straight ? 1 : 0;
+        }
+      }
+    }
+  }
+  EXPECT_GT(conflicts, 0);
+}
+
+using WriteSyncDates = tests::ComponentFixture;
+
+TEST_F(WriteSyncDates, SetsAllThreeDatesToTheWholeSecond) {
+  addCard(5, {{"Last_moddate", "2020/01/01 00:00:00"}});
+  const DateTime stamp = *text::parseDateTime("2025-03-04 05:06:07");
+  EXPECT_TRUE(writeSyncDates(database, {stamp.seconds, 123'456'789}, "5"));
+  for (const char* column : {"Last_moddate", "Outlook_modate", "VLLastsync_date"}) {
+    EXPECT_EQ(valueOf(5, column), "2025/03/04 05:06:07");
+  }
+  EXPECT_FALSE(writeSyncDates(database, stamp, "6"));
+  EXPECT_THROW(writeSyncDates(database, stamp, "x"), store::DatabaseError);
+}
+
+}  // namespace
+}  // namespace vlout::transfer

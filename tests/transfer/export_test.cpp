@@ -1,0 +1,295 @@
+#include "transfer/export.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "outlook/pairing.h"
+#include "tests/support/component_fixture.h"
+#include "text/ascii.h"
+
+namespace vlout::transfer {
+namespace {
+
+using outlook::ContactProperty;
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+using ui::CheckBox;
+using ui::frmOutlookSync;
+
+class ExportTest : public tests::ComponentFixture {
+ protected:
+  std::vector<std::string> exportAll(const std::function<void(frmOutlookSync&)>& prepare =
+                                         [](frmOutlookSync&) {}) {
+    toolkit->messages.clear();
+    return runExport(frmOutlookSync::kAllCards, prepare);
+  }
+  std::string summary() const { return toolkit->messages.back().text; }
+
+  void writeContact(const std::string& file, const std::string& lines, const std::string& time) {
+    const auto path = contactsFolder() / file;
+    tests::writeFile(path, "BEGIN:VCARD\r\nVERSION:3.0\r\n" + lines + "END:VCARD\r\n");
+    tests::setModified(path, time);
+  }
+  std::string contactText(const std::string& file) const {
+    return tests::readFile(contactsFolder() / file);
+  }
+  void setStamps(int id, const std::string& last, const std::string& outlook,
+                 const std::string& sync) {
+    execute("UPDATE tbl_namecard SET [Last_moddate]='" + last + "',[Outlook_modate]='" + outlook +
+            "',[VLLastsync_date]='" + sync + "' where i_idx=" + std::to_string(id));
+  }
+};
+
+TEST_F(ExportTest, AddsEveryCardOnceAndThenHasNothingToDo) {
+  addCard(
+      1, {{"FullName", "홍길동"}, {"cellphone", "010-1"}, {"Last_moddate", "2025/01/01 00:00:00"}});
+  addCard(2, {{"FullName", "O'Brien, Pat"}});
+  execute("INSERT INTO tbl_namecard(i_idx,p_idx,FullName) VALUES(3,9,'숨은 카드')");
+  EXPECT_THAT(exportAll(), ElementsAre("아웃룩 연결|100%|성공", "데이터 구성|100%|완료",
+                                       "연락처 비교/갱신|100%|완료", "연락처 추가|100%|완료",
+                                       "추가→(O'Brien, Pat)|100%|완료", "추가→(홍길동)|100%|완료",
+                                       "내보내기 완료|추가=2/갱신=0|"));
+  EXPECT_EQ(summary(), "내보내기를 완료하였습니다.\r\n추가=2/갱신=0");
+  EXPECT_EQ(toolkit->messages.back().icon, MessageIcon::Information);
+  EXPECT_EQ(valueOf(1, "Last_moddate"), valueOf(1, "Outlook_modate"));
+  EXPECT_EQ(valueOf(1, "Last_moddate"), valueOf(1, "VLLastsync_date"));
+  const auto store = openContacts();
+  ASSERT_EQ(store->count(), 2U);
+
+  const auto files = cardFiles();
+  const std::string before = contactText(files[0]) + contactText(files[1]);
+  EXPECT_THAT(exportAll(), Contains("내보내기 완료|추가=0/갱신=0|"));
+  EXPECT_EQ(cardFiles(), files);
+  EXPECT_EQ(contactText(files[0]) + contactText(files[1]), before);
+}
+
+// The pair of one card and its contact, for every relation of dates and option that matters.
+TEST_F(ExportTest, ComparesAPairByItsDates) {
+  const std::string old = "2025/01/01 00:00:00";
+  const std::string mid = "2025/01/02 00:00:00";
+  const std::string recent = "2025/01/03 00:00:00";
+  struct Case {
+    const char* name;
+    std::string last, outlook, sync, contact;
+    bool ignoreConflicts;
+    std::string line;  // the result line, or "" for none
+    std::string summary;
+    bool written;
+  };
+  const std::vector<Case> cases{
+      {"in step", mid, mid, mid, mid, false, "", "추가=0/갱신=0", false},
+      {"equal to the second, older stamps", mid, old, old, mid, false, "", "추가=0/갱신=0", false},
+      {"card edited", recent, mid, mid, mid, false, "갱신→(홍길동)|100%|완료", "추가=0/갱신=1",
+       true},
+      {"contact edited", mid, mid, mid, recent, false, "", "추가=0/갱신=0", false},
+      {"both edited", recent, old, old, mid, false, "→충돌←(홍길동)|0%|제외",
+       "추가=0/갱신=0/충돌=1", false},
+      {"both edited, conflicts ignored", recent, old, old, mid, true, "갱신→(홍길동)|100%|완료",
+       "추가=0/갱신=1", true},
+      {"both edited, contact newer", mid, old, old, recent, false, "", "추가=0/갱신=0", false},
+      {"never transferred", recent, "", "", mid, false, "→충돌←(홍길동)|0%|제외",
+       "추가=0/갱신=0/충돌=1", false},
+      {"no date at all", "", "", "", mid, false, "", "추가=0/갱신=0", false},
+  };
+  for (const Case& c : cases) {
+    execute("DELETE FROM tbl_namecard");
+    addCard(7, {{"FullName", "홍길동"}, {"JobTitle", "새 직함"}});
+    setStamps(7, c.last, c.outlook, c.sync);
+    writeContact("a.vcf", "N:홍;길동;;;\r\nFN:홍길동\r\nTITLE:옛 직함\r\nX-VLID:7\r\n", c.contact);
+    const auto lines = exportAll(
+        [&](frmOutlookSync& window) { window.Export_Check3.setValue(c.ignoreConflicts ? 1 : 0); });
+    EXPECT_THAT(lines, Contains("내보내기 완료|" + c.summary + "|")) << c.name;
+    if (c.line.empty()) {
+      EXPECT_EQ(lines.size(), 5U) << c.name;
+    } else {
+      EXPECT_THAT(lines, Contains(c.line)) << c.name;
+    }
+    EXPECT_THAT(contactText("a.vcf"), HasSubstr(c.written ? "새 직함" : "옛 직함")) << c.name;
+    EXPECT_EQ(valueOf(7, "Last_moddate") == c.last, !c.written) << c.name;
+    EXPECT_THAT(cardFiles(), ElementsAre("a.vcf"));
+  }
+  EXPECT_THAT(summary(), Not(HasSubstr("충돌자료")));
+}
+
+TEST_F(ExportTest, PairsContactsWithoutAUsableKeyByPerson) {
+  struct Case {
+    const char* name;
+    const char* lines;
+    bool byPerson;         // merged with the card
+    std::size_t contacts;  // in the folder afterwards
+  };
+  const std::vector<Case> cases{
+      {"same number", "N:홍;길동;;;\r\nTEL;TYPE=CELL:010 1234\r\n", true, 1},
+      {"name in one word", "N:;홍길동;;;\r\nTEL;TYPE=CELL:0101234\r\n", true, 1},
+      {"another number", "N:홍;길동;;;\r\nTEL;TYPE=CELL:010-9\r\n", false, 2},
+      {"nobody", "N:김;철수;;;\r\nTEL;TYPE=CELL:010-1234\r\n", false, 2},
+      // A key of no card in the list, but the person is there: left alone, and the card goes out
+      // as a second contact.
+      {"stray key", "N:홍;길동;;;\r\nTEL;TYPE=CELL:010-1234\r\nX-VLID:99\r\n", false, 2},
+      {"key that is no number", "N:김;철수;;;\r\nX-VLID:1 OR 1=1\r\n", false, 2},
+  };
+  for (const Case& c : cases) {
+    execute("DELETE FROM tbl_namecard");
+    for (const auto& name : cardFiles()) std::filesystem::remove(contactsFolder() / name);
+    addCard(1, {{"FullName", "홍 길동"}, {"cellphone", "010-1234"}, {"JobTitle", "부장"}});
+    writeContact("a.vcf", c.lines, "2025/01/01 00:00:00");
+    const std::string before = contactText("a.vcf");
+    const auto lines = exportAll();
+    EXPECT_EQ(cardFiles().size(), c.contacts) << c.name;
+    if (c.byPerson) {
+      EXPECT_THAT(lines, Contains("↔갱신(홍 길동)|100%|완료")) << c.name;
+      EXPECT_THAT(contactText("a.vcf"), AllOf(HasSubstr("X-VLID:1\r\n"), HasSubstr("부장")));
+    } else {
+      EXPECT_THAT(lines, Contains("추가→(홍 길동)|100%|완료")) << c.name;
+      EXPECT_EQ(contactText("a.vcf"), before) << c.name;
+    }
+  }
+}
+
+TEST_F(ExportTest, MergesFieldByFieldAndLosesNothing) {
+  for (const bool contactNewer : {false, true}) {
+    execute("DELETE FROM tbl_namecard");
+    addCard(1, {{"FullName", "홍길동"},
+                {"Last_moddate", contactNewer ? "2024/01/01 00:00:00" : "2025/06/01 00:00:00"},
+                {"CompanyName", "(주)가나"},
+                {"JobTitle", "행의 직함"},
+                {"company_fax1", "02-1"},
+                {"home_zipcode", "11111"},
+                {"company_addr", "서울 강남구"},
+                {"Birthday", "1980/1/2"}});
+    writeContact("a.vcf",
+                 "N:홍;길동;;;\r\nTITLE:연락처 직함\r\nORG:㈜가나;연구소\r\nNOTE:it's\r\n"
+                 "ADR;TYPE=WORK:;;테헤란로;강남구;서울;;대한민국\r\nX-KEEP:me\r\n",
+                 "2025/01/01 00:00:00");
+    EXPECT_THAT(exportAll(), Contains("내보내기 완료|추가=0/갱신=1|"));
+    EXPECT_EQ(valueOf(1, "JobTitle"), contactNewer ? "연락처 직함" : "행의 직함");
+    EXPECT_EQ(valueOf(1, "company_addr"), contactNewer ? "서울 강남구 테헤란로" : "서울 강남구");
+    EXPECT_EQ(valueOf(1, "CompanyName"), "㈜가나");
+    EXPECT_EQ(valueOf(1, "Department"), "연구소");
+    EXPECT_EQ(valueOf(1, "Memo_"), "it's");
+    EXPECT_EQ(valueOf(1, "Birthday"), "1980-01-02");
+    EXPECT_EQ(valueOf(1, "Anniversary"), "NULL");
+    EXPECT_EQ(valueOf(1, "home_zipcode"), "11111");
+    EXPECT_EQ(valueOf(1, "OutlookSync"), "1");
+    // The contact keeps its fax numbers, the card its own.
+    EXPECT_EQ(valueOf(1, "company_fax1"), "02-1");
+    const std::string text = contactText("a.vcf");
+    EXPECT_THAT(text, AllOf(HasSubstr("X-KEEP:me"), HasSubstr("BDAY:1980-01-02"),
+                            HasSubstr("X-VLID:1"), Not(HasSubstr("02-1"))));
+    EXPECT_EQ(valueOf(1, "Last_moddate"), valueOf(1, "VLLastsync_date"));
+    EXPECT_THAT(exportAll(), Contains("내보내기 완료|추가=0/갱신=0|"));
+  }
+}
+
+TEST_F(ExportTest, OptionsSwitchThePhases) {
+  struct Case {
+    bool add;
+    bool update;
+    const char* summary;
+    bool contactWritten;
+    std::size_t contacts;
+  };
+  for (const Case& c :
+       {Case{false, false, "추가=0/갱신=0", false, 1}, Case{false, true, "추가=0/갱신=1", true, 1},
+        Case{true, false, "추가=1/갱신=0", false, 2}, Case{true, true, "추가=1/갱신=1", true, 2}}) {
+    execute("DELETE FROM tbl_namecard");
+    for (const auto& name : cardFiles()) std::filesystem::remove(contactsFolder() / name);
+    addCard(1, {{"FullName", "홍길동"}, {"JobTitle", "새 직함"}});
+    addCard(2, {{"FullName", "김철수"}});
+    setStamps(1, "2025/02/01 00:00:00", "2025/01/01 00:00:00", "2025/01/01 00:00:00");
+    writeContact("a.vcf", "N:홍;길동;;;\r\nX-VLID:1\r\n", "2025/01/01 00:00:00");
+    const auto lines = exportAll([&](frmOutlookSync& window) {
+      window.Export_Check1.setValue(c.add ? 1 : 0);
+      window.Export_Check2.setValue(c.update ? 1 : 0);
+    });
+    EXPECT_THAT(lines, Contains(std::string("내보내기 완료|") + c.summary + "|"));
+    EXPECT_EQ(contactText("a.vcf").find("새 직함") != std::string::npos, c.contactWritten);
+    EXPECT_EQ(cardFiles().size(), c.contacts);
+  }
+}
+
+TEST_F(ExportTest, ADeletedContactComesBackAndListsArePassedOver) {
+  addCard(1, {{"FullName", "홍길동"}});
+  exportAll();
+  std::filesystem::remove(contactsFolder() / cardFiles().at(0));
+  writeContact("list.vcf", "X-ADDRESSBOOKSERVER-KIND:group\r\nFN:홍길동\r\nX-VLID:1\r\n",
+               "2020/01/01 00:00:00");
+  EXPECT_THAT(exportAll(), Contains("추가→(홍길동)|100%|완료"));
+  ASSERT_EQ(cardFiles().size(), 2U);
+}
+
+TEST_F(ExportTest, BadContactsAreReportedAndDoNoHarm) {
+  addCard(1, {{"FullName", "홍길동"}});
+  writeContact("a.vcf", "N:홍;길동;;;\r\nX-VLID:1\r\n", "2025/01/01 00:00:00");
+  writeContact("b.vcf", "N:홍;길동;;;\r\nX-VLID:1\r\n", "2025/01/01 00:00:00");
+  writeContact("c.vcf", "N:김;철수;;;\r\nX-VLID:일곱\r\n", "2025/01/01 00:00:00");
+  addCard(2, {{"FullName", "이영희"}});
+  tests::writeFile(contactsFolder() / "d.vcf", "BEGIN:VCARD\r\nFN:cut off");
+  const std::string before = contactText("b.vcf") + contactText("c.vcf") + contactText("d.vcf");
+  const auto lines = exportAll();
+  EXPECT_THAT(lines, Contains(AllOf(HasSubstr("d.vcf"), HasSubstr("|0%|제외"))));
+  EXPECT_THAT(lines, Contains("VLID 중복(홍길동): 1|0%|제외"));
+  EXPECT_THAT(lines, Contains("VLID 오류(김철수): 일곱|0%|제외"));
+  EXPECT_THAT(lines, Contains("내보내기 완료|추가=1/갱신=0|"));
+  EXPECT_EQ(contactText("b.vcf") + contactText("c.vcf") + contactText("d.vcf"), before);
+}
+
+TEST_F(ExportTest, ARecordThatFailsIsNamedAndTheOthersGoOn) {
+  addCard(1, {{"FullName", "가"}, {"JobTitle", "새 직함"}});
+  addCard(2, {{"FullName", "나"}});
+  setStamps(1, "2025/02/01 00:00:00", "2025/01/01 00:00:00", "2025/01/01 00:00:00");
+  writeContact("a.vcf", "N:;가;;;\r\nX-VLID:1\r\n", "2025/01/01 00:00:00");
+  bool changed = false;
+  toolkit->onPump = [&] {  // another program writes the contact while the run is going on
+    if (!changed) writeContact("a.vcf", "N:;남;;;\r\nX-VLID:1\r\n", "2025/01/01 00:00:01");
+    changed = true;
+  };
+  const auto lines = exportAll();
+  EXPECT_THAT(lines, Contains(AllOf(StartsWith("실패→(가): "), HasSubstr("a.vcf"))));
+  EXPECT_THAT(lines, Contains("내보내기 완료|추가=1/갱신=0|"));
+  EXPECT_THAT(contactText("a.vcf"), HasSubstr("남"));
+  EXPECT_EQ(cardFiles().size(), 2U);  // no second contact for the card that failed
+  EXPECT_EQ(valueOf(1, "Last_moddate"), "2025/02/01 00:00:00");
+}
+
+TEST_F(ExportTest, StopsAtTheNextRecordWithEverythingSoFarInOrder) {
+  for (int i = 1; i <= 5; ++i) addCard(i, {{"FullName", "사람" + std::to_string(i)}});
+  int pumps = 0;
+  std::vector<std::string> lines;
+  bool done = true;
+  bool enabled = false;
+  open([&](frmOutlookSync& window) {
+    toolkit->onPump = [&] {
+      if (++pumps == 3) window.requestClose();
+    };
+    window.Combo1.setIndex(frmOutlookSync::kExport);
+    window.Combo2.setIndex(frmOutlookSync::kAllCards);
+    window.ListView1.events.rowAdded = [&](std::size_t) { EXPECT_TRUE(window.isLoaded()); };
+    window.Command2.press();
+    EXPECT_FALSE(window.isLoaded());  // the close was held until the run had ended
+    for (const auto& row : window.ListView1.rows())
+      lines.push_back(row.cells[0] + "|" + row.cells[2]);
+    done = window.isDone(frmOutlookSync::kExport);
+    enabled = window.Command2.enabled();
+  });
+  EXPECT_FALSE(done);
+  EXPECT_TRUE(enabled);
+  EXPECT_THAT(lines, Contains("연락처 추가|중지"));
+  EXPECT_THAT(lines, Contains("내보내기 중지|중지"));
+  EXPECT_THAT(toolkit->messages, IsEmpty());
+  EXPECT_EQ(cardFiles().size(), 2U);
+  toolkit->onPump = nullptr;
+  EXPECT_THAT(exportAll(), Contains("내보내기 완료|추가=3/갱신=0|"));
+  EXPECT_EQ(cardFiles().size(), 5U);
+}
+
+}  // namespace
+}  // namespace vlout::transfer

@@ -1,0 +1,75 @@
+// Export: sends the cards of the work list to the contacts folder. Contacts that hold a card are
+// compared and updated, cards that the folder lacks are added, conflicts are only reported. The run
+// button of the main window calls it with the work list loaded.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "outlook/contact_store.h"
+#include "outlook/field_map.h"
+#include "store/connection.h"
+#include "transfer/row_update.h"
+#include "transfer/run_window.h"
+#include "transfer/work_list.h"
+
+namespace vlout::transfer {
+
+// The boxes of the main window that export asks.
+struct ExportOptions {
+  bool addMissing = true;      // "아웃룩에 없는 연락처 보내기"
+  bool updateExisting = true;  // "동일인은 최근 변경된 정보만 갱신"
+  bool testConflicts = false;  // "충돌무시" is cleared
+  outlook::MapOptions map;
+};
+
+class Export {
+ public:
+  Export(store::Connection& connection, outlook::ContactStore& contacts, WorkList& list,
+         RunWindow& window, const ExportOptions& options)
+      : connection_(connection),
+        contacts_(contacts),
+        list_(list),
+        window_(window),
+        options_(options),
+        rowUpdate_(connection, window) {}
+
+  // Runs both phases; each record is written and stamped before the next one is looked at. A record
+  // that fails is reported and passed over. Throws ContactStoreError or DatabaseError when the
+  // folder or the database is lost as a whole.
+  RunEnd run();
+
+ private:
+  // A row of the work list that a contact belongs to, and by what they were paired.
+  struct Pair {
+    WorkList::Position position;
+    bool byKey;  // compared by its dates; a pair by person alone is merged
+  };
+
+  RunEnd comparePhase();
+  RunEnd dropPairedRows();
+  RunEnd addPhase();
+
+  [[nodiscard]] std::optional<Pair> findRow(outlook::Contact& contact);
+  void compareItem(std::size_t index);
+  void compareOrMerge(const Pair& pair, outlook::Contact& contact);
+  void compare(const std::string& rowId, outlook::Contact& contact);
+  void add(const std::string& rowId);
+
+  void reportKey(outlook::Contact& contact, std::string_view key);
+  void reportFailure(std::string_view name, const std::exception& error);
+  [[nodiscard]] std::string summary() const;
+  void close(RunEnd end);
+
+  store::Connection& connection_;
+  outlook::ContactStore& contacts_;
+  WorkList& list_;
+  RunWindow& window_;
+  ExportOptions options_;
+  RowUpdate rowUpdate_;
+  int added_ = 0;
+  int updated_ = 0;
+  int conflicts_ = 0;
+};
+
+}  // namespace vlout::transfer

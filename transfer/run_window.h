@@ -1,0 +1,60 @@
+// What a transfer needs of the window that it runs in: result lines, progress, a message box, and a
+// place to yield, where the user may ask to stop. The main window implements it; an engine never
+// sees a form.
+#pragma once
+
+#include <string_view>
+
+namespace vlout::transfer {
+
+enum class MessageIcon { None, Information, Exclamation, Critical };
+
+class RunWindow {
+ public:
+  RunWindow() = default;
+  RunWindow(const RunWindow&) = delete;
+  RunWindow& operator=(const RunWindow&) = delete;
+  virtual ~RunWindow() = default;
+
+  // Adds a line to the result list; its 0-based row, by which its cells are set.
+  virtual std::size_t addResult(std::string_view text) = 0;
+  // `column` is 1 for the percent and 2 for the state. A line is final once its state is set.
+  virtual void setResultCell(std::size_t row, std::size_t column, std::string_view text) = 0;
+  virtual void selectResult(std::size_t row) = 0;
+
+  virtual void showProgress(bool visible) = 0;
+  virtual void setProgress(int percent) = 0;
+  virtual void enableRunButton(bool enabled) = 0;
+  virtual void message(MessageIcon icon, std::string_view text) = 0;
+
+  // Lets the window repaint and take input. True when the user has asked the run to stop.
+  [[nodiscard]] virtual bool yield() = 0;
+};
+
+// How a run ended; a run that failed ends with an exception instead.
+enum class RunEnd { Completed, Stopped };
+
+// Adds a whole line; its row.
+std::size_t addLine(RunWindow& window, std::string_view text, std::string_view percent,
+                    std::string_view state);
+
+// The heading line of a phase that goes through a known number of steps.
+class PhaseLine {
+ public:
+  PhaseLine(RunWindow& window, std::string_view text, std::size_t steps);
+
+  // Shows step `step` (1-based) in the progress bar and in the heading's percent.
+  void advance(std::size_t step);
+  void setSteps(std::size_t steps) { steps_ = steps; }
+  void finish();
+  // Ends the heading with the percent reached so far.
+  void stop();
+
+ private:
+  RunWindow& window_;
+  std::size_t row_;
+  std::size_t steps_;
+  int percent_ = -1;
+};
+
+}  // namespace vlout::transfer

@@ -1,0 +1,84 @@
+// The name cards that take part in a run, in query order. Engines look rows up by card number or by
+// person and remove each row once it is paired, so that what is left at the end is what no contact
+// was paired with. Look-ups and removals take constant time.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+namespace vlout::transfer {
+
+struct WorkListRow {
+  std::string name{};
+  std::string mobile{};  // digits only
+  std::string email{};
+  std::string id{};
+  std::string lastModified{};
+  std::string outlookModified{};
+  std::string lastSync{};
+  std::string folderName{};
+};
+
+// Whom a contact without a usable key is looked up by.
+struct Person {
+  std::string name{};
+  std::string mobile{};  // as the contact holds it
+  std::string email{};
+};
+
+class WorkList {
+ public:
+  using Position = std::size_t;
+
+  void clear();
+  void add(WorkListRow row);
+
+  // The number of rows still in the list.
+  [[nodiscard]] std::size_t size() const { return left_; }
+
+  // The row at a position of the list as it was loaded, whether removed or not.
+  [[nodiscard]] const WorkListRow& row(Position position) const { return rows_[position].row; }
+
+  // The positions of the rows still in the list, in order.
+  [[nodiscard]] std::vector<Position> remaining() const;
+
+  [[nodiscard]] std::optional<Position> findById(std::string_view id) const;
+
+  // True when a row of that id was in the list and has been removed.
+  [[nodiscard]] bool wasRemoved(std::string_view id) const;
+
+  // The first row whose name, passed through the normaliser, equals `person.name`, and which is the
+  // same person: of mobile number and e-mail, every one that both sides have is equal, and at least
+  // one is, unless neither side has either. A person without a name is known by number or e-mail
+  // alone.
+  [[nodiscard]] std::optional<Position> findByNormalizedName(const Person& person) const;
+
+  // The same with the row's name as it stands.
+  [[nodiscard]] std::optional<Position> findByName(const Person& person) const;
+
+  void remove(Position position);
+
+ private:
+  struct Entry {
+    WorkListRow row;
+    bool present = true;
+  };
+  using Index = std::unordered_map<std::string, std::vector<Position>>;
+
+  [[nodiscard]] std::optional<Position> find(const Index& index, const Person& person) const;
+  void indexNames() const;
+
+  std::vector<Entry> rows_;
+  std::unordered_map<std::string, Position> byId_;
+  std::size_t left_ = 0;
+  // Made at the first look-up by person: a run in which every contact has its key needs none.
+  mutable bool namesIndexed_ = false;
+  mutable Index byNormalizedName_;
+  mutable Index byName_;
+};
+
+}  // namespace vlout::transfer
