@@ -1,0 +1,49 @@
+// What the windows need of the component that opened them: its database connection, its contact
+// store, the option values, and the files that the host and the component keep beside it. The entry
+// layer implements it; there is one for the life of the process.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "outlook/contact_store.h"
+#include "store/connection.h"
+
+namespace vlout::ui {
+
+// The saved states of the ten option check boxes, `OUT_CHECK1` to `OUT_CHECK10`, as texts.
+using OptionValues = std::array<std::string, 10>;
+
+// The folder that was open in the host; empty texts when the host left none.
+struct ExportFolder {
+  std::string id;
+  std::int32_t parent = 0;
+  std::string name;
+};
+
+class Component {
+ public:
+  Component() = default;
+  Component(const Component&) = delete;
+  Component& operator=(const Component&) = delete;
+  virtual ~Component() = default;
+
+  [[nodiscard]] virtual store::Connection& connection() = 0;
+  [[nodiscard]] virtual outlook::ContactStore& contacts() = 0;
+
+  // The shared option values; `saveOptions` writes them to the option file.
+  [[nodiscard]] virtual OptionValues& options() = 0;
+  virtual void saveOptions() = 0;
+
+  [[nodiscard]] virtual ExportFolder readExportFolder() = 0;
+  // The ids of the selected cards, ascending; empty when there are none.
+  [[nodiscard]] virtual std::vector<std::string> readSelectedCards() = 0;
+
+  // The parent of the group that the main window shows; 1 when no group is set.
+  [[nodiscard]] virtual std::int32_t& selectedGroupParent() = 0;
+};
+
+}  // namespace vlout::ui

@@ -1,0 +1,382 @@
+#include "ui/frm_outlook_sync.h"
+
+#include <cstdlib>
+#include <exception>
+
+#include "text/ascii.h"
+#include "text/trim.h"
+#include "transfer/export.h"
+#include "transfer/work_list_loader.h"
+
+namespace vlout::ui {
+namespace {
+
+constexpr int kEscape = 27;
+constexpr std::string_view kNoGroup = "미정";
+constexpr std::string_view kRootFolder = "전체";
+constexpr std::string_view kDatabaseFailed = "데이터 연결이 실패되었습니다!";
+constexpr std::string_view kStoreFailed =
+    "아웃룩 연결에 실패하였습니다!\r\n(Outlook Express는 지원하지 않습니다)";
+
+// The stored text of a box as a number, as wide as a check box's value.
+int optionNumber(const std::string& text) {
+  return static_cast<std::int16_t>(text::parseInteger(text).value_or(0));
+}
+
+std::string withCause(std::string_view message, std::string_view cause) {
+  std::string text(message);
+  if (!cause.empty()) text.append("\r\n").append(cause);
+  return text;
+}
+
+}  // namespace
+
+struct frmOutlookSync::ModeTexts {
+  std::string_view entry;         // in Combo1
+  std::string_view sentence;      // Label1
+  std::string_view status;        // status bar, when chosen by Combo1
+  std::string_view optionStatus;  // status bar, when chosen by its option button
+};
+
+const std::array<frmOutlookSync::ModeTexts, 3> frmOutlookSync::kModes{{
+    {"1. 벨모라 ← 아웃룩", "으로 데이터를 가져옵니다.",
+     "아웃룩 연락처를 벨모라로 가져옵니다.(Import)", "아웃룩 연락처를 VL로 가져옵니다"},
+    {"2. 벨모라 → 아웃룩", "으로 데이터를 보냅니다.",
+     "벨모라의 데이터를 아웃룩으로 보냅니다.(Export)", "VL의 고객자료를 아웃룩으로 보냅니다."},
+    {"3. 벨모라 ↔ 아웃룩", "과 상호 갱신합니다.", "연결된 데이터를 대상으로 상호 갱신합니다.(Sync)",
+     "연결된 자료를 대상으로 상호갱신합니다."},
+}};
+
+// In the order of OUT_CHECK1 to OUT_CHECK10. `Check1` is saved but always opens cleared; that
+// asymmetry is intended.
+const std::array<frmOutlookSync::OptionBox, 10> frmOutlookSync::kOptionBoxes{{
+    {&frmOutlookSync::import_check1, true},
+    {&frmOutlookSync::import_check2, true},
+    {&frmOutlookSync::import_check3, true},
+    {&frmOutlookSync::Export_Check1, true},
+    {&frmOutlookSync::Export_Check2, true},
+    {&frmOutlookSync::Check2, true},
+    {&frmOutlookSync::Export_Check3, true},
+    {&frmOutlookSync::Sync_Check2, true},
+    {&frmOutlookSync::Check1, false},
+    {&frmOutlookSync::ch_faxnosync, true},
+}};
+
+frmOutlookSync::frmOutlookSync(Toolkit& toolkit, Component& component)
+    : Form(toolkit), component_(component) {
+  width = 9000;
+  height = 7800;
+  setCaptions();
+  connectEvents();
+}
+
+void frmOutlookSync::setCaptions() {
+  Option1.setText("아웃룩 연락처 가져오기");
+  Option2.setText("VL 고객 내보내기");
+  Option3.setText("상호갱신");
+  import_check1.setText("벨모라에 없는 연락처 가져오기");
+  import_check2.setText("동일인은 최근 변경된 정보만 갱신");
+  import_check3.setText("충돌무시");
+  Export_Check1.setText("아웃룩에 없는 연락처 보내기");
+  Export_Check2.setText("동일인은 최근 변경된 정보만 갱신");
+  Export_Check3.setText("충돌무시");
+  Check2.setText("성,이름 분리해서 보내기");
+  Check3.setText("하위그룹 포함");
+  Sync_Check2.setText("충돌 데이터가 있으면 직접 보여주고 갱신(권장)");
+  ch_faxnosync.setText("팩스번호는 아웃룩 정보를 보호함");
+  Check1.setText("그룹/범주는 상호 동일하게 유지함");
+  chadd.setText("연락처");
+  Check5.setText("일정(미지원)");
+  Check6.setText("작업(미지원)");
+  Check7.setText("노트(미지원)");
+  Label1.setText("으로 싱크합니다.");
+  Label2.setText("대상선택:");
+  Label3.setText("싱크선택:");
+  Label4.setText("옵션:");
+  Label5.setText("작업상태:");
+  Label6.setText("범위");
+  Label7.setText("벨모라 명함과 아웃룩 연락처를 상호 교환합니다.");
+  Label8.setText("그룹:");
+  Command2.setText("싱크시작");
+  Command3.setText("닫기");
+  Command4.setText("충돌 데이터란?");
+  Command5.setText("힌트");
+  chadd.setValue(CheckBox::kChecked);
+}
+
+void frmOutlookSync::connectEvents() {
+  Combo1.clicked = [this] { changeMode(); };
+  Combo2.clicked = [this] { Check3.setEnabled(Combo2.index() == kGroup); };
+  Option1.clicked = [this] { chooseOption(kImport); };
+  Option2.clicked = [this] { chooseOption(kExport); };
+  Option3.clicked = [this] { chooseOption(kSync); };
+  for (CheckBox* box : {&import_check1, &import_check2, &import_check3}) {
+    box->clicked = [this] { optionChanged(kImport); };
+  }
+  for (CheckBox* box : {&Export_Check1, &Export_Check2, &Export_Check3}) {
+    box->clicked = [this] { optionChanged(kExport); };
+  }
+  Sync_Check2.clicked = [this] { optionChanged(kSync); };
+  ch_faxnosync.clicked = [this] { Command2.setEnabled(true); };
+  Command2.clicked = [this] { run(); };
+  Command3.clicked = [this] { requestClose(); };
+  Command4.clicked = [this] {
+    explain(
+        "→충돌←\r\n\r\n상호갱신 이후에 양쪽 프로그램(벨모라과 아웃룩) 모두에서 데이터를 수정했을 "
+        "경우 "
+        "충돌자료로 구분합니다.\r\n기준자료가 부정확함으로 데이터를 직접 비교 후 갱신하는 것을 "
+        "권장합니다.");
+  };
+  Command5.clicked = [this] {
+    explain(
+        "이름등록시 '성'과 '이름'사이에 공백 또는 ','로 구분해 주시면 정확하게 성과 이름이 "
+        "분리되어 "
+        "내보낼 수 있습니다.\r\n\r\n예)홍 길동\r\n예)홍,길동");
+  };
+  Command6.clicked = [this] {
+    explain(
+        "본 싱크작업은 MicroSoft ActiveSync 규약과 다르며 자동삭제 갱신은 제외되었습니다.\r\n순수 "
+        "연락처 정보만 갱신하며 메일링리스트 그룹은 제외됩니다.");
+  };
+}
+
+// --- opening and closing ------------------------------------------------------------------------
+
+void frmOutlookSync::load() {
+  centreOnScreen();
+  done_.fill(0);
+  for (Panel* panel : {&P1, &P2, &P3}) panel->setVisible(false);
+  Combo1.clear();
+  for (const ModeTexts& mode : kModes) Combo1.addItem(mode.entry);
+  Combo1.setIndex(kImport);
+  fillRanges();
+  if (ListView1.columns().empty()) {
+    ListView1.addColumn("작업", 1700);
+    ListView1.addColumn("진행율", 2340);
+    ListView1.addColumn("결과", 600);
+  }
+  loadOptions();
+}
+
+void frmOutlookSync::fillRanges() {
+  try {
+    exportFolder_ = component_.readExportFolder();
+  } catch (const std::exception& error) {
+    refuse(error.what());  // as if the host had left no list, but not silently
+  }
+  Combo2.clear();
+  Combo2.addItem("선택항목");
+  Combo2.addItem("그룹(" + exportFolder_.name + ")");
+  Combo2.addItem("전체자료");
+  Combo2.setIndex(kSelectedCards);
+  if (exportFolder_.name.empty() || exportFolder_.name == kRootFolder) {
+    Text1.setText(kNoGroup);
+    Text1.setTag("2");
+    component_.selectedGroupParent() = 1;
+  } else {
+    Text1.setText(exportFolder_.name);
+    Text1.setTag(std::to_string(text::parseInteger(exportFolder_.id).value_or(0)));
+    component_.selectedGroupParent() = exportFolder_.parent;
+  }
+}
+
+void frmOutlookSync::loadOptions() {
+  const OptionValues& options = component_.options();
+  for (std::size_t i = 0; i < kOptionBoxes.size(); ++i) {
+    const OptionBox& option = kOptionBoxes[i];
+    (this->*option.box).setValue(option.loaded ? optionNumber(options[i]) : CheckBox::kCleared);
+  }
+}
+
+void frmOutlookSync::unloading() {
+  OptionValues& options = component_.options();
+  for (std::size_t i = 0; i < kOptionBoxes.size(); ++i) {
+    options[i] = std::to_string((this->*kOptionBoxes[i].box).value());
+  }
+  component_.saveOptions();
+}
+
+void frmOutlookSync::requestClose() {
+  if (running_) {
+    closeRequested_ = true;
+    return;
+  }
+  unload();
+}
+
+void frmOutlookSync::keyPress(int characterCode) {
+  if (characterCode == kEscape) requestClose();
+}
+
+// --- mode, range and options --------------------------------------------------------------------
+
+OptionButton& frmOutlookSync::optionButton(Mode mode) {
+  return mode == kImport ? Option1 : mode == kExport ? Option2 : Option3;
+}
+
+void frmOutlookSync::showPanel(Mode mode) {
+  P1.setVisible(mode == kImport);
+  P2.setVisible(mode == kExport);
+  P3.setVisible(mode == kSync);
+  ListView1.clear();
+}
+
+void frmOutlookSync::changeMode() {
+  const auto mode = static_cast<Mode>(Combo1.index());
+  const ModeTexts& texts = kModes.at(static_cast<std::size_t>(mode));
+  Label1.setText(texts.sentence);
+  showPanel(mode);
+  Image2.setImage(mode + 1);
+  StatusBar1.setText(texts.status);
+  Command2.setEnabled(!isDone(mode));
+}
+
+void frmOutlookSync::chooseOption(Mode mode) {
+  showPanel(mode);
+  for (const Mode each : {kImport, kExport, kSync}) optionButton(each).setBold(each == mode);
+  Command2.setEnabled(optionButton(mode).tag() != "OK");
+  StatusBar1.setText(kModes[static_cast<std::size_t>(mode)].optionStatus);
+}
+
+void frmOutlookSync::optionChanged(Mode mode) {
+  optionButton(mode).setTag("");
+  Command2.setEnabled(true);
+}
+
+void frmOutlookSync::explain(std::string_view text) {
+  toolkit().messageBox(MessageIcon::Information, text);
+}
+
+void frmOutlookSync::refuse(std::string_view text) {
+  toolkit().messageBox(MessageIcon::Exclamation, text);
+}
+
+// --- running ------------------------------------------------------------------------------------
+
+void frmOutlookSync::run() {
+  if (running_) return;
+  if (!chadd.isChecked()) {
+    refuse("작업 대상을 선택해 주십시오!");
+    return;
+  }
+  running_ = true;
+  if (connectContacts()) {
+    try {
+      runMode();
+    } catch (const outlook::ContactStoreError& error) {
+      refuse(withCause(kStoreFailed, error.what()));
+    } catch (const std::exception& error) {
+      refuse(withCause(kDatabaseFailed, error.what()));
+    }
+  }
+  running_ = false;
+  if (closeRequested_) unload();
+}
+
+bool frmOutlookSync::connectContacts() {
+  ListView1.clear();
+  const std::size_t row = addResult("아웃룩 연결");
+  const bool connected = component_.contacts().connect();
+  setResultCell(row, 1, connected ? "100%" : "0%");
+  setResultCell(row, 2, connected ? "성공" : "실패");
+  if (connected) return true;
+  refuse(withCause(kStoreFailed, component_.contacts().connectFailure()));
+  ListView1.clear();
+  return false;
+}
+
+void frmOutlookSync::runMode() {
+  switch (Combo1.index()) {
+    case kExport:
+      runExport();
+      break;
+    default:
+      refuse("이 작업은 아직 지원하지 않습니다.");
+  }
+}
+
+void frmOutlookSync::runExport() {
+  const std::string_view outcome = loadForExport();
+  if (isRefused(outcome, "내보내기할 데이터가 없습니다!")) return;
+  const transfer::ExportOptions options{
+      .addMissing = Export_Check1.isChecked(),
+      .updateExisting = Export_Check2.isChecked(),
+      .testConflicts = Export_Check3.value() == CheckBox::kCleared,
+      .map = {.splitName = Check2.isChecked(), .protectFax = ch_faxnosync.isChecked()}};
+  transfer::Export transfer(component_.connection(), component_.contacts(), ListView2, *this,
+                            options);
+  finish(kExport, transfer.run());
+}
+
+std::string_view frmOutlookSync::loadForExport() {
+  transfer::WorkListLoader loader(component_.connection(), ListView2, *this);
+  const transfer::OpenFolder folder{exportFolder_.id, exportFolder_.name};
+  switch (Combo2.index()) {
+    case kSelectedCards:
+      sList = component_.readSelectedCards();
+      return loader.loadSelected(sList);
+    case kGroup:
+      // Without a folder no loader runs, and the run goes on with the list as it stands.
+      if (folder.id.empty()) return "";
+      return Check3.isChecked() ? loader.loadGroupWithSubgroups(folder) : loader.loadGroup(folder);
+    default:
+      return loader.loadAll();
+  }
+}
+
+bool frmOutlookSync::isRefused(std::string_view outcome, std::string_view noDataText) {
+  if (outcome == transfer::kOutcomeNoGroup) {
+    refuse("아웃룩연결 데이터가 설정되어 있지 않습니다!");
+  } else if (outcome == transfer::kOutcomeNoData) {
+    refuse(noDataText);
+  } else if (outcome == transfer::kOutcomeFailed) {
+    refuse(kDatabaseFailed);
+  } else {
+    return false;
+  }
+  return true;
+}
+
+void frmOutlookSync::finish(Mode mode, transfer::RunEnd end) {
+  if (end != transfer::RunEnd::Completed) return;
+  done_[static_cast<std::size_t>(mode)] = -1;
+  optionButton(mode).setTag("OK");
+  Command2.setEnabled(false);
+}
+
+// --- what the engines see -----------------------------------------------------------------------
+
+std::size_t frmOutlookSync::addResult(std::string_view text) {
+  return ListView1.addRow(text);
+}
+
+void frmOutlookSync::setResultCell(std::size_t row, std::size_t column, std::string_view text) {
+  ListView1.setCell(row, column, text);
+}
+
+void frmOutlookSync::selectResult(std::size_t row) {
+  ListView1.select(row);
+}
+
+void frmOutlookSync::showProgress(bool visible) {
+  ProgressBar1.setVisible(visible);
+}
+
+void frmOutlookSync::setProgress(int percent) {
+  ProgressBar1.setValue(percent);
+}
+
+void frmOutlookSync::enableRunButton(bool enabled) {
+  Command2.setEnabled(enabled);
+}
+
+void frmOutlookSync::message(MessageIcon icon, std::string_view text) {
+  toolkit().messageBox(icon, text);
+}
+
+bool frmOutlookSync::yield() {
+  pumpWait(toolkit(), 1);
+  return closeRequested_;
+}
+
+}  // namespace vlout::ui

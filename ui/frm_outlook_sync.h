@@ -1,0 +1,109 @@
+// The main transfer window. In it the user picks a transfer and its options and runs it; the
+// engines show their progress through the RunWindow that the form is to them. Controls keep the
+// names that the whole system calls them by.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "transfer/run_window.h"
+#include "transfer/work_list.h"
+#include "ui/component.h"
+#include "ui/controls.h"
+#include "ui/form.h"
+
+namespace vlout::ui {
+
+class frmOutlookSync : public Form, private transfer::RunWindow {
+ public:
+  enum Mode { kImport = 0, kExport = 1, kSync = 2 };
+  enum Range { kSelectedCards = 0, kGroup = 1, kAllCards = 2 };
+
+  frmOutlookSync(Toolkit& toolkit, Component& component);
+
+  // Held during a run, which it stops at the next record where the transfer can be stopped.
+  void requestClose() override;
+  void keyPress(int characterCode) override;
+
+  // Whether that mode has run to its closing message since the window was opened.
+  [[nodiscard]] bool isDone(Mode mode) const { return done_[static_cast<std::size_t>(mode)] != 0; }
+  [[nodiscard]] bool isRunning() const { return running_; }
+
+  ComboBox Combo1;
+  OptionButton Option1, Option2, Option3;
+  Panel P1, P2, P3;
+  CheckBox import_check1, import_check2, import_check3;
+  TextBox Text1;
+  Label Label8;
+  CheckBox Export_Check1, Export_Check2, Export_Check3, Check2;
+  ComboBox Combo2;
+  CheckBox Check3;
+  CheckBox Sync_Check2;
+  CheckBox ch_faxnosync, Check1;
+  CheckBox chadd, Check5, Check6, Check7;
+  Label Label1, Label2, Label3, Label4, Label5, Label6, Label7;
+  Image Image2;
+  ListView ListView1;
+  ProgressBar ProgressBar1;
+  StatusBar StatusBar1;
+  Button Command1, Command2, Command3, Command4, Command5, Command6;
+
+  // Hidden lists: the cards that take part, and the ids that the host had selected.
+  transfer::WorkList ListView2;
+  std::vector<std::string> sList;
+
+ protected:
+  void load() override;
+  void unloading() override;
+
+ private:
+  struct ModeTexts;
+  struct OptionBox {
+    CheckBox frmOutlookSync::*box;
+    bool loaded;  // whether the box takes its stored value when the window opens
+  };
+  static const std::array<ModeTexts, 3> kModes;
+  static const std::array<OptionBox, 10> kOptionBoxes;
+
+  void setCaptions();
+  void connectEvents();
+  void fillRanges();
+  void loadOptions();
+
+  void changeMode();
+  void chooseOption(Mode mode);
+  void showPanel(Mode mode);
+  [[nodiscard]] OptionButton& optionButton(Mode mode);
+  void optionChanged(Mode mode);
+  void explain(std::string_view text);
+  void refuse(std::string_view text);
+
+  void run();
+  bool connectContacts();
+  void runMode();
+  void runExport();
+  std::string_view loadForExport();
+  [[nodiscard]] bool isRefused(std::string_view outcome, std::string_view noDataText);
+  void finish(Mode mode, transfer::RunEnd end);
+
+  // RunWindow
+  std::size_t addResult(std::string_view text) override;
+  void setResultCell(std::size_t row, std::size_t column, std::string_view text) override;
+  void selectResult(std::size_t row) override;
+  void showProgress(bool visible) override;
+  void setProgress(int percent) override;
+  void enableRunButton(bool enabled) override;
+  void message(MessageIcon icon, std::string_view text) override;
+  [[nodiscard]] bool yield() override;
+
+  Component& component_;
+  ExportFolder exportFolder_;
+  std::array<std::int16_t, 3> done_{};
+  bool running_ = false;
+  bool closeRequested_ = false;
+};
+
+}  // namespace vlout::ui

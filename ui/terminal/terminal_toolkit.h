@@ -1,0 +1,49 @@
+// The toolkit of a run in a terminal: instead of a user, a script presses the controls of the form.
+// Result lines go to standard output, message boxes and a progress bar to standard error. An
+// interrupt closes the form, which during a run means stopping it.
+#pragma once
+
+#include <csignal>
+#include <functional>
+#include <ostream>
+#include <vector>
+
+#include "ui/frm_outlook_sync.h"
+#include "ui/toolkit.h"
+
+namespace vlout::ui {
+
+class TerminalToolkit : public Toolkit {
+ public:
+  // Runs once the form is shown, in place of the user; the form is closed when it returns.
+  using Script = std::function<void(frmOutlookSync&)>;
+
+  // `interrupted` is set by a signal handler. `progressWidth` is the width of the terminal that
+  // `errors` is, or 0 when it is none.
+  TerminalToolkit(std::ostream& results, std::ostream& errors, int progressWidth,
+                  const volatile std::sig_atomic_t& interrupted, Script script);
+
+  void showModal(Form& form) override;
+  void messageBox(MessageIcon icon, std::string_view text) override;
+  [[nodiscard]] ScreenSize screenSize() const override { return {}; }
+  void pump() override;
+
+ private:
+  void watch(frmOutlookSync& form);
+  void printIfFinal(std::size_t row, std::size_t column);
+  void printRow(std::size_t row);
+  void printRest();
+  void drawProgress();
+  void clearProgress();
+
+  std::ostream& results_;
+  std::ostream& errors_;
+  int progressWidth_;
+  const volatile std::sig_atomic_t& interrupted_;
+  Script script_;
+  frmOutlookSync* form_ = nullptr;
+  std::vector<bool> printed_;  // for each row of the result list
+  bool progressDrawn_ = false;
+};
+
+}  // namespace vlout::ui

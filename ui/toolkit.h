@@ -1,0 +1,45 @@
+// The toolkit port: showing a form modally, message boxes, the screen, and the pump that lets
+// events through during a run. Qt, Win32 and the terminal each bring one; a form never sees more
+// than this.
+#pragma once
+
+#include <string_view>
+
+#include "transfer/run_window.h"
+
+namespace vlout::ui {
+
+using transfer::MessageIcon;
+
+class Form;
+
+struct ScreenSize {
+  int width = 0;  // in twips, as the sizes of forms are
+  int height = 0;
+};
+
+class Toolkit {
+ public:
+  Toolkit() = default;
+  Toolkit(const Toolkit&) = delete;
+  Toolkit& operator=(const Toolkit&) = delete;
+  virtual ~Toolkit() = default;
+
+  // Shows a loaded form and returns once it is hidden or unloaded.
+  virtual void showModal(Form& form) = 0;
+
+  // A modal message box with only an OK button and the component's default title.
+  virtual void messageBox(MessageIcon icon, std::string_view text) = 0;
+
+  [[nodiscard]] virtual ScreenSize screenSize() const = 0;
+
+  // Lets pending events through. A toolkit with windows to repaint waits a millisecond first.
+  virtual void pump() = 0;
+};
+
+// Pumps `count` times; not at all for a count less than 1.
+inline void pumpWait(Toolkit& toolkit, int count) {
+  for (int i = 0; i < count; ++i) toolkit.pump();
+}
+
+}  // namespace vlout::ui
