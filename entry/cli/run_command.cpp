@@ -1,0 +1,105 @@
+#include "entry/cli/run_command.h"
+
+#include <array>
+#include <memory>
+#include <string_view>
+
+#include "entry/ini_file.h"
+#include "entry/orun.h"
+#include "outlook/vcard/vcard_store.h"
+#include "store/sqlite/sqlite_connection.h"
+#include "ui/terminal/terminal_toolkit.h"
+
+namespace vlout::entry::cli {
+namespace {
+
+using ui::CheckBox;
+using ui::frmOutlookSync;
+
+struct NamedBox {
+  std::string_view name;
+  CheckBox frmOutlookSync::*box;
+};
+
+constexpr std::array<NamedBox, 11> kBoxes{{
+    {"OUT_CHECK1", &frmOutlookSync::import_check1},
+    {"OUT_CHECK2", &frmOutlookSync::import_check2},
+    {"OUT_CHECK3", &frmOutlookSync::import_check3},
+    {"OUT_CHECK4", &frmOutlookSync::Export_Check1},
+    {"OUT_CHECK5", &frmOutlookSync::Export_Check2},
+    {"OUT_CHECK6", &frmOutlookSync::Check2},
+    {"OUT_CHECK7", &frmOutlookSync::Export_Check3},
+    {"OUT_CHECK8", &frmOutlookSync::Sync_Check2},
+    {"OUT_CHECK9", &frmOutlookSync::Check1},
+    {"OUT_CHECK10", &frmOutlookSync::ch_faxnosync},
+    {"chadd", &frmOutlookSync::chadd},
+}};
+
+const NamedBox* findBox(std::string_view name) {
+  for (const NamedBox& box : kBoxes) {
+    if (box.name == name) return &box;
+  }
+  return nullptr;
+}
+
+// What the user would do in the window.
+void press(frmOutlookSync& window, const RunRequest& request) {
+  window.Combo1.setIndex(request.mode);
+  if (request.range) window.Combo2.setIndex(*request.range);
+  if (request.subgroups) window.Check3.setValue(CheckBox::kChecked);
+  for (const BoxSetting& setting : request.boxes) {
+    (window.*findBox(setting.name)->box).setValue(setting.value);
+  }
+  window.Command2.press();
+}
+
+// The window says that the host's list gives it nothing; the terminal can say which file that is.
+void explainExportList(const RunRequest& request, Runtime& runtime, std::ostream& errors) {
+  const auto range = request.range.value_or(frmOutlookSync::kSelectedCards);
+  const bool group = range == frmOutlookSync::kGroup;
+  if (request.mode != frmOutlookSync::kExport || range == frmOutlookSync::kAllCards) return;
+  if (group ? !runtime.readExportFolder().id.empty() : !runtime.readSelectedCards().empty()) return;
+  errors << runtime.exportList().file().string()
+         << (group ? ": 내보낼 그룹이 들어 있지 않습니다." : ": 선택된 명함이 들어 있지 않습니다.")
+         << " 전체를 내보내려면 --range all 을 사용하십시오.\n";
+}
+
+}  // namespace
+
+std::optional<BoxSetting> parseBoxSetting(const std::string& text) {
+  const std::size_t equals = text.find('=');
+  if (equals == std::string::npos) return std::nullopt;
+  const std::string name = text.substr(0, equals);
+  const std::string value = text.substr(equals + 1);
+  if (findBox(name) == nullptr || (value != "0" && value != "1")) return std::nullopt;
+  return BoxSetting{name, value == "1" ? CheckBox::kChecked : CheckBox::kCleared};
+}
+
+bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream& errors,
+                 int progressWidth, const volatile std::sig_atomic_t& interrupted) {
+  bool completed = false;
+  Runtime* component = nullptr;
+  const auto script = [&](frmOutlookSync& window) {
+    // The component's own message does not say which file it was.
+    if (!component->connection().isOpen()) errors << component->databaseFailure() << '\n';
+    press(window, request);
+    completed = window.isDone(request.mode);
+  };
+  Platform platform{
+      .makeConnection = [] { return std::make_unique<store::SqliteConnection>(); },
+      .contacts = std::make_unique<outlook::vcard::VCardStore>(request.contacts.string()),
+      .toolkit = std::make_unique<ui::TerminalToolkit>(results, errors, progressWidth, interrupted,
+                                                       script)};
+  Runtime runtime(request.folder, std::move(platform));
+  component = &runtime;
+  try {
+    ORUN(runtime).OUTSYNCRUN();
+    if (interrupted == 0) explainExportList(request, runtime, errors);
+  } catch (const EncodingError& error) {
+    errors << error.what() << '\n';
+    return false;
+  }
+  return completed;
+}
+
+}  // namespace vlout::entry::cli

@@ -1,0 +1,40 @@
+// `vloutsync run`: one transfer through the main window's own controls, with a script in place of
+// the user. main() reads the arguments and calls it.
+#pragma once
+
+#include <csignal>
+#include <filesystem>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "ui/frm_outlook_sync.h"
+
+namespace vlout::entry::cli {
+
+// A box of the main window and the value to click it to.
+struct BoxSetting {
+  std::string name;  // OUT_CHECK1 … OUT_CHECK10 or chadd
+  int value = 0;
+};
+
+struct RunRequest {
+  ui::frmOutlookSync::Mode mode = ui::frmOutlookSync::kExport;
+  std::filesystem::path folder;
+  std::filesystem::path contacts;
+  std::optional<ui::frmOutlookSync::Range> range;
+  bool subgroups = false;
+  std::vector<BoxSetting> boxes;
+};
+
+// Reads NAME=VALUE; nothing when the name is no box or the value neither 0 nor 1.
+[[nodiscard]] std::optional<BoxSetting> parseBoxSetting(const std::string& text);
+
+// True when the run reached its closing message. `progressWidth` and `interrupted` as for the
+// terminal toolkit.
+[[nodiscard]] bool runTransfer(const RunRequest& request, std::ostream& results,
+                               std::ostream& errors, int progressWidth,
+                               const volatile std::sig_atomic_t& interrupted);
+
+}  // namespace vlout::entry::cli

@@ -1,0 +1,39 @@
+// The host's export list, `temp/exportlist.txt` under the component folder: the id of the folder
+// that was open in the host, then the ids of the cards that were selected, one a line. The
+// component only reads it.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "store/connection.h"
+#include "ui/component.h"
+
+namespace vlout::entry {
+
+class ExportList {
+ public:
+  explicit ExportList(const std::filesystem::path& componentFolder)
+      : file_(componentFolder / "temp" / "exportlist.txt") {}
+
+  [[nodiscard]] const std::filesystem::path& file() const { return file_; }
+
+  // The folder of line 1 as the database knows it; empty texts when the file, the line or the
+  // folder is missing. Throws EncodingError.
+  [[nodiscard]] ui::ExportFolder readFolder(store::Connection& connection) const;
+
+  // The card ids from line 2 on, as texts of at least seven digits in ascending text order; empty
+  // when the file is missing. Throws EncodingError.
+  [[nodiscard]] std::vector<std::string> readSelectedCards() const;
+
+  // Deletes the file; a missing one is no error.
+  void remove() const;
+
+ private:
+  [[nodiscard]] std::vector<std::string> lines() const;
+
+  std::filesystem::path file_;
+};
+
+}  // namespace vlout::entry

@@ -1,0 +1,19 @@
+// The component's own option file, `VelmoraOlSync.ini` in the component folder: the states of the
+// ten option check boxes between runs.
+#pragma once
+
+#include <filesystem>
+
+#include "ui/component.h"
+
+namespace vlout::entry {
+
+// The ten values, each "0" or "1": anything but "0" is checked, a missing file or key too. Throws
+// EncodingError.
+[[nodiscard]] ui::OptionValues loadOptions(const std::filesystem::path& componentFolder);
+
+// Writes the ten values as they stand. A file that cannot be written keeps its old values,
+// silently.
+void saveOptions(const std::filesystem::path& componentFolder, const ui::OptionValues& options);
+
+}  // namespace vlout::entry

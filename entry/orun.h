@@ -1,0 +1,21 @@
+// The component's one public class and its one method. A host creates ORUN and calls OUTSYNCRUN;
+// the call is a whole run of the contact exchange and returns when the user has closed the window.
+// It reports nothing to the host.
+#pragma once
+
+#include "entry/runtime.h"
+
+namespace vlout::entry {
+
+class ORUN {
+ public:
+  explicit ORUN(Runtime& runtime) : runtime_(runtime) {}
+
+  // Throws EncodingError when the option file cannot be decoded: going on would overwrite it.
+  void OUTSYNCRUN();
+
+ private:
+  Runtime& runtime_;
+};
+
+}  // namespace vlout::entry

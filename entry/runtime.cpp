@@ -1,0 +1,45 @@
+#include "entry/runtime.h"
+
+#include "entry/option_file.h"
+
+namespace vlout::entry {
+
+Runtime::Runtime(std::filesystem::path componentFolder, Platform platform)
+    : folder_(std::move(componentFolder)),
+      platform_(std::move(platform)),
+      exportList_(folder_),
+      connection_(platform_.makeConnection()) {}
+
+void Runtime::loadOptions() {
+  options_ = entry::loadOptions(folder_);
+}
+
+void Runtime::connectDatabase() {
+  connection_ = platform_.makeConnection();
+  try {
+    connection_->open({.componentFolder = folder_});
+  } catch (const store::DatabaseError& error) {
+    databaseFailure_ = error.what();
+    // Start-up goes on: the closed connection tells every later caller the reason.
+    toolkit().messageBox(ui::MessageIcon::Critical, "데이터베이스 연결 오류!");
+  }
+}
+
+ui::frmOutlookSync& Runtime::mainWindow() {
+  if (!mainWindow_) mainWindow_ = std::make_unique<ui::frmOutlookSync>(toolkit(), *this);
+  return *mainWindow_;
+}
+
+void Runtime::saveOptions() {
+  entry::saveOptions(folder_, options_);
+}
+
+ui::ExportFolder Runtime::readExportFolder() {
+  return exportList_.readFolder(connection());
+}
+
+std::vector<std::string> Runtime::readSelectedCards() {
+  return exportList_.readSelectedCards();
+}
+
+}  // namespace vlout::entry

@@ -1,0 +1,62 @@
+// The process-wide state of the loaded component: the option values, the one database connection,
+// the contact store and the main window. The program or the COM class that hosts the component
+// makes one and hands it to ORUN.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+
+#include "entry/export_list.h"
+#include "ui/component.h"
+#include "ui/frm_outlook_sync.h"
+#include "ui/toolkit.h"
+
+namespace vlout::entry {
+
+// The adapters of a platform.
+struct Platform {
+  std::function<std::unique_ptr<store::Connection>()> makeConnection;
+  std::unique_ptr<outlook::ContactStore> contacts;
+  std::unique_ptr<ui::Toolkit> toolkit;
+};
+
+class Runtime : public ui::Component {
+ public:
+  Runtime(std::filesystem::path componentFolder, Platform platform);
+
+  void loadOptions();
+
+  // Makes a new connection and opens it; it replaces the one before. A failure is shown in one
+  // message and leaves the connection closed.
+  void connectDatabase();
+  // Why the connection is closed, after a failure.
+  [[nodiscard]] const std::string& databaseFailure() const { return databaseFailure_; }
+
+  [[nodiscard]] ui::Toolkit& toolkit() { return *platform_.toolkit; }
+  [[nodiscard]] const ExportList& exportList() const { return exportList_; }
+
+  // The main window, made if there is none; `releaseMainWindow` lets the next one be a fresh one.
+  [[nodiscard]] ui::frmOutlookSync& mainWindow();
+  void releaseMainWindow() { mainWindow_.reset(); }
+
+  [[nodiscard]] store::Connection& connection() override { return *connection_; }
+  [[nodiscard]] outlook::ContactStore& contacts() override { return *platform_.contacts; }
+  [[nodiscard]] ui::OptionValues& options() override { return options_; }
+  void saveOptions() override;
+  [[nodiscard]] ui::ExportFolder readExportFolder() override;
+  [[nodiscard]] std::vector<std::string> readSelectedCards() override;
+  [[nodiscard]] std::int32_t& selectedGroupParent() override { return selectedGroupParent_; }
+
+ private:
+  std::filesystem::path folder_;
+  Platform platform_;
+  ExportList exportList_;
+  std::unique_ptr<store::Connection> connection_;
+  std::string databaseFailure_;
+  ui::OptionValues options_;
+  std::int32_t selectedGroupParent_ = 1;
+  std::unique_ptr<ui::frmOutlookSync> mainWindow_;
+};
+
+}  // namespace vlout::entry

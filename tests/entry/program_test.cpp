@@ -1,0 +1,303 @@
+// The program itself, run as its user runs it: arguments, exit status, streams, interrupts, and
+// what is left when it is killed or the disk is full.
+#include <chrono>
+#include <fcntl.h>
+#include <map>
+#include <set>
+#include <signal.h>
+#include <string>
+#include <sys/mount.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "outlook/pairing.h"
+#include "outlook/vcard/vcard_store.h"
+#include "store/sql.h"
+#include "store/sqlite/sqlite_connection.h"
+#include "tests/support/temporary_folder.h"
+#include "transfer/change_detection.h"
+
+namespace vlout {
+namespace {
+
+using testing::AllOf;
+using testing::Each;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+
+struct Result {
+  int status = -1;
+  std::string out;
+  std::string err;
+};
+
+class ProgramTest : public testing::Test {
+ protected:
+  pid_t start(const std::vector<std::string>& arguments) {
+    std::vector<char*> argv;
+    std::string program = VLOUTSYNC_PROGRAM;
+    argv.push_back(program.data());
+    std::vector<std::string> copies = arguments;
+    for (std::string& argument : copies) argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    const pid_t child = fork();
+    if (child == 0) {
+      dup2(open((temporary.path() / "out").c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600), 1);
+      dup2(open((temporary.path() / "err").c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600), 2);
+      setenv("LC_ALL", "C", 1);
+      execv(argv[0], argv.data());
+      _exit(127);
+    }
+    return child;
+  }
+
+  Result finish(pid_t child) {
+    int status = 0;
+    waitpid(child, &status, 0);
+    return {WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status),
+            tests::readFile(temporary.path() / "out"), tests::readFile(temporary.path() / "err")};
+  }
+
+  Result run(const std::vector<std::string>& arguments) { return finish(start(arguments)); }
+
+  Result sample(int cards) {
+    return run({"sample", "--folder", folder(), "--cards", std::to_string(cards)});
+  }
+  std::vector<std::string> exportAll() {
+    return {"run", "export", "--folder", folder(), "--range", "all"};
+  }
+
+  std::string folder() const { return (temporary.path() / "velmora").string(); }
+  std::filesystem::path contacts() const { return temporary.path() / "velmora" / "contacts"; }
+
+  // The row number that each contact carries, and how often.
+  std::map<std::string, int> contactKeys() {
+    std::map<std::string, int> keys;
+    outlook::vcard::VCardStore store(contacts().string());
+    EXPECT_TRUE(store.connect()) << store.connectFailure();
+    store.openContactsFolder();
+    EXPECT_THAT(store.folderNotices(), IsEmpty());
+    for (std::size_t i = 1; i <= store.count(); ++i) {
+      ++keys[outlook::readVLID(*store.item(i))];
+    }
+    return keys;
+  }
+
+  tests::TemporaryFolder temporary;
+};
+
+TEST_F(ProgramTest, ArgumentsAreCheckedAndExplained) {
+  struct Case {
+    std::vector<std::string> arguments;
+    int status;
+  };
+  const std::vector<Case> cases{
+      {{}, 2},
+      {{"run"}, 2},
+      {{"run", "delete"}, 2},
+      {{"run", "export", "--range", "some"}, 2},
+      {{"run", "export", "--set", "OUT_CHECK11=1"}, 2},
+      {{"run", "export", "--set", "OUT_CHECK1=2"}, 2},
+      {{"run", "export", "--on-conflict", "guess"}, 2},
+      {{"sample", "--folder", folder(), "--cards", "-1"}, 2},
+      {{"sample", "--folder", folder(), "--cards", "40000"}, 2},
+      {{"--help"}, 0},
+      {{"run", "--help"}, 0},
+      {{"--version"}, 0},
+      {{"run", "import", "--folder", folder()}, 1},
+      {{"run", "sync", "--folder", folder()}, 1},
+  };
+  for (const Case& c : cases) {
+    const Result result = run(c.arguments);
+    EXPECT_EQ(result.status, c.status) << testing::PrintToString(c.arguments);
+    EXPECT_FALSE((c.status == 0 ? result.out : result.err).empty());
+  }
+  EXPECT_FALSE(std::filesystem::exists(folder()));
+}
+
+TEST_F(ProgramTest, MakesFoldersAndNeverOverwritesThem) {
+  EXPECT_EQ(run({"init", "--folder", folder()}).status, 0);
+  const auto database = std::filesystem::path(folder()) / "VelmoraDB.vdb";
+  const std::string before = tests::readFile(database);
+  EXPECT_EQ(run({"init", "--folder", folder()}).status, 1);
+  EXPECT_EQ(sample(3).status, 1);
+  EXPECT_EQ(tests::readFile(database), before);
+  const std::string other = folder() + "2";
+  const std::string same = folder() + "3";
+  run({"sample", "--folder", other, "--cards", "30", "--seed", "7"});
+  run({"sample", "--folder", same, "--cards", "30", "--seed", "7"});
+  EXPECT_EQ(tests::readFile(other + "/VelmoraDB.vdb"), tests::readFile(same + "/VelmoraDB.vdb"));
+  EXPECT_EQ(tests::readFile(other + "/temp/exportlist.txt"),
+            tests::readFile(same + "/temp/exportlist.txt"));
+}
+
+TEST_F(ProgramTest, ExportsInThreeColumnsAndKeepsTheStreamsApart) {
+  sample(20);
+  const Result first = run(exportAll());
+  EXPECT_EQ(first.status, 0);
+  EXPECT_THAT(first.out, EndsWith("내보내기 완료\t추가=20/갱신=0\t\n"));
+  EXPECT_EQ(first.err, "내보내기를 완료하였습니다.\n추가=20/갱신=0\n");
+  std::size_t lines = 0;
+  for (std::size_t at = 0; at < first.out.size(); ++lines) {
+    const std::size_t end = first.out.find('\n', at);
+    const std::string line = first.out.substr(at, end - at);
+    EXPECT_EQ(std::count(line.begin(), line.end(), '\t'), 2) << line;
+    at = end + 1;
+  }
+  EXPECT_EQ(lines, 25U);
+  EXPECT_THAT(run(exportAll()).out,
+              EndsWith("연락처 추가\t100%\t완료\n내보내기 완료\t추가=0/갱신=0\t\n"));
+  tests::writeFile(folder() + "/temp/exportlist.txt", "\r\n1\r\n");
+  const Result noGroup = run({"run", "export", "--folder", folder(), "--range", "group"});
+  EXPECT_EQ(noGroup.status, 0);  // nothing to do is no failure, but it is said
+  EXPECT_THAT(noGroup.err, HasSubstr("exportlist.txt"));
+  const Result selected = run({"run", "export", "--folder", folder()});
+  EXPECT_EQ(selected.status, 0) << selected.err;
+  // A box that is set stays set, as in the window.
+  run({"run", "export", "--folder", folder(), "--range", "all", "--set", "OUT_CHECK7=0"});
+  EXPECT_THAT(tests::readFile(folder() + "/VelmoraOlSync.ini"), HasSubstr("OUT_CHECK7=0\r\n"));
+}
+
+TEST_F(ProgramTest, SaysWhatIsWrongWithWhatItIsGiven) {
+  struct Case {
+    const char* name;
+    std::function<void()> damage;
+    std::vector<std::string> extra;
+    const char* said;
+  };
+  const std::string base = folder();
+  const std::vector<Case> cases{
+      {"no folder", [&] { std::filesystem::remove_all(base); }, {}, "VelmoraDB.vdb"},
+      {"no database",
+       [&] { std::filesystem::remove(base + "/VelmoraDB.vdb"); },
+       {},
+       "VelmoraDB.vdb"},
+      {"Jet database",
+       [&] {
+         tests::writeFile(base + "/VelmoraDB.vdb",
+                          std::string("\0\1\0\0Standard Jet DB\0", 20) + std::string(3000, '\0'));
+       },
+       {},
+       "Jet"},
+      {"no contact folder", [] {}, {"--contacts", base + "/none"}, "none"},
+      {"contacts is a file", [] {}, {"--contacts", base + "/VelmoraDB.vdb"}, "VelmoraDB.vdb"},
+      {"no export list",
+       [&] { std::filesystem::remove(base + "/temp/exportlist.txt"); },
+       {"--range", "selected"},
+       "exportlist.txt"},
+      {"binary export list",
+       [&] { tests::writeFile(base + "/temp/exportlist.txt", "1\r\n\xFF\xFE"); },
+       {"--range", "selected"},
+       "exportlist.txt"},
+      {"binary option file",
+       [&] { tests::writeFile(base + "/VelmoraOlSync.ini", "\xFF\xFE\xFF"); },
+       {},
+       "VelmoraOlSync.ini"},
+      {"a column missing",
+       [&] {
+         store::SqliteConnection connection;
+         connection.open({.componentFolder = base});
+         connection.execute("DROP INDEX idx_namecard_fullname");
+         connection.execute("ALTER TABLE tbl_namecard DROP COLUMN FullName");
+       },
+       {},
+       "FullName"},
+  };
+  for (const Case& c : cases) {
+    std::filesystem::remove_all(base);
+    sample(3);
+    c.damage();
+    std::vector<std::string> arguments = exportAll();
+    arguments.insert(arguments.end(), c.extra.begin(), c.extra.end());
+    if (!c.extra.empty() && c.extra[0] == "--range")
+      arguments.erase(arguments.begin() + 4, arguments.begin() + 6);
+    const Result result = run(arguments);
+    EXPECT_EQ(result.status, 1) << c.name << result.out;
+    EXPECT_THAT(result.err, HasSubstr(c.said)) << c.name;
+    if (std::filesystem::exists(contacts())) {
+      EXPECT_THAT(tests::fileNames(contacts()), IsEmpty()) << c.name;
+    }
+  }
+}
+
+TEST_F(ProgramTest, AnInterruptStopsInOrder) {
+  sample(3000);
+  const pid_t child = start(exportAll());
+  while (!std::filesystem::exists(contacts()) || tests::fileNames(contacts()).size() < 20) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  kill(child, SIGINT);
+  const Result stopped = finish(child);
+  EXPECT_EQ(stopped.status, 1);
+  EXPECT_THAT(stopped.out,
+              AllOf(HasSubstr("내보내기 중지\t추가="), Not(HasSubstr("내보내기 완료"))));
+  const std::size_t written = contactKeys().size();
+  EXPECT_LT(written, 3000U);
+  EXPECT_THAT(stopped.out, HasSubstr("추가=" + std::to_string(written) + "/"));
+  const Result rest = run(exportAll());
+  EXPECT_THAT(rest.out, HasSubstr("추가=" + std::to_string(3000 - written) + "/갱신=0"));
+}
+
+// Killed at many moments, an export is taken up again and ends as if nothing had happened.
+TEST_F(ProgramTest, AKilledExportIsTakenUpAgain) {
+  constexpr int kCards = 5000;
+  sample(kCards);
+  int kills = 0;
+  for (int round = 0; round < 40; ++round) {
+    const pid_t child = start(exportAll());
+    std::this_thread::sleep_for(std::chrono::microseconds(4000 + 2300 * round));
+    kill(child, SIGKILL);
+    const Result result = finish(child);
+    if (result.status == -SIGKILL) ++kills;
+  }
+  EXPECT_GT(kills, 5);
+  const Result last = run(exportAll());
+  EXPECT_EQ(last.status, 0) << last.err;
+  const auto keys = contactKeys();
+  EXPECT_EQ(keys.size(), static_cast<std::size_t>(kCards));
+  for (const auto& [key, count] : keys) EXPECT_EQ(count, 1) << key;
+  EXPECT_THAT(tests::fileNames(contacts()), Each(EndsWith(".vcf")));
+  store::SqliteConnection connection;
+  connection.open({.componentFolder = folder()});
+  EXPECT_EQ(connection.query("SELECT i_idx FROM tbl_namecard")->rowCount(),
+            static_cast<std::size_t>(kCards));
+  EXPECT_EQ(connection.query("PRAGMA integrity_check")->field("integrity_check"), "ok");
+  EXPECT_THAT(run(exportAll()).out, HasSubstr("추가=0/갱신=0"));
+}
+
+TEST_F(ProgramTest, AFullDiskLeavesNothingByHalves) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can mount a small file system";
+  sample(300);
+  ASSERT_EQ(mount("tmpfs", contacts().c_str(), "tmpfs", 0, "size=256k"), 0);
+  const Result full = run(exportAll());
+  const std::size_t written = contactKeys().size();  // every file that is there is whole
+  const auto names = tests::fileNames(contacts());
+  EXPECT_THAT(names, Each(EndsWith(".vcf")));
+  umount(contacts().c_str());
+  EXPECT_LT(written, 300U);
+  EXPECT_GT(written, 10U);
+  EXPECT_EQ(full.status, 0);
+  EXPECT_THAT(full.out, AllOf(HasSubstr("실패→("), HasSubstr("No space left on device"),
+                              HasSubstr("추가=" + std::to_string(written) + "/갱신=0")));
+}
+
+TEST_F(ProgramTest, AReadOnlyContactFolderIsRefused) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can mount a read-only file system";
+  sample(3);
+  ASSERT_EQ(mount("tmpfs", contacts().c_str(), "tmpfs", MS_RDONLY, ""), 0);
+  const Result result = run(exportAll());
+  umount(contacts().c_str());
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err,
+              AllOf(HasSubstr("아웃룩 연결에 실패하였습니다!"), HasSubstr("Read-only")));
+}
+
+}  // namespace
+}  // namespace vlout

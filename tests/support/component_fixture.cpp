@@ -1,0 +1,82 @@
+#include "tests/support/component_fixture.h"
+
+#include <ctime>
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include "store/sql.h"
+#include "text/ascii.h"
+
+namespace vlout::tests {
+
+ComponentFixture::ComponentFixture() {
+  std::filesystem::create_directory(contactsFolder());
+  const store::ConnectionSettings settings{.componentFolder = folder()};
+  store::createDatabase(settings.databaseFile());
+  database.open(settings);
+  auto scripted = std::make_unique<ScriptedToolkit>();
+  toolkit = scripted.get();
+  entry::Platform platform{
+      .makeConnection = [] { return std::make_unique<store::SqliteConnection>(); },
+      .contacts = std::make_unique<outlook::vcard::VCardStore>(contactsFolder().string()),
+      .toolkit = std::move(scripted)};
+  runtime = std::make_unique<entry::Runtime>(folder(), std::move(platform));
+}
+
+void ComponentFixture::open(const std::function<void(ui::frmOutlookSync&)>& user) {
+  toolkit->user = user;
+  entry::ORUN(*runtime).OUTSYNCRUN();
+}
+
+std::vector<std::string> ComponentFixture::runExport(
+    ui::frmOutlookSync::Range range, const std::function<void(ui::frmOutlookSync&)>& prepare) {
+  std::vector<std::string> lines;
+  open([&](ui::frmOutlookSync& window) {
+    window.Combo1.setIndex(ui::frmOutlookSync::kExport);
+    window.Combo2.setIndex(range);
+    prepare(window);
+    window.Command2.press();
+    for (const auto& row : window.ListView1.rows()) {
+      lines.push_back(row.cells[0] + "|" + row.cells[1] + "|" + row.cells[2]);
+    }
+  });
+  return lines;
+}
+
+void ComponentFixture::addCard(int id,
+                               const std::vector<std::pair<std::string, std::string>>& columns) {
+  std::string names = "i_idx,f_idx,p_idx";
+  std::string values = std::to_string(id) + ",2,0";
+  for (const auto& [column, value] : columns) {
+    names += "," + column;
+    values += ",'" + text::replaceAll(value, "'", "''") + "'";
+  }
+  execute("INSERT INTO tbl_namecard(" + names + ") VALUES(" + values + ")");
+}
+
+std::string ComponentFixture::valueOf(int id, std::string_view column) {
+  const auto row = store::readCard(database, std::to_string(id));
+  const auto field = row->field(column);
+  return field ? std::string(*field) : "NULL";
+}
+
+std::unique_ptr<outlook::vcard::VCardStore> ComponentFixture::openContacts() const {
+  // The component keeps the folder to itself, so this store looks at a copy.
+  const auto copy = folder() / "seen";
+  std::filesystem::remove_all(copy);
+  std::filesystem::copy(contactsFolder(), copy, std::filesystem::copy_options::recursive);
+  auto contacts = std::make_unique<outlook::vcard::VCardStore>(copy.string());
+  EXPECT_TRUE(contacts->connect()) << contacts->connectFailure();
+  contacts->openContactsFolder();
+  return contacts;
+}
+
+void setModified(const std::filesystem::path& file, const std::string& stamp) {
+  std::tm local{};
+  ASSERT_NE(strptime(stamp.c_str(), "%Y/%m/%d %H:%M:%S", &local), nullptr);
+  local.tm_isdst = -1;
+  const timespec times[2] = {{std::mktime(&local), 0}, {std::mktime(&local), 0}};
+  ASSERT_EQ(utimensat(AT_FDCWD, file.c_str(), times, 0), 0);
+}
+
+}  // namespace vlout::tests

@@ -1,0 +1,79 @@
+// A whole component on real files: a component folder with an SQLite database, a folder of vCards,
+// and a toolkit whose user is the test.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "entry/orun.h"
+#include "outlook/vcard/vcard_store.h"
+#include "store/sqlite/sqlite_connection.h"
+#include "tests/support/temporary_folder.h"
+#include "ui/toolkit.h"
+
+namespace vlout::tests {
+
+// Shows a form by calling `user`, and keeps every message box.
+class ScriptedToolkit : public ui::Toolkit {
+ public:
+  struct Message {
+    ui::MessageIcon icon;
+    std::string text;
+  };
+
+  void showModal(ui::Form& form) override {
+    user(dynamic_cast<ui::frmOutlookSync&>(form));
+    form.requestClose();
+  }
+  void messageBox(ui::MessageIcon icon, std::string_view text) override {
+    messages.push_back({icon, std::string(text)});
+  }
+  [[nodiscard]] ui::ScreenSize screenSize() const override { return {20000, 16000}; }
+  void pump() override {
+    if (onPump) onPump();
+  }
+
+  std::function<void(ui::frmOutlookSync&)> user = [](ui::frmOutlookSync&) {};
+  std::function<void()> onPump;
+  std::vector<Message> messages;
+};
+
+class ComponentFixture : public testing::Test {
+ protected:
+  ComponentFixture();
+
+  // One call of OUTSYNCRUN in which `user` has the window.
+  void open(const std::function<void(ui::frmOutlookSync&)>& user);
+
+  // Chooses Export and the range, lets `prepare` set boxes, and presses run. The result lines, each
+  // as "text|percent|state".
+  std::vector<std::string> runExport(
+      ui::frmOutlookSync::Range range,
+      const std::function<void(ui::frmOutlookSync&)>& prepare = [](ui::frmOutlookSync&) {});
+
+  // An INSERT of a card from "column=value" pairs; f_idx and p_idx have defaults.
+  void addCard(int id, const std::vector<std::pair<std::string, std::string>>& columns);
+  void execute(const std::string& sql) { database.execute(sql); }
+  [[nodiscard]] std::string valueOf(int id, std::string_view column);
+
+  [[nodiscard]] std::filesystem::path folder() const { return temporary.path(); }
+  [[nodiscard]] std::filesystem::path contactsFolder() const { return folder() / "contacts"; }
+  [[nodiscard]] std::vector<std::string> cardFiles() const { return fileNames(contactsFolder()); }
+
+  // The folder's contacts as another program would see them now.
+  [[nodiscard]] std::unique_ptr<outlook::vcard::VCardStore> openContacts() const;
+
+  TemporaryFolder temporary;
+  store::SqliteConnection database;  // the test's own view of the component's database
+  ScriptedToolkit* toolkit = nullptr;
+  std::unique_ptr<entry::Runtime> runtime;
+};
+
+// Sets a file's modification time, in whole seconds of the local clock: "2025/01/31 10:00:00".
+void setModified(const std::filesystem::path& file, const std::string& stamp);
+
+}  // namespace vlout::tests
