@@ -57,13 +57,15 @@ bool writeAll(int descriptor, std::string_view text) {
   return true;
 }
 
+bool isNamed(std::string_view line, std::string_view name) {
+  return text::equalsIgnoringAsciiCase(lineName(line), name);
+}
+
 // Looks at one line of a card for what `CardSpan` tells of it.
 void lookAt(std::string_view line, CardSpan& card) {
-  const std::string_view name = lineName(line);
-  if (text::equalsIgnoringAsciiCase(name, "X-VLID")) {
+  if (isNamed(line, "X-VLID")) {
     if (!card.vlid) card.vlid = plainValue(line);
-  } else if (text::equalsIgnoringAsciiCase(name, "KIND") ||
-             text::equalsIgnoringAsciiCase(name, "X-ADDRESSBOOKSERVER-KIND")) {
+  } else if (isNamed(line, "KIND") || isNamed(line, "X-ADDRESSBOOKSERVER-KIND")) {
     card.isGroup = text::equalsIgnoringAsciiCase(plainValue(line), "group");
   }
 }
@@ -100,7 +102,7 @@ CardFileText findCards(std::string_view fileText) {
     } else if (depth == 1) {
       lookAt(line, card);
     }
-    afterAgent = text::equalsIgnoringAsciiCase(lineName(line), "AGENT");
+    afterAgent = isNamed(line, "AGENT");
   }
   result.cutOff = result.cutOff || depth > 0;
   return result;

@@ -3,6 +3,7 @@
 // save. A line is decoded only when it is asked for.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -25,7 +26,8 @@ class CardText {
 
   // The positions of the lines whose property has that name, in order.
   [[nodiscard]] std::vector<Position> named(std::string_view name) const;
-  [[nodiscard]] std::optional<Position> firstNamed(std::string_view name) const;
+  // The first such line from `start` on.
+  [[nodiscard]] std::optional<Position> firstNamed(std::string_view name, Position start = 0) const;
 
   [[nodiscard]] const Property& property(Position position) const;
 
@@ -44,10 +46,10 @@ class CardText {
 
  private:
   struct Line {
-    std::string raw;   // as written, with continuation lines and line ends; empty for a new line
-    std::string name;  // in upper case, without a group; empty for what is no property
-    mutable std::optional<Property> property;
-    std::optional<Property> original;  // as it was before the first change
+    std::string raw{};   // as written, with continuation lines and line ends; empty for a new line
+    std::string name{};  // in upper case, without a group; empty for what is no property
+    mutable std::optional<Property> property{};
+    std::unique_ptr<const Property> original{};  // as it was before the first change
 
     [[nodiscard]] bool changed() const {
       return raw.empty() || (original && *original != *property);

@@ -32,15 +32,9 @@ bool anyWord(std::string_view list, Use use) {
   return false;
 }
 
-bool contains(const std::vector<std::string>& types, std::string_view type) {
-  return std::find(types.begin(), types.end(), type) != types.end();
-}
-
 bool hasTypesOf(const VCardPlace& place, const Property& property) {
-  if (place.requiredTypes.empty() && place.excludedTypes.empty()) return true;
-  const auto types = property.types();
-  const auto absent = [&](std::string_view type) { return !contains(types, type); };
-  const auto present = [&](std::string_view type) { return contains(types, type); };
+  const auto absent = [&](std::string_view type) { return !property.hasType(type); };
+  const auto present = [&](std::string_view type) { return property.hasType(type); };
   return !anyWord(place.requiredTypes, absent) && !anyWord(place.excludedTypes, present);
 }
 
@@ -163,27 +157,32 @@ std::string VCardContact::typeName() {
 
 // --- finding lines ------------------------------------------------------------------------------
 
-std::vector<CardText::Position> VCardContact::matching(const Place& place) {
-  std::vector<CardText::Position> result;
+// Calls `use` for each line that belongs to the place, in order, until it returns true; that line.
+template <typename Use>
+std::optional<CardText::Position> VCardContact::firstMatching(const Place& place, Use use) {
+  std::optional<CardText::Position> found;
   anyWord(place.names, [&](std::string_view name) {
-    for (const CardText::Position position : card().named(name)) {
-      if (hasTypesOf(place, card().property(position))) result.push_back(position);
+    for (auto line = card().firstNamed(name); line; line = card().firstNamed(name, *line + 1)) {
+      const Property& property = card().property(*line);
+      if (!hasTypesOf(place, property) || !use(property)) continue;
+      found = line;
+      return true;
     }
     return false;
   });
-  return result;
+  return found;
 }
 
 std::optional<CardText::Position> VCardContact::find(const Place& place) {
-  const auto lines = matching(place);
-  const auto second = [&](CardText::Position line) { return isSecondSlot(card().property(line)); };
   if (place.slot == 1) {
-    const auto found = std::find_if_not(lines.begin(), lines.end(), second);
-    return found == lines.end() ? findLabelled(place) : std::optional(*found);
+    const auto first =
+        firstMatching(place, [](const Property& property) { return !isSecondSlot(property); });
+    return first ? first : findLabelled(place);
   }
-  const auto marked = std::find_if(lines.begin(), lines.end(), second);
-  if (marked != lines.end()) return *marked;
-  return lines.size() > 1 ? std::optional(lines[1]) : std::nullopt;
+  const auto marked = firstMatching(place, isSecondSlot);
+  if (marked) return marked;
+  int count = 0;
+  return firstMatching(place, [&](const Property&) { return ++count == 2; });
 }
 
 // Address books of one maker write some things as a pair of lines in one group, of which the second
@@ -228,10 +227,10 @@ void VCardContact::insertNew(const Place& place, std::string_view value) {
     property.values.resize(components);
     property.setComponent(static_cast<std::size_t>(place.component), value);
   }
-  const auto lines = matching(place);
-  if (place.slot == 2 && lines.empty()) property.parameters.push_back({std::string(kSlot), {"2"}});
-  if (place.slot == 1 && !lines.empty()) {
-    card().insert(lines.front(), std::move(property));
+  const auto first = firstMatching(place, [](const Property&) { return true; });
+  if (place.slot == 2 && !first) property.parameters.push_back({std::string(kSlot), {"2"}});
+  if (place.slot == 1 && first) {
+    card().insert(*first, std::move(property));
   } else {
     card().append(std::move(property));
   }
@@ -253,15 +252,13 @@ void VCardContact::removeLine(CardText::Position position) {
 void VCardContact::removeStaleLabels() {
   for (const CardText::Position line : card().named("ADR")) {
     if (!card().isChanged(line)) continue;
-    card().change(line).removeParameter("LABEL");
-    const auto types = card().property(line).types();
-    const auto labels = card().named("LABEL");
-    for (auto label = labels.rbegin(); label != labels.rend(); ++label) {
-      const Property& found = card().property(*label);
-      const bool sameKind = found.hasType("WORK") == contains(types, "WORK") &&
-                            found.hasType("HOME") == contains(types, "HOME");
-      // Emptied first and removed with the empty lines, so that positions hold.
-      if (sameKind) card().change(*label).values.clear();
+    Property& address = card().change(line);
+    address.removeParameter("LABEL");
+    for (const CardText::Position label : card().named("LABEL")) {
+      const Property& found = card().property(label);
+      const bool sameKind = found.hasType("WORK") == address.hasType("WORK") &&
+                            found.hasType("HOME") == address.hasType("HOME");
+      if (sameKind) card().change(label).values.clear();  // a line without a value is not written
     }
   }
 }
@@ -272,20 +269,17 @@ void VCardContact::setValue(const Place& place, std::string_view value) {
     if (!value.empty()) insertNew(place, value);
     return;
   }
-  Property changed = card().property(*line);
+  if (valueAt(place, *line) == value) return;  // what the contact says already stays as it is
   if (place.component >= 0) {
     // A structured value that loses its last component may get another one next, so it stays.
-    changed.setComponent(static_cast<std::size_t>(place.component), value);
-    card().change(*line) = changed;
-    return;
-  }
-  if (value.empty()) {
+    card().change(*line).setComponent(static_cast<std::size_t>(place.component), value);
+  } else if (value.empty()) {
     removeValue(place, *line);
-    return;
+  } else {
+    Property& changed = card().change(*line);
+    if (isUri(changed) && changed.name == "TEL") changed.removeParameter("VALUE");
+    changed.values = {std::string(value)};
   }
-  if (isUri(changed) && changed.name == "TEL") changed.removeParameter("VALUE");
-  changed.values = {std::string(value)};
-  card().change(*line) = changed;
 }
 
 void VCardContact::removeValue(const Place& place, CardText::Position line) {
@@ -318,19 +312,21 @@ std::string VCardContact::text(ContactProperty property) {
     default: {
       const Place& place = propertyInfo(property).vcard;
       const auto line = find(place);
-      if (!line) return {};
-      const Property& found = card().property(*line);
-      if (place.component < 0) return wholeValue(found);
-      return found.component(static_cast<std::size_t>(place.component));
+      return line ? valueAt(place, *line) : std::string();
     }
   }
 }
 
+std::string VCardContact::valueAt(const Place& place, CardText::Position line) {
+  const Property& property = card().property(line);
+  if (place.component < 0) return wholeValue(property);
+  return property.component(static_cast<std::size_t>(place.component));
+}
+
 void VCardContact::setText(ContactProperty property, std::string_view value) {
-  // What the contact says already stays as it is written.
-  if (text(property) == value) return;
   switch (property) {
     case P::FullName: {
+      if (text(property) == value) return;
       PersonName changed = splitFullName(value);
       const PersonName current = name();
       const bool samePerson = changed.last == current.last && changed.first == current.first &&
@@ -341,7 +337,9 @@ void VCardContact::setText(ContactProperty property, std::string_view value) {
     case P::LastName:
     case P::FirstName: {
       PersonName changed = name();
-      (property == P::LastName ? changed.last : changed.first) = value;
+      std::string& part = property == P::LastName ? changed.last : changed.first;
+      if (part == value) return;
+      part = value;
       setName(changed);
       break;
     }

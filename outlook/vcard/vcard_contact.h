@@ -44,11 +44,13 @@ class VCardContact : public Contact {
   [[nodiscard]] std::optional<std::string> vlid();
 
   [[nodiscard]] std::optional<CardText::Position> find(const Place& place);
-  [[nodiscard]] std::vector<CardText::Position> matching(const Place& place);
+  template <typename Use>
+  [[nodiscard]] std::optional<CardText::Position> firstMatching(const Place& place, Use use);
   [[nodiscard]] std::optional<CardText::Position> findLabelled(const Place& place);
   void insertNew(const Place& place, std::string_view value);
   void removeLine(CardText::Position position);
   void removeStaleLabels();
+  [[nodiscard]] std::string valueAt(const Place& place, CardText::Position line);
   void setValue(const Place& place, std::string_view value);
   void removeValue(const Place& place, CardText::Position line);
   [[nodiscard]] std::string newName(const Place& place);

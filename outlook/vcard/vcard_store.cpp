@@ -57,7 +57,8 @@ std::unique_ptr<Contact> VCardStore::create() {
 }
 
 void VCardStore::flush() {
-  if (folder_) folder_->flush();
+  if (written_) folder_->flush();
+  written_ = false;
 }
 
 const FileState& VCardStore::stateAt(std::size_t position) const {
@@ -98,6 +99,7 @@ void VCardStore::saveCard(std::size_t position, const std::string& cardText,
   const bool shared = file.cards > 1;
   file.state = folder_->replace(file.name, text, file.state, shared);
   item.vlid = std::move(vlid);
+  written_ = true;
 }
 
 std::size_t VCardStore::saveNewCard(const std::string& uid, const std::string& cardText,
@@ -106,6 +108,7 @@ std::size_t VCardStore::saveNewCard(const std::string& uid, const std::string& c
   const FileState state = folder_->replace(name, cardText, std::nullopt, false);
   items_.push_back({files_.size(), 0, false, std::move(vlid)});
   files_.push_back({name, state, 1});
+  written_ = true;
   return items_.size();
 }
 

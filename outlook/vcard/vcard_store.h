@@ -57,6 +57,7 @@ class VCardStore : public ContactStore {
   std::vector<File> files_;
   std::vector<Item> items_;
   std::vector<std::string> notices_;
+  bool written_ = false;  // since the last flush
 };
 
 }  // namespace vlout::outlook::vcard

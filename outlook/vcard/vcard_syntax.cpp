@@ -92,10 +92,11 @@ std::string_view withoutFrame(std::string_view card) {
   return card.substr(start, card.rfind(kClose) - start);
 }
 
-std::string writeWithLibrary(std::span<const Property> properties, std::string_view lineEnd) {
+std::string writeWithLibrary(std::span<const Property* const> properties,
+                             std::string_view lineEnd) {
   const Card card(e_vcard_new());
-  for (const Property& property : properties) {
-    e_vcard_append_attribute(card.get(), toAttribute(property));
+  for (const Property* const property : properties) {
+    e_vcard_append_attribute(card.get(), toAttribute(*property));
   }
   const GText whole(e_vcard_to_string(card.get(), EVC_FORMAT_VCARD_30));
   const std::string_view lines = withoutFrame(whole.get());
@@ -194,25 +195,19 @@ bool Property::hasNoValue() const {
                      [](const std::string& value) { return value.empty(); });
 }
 
-std::vector<std::string> Property::types() const {
-  std::vector<std::string> result;
+bool Property::hasType(std::string_view type) const {
   for (const Parameter& parameter : parameters) {
     if (!text::equalsIgnoringAsciiCase(parameter.name, "TYPE")) continue;
     for (std::string_view list : parameter.values) {
       // Version 4.0 quotes several types as one value.
       while (!list.empty()) {
         const std::string_view one = list.substr(0, list.find(','));
-        result.push_back(text::toAsciiUpper(one));
+        if (text::equalsIgnoringAsciiCase(one, type)) return true;
         list.remove_prefix(std::min(list.size(), one.size() + 1));
       }
     }
   }
-  return result;
-}
-
-bool Property::hasType(std::string_view type) const {
-  const auto all = types();
-  return std::find(all.begin(), all.end(), type) != all.end();
+  return false;
 }
 
 const Parameter* Property::parameter(std::string_view parameterName) const {
@@ -248,8 +243,10 @@ std::string Property::whole() const {
 }
 
 bool isQuotedPrintable(std::string_view line) {
-  const std::string head = text::toAsciiUpper(line.substr(0, line.find(':')));
-  return head.find("QUOTED-PRINTABLE") != std::string::npos;
+  constexpr std::string_view kName = "QUOTED-PRINTABLE";
+  const std::string_view head = line.substr(0, line.find(':'));
+  if (head.size() <= kName.size()) return false;  // no room for it: most lines
+  return text::toAsciiUpper(head).find(kName) != std::string::npos;
 }
 
 Property readProperty(std::string_view line) {
@@ -285,11 +282,11 @@ Property readProperty(std::string_view line) {
   return property;
 }
 
-std::string writeProperties(std::span<const Property> properties, Version version,
+std::string writeProperties(std::span<const Property* const> properties, Version version,
                             std::string_view lineEnd) {
   if (version != Version::V21) return writeWithLibrary(properties, lineEnd);
   std::string out;
-  for (const Property& property : properties) writeVersion21(property, lineEnd, out);
+  for (const Property* const property : properties) writeVersion21(*property, lineEnd, out);
   return out;
 }
 

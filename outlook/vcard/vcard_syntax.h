@@ -29,8 +29,7 @@ struct Property {
   bool operator==(const Property&) const = default;
   [[nodiscard]] bool hasNoValue() const;
 
-  // Type names in upper case, in whatever form the card spells them.
-  [[nodiscard]] std::vector<std::string> types() const;
+  // Whether the property carries that type, in whatever form the card spells it.
   [[nodiscard]] bool hasType(std::string_view type) const;
   [[nodiscard]] const Parameter* parameter(std::string_view parameterName) const;
   void removeParameter(std::string_view parameterName);
@@ -50,8 +49,8 @@ struct Property {
 [[nodiscard]] Property readProperty(std::string_view line);
 
 // The content lines for `properties`, folded, in the syntax of `version`, each ended by `lineEnd`.
-[[nodiscard]] std::string writeProperties(std::span<const Property> properties, Version version,
-                                          std::string_view lineEnd);
+[[nodiscard]] std::string writeProperties(std::span<const Property* const> properties,
+                                          Version version, std::string_view lineEnd);
 
 [[nodiscard]] std::string encodeBase64(std::string_view bytes);
 [[nodiscard]] std::string decodeBase64(std::string_view text);

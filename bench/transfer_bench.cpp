@@ -1,0 +1,189 @@
+// Transfers at several sizes, each beside a floor: a loop that only writes the same number of files of
+// the same size, in the same safe way or plainly, and runs the same number of updates. What a
+// transfer takes above its floor is what it costs to decide, to convert and to report.
+#include <benchmark/benchmark.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "entry/cli/component_folder.h"
+#include "entry/cli/run_command.h"
+#include "outlook/vcard/vcard_store.h"
+#include "store/sqlite/sqlite_connection.h"
+#include "transfer/change_detection.h"
+#include "transfer/export.h"
+#include "transfer/work_list_loader.h"
+
+namespace {
+
+using namespace vlout;
+using Clock = std::chrono::steady_clock;
+
+// A window that keeps its lines and shows them to nobody.
+class SilentWindow : public transfer::RunWindow {
+ public:
+  std::size_t addResult(std::string_view text) override {
+    lines_.emplace_back(text);
+    return lines_.size() - 1;
+  }
+  void setResultCell(std::size_t, std::size_t, std::string_view) override {}
+  void selectResult(std::size_t) override {}
+  void showProgress(bool) override {}
+  void setProgress(int) override {}
+  void enableRunButton(bool) override {}
+  void message(transfer::MessageIcon, std::string_view text) override { lines_.emplace_back(text); }
+  bool yield() override { return false; }
+
+ private:
+  std::vector<std::string> lines_;
+};
+
+// A sample component folder of its own for each measurement.
+class Scene {
+ public:
+  explicit Scene(std::int64_t cards) {
+    std::string pattern = (std::filesystem::temp_directory_path() / "vlout-bench-XXXXXX").string();
+    folder_ = mkdtemp(pattern.data());
+    entry::cli::makeSampleFolder(folder_, static_cast<int>(cards), 1);
+    connection_.open({.componentFolder = folder_});
+  }
+  ~Scene() { std::filesystem::remove_all(folder_); }
+  Scene(const Scene&) = delete;
+  Scene& operator=(const Scene&) = delete;
+
+  void load() { transfer::WorkListLoader(connection_, list_, window_).loadAll(); }
+
+  void exportAll() {
+    load();
+    outlook::vcard::VCardStore contacts(contactFolder().string());
+    if (!contacts.connect()) throw std::runtime_error(contacts.connectFailure());
+    transfer::Export(connection_, contacts, list_, window_, {}).run();
+  }
+
+  // As if one card in ten had been edited after the last transfer.
+  void editOneInTen() {
+    connection_.execute(
+        "UPDATE tbl_namecard SET [JobTitle]='이사',[Last_moddate]='2099/01/01 00:00:00' where "
+        "i_idx % 10 = 0");
+  }
+
+  [[nodiscard]] std::filesystem::path folder() const { return folder_; }
+  [[nodiscard]] std::filesystem::path contactFolder() const { return folder_ / "contacts"; }
+  [[nodiscard]] store::Connection& connection() { return connection_; }
+
+ private:
+  std::filesystem::path folder_;
+  store::SqliteConnection connection_;
+  transfer::WorkList list_;
+  SilentWindow window_;
+};
+
+template <typename Work>
+void measure(benchmark::State& state, Work work) {
+  const auto start = Clock::now();
+  work();
+  state.SetIterationTime(std::chrono::duration<double>(Clock::now() - start).count());
+}
+
+void loadWorkList(benchmark::State& state) {
+  Scene scene(state.range(0));
+  for (auto _ : state) measure(state, [&] { scene.load(); });
+}
+
+void exportNew(benchmark::State& state) {
+  for (auto _ : state) {
+    Scene scene(state.range(0));
+    measure(state, [&] { scene.exportAll(); });
+  }
+}
+
+void exportNothingToDo(benchmark::State& state) {
+  Scene scene(state.range(0));
+  scene.exportAll();
+  for (auto _ : state) measure(state, [&] { scene.exportAll(); });
+}
+
+void exportOneInTen(benchmark::State& state) {
+  Scene scene(state.range(0));
+  scene.exportAll();
+  for (auto _ : state) {
+    scene.editOneInTen();
+    measure(state, [&] { scene.exportAll(); });
+  }
+}
+
+// --- floors -------------------------------------------------------------------------------------
+
+enum class Writing { Plain, Safe };
+
+void writeFloorFile(int folder, const std::string& name, const std::string& text, Writing writing) {
+  const char* const first = writing == Writing::Safe ? ".floor.tmp" : name.c_str();
+  const int file = openat(folder, first, O_CREAT | O_TRUNC | O_WRONLY | O_CLOEXEC, 0600);
+  if (write(file, text.data(), text.size()) < 0) throw std::runtime_error("floor: write");
+  close(file);
+  if (writing == Writing::Safe) renameat(folder, first, folder, name.c_str());
+}
+
+struct FloorFile {
+  std::string name;
+  std::string text;
+};
+
+// What an export of the scene writes, taken from an export of it.
+std::vector<FloorFile> exportedFiles(Scene& scene) {
+  scene.exportAll();
+  std::vector<FloorFile> files;
+  for (const auto& entry : std::filesystem::directory_iterator(scene.contactFolder())) {
+    std::ifstream stream(entry.path(), std::ios::binary);
+    files.push_back({entry.path().filename().string(), {std::istreambuf_iterator<char>(stream), {}}});
+  }
+  return files;
+}
+
+void writeFloor(benchmark::State& state, Writing writing, std::size_t oneIn, bool fresh) {
+  Scene scene(state.range(0));
+  const auto files = exportedFiles(scene);
+  const auto stamp = text::localNow();
+  int round = 0;
+  for (auto _ : state) {
+    const auto target = fresh ? scene.folder() / ("floor" + std::to_string(++round))
+                              : scene.contactFolder();
+    std::filesystem::create_directory(target);
+    const int folder = open(target.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    measure(state, [&] {
+      for (std::size_t i = 0; i < files.size(); i += oneIn) {
+        writeFloorFile(folder, files[i].name, files[i].text, writing);
+        transfer::writeSyncDates(scene.connection(), stamp, std::to_string(i + 1));
+      }
+    });
+    close(folder);
+  }
+}
+
+void floorNewPlain(benchmark::State& state) { writeFloor(state, Writing::Plain, 1, true); }
+void floorNewSafe(benchmark::State& state) { writeFloor(state, Writing::Safe, 1, true); }
+void floorOneInTenSafe(benchmark::State& state) { writeFloor(state, Writing::Safe, 10, false); }
+
+void configure(benchmark::internal::Benchmark* benchmark) {
+  for (const std::int64_t cards : {1000, 10000, 30000}) benchmark->Arg(cards);
+  benchmark->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(5);
+}
+
+BENCHMARK(loadWorkList)->Apply(configure);
+BENCHMARK(exportNew)->Apply(configure);
+BENCHMARK(floorNewSafe)->Apply(configure);
+BENCHMARK(floorNewPlain)->Apply(configure);
+BENCHMARK(exportNothingToDo)->Apply(configure);
+BENCHMARK(exportOneInTen)->Apply(configure);
+BENCHMARK(floorOneInTenSafe)->Apply(configure);
+
+}  // namespace
