@@ -1,8 +1,6 @@
 #include "text/date_time.h"
 
-#include <array>
 #include <chrono>
-#include <cstdio>
 #include <ctime>
 
 #include "text/ascii.h"
@@ -99,6 +97,20 @@ std::optional<TimeOfDay> readTime(Reader& reader) {
   return time;
 }
 
+// Writes a number right-aligned into its place in a text of fixed shape.
+void putDigits(std::string& text, std::size_t start, std::size_t count, std::int64_t number) {
+  for (std::size_t i = start + count; i > start; --i) {
+    text[i - 1] = static_cast<char>('0' + number % 10);
+    number /= 10;
+  }
+}
+
+void putDate(std::string& text, year_month_day date) {
+  putDigits(text, 0, 4, int{date.year()});
+  putDigits(text, 5, 2, unsigned{date.month()});
+  putDigits(text, 8, 2, unsigned{date.day()});
+}
+
 }  // namespace
 
 std::optional<DateTime> makeDateTime(int year, int month, int day, int hour, int minute,
@@ -123,20 +135,19 @@ std::string formatStamp(DateTime time) {
   const auto midnight = floor<std::chrono::days>(point);
   const year_month_day date{midnight};
   const hh_mm_ss clock{point - midnight};
-  std::array<char, 40> text{};
-  std::snprintf(text.data(), text.size(), "%04d/%02u/%02u %02d:%02d:%02d", int{date.year()},
-                unsigned{date.month()}, unsigned{date.day()},
-                static_cast<int>(clock.hours().count()), static_cast<int>(clock.minutes().count()),
-                static_cast<int>(clock.seconds().count()));
-  return text.data();
+  std::string text = "0000/00/00 00:00:00";
+  putDate(text, date);
+  putDigits(text, 11, 2, clock.hours().count());
+  putDigits(text, 14, 2, clock.minutes().count());
+  putDigits(text, 17, 2, clock.seconds().count());
+  return text;
 }
 
 std::string formatDay(DateTime time) {
   const year_month_day date{floor<std::chrono::days>(sys_seconds{seconds(time.seconds)})};
-  std::array<char, 24> text{};
-  std::snprintf(text.data(), text.size(), "%04d-%02u-%02u", int{date.year()},
-                unsigned{date.month()}, unsigned{date.day()});
-  return text.data();
+  std::string text = "0000-00-00";
+  putDate(text, date);
+  return text;
 }
 
 std::optional<DateTime> parseDateTime(std::string_view text) {

@@ -36,7 +36,7 @@ void writeExportList(const std::filesystem::path& folder, const SampleSelection&
 
 std::filesystem::path componentFolder(const std::filesystem::path& given) {
   if (!given.empty()) return given;
-  const auto named = fromEnvironment("VELMORA_FOLDER");
+  auto named = fromEnvironment("VELMORA_FOLDER");
   if (!named.empty()) return named;
   const auto data = fromEnvironment("XDG_DATA_HOME");
   if (data.is_absolute()) return data / "velmora";

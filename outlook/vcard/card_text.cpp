@@ -118,7 +118,7 @@ std::optional<CardText::Position> CardText::firstNamed(std::string_view name,
 
 const Property& CardText::property(Position position) const {
   const Line& line = lines_[position];
-  if (!line.property) line.property = readProperty(line.raw);
+  if (!line.property) line.property = readProperty(line.raw, version_);
   return *line.property;
 }
 

@@ -146,8 +146,24 @@ VCardContact::VCardContact(VCardStore& store, std::optional<std::size_t> positio
     : store_(store), position_(position) {}
 
 CardText& VCardContact::card() {
-  if (!card_) card_ = position_ ? CardText(store_.readCard(*position_)) : CardText();
+  if (!card_) {
+    card_ = position_ ? CardText(store_.readCard(*position_)) : CardText();
+    forgetDerivedName();
+  }
   return *card_;
+}
+
+// A card without a person shows its company or address in place of a name. That is no name, and has
+// to follow when the company or the address changes: it is made anew when the card is saved.
+void VCardContact::forgetDerivedName() {
+  const auto displayed = card().firstNamed("FN");
+  if (!displayed) return;
+  const auto n = card().firstNamed("N");
+  if (n && !card().property(*n).hasNoValue()) return;
+  const std::string shown = card().property(*displayed).whole();
+  if (shown == text(P::CompanyName) || shown == text(P::Email1Address)) {
+    card().change(*displayed).values.clear();
+  }
 }
 
 std::string VCardContact::typeName() {
@@ -365,11 +381,7 @@ PersonName VCardContact::name() {
   }
   if (!result.empty()) return result;
   const auto displayed = card().firstNamed("FN");
-  if (!displayed) return result;
-  const std::string shown = card().property(*displayed).whole();
-  // A card without a person shows its company or address instead of a name.
-  if (shown == text(P::CompanyName) || shown == text(P::Email1Address)) return result;
-  return splitFullName(shown);
+  return displayed ? splitFullName(card().property(*displayed).whole()) : result;
 }
 
 void VCardContact::setName(const PersonName& name) {
@@ -424,8 +436,9 @@ text::DateTime VCardContact::date(ContactProperty property) {
 
 void VCardContact::setDate(ContactProperty property, text::DateTime value) {
   if (text::formatDay(date(property)) == text::formatDay(value)) return;
-  const bool none = value == text::noDate();
-  setValue(propertyInfo(property).vcard, none ? "" : text::formatDay(value));
+  std::string day = value == text::noDate() ? "" : text::formatDay(value);
+  if (card().version() == Version::V40) std::erase(day, '-');  // the only form that it has
+  setValue(propertyInfo(property).vcard, day);
 }
 
 Gender VCardContact::gender() {
@@ -538,6 +551,7 @@ void VCardContact::save() {
     const std::string uid = card().property(*card().firstNamed("UID")).whole();
     position_ = store_.saveNewCard(uid, card().write(), vlid());
   }
+  forgetDerivedName();
 }
 
 text::DateTime VCardContact::lastModificationTime() {

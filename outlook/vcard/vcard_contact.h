@@ -41,6 +41,7 @@ class VCardContact : public Contact {
   using Place = VCardPlace;
 
   CardText& card();
+  void forgetDerivedName();
   [[nodiscard]] std::optional<std::string> vlid();
 
   [[nodiscard]] std::optional<CardText::Position> find(const Place& place);

@@ -31,6 +31,30 @@ std::string asUtf8(std::string_view line) {
   return text::sanitizeUtf8(line);
 }
 
+// Phones and webmail escape colons and quotes too, which means nothing more than the character. In
+// version 2.1 a backslash is one.
+std::string withoutNeedlessEscapes(std::string_view line) {
+  constexpr std::string_view kEscaped = "nN,;\\\r\n";
+  if (line.find('\\') == std::string_view::npos) return std::string(line);
+  std::string result;
+  for (std::size_t i = 0; i < line.size(); ++i) {
+    if (line[i] == '\\' && i + 1 < line.size()) {
+      if (kEscaped.find(line[i + 1]) != std::string_view::npos) result += '\\';
+      ++i;
+    }
+    result += line[i];
+  }
+  return result;
+}
+
+// What the library has to say of other programs' cards is of no use to the user of this one.
+void silenceLibrary() {
+  static const auto handler = g_log_set_handler(
+      "libebook-contacts", G_LOG_LEVEL_WARNING,
+      [](const gchar*, GLogLevelFlags, const gchar*, gpointer) {}, nullptr);
+  static_cast<void>(handler);
+}
+
 bool isControl(char c) {
   return static_cast<unsigned char>(c) < 0x20 || c == 0x7F;
 }
@@ -249,12 +273,14 @@ bool isQuotedPrintable(std::string_view line) {
   return text::toAsciiUpper(head).find(kName) != std::string::npos;
 }
 
-Property readProperty(std::string_view line) {
+Property readProperty(std::string_view line, Version version) {
+  silenceLibrary();
   std::string unfolded = asUtf8(line);
   if (isQuotedPrintable(line)) {
     // The library joins soft line breaks only behind an encoded byte.
     unfolded = text::replaceAll(text::replaceAll(unfolded, "=\r\n", ""), "=\n", "");
   }
+  if (version != Version::V21) unfolded = withoutNeedlessEscapes(unfolded);
   std::string card(kBegin);
   card.append(unfolded).append(kEnd);
   std::replace(card.begin(), card.end(), '\0', ' ');

@@ -46,7 +46,7 @@ struct Property {
 
 // The property that `line`, a content line with its continuation lines, holds; one without a name
 // when the line is no property.
-[[nodiscard]] Property readProperty(std::string_view line);
+[[nodiscard]] Property readProperty(std::string_view line, Version version);
 
 // The content lines for `properties`, folded, in the syntax of `version`, each ended by `lineEnd`.
 [[nodiscard]] std::string writeProperties(std::span<const Property* const> properties,

@@ -20,7 +20,7 @@ bool isWordCharacter(char c) {
 
 class StatementReader {
  public:
-  explicit StatementReader(std::string_view sql) : sql_(sql) {}
+  explicit StatementReader(std::string_view sql) : sql_(sql) { result_.shape.reserve(sql.size()); }
 
   StatementText read() {
     while (position_ < sql_.size()) readToken();

@@ -202,6 +202,7 @@ TEST_F(VCardStoreTest, ReadsWhatOtherProgramsWrite) {
       {"N;CHARSET=EUC-KR;ENCODING=QUOTED-PRINTABLE:=C8=AB;=B1=E6=B5=BF\r\n", P::FirstName, "길동"},
       {"N:\xC8\xAB;\xB1\xE6\xB5\xBF\r\n", P::LastName, "홍"},  // code page 949, unannounced
       {"NOTE;ENCODING=QUOTED-PRINTABLE:a=0D=0A=\r\nb:c\r\n", P::Body, "a\nb:c"},
+      {"URL:http\\://a\\,b\\\\:c\r\n", P::WebPage, "http://a,b\\:c"},
       {"NOTE:first\r\n  folded\r\n", P::Body, "first folded"},
       {"FN:홍 길동\r\n", P::FirstName, "길동"},                     // no N at all
       {"N:;;;;\r\nFN:가나다\r\nORG:가나다\r\n", P::FirstName, ""},  // a company, not a person

@@ -1,0 +1,56 @@
+# What the scripts share; sourced, not run. Prints one line a step and stops at the first failure.
+set -euo pipefail
+cd "$(dirname "${BASH_SOURCE[0]}")/.."
+
+build_packages=(g++ cmake ninja-build ccache pkg-config libsqlite3-dev libebook-contacts1.2-dev
+  libcli11-dev libsimpleini-dev libjpeg-dev libgtest-dev libgmock-dev libbenchmark-dev)
+
+step() { printf '== %s\n' "$*"; }
+
+die() {
+  printf '%s\n' "$*" >&2
+  exit 1
+}
+
+missing_packages() {
+  local package
+  for package in "$@"; do
+    dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q 'install ok installed' ||
+      printf '%s ' "$package"
+  done
+}
+
+# Installs what is missing of the packages named, as root or through sudo.
+install_packages() {
+  local missing log
+  missing=$(missing_packages "$@")
+  [ -n "$missing" ] || return 0
+  step "Installing: $missing"
+  local as_root=()
+  if [ "$(id -u)" -ne 0 ]; then
+    command -v sudo >/dev/null || die "These packages are missing, and there is no sudo to install them: $missing"
+    as_root=(sudo)
+  fi
+  log=$(mktemp)
+  # shellcheck disable=SC2086  # the list is meant to be split
+  if ! { "${as_root[@]}" apt-get update &&
+    "${as_root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get install -y --no-install-recommends $missing; } \
+    >"$log" 2>&1; then
+    tail -n 15 "$log" >&2
+    rm -f "$log"
+    die "These packages are missing and could not be installed: $(missing_packages "$@")"
+  fi
+  rm -f "$log"
+}
+
+# Configures and builds a preset; the build's output only when it fails.
+build() {
+  local preset=$1 log
+  step "Building ($preset)"
+  mkdir -p build
+  log=build/$preset.log
+  if ! { cmake --preset "$preset" && cmake --build --preset "$preset"; } >"$log" 2>&1; then
+    tail -n 40 "$log" >&2
+    die "The build failed; all of it is in $log"
+  fi
+}
