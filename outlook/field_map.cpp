@@ -130,7 +130,7 @@ void writeName(Contact& contact, std::string_view rowName, bool splitName) {
 text::DateTime dayOrNone(std::string_view rowText) {
   auto date = text::parseDateTime(rowText);
   if (!date) return text::noDate();
-  constexpr std::int64_t kDay = 24 * 60 * 60;
+  constexpr std::int64_t kDay = std::int64_t{24} * 60 * 60;
   const std::int64_t timeOfDay = ((date->seconds % kDay) + kDay) % kDay;
   return {date->seconds - timeOfDay, 0};
 }

@@ -18,7 +18,7 @@ struct DateTime {
   std::int64_t seconds = 0;
   std::int32_t nanoseconds = 0;
 
-  auto operator<=>(const DateTime&) const = default;
+  auto operator<=>(const DateTime&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
 // The date-time with these calendar fields, or nothing when there is no such day or time.

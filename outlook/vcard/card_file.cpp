@@ -7,6 +7,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
+#include <utility>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -97,7 +98,7 @@ CardFileText findCards(std::string_view fileText) {
     } else if (depth > 0 && isFrameLine(line, "END")) {
       if (--depth == 0) {
         card.size = reader.position() - card.start;
-        result.cards.push_back(std::move(card));
+        result.cards.push_back(std::exchange(card, {}));
       }
     } else if (depth == 1) {
       lookAt(line, card);

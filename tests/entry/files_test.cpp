@@ -8,6 +8,7 @@
 #include "entry/ini_file.h"
 #include "entry/option_file.h"
 #include "tests/support/temporary_folder.h"
+#include "text/ascii.h"
 
 namespace vlout::entry {
 namespace {
@@ -26,9 +27,9 @@ TEST(OptionFile, AnythingButZeroIsChecked) {
         Case{"OUT_CHECK1=2", "1"}, Case{"OUT_CHECK1=", "1"}, Case{"OUT_CHECK1=00", "1"},
         Case{"OTHER=0", "1"}}) {
     const tests::TemporaryFolder folder;
-    for (const std::string end : {"\r\n", "\n"}) {
-      tests::writeFile(folder.path() / "VelmoraOlSync.ini",
-                       "[Windows]" + end + "Top=5" + end + "[SET]" + end + c.line + end);
+    for (const char* end : {"\r\n", "\n"}) {
+      const std::string text = std::string("[Windows]\nTop=5\n[SET]\n") + c.line + "\n";
+      tests::writeFile(folder.path() / "VelmoraOlSync.ini", text::replaceAll(text, "\n", end));
       EXPECT_EQ(loadOptions(folder.path())[0], c.value) << c.line;
       EXPECT_EQ(loadOptions(folder.path())[1], "1");
     }

@@ -71,7 +71,7 @@ TEST(LatinScript, LastCharacterDecides) {
       {"😀", true, "😀"},
       {"\t", true, "\t"},
   };
-  for (Case c : cases) {
+  for (const Case& c : cases) {
     std::string text = c.text;
     EXPECT_EQ(isLatinScript(text), c.latin) << c.text;
     EXPECT_EQ(text, c.trimmed);

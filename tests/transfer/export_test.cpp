@@ -13,7 +13,6 @@
 namespace vlout::transfer {
 namespace {
 
-using outlook::ContactProperty;
 using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
@@ -21,7 +20,6 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
-using ui::CheckBox;
 using ui::frmOutlookSync;
 
 class ExportTest : public tests::ComponentFixture {
