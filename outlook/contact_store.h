@@ -3,6 +3,7 @@
 // out items by position; everything above talks to these two classes alone.
 #pragma once
 
+#include <filesystem>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -61,7 +62,8 @@ class Contact {
   [[nodiscard]] virtual std::string attachmentName(std::size_t index) = 0;
   [[nodiscard]] virtual std::string attachmentContent(std::size_t index) = 0;
   virtual void removeAttachment(std::size_t index) = 0;
-  virtual void addAttachment(std::string_view name, std::string_view content) = 0;
+  // Attaches a copy of the file under `name`.
+  virtual void addAttachment(const std::filesystem::path& file, std::string_view name) = 0;
 
   virtual void save() = 0;
 
@@ -94,6 +96,10 @@ class ContactStore {
 
   // A new contact, not yet part of the folder.
   [[nodiscard]] virtual std::unique_ptr<Contact> create() = 0;
+
+  // Lets the user choose categories for a new contact in the store's own dialog. Throws
+  // ContactStoreError where there is no such dialog.
+  [[nodiscard]] virtual std::string chooseCategories() = 0;
 
   // Called when a run has ended: what was saved is to survive a power cut.
   virtual void flush() = 0;

@@ -193,6 +193,7 @@ void writeContactFromRow(Contact& contact, const store::Recordset& row, ContactW
   for (const std::size_t index : kWriteIndexes) {
     if (!keepName || index != kCategories) write(kFields[index]);
   }
+  if (options.pictures != nullptr) options.pictures->attach(contact, row);
   addVLID(contact, store::nullSafe(row.field("i_idx")));
   contact.save();
 }

@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "outlook/card_pictures.h"
 #include "outlook/contact_store.h"
 #include "store/address_line.h"
 #include "store/connection.h"
@@ -42,10 +43,11 @@ enum class ContactWrite {
   UpdateKeepingName,  // an existing contact whose name fields stay as they are
 };
 
-// The boxes of the main window that the map asks.
+// The boxes of the main window that the map asks, and where the cards' pictures come from.
 struct MapOptions {
   bool splitName = true;   // "성,이름 분리해서 보내기"
   bool protectFax = true;  // "팩스번호는 아웃룩 정보를 보호함"
+  CardPictures* pictures = nullptr;
 };
 
 // Writes every mapped field of the row's current record into the contact, stamps it with `VLID` and

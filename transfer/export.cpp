@@ -3,7 +3,6 @@
 #include "outlook/normalizer.h"
 #include "outlook/pairing.h"
 #include "store/sql.h"
-#include "text/ascii.h"
 #include "text/trim.h"
 #include "transfer/change_detection.h"
 
@@ -14,20 +13,6 @@ using outlook::Contact;
 using outlook::ContactProperty;
 using outlook::ContactWrite;
 
-// Gives the run button back, whatever ends the run.
-class RunButtonDisabled {
- public:
-  explicit RunButtonDisabled(RunWindow& window) : window_(window) {
-    window_.enableRunButton(false);
-  }
-  ~RunButtonDisabled() { window_.enableRunButton(true); }
-  RunButtonDisabled(const RunButtonDisabled&) = delete;
-  RunButtonDisabled& operator=(const RunButtonDisabled&) = delete;
-
- private:
-  RunWindow& window_;
-};
-
 std::string rowName(const store::Recordset& row) {
   return std::string(text::trim(store::nullSafe(row.field("FullName"))));
 }
@@ -36,49 +21,33 @@ std::string rowName(const store::Recordset& row) {
 
 RunEnd Export::run() {
   const RunButtonDisabled disabled(window_);
-  contacts_.openContactsFolder();
-  for (const std::string& notice : contacts_.folderNotices()) {
-    addLine(window_, notice, "0%", "제외");
-  }
+  openFolder();
   window_.showProgress(true);
   RunEnd end = RunEnd::Completed;
   if (options_.updateExisting) end = comparePhase();
   if (end == RunEnd::Completed && options_.addMissing) end = addPhase();
   contacts_.flush();
-  close(end);
-  window_.setProgress(0);
-  window_.showProgress(false);
+  const Counts counts{added_, updated_, conflicts_};
+  if (end == RunEnd::Stopped) {
+    addLine(window_, "내보내기 중지", counts.text(), "중지");
+    hideProgress();
+  } else {
+    // The text on conflicts has no full stop here, unlike import's.
+    finishRun({.line = "내보내기 완료",
+               .message = "내보내기를 완료하였습니다.",
+               .conflictsFound = "충돌자료가 발견되었습니다"},
+              counts);
+  }
   return end;
 }
 
 RunEnd Export::comparePhase() {
-  const std::size_t count = contacts_.count();
-  PhaseLine heading(window_, "연락처 비교/갱신", count);
-  for (std::size_t i = 1; i <= count; ++i) {
-    heading.advance(i);
-    if (window_.yield()) {
-      heading.stop();
-      return RunEnd::Stopped;
-    }
-    compareItem(i);
-  }
-  heading.finish();
-  return RunEnd::Completed;
-}
-
-void Export::compareItem(std::size_t index) {
-  std::optional<Pair> pair;
-  try {
-    const auto contact = contacts_.item(index);
-    if (contact->typeName() != outlook::kContactItem) return;
-    pair = findRow(*contact);
-    if (pair) compareOrMerge(*pair, *contact);
-  } catch (const std::exception& error) {
-    if (!connection_.isOpen()) throw;
-    reportFailure(pair ? list_.row(pair->position).name : "#" + std::to_string(index), error);
-  }
-  // Also after a failure: the row has its contact, and the add phase must not make a second one.
-  if (pair) list_.remove(pair->position);
+  PhaseLine heading(window_, "연락처 비교/갱신", contacts_.count());
+  const RunEnd end =
+      forEachContact(&heading, Stopping::Possible,
+                     [&](Contact& contact, std::size_t) { compareOrMerge(contact); });
+  heading.end(end);
+  return end;
 }
 
 std::optional<Export::Pair> Export::findRow(Contact& contact) {
@@ -86,12 +55,10 @@ std::optional<Export::Pair> Export::findRow(Contact& contact) {
   if (keyed) {
     const std::string key = outlook::readVLID(contact);
     if (const auto position = list_.findById(key)) return Pair{*position, true};
-    reportKey(contact, key);
+    reportUnusableKey(contact, key);
   }
   if (list_.size() == 0) return std::nullopt;  // no need to read the contact's name
-  Person person{.name = outlook::joinedName(contact),
-                .mobile = contact.text(ContactProperty::MobileTelephoneNumber),
-                .email = contact.text(ContactProperty::Email1Address)};
+  Person person = personOf(contact);
   const std::string nameAsItStands = person.name;
   person.name = outlook::normalize(nameAsItStands);
   auto position = list_.findByNormalizedName(person);
@@ -106,11 +73,15 @@ std::optional<Export::Pair> Export::findRow(Contact& contact) {
   return Pair{*position, keyed};
 }
 
-void Export::compareOrMerge(const Pair& pair, Contact& contact) {
-  const std::string& rowId = list_.row(pair.position).id;
-  if (pair.byKey) {
-    compare(rowId, contact);
-  } else if (rowUpdate_.mergeForImport(rowId, contact, options_.map)) {
+void Export::compareOrMerge(Contact& contact) {
+  const auto pair = findRow(contact);
+  if (!pair) return;
+  const PairedRow paired(list_, pair->position);
+  const WorkListRow& row = list_.row(pair->position);
+  record_ = row.name;
+  if (pair->byKey) {
+    compare(row.id, contact);
+  } else if (rowUpdate_.mergeForImport(row.id, contact, options_.map)) {
     ++updated_;
   }
 }
@@ -141,44 +112,26 @@ void Export::compare(const std::string& rowId, Contact& contact) {
 
 RunEnd Export::addPhase() {
   PhaseLine heading(window_, "연락처 추가", list_.size());
-  RunEnd end = options_.updateExisting ? RunEnd::Completed : dropPairedRows();
+  RunEnd end = RunEnd::Completed;
+  if (!options_.updateExisting) {
+    // Rows that have a contact already are dropped, without comparing or writing.
+    end = forEachContact(nullptr, Stopping::Possible, [&](Contact& contact, std::size_t) {
+      if (const auto pair = findRow(contact)) list_.remove(pair->position);
+    });
+  }
   const auto positions = list_.remaining();
   heading.setSteps(positions.size());
   for (std::size_t n = 0; end == RunEnd::Completed && n < positions.size(); ++n) {
     heading.advance(n + 1);
     if (window_.yield()) {
       end = RunEnd::Stopped;
-      break;
-    }
-    const WorkListRow& row = list_.row(positions[n]);
-    try {
-      add(row.id);
-    } catch (const std::exception& error) {
-      if (!connection_.isOpen()) throw;
-      reportFailure(row.name, error);
+    } else {
+      const WorkListRow& row = list_.row(positions[n]);
+      guarded(row.name, [&] { add(row.id); });
     }
   }
-  if (end == RunEnd::Completed) {
-    heading.finish();
-  } else {
-    heading.stop();
-  }
+  heading.end(end);
   return end;
-}
-
-RunEnd Export::dropPairedRows() {
-  const std::size_t count = contacts_.count();
-  for (std::size_t i = 1; i <= count; ++i) {
-    if (window_.yield()) return RunEnd::Stopped;
-    try {
-      const auto contact = contacts_.item(i);
-      if (contact->typeName() != outlook::kContactItem) continue;
-      if (const auto pair = findRow(*contact)) list_.remove(pair->position);
-    } catch (const outlook::ContactStoreError& error) {
-      reportFailure("#" + std::to_string(i), error);
-    }
-  }
-  return RunEnd::Completed;
 }
 
 void Export::add(const std::string& rowId) {
@@ -188,38 +141,6 @@ void Export::add(const std::string& rowId) {
   writeSyncDates(connection_, contact->lastModificationTime(), rowId);
   window_.selectResult(addLine(window_, "추가→(" + rowName(*row) + ")", "100%", "완료"));
   ++added_;
-}
-
-void Export::reportKey(Contact& contact, std::string_view key) {
-  const bool number = text::parseInteger(key).has_value();
-  if (number && !list_.wasRemoved(key)) return;  // a card that simply takes no part in this run
-  const std::string reason = number ? "VLID 중복" : "VLID 오류";
-  addLine(window_, reason + "(" + outlook::joinedName(contact) + "): " + std::string(key), "0%",
-          "제외");
-}
-
-void Export::reportFailure(std::string_view name, const std::exception& error) {
-  addLine(window_, "실패→(" + std::string(name) + "): " + error.what(), "0%", "실패");
-}
-
-std::string Export::summary() const {
-  std::string text = "추가=" + std::to_string(added_) + "/갱신=" + std::to_string(updated_);
-  if (conflicts_ != 0) text += "/충돌=" + std::to_string(conflicts_);
-  return text;
-}
-
-void Export::close(RunEnd end) {
-  if (end == RunEnd::Stopped) {
-    addLine(window_, "내보내기 중지", summary(), "중지");
-    return;
-  }
-  addLine(window_, "내보내기 완료", summary(), "");
-  std::string text = "내보내기를 완료하였습니다.\r\n" + summary();
-  if (conflicts_ != 0) {
-    text +=
-        "\r\n\r\n충돌자료가 발견되었습니다\r\n상호갱신 작업을 통해 직접 비교/처리가 가능합니다.";
-  }
-  window_.message(MessageIcon::Information, text);
 }
 
 }  // namespace vlout::transfer

@@ -11,7 +11,7 @@
 #include "store/connection.h"
 #include "transfer/row_update.h"
 #include "transfer/run_window.h"
-#include "transfer/work_list.h"
+#include "transfer/transfer.h"
 
 namespace vlout::transfer {
 
@@ -23,14 +23,11 @@ struct ExportOptions {
   outlook::MapOptions map;
 };
 
-class Export {
+class Export : private Transfer {
  public:
   Export(store::Connection& connection, outlook::ContactStore& contacts, WorkList& list,
          RunWindow& window, const ExportOptions& options)
-      : connection_(connection),
-        contacts_(contacts),
-        list_(list),
-        window_(window),
+      : Transfer(connection, contacts, list, window),
         options_(options),
         rowUpdate_(connection, window) {}
 
@@ -47,24 +44,13 @@ class Export {
   };
 
   RunEnd comparePhase();
-  RunEnd dropPairedRows();
   RunEnd addPhase();
 
   [[nodiscard]] std::optional<Pair> findRow(outlook::Contact& contact);
-  void compareItem(std::size_t index);
-  void compareOrMerge(const Pair& pair, outlook::Contact& contact);
+  void compareOrMerge(outlook::Contact& contact);
   void compare(const std::string& rowId, outlook::Contact& contact);
   void add(const std::string& rowId);
 
-  void reportKey(outlook::Contact& contact, std::string_view key);
-  void reportFailure(std::string_view name, const std::exception& error);
-  [[nodiscard]] std::string summary() const;
-  void close(RunEnd end);
-
-  store::Connection& connection_;
-  outlook::ContactStore& contacts_;
-  WorkList& list_;
-  RunWindow& window_;
   ExportOptions options_;
   RowUpdate rowUpdate_;
   int added_ = 0;

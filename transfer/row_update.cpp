@@ -1,7 +1,6 @@
 #include "transfer/row_update.h"
 
-#include <string>
-#include <vector>
+#include <array>
 
 #include "outlook/pairing.h"
 #include "store/sql.h"
@@ -11,11 +10,25 @@
 namespace vlout::transfer {
 namespace {
 
+using outlook::Contact;
 using outlook::FieldRule;
 using outlook::MappedField;
 
+constexpr std::string_view kImportFailed = "저장오류!";
+constexpr std::string_view kSyncFailed = "Update 저장실패!";
+// Marks a row as created from or paired with a contact.
+constexpr std::string_view kImportMark = "[OutlookSync]=1,";
+
+std::vector<std::string> fieldTexts(Contact& contact) {
+  std::vector<std::string> texts;
+  for (const MappedField& field : outlook::mappedFields()) {
+    texts.push_back(outlook::fieldTextFromContact(contact, field));
+  }
+  return texts;
+}
+
 std::string updateStatement(std::string_view rowId, const std::vector<std::string>& texts,
-                            text::DateTime contactTime) {
+                            std::string_view mark, text::DateTime contactTime) {
   std::string sql = "UPDATE tbl_namecard SET ";
   const auto fields = outlook::mappedFields();
   for (std::size_t i = 0; i < fields.size(); ++i) {
@@ -23,23 +36,58 @@ std::string updateStatement(std::string_view rowId, const std::vector<std::strin
     sql.append(outlook::fieldSqlValue(fields[i], texts[i])).append(",");
   }
   const std::string stamp = store::sqlLiteral(text::formatStamp(contactTime));
-  sql.append("[OutlookSync]=").append("1,");
+  sql.append(mark);
   sql.append("[Last_moddate]=").append(stamp).append(",[Outlook_modate]=").append(stamp);
   sql.append(",[VLLastsync_date]=").append(stamp);
   return sql.append(" WHERE [i_idx]=").append(rowId);
 }
 
-}  // namespace
+// The columns of a new row in the order of the statement. `Categories` is not among them.
+constexpr auto kInsertColumns = std::to_array<std::string_view>(
+    {"FullName",       "i_idx",          "f_idx",        "folder_name",    "p_idx",
+     "CompanyName",    "Department",     "JobTitle",     "home_phone",     "cellphone",
+     "company_phone1", "company_phone2", "company_fax1", "home_fax",       "etc_fax",
+     "email",          "email2",         "Webpage",      "Webpage2",       "Memo_",
+     "Birthday",       "Anniversary",    "Gender",       "company_addr",   "company_zipcode",
+     "etc_addr",       "etc_zipcode",    "home_addr",    "home_zipcode",   "CreationTime",
+     "LifePartner",    "OutlookSync",    "Last_moddate", "Outlook_modate", "VLLastsync_date"});
 
-bool RowUpdate::updateRowFromContact(std::string_view rowId, outlook::Contact& contact) {
-  FieldTexts texts;
+std::string insertValue(std::string_view column, std::string_view rowId, Contact& contact,
+                        const TargetFolder& target) {
+  if (column == "FullName") return store::sqlLiteral(outlook::rowNameFromContact(contact));
+  if (column == "i_idx") return std::string(rowId);
+  if (column == "f_idx") return target.id;
+  if (column == "folder_name") return store::sqlLiteral(target.name);
+  if (column == "p_idx") return "0";
+  if (column == "CreationTime") return store::sqlLiteral(text::formatDay(text::localNow()));
+  if (column == "OutlookSync") return "1";
   for (const MappedField& field : outlook::mappedFields()) {
-    texts.push_back(outlook::fieldTextFromContact(contact, field));
+    if (field.column != column) continue;
+    return outlook::fieldSqlValue(field, outlook::fieldTextFromContact(contact, field));
   }
-  return saveBoth(rowId, contact, texts);
+  // What is left are the three dates.
+  return store::sqlLiteral(text::formatStamp(contact.lastModificationTime()));
 }
 
-bool RowUpdate::mergeForImport(std::string_view rowId, outlook::Contact& contact,
+}  // namespace
+
+bool RowUpdate::updateRowFromContact(std::string_view rowId, Contact& contact) {
+  return saveRow(rowId, contact, fieldTexts(contact), kImportMark, kImportFailed);
+}
+
+bool RowUpdate::updateRowForSync(std::string_view rowId, Contact& contact) {
+  return saveRow(rowId, contact, fieldTexts(contact), "", kSyncFailed);
+}
+
+bool RowUpdate::updateContactFromRow(std::string_view rowId, Contact& contact,
+                                     const outlook::MapOptions& options) {
+  const auto row = store::readCard(connection_, rowId);
+  if (row->rowCount() == 0) return false;
+  outlook::writeContactFromRow(contact, *row, outlook::ContactWrite::UpdateKeepingName, options);
+  return writeSyncDates(connection_, contact.lastModificationTime(), rowId);
+}
+
+bool RowUpdate::mergeForImport(std::string_view rowId, Contact& contact,
                                const outlook::MapOptions& options) {
   const auto row = store::readCard(connection_, rowId);
   const std::string name(text::trim(store::nullSafe(row->field("FullName"))));
@@ -61,19 +109,34 @@ bool RowUpdate::mergeForImport(std::string_view rowId, outlook::Contact& contact
     target.writeTo = field.readFrom;
     outlook::writeFieldToContact(contact, target, merged.back());
   }
-  const bool saved = saveBoth(rowId, contact, merged);
+  const bool saved = saveRow(rowId, contact, merged, kImportMark, kImportFailed);
   window_.selectResult(addLine(window_, "↔갱신(" + name + ")", "100%", "완료"));
   return saved;
 }
 
-bool RowUpdate::saveBoth(std::string_view rowId, outlook::Contact& contact,
-                         const FieldTexts& texts) {
+void RowUpdate::insertRowFromContact(std::string_view rowId, Contact& contact,
+                                     const TargetFolder& target) {
+  std::string columns;
+  std::string values;
+  for (const std::string_view column : kInsertColumns) {
+    if (!columns.empty()) {
+      columns += ",";
+      values += ",";
+    }
+    columns += column;
+    values += insertValue(column, rowId, contact, target);
+  }
+  connection_.execute("INSERT INTO tbl_namecard(" + columns + ") VALUES(" + values + ")");
+}
+
+bool RowUpdate::saveRow(std::string_view rowId, Contact& contact, const FieldTexts& texts,
+                        std::string_view mark, std::string_view failure) {
   outlook::addVLID(contact, rowId);
   contact.save();
   try {
-    connection_.execute(updateStatement(rowId, texts, contact.lastModificationTime()));
+    connection_.execute(updateStatement(rowId, texts, mark, contact.lastModificationTime()));
   } catch (const store::DatabaseError& error) {
-    window_.message(MessageIcon::None, std::string("저장오류!\r\n") + error.what());
+    window_.message(MessageIcon::None, std::string(failure).append("\r\n").append(error.what()));
     return false;
   }
   return true;

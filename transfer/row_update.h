@@ -1,8 +1,11 @@
-// Brings a row up to date from a contact: all fields at once, or merged field by field with what
-// the row holds. Import uses both; export uses the merge for contacts that it pairs by person.
+// Brings a pair into step in one direction, or a new row into being: from the contact to the row,
+// from the row to the contact, or merged field by field. Each ends with the three dates of the row
+// at the contact's time. The transfers and the compare window share it.
 #pragma once
 
+#include <string>
 #include <string_view>
+#include <vector>
 
 #include "outlook/contact_store.h"
 #include "outlook/field_map.h"
@@ -11,27 +14,46 @@
 
 namespace vlout::transfer {
 
+// The folder that new rows are filed in.
+struct TargetFolder {
+  std::string id;
+  std::string name;
+};
+
+// All functions throw ContactStoreError when the contact cannot be read or saved, and DatabaseError
+// where they do not say that they show it.
 class RowUpdate {
  public:
   RowUpdate(store::Connection& connection, RunWindow& window)
       : connection_(connection), window_(window) {}
 
-  // Stamps the contact with the row's number, saves it, and writes every mapped field and the three
-  // dates in one statement. A database error is shown ("저장오류!") and gives false; throws
-  // ContactStoreError when the contact cannot be saved.
+  // Import's update: stamps the contact with the row's number, saves it, and writes every mapped
+  // field and the dates in one statement. A database error is shown ("저장오류!") and gives false.
   bool updateRowFromContact(std::string_view rowId, outlook::Contact& contact);
+
+  // Two-way sync's update of a row, the same but for the message ("Update 저장실패!") and the mark
+  // of the import, which it leaves alone.
+  bool updateRowForSync(std::string_view rowId, outlook::Contact& contact);
+
+  // Two-way sync's update of a contact, which keeps its name. False when the row is gone.
+  bool updateContactFromRow(std::string_view rowId, outlook::Contact& contact,
+                            const outlook::MapOptions& options);
 
   // Merges row and contact: a field that one side lacks is taken from the other; where both have a
   // value, the contact's wins only when the contact is newer. Both sides get the result, and the
-  // result list its line. Throws as `updateRowFromContact`, and DatabaseError when the row cannot
-  // be read.
+  // result list its line. A failed update is shown as in `updateRowFromContact`.
   bool mergeForImport(std::string_view rowId, outlook::Contact& contact,
                       const outlook::MapOptions& options);
+
+  // Inserts a row for a contact that is stamped with its number and saved.
+  void insertRowFromContact(std::string_view rowId, outlook::Contact& contact,
+                            const TargetFolder& target);
 
  private:
   using FieldTexts = std::vector<std::string>;  // one text for each of `mappedFields`
 
-  bool saveBoth(std::string_view rowId, outlook::Contact& contact, const FieldTexts& texts);
+  bool saveRow(std::string_view rowId, outlook::Contact& contact, const FieldTexts& texts,
+               std::string_view mark, std::string_view failure);
 
   store::Connection& connection_;
   RunWindow& window_;

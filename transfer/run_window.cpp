@@ -23,13 +23,10 @@ void PhaseLine::advance(std::size_t step) {
   window_.setResultCell(row_, 1, std::to_string(percent) + "%");
 }
 
-void PhaseLine::finish() {
-  window_.setResultCell(row_, 1, "100%");
-  window_.setResultCell(row_, 2, "완료");
-}
-
-void PhaseLine::stop() {
-  window_.setResultCell(row_, 2, "중지");
+void PhaseLine::end(RunEnd end) {
+  const bool completed = end == RunEnd::Completed;
+  if (completed) window_.setResultCell(row_, 1, "100%");
+  window_.setResultCell(row_, 2, completed ? "완료" : "중지");
 }
 
 }  // namespace vlout::transfer

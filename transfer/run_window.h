@@ -34,6 +34,20 @@ class RunWindow {
 // How a run ended; a run that failed ends with an exception instead.
 enum class RunEnd { Completed, Stopped };
 
+// Keeps the run button disabled for the length of a run, whatever ends it.
+class RunButtonDisabled {
+ public:
+  explicit RunButtonDisabled(RunWindow& window) : window_(window) {
+    window_.enableRunButton(false);
+  }
+  ~RunButtonDisabled() { window_.enableRunButton(true); }
+  RunButtonDisabled(const RunButtonDisabled&) = delete;
+  RunButtonDisabled& operator=(const RunButtonDisabled&) = delete;
+
+ private:
+  RunWindow& window_;
+};
+
 // Adds a whole line; its row.
 std::size_t addLine(RunWindow& window, std::string_view text, std::string_view percent,
                     std::string_view state);
@@ -46,9 +60,9 @@ class PhaseLine {
   // Shows step `step` (1-based) in the progress bar and in the heading's percent.
   void advance(std::size_t step);
   void setSteps(std::size_t steps) { steps_ = steps; }
-  void finish();
-  // Ends the heading with the percent reached so far.
-  void stop();
+  void finish() { end(RunEnd::Completed); }
+  // Ends the heading; a phase that was stopped keeps the percent that it had reached.
+  void end(RunEnd end);
 
  private:
   RunWindow& window_;

@@ -7,10 +7,10 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <memory>
-#include <utility>
 #include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 #include "outlook/contact_store.h"
 #include "outlook/vcard/card_text.h"

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <fstream>
+#include <iterator>
 
 #include "outlook/pairing.h"
 #include "outlook/vcard/vcard_store.h"
@@ -514,7 +516,10 @@ void VCardContact::removeAttachment(std::size_t index) {
   card().remove(attachment(index));
 }
 
-void VCardContact::addAttachment(std::string_view name, std::string_view content) {
+void VCardContact::addAttachment(const std::filesystem::path& file, std::string_view name) {
+  std::ifstream stream(file, std::ios::binary);
+  const std::string content{std::istreambuf_iterator<char>(stream), {}};
+  if (!stream) throw ContactStoreError(file.string() + ": 첨부할 파일을 읽을 수 없습니다");
   card().append(
       {.name = std::string(kAttachment),
        .parameters = {{"ENCODING", {"b"}}, {std::string(kFileName), {encodeFileName(name)}}},

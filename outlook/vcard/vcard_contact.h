@@ -33,7 +33,7 @@ class VCardContact : public Contact {
   [[nodiscard]] std::string attachmentName(std::size_t index) override;
   [[nodiscard]] std::string attachmentContent(std::size_t index) override;
   void removeAttachment(std::size_t index) override;
-  void addAttachment(std::string_view name, std::string_view content) override;
+  void addAttachment(const std::filesystem::path& file, std::string_view name) override;
   void save() override;
   [[nodiscard]] text::DateTime lastModificationTime() override;
 

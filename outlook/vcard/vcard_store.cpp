@@ -56,6 +56,10 @@ std::unique_ptr<Contact> VCardStore::create() {
   return std::make_unique<VCardContact>(*this, std::nullopt);
 }
 
+std::string VCardStore::chooseCategories() {
+  throw ContactStoreError("vCard 폴더에는 범주 선택 창이 없습니다");
+}
+
 void VCardStore::flush() {
   if (written_) folder_->flush();
   written_ = false;

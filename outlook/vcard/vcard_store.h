@@ -23,6 +23,7 @@ class VCardStore : public ContactStore {
   [[nodiscard]] std::size_t count() const override { return items_.size(); }
   [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
   [[nodiscard]] std::unique_ptr<Contact> create() override;
+  [[nodiscard]] std::string chooseCategories() override;
   void flush() override;
 
  private:

@@ -1,0 +1,69 @@
+// Import: brings the contacts of the folder into the name-card table. Contacts that have a row
+// update it, are merged with it or are reported as conflicts; contacts without one are added at the
+// end. The run button of the main window calls it with the work list of all cards loaded.
+#pragma once
+
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include "outlook/field_map.h"
+#include "transfer/row_update.h"
+#include "transfer/transfer.h"
+
+namespace vlout::transfer {
+
+// The boxes of the main window that import asks.
+struct ImportOptions {
+  bool addMissing = true;      // "벨모라에 없는 연락처 가져오기"
+  bool updateExisting = true;  // "동일인은 최근 변경된 정보만 갱신"
+  bool testConflicts = false;  // "충돌무시" is cleared
+  outlook::MapOptions map;
+};
+
+class Import : private Transfer {
+ public:
+  // `pending` is the window's list of contacts that have no row, by their positions in the folder.
+  Import(store::Connection& connection, outlook::ContactStore& contacts, WorkList& list,
+         std::vector<std::size_t>& pending, RunWindow& window, const ImportOptions& options,
+         TargetFolder target)
+      : Transfer(connection, contacts, list, window),
+        pending_(pending),
+        options_(options),
+        target_(std::move(target)),
+        rowUpdate_(connection, window) {}
+
+  // Runs every phase to the end; import cannot be stopped. A contact that fails is reported and
+  // passed over. Throws ContactStoreError or DatabaseError when the folder or the database is lost
+  // as a whole.
+  RunEnd run();
+
+ private:
+  enum class Compared { Nothing, Updated, Conflict };
+
+  void compareContact(outlook::Contact& contact, std::size_t position);
+  void collectContact(outlook::Contact& contact, std::size_t position);
+  void mergeInto(const std::string& rowId, outlook::Contact& contact);
+  [[nodiscard]] Compared compareForImport(const std::string& rowId, outlook::Contact& contact);
+
+  [[nodiscard]] std::optional<WorkList::Position> findByPerson(outlook::Contact& contact) const;
+  // The row of the same person anywhere among the cards: its id, or nothing.
+  [[nodiscard]] std::optional<std::string> findDuplicateByName(const Person& person);
+  [[nodiscard]] std::optional<std::string> findDuplicate(outlook::Contact& contact);
+
+  void addPhase();
+  void addContactAsRow(std::size_t position);
+  [[nodiscard]] std::string nextFreeId(const std::string& ownKey);
+
+  std::vector<std::size_t>& pending_;
+  ImportOptions options_;
+  TargetFolder target_;
+  RowUpdate rowUpdate_;
+  // Keys that contacts without a row carry, and how many do: a new row must not take such a number.
+  std::unordered_map<std::string, int> strayKeys_;
+  int added_ = 0;
+  int updated_ = 0;
+  int conflicts_ = 0;
+};
+
+}  // namespace vlout::transfer

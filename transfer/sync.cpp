@@ -1,0 +1,106 @@
+#include "transfer/sync.h"
+
+#include "outlook/normalizer.h"
+#include "outlook/pairing.h"
+
+namespace vlout::transfer {
+
+using outlook::Contact;
+
+RunEnd Sync::run() {
+  const RunButtonDisabled disabled(window_);
+  openFolder();
+  window_.showProgress(true);
+  PhaseLine heading(window_, "연락처 비교/갱신", contacts_.count());
+  const RunEnd end = forEachContact(&heading, Stopping::Possible,
+                                    [&](Contact& contact, std::size_t) { syncContact(contact); });
+  heading.end(end);
+  contacts_.flush();
+  close(end);
+  return end;
+}
+
+void Sync::syncContact(Contact& contact) {
+  if (!outlook::hasVLID(contact)) return;
+  const std::string rowId = outlook::readVLID(contact);
+  const auto position = list_.findById(rowId);
+  if (!position) {
+    reportUnusableKey(contact, rowId);
+    return;
+  }
+  const WorkListRow& row = list_.row(*position);
+  record_ = row.name;
+  const RowStamps stamps{.lastModified = text::parseDateTime(row.lastModified),
+                         .outlookModified = text::parseDateTime(row.outlookModified),
+                         .lastSync = text::parseDateTime(row.lastSync)};
+  const text::DateTime contactTime = contact.lastModificationTime();
+  const PairState state = classifyPair(
+      stamps, contactTime, options_.showConflicts ? ConflictTest::Crosswise : ConflictTest::Off);
+  PairedRow paired(list_, *position);
+  if (state.newer == Side::Neither) return;
+  const std::string name = outlook::normalize(outlook::joinedName(contact));
+  if (state.conflict) {
+    settle({contact, rowId, stamps.lastModified, contactTime, row.folderName}, state.newer, name);
+    if (stopped_) paired.keep();  // the pair that the user stopped at stays in the list
+  } else {
+    transfer(state.newer, rowId, contact, name);
+  }
+}
+
+void Sync::transfer(Side newer, const std::string& rowId, Contact& contact,
+                    const std::string& name) {
+  if (newer == Side::Row) {
+    toOutlook(rowUpdate_.updateContactFromRow(rowId, contact, options_.map), name);
+  } else {
+    toCards(rowUpdate_.updateRowForSync(rowId, contact), name);
+  }
+}
+
+void Sync::settle(const ConflictPair& pair, Side newer, const std::string& name) {
+  switch (conflicts_.resolve(pair)) {
+    case kSkipPair:
+      addLine(window_, "→충돌←(" + name + ")", "0%", "제외");
+      break;
+    case kTakeNewerSide:
+      transfer(newer, pair.rowId, pair.contact, name);
+      break;
+    case kKeepCardSide:
+      toOutlook(conflicts_.saveCardSide(pair), name);
+      break;
+    case kKeepOutlookSide:
+      toCards(conflicts_.saveOutlookSide(pair), name);
+      break;
+    case kStopRun:
+      stopped_ = true;
+      break;
+    default:
+      break;  // nothing is written, and nothing is shown
+  }
+}
+
+void Sync::toOutlook(bool done, const std::string& name) {
+  if (!done) return;
+  addLine(window_, "아웃룩→" + name, "100%", "완료");
+  ++contactsUpdated_;
+}
+
+void Sync::toCards(bool done, const std::string& name) {
+  if (!done) return;
+  addLine(window_, "벨모라→" + name, "100%", "완료");
+  ++cardsUpdated_;
+}
+
+void Sync::close(RunEnd end) {
+  const std::string counts =
+      "벨모라=" + std::to_string(cardsUpdated_) + "/아웃룩=" + std::to_string(contactsUpdated_);
+  if (end == RunEnd::Stopped) {
+    addLine(window_, "갱신중지", "중지됨", "");
+    window_.message(MessageIcon::Exclamation, "상호갱신 작업이 중지되었습니다!");
+  } else {
+    addLine(window_, "갱신완료", counts, "");
+    window_.message(MessageIcon::Information, "상호갱신 작업이 완료되었습니다.\r\n" + counts);
+  }
+  hideProgress();
+}
+
+}  // namespace vlout::transfer

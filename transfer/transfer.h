@@ -1,0 +1,118 @@
+// What the three transfers have in common: the walk over the contacts folder, in which one record's
+// failure never ends the run, and the lines that report what is wrong with a record.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+#include "outlook/contact_store.h"
+#include "store/connection.h"
+#include "transfer/run_window.h"
+#include "transfer/work_list.h"
+
+namespace vlout::transfer {
+
+class Transfer {
+ protected:
+  Transfer(store::Connection& connection, outlook::ContactStore& contacts, WorkList& list,
+           RunWindow& window)
+      : connection_(connection), contacts_(contacts), list_(list), window_(window) {}
+
+  // The counts of an import or export, as its last line and message show them.
+  struct Counts {
+    int added;
+    int updated;
+    int conflicts;
+
+    [[nodiscard]] std::string text() const;
+  };
+  struct ClosingTexts {
+    std::string_view line;
+    std::string_view message;
+    std::string_view conflictsFound;
+  };
+
+  // The last line of a completed run and its message.
+  void finishRun(const ClosingTexts& texts, const Counts& counts);
+  void hideProgress();
+
+  enum class Stopping { Possible, Impossible };
+
+  // Takes a row out of the work list when it goes out of scope: whatever happened to the pair, the
+  // row has its contact and must not get a second one.
+  class PairedRow {
+   public:
+    PairedRow(WorkList& list, WorkList::Position position) : list_(list), position_(position) {}
+    ~PairedRow() {
+      if (!kept_) list_.remove(position_);
+    }
+    void keep() { kept_ = true; }
+    PairedRow(const PairedRow&) = delete;
+    PairedRow& operator=(const PairedRow&) = delete;
+
+   private:
+    WorkList& list_;
+    WorkList::Position position_;
+    bool kept_ = false;
+  };
+
+  // Opens the folder and reports what in it is no contact that can be read.
+  void openFolder();
+
+  // Calls `step(contact, position)` for every contact of the folder, passing over other items.
+  // Shows progress in `heading`, or in the progress bar alone when there is none. Ends early when
+  // the user asks for it, if the transfer is one that can be stopped, or when a step has set
+  // `stopped_`.
+  template <typename Step>
+  RunEnd forEachContact(PhaseLine* heading, Stopping stopping, Step step);
+
+  // Runs one record's step. A failure is reported under `record_` and passed over, unless the
+  // database is gone: that ends the run.
+  template <typename Step>
+  void guarded(std::string_view name, Step step);
+
+  [[nodiscard]] static Person personOf(outlook::Contact& contact);
+
+  // Reports a `VLID` that is no number, or that another contact of this run had before.
+  void reportUnusableKey(outlook::Contact& contact, std::string_view key);
+  void reportFailure(std::string_view name, std::string_view cause);
+
+  store::Connection& connection_;
+  outlook::ContactStore& contacts_;
+  WorkList& list_;
+  RunWindow& window_;
+  bool stopped_ = false;
+  std::string record_;  // the name of the record that a step is at, for its failure
+};
+
+template <typename Step>
+void Transfer::guarded(std::string_view name, Step step) {
+  record_ = name;
+  try {
+    step();
+  } catch (const std::exception& error) {
+    if (!connection_.isOpen()) throw;
+    reportFailure(record_, error.what());
+  }
+}
+
+template <typename Step>
+RunEnd Transfer::forEachContact(PhaseLine* heading, Stopping stopping, Step step) {
+  const std::size_t count = contacts_.count();
+  for (std::size_t i = 1; i <= count; ++i) {
+    if (heading != nullptr) {
+      heading->advance(i);
+    } else {
+      window_.setProgress(static_cast<int>(i * 100 / count));
+    }
+    if (window_.yield() && stopping == Stopping::Possible) stopped_ = true;
+    if (stopped_) return RunEnd::Stopped;
+    guarded("#" + std::to_string(i), [&] {
+      const auto contact = contacts_.item(i);
+      if (contact->typeName() == outlook::kContactItem) step(*contact, i);
+    });
+  }
+  return stopped_ ? RunEnd::Stopped : RunEnd::Completed;
+}
+
+}  // namespace vlout::transfer
