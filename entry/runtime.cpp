@@ -1,6 +1,9 @@
 #include "entry/runtime.h"
 
+#include "entry/ini_file.h"
 #include "entry/option_file.h"
+#include "text/ascii.h"
+#include "text/trim.h"
 
 namespace vlout::entry {
 
@@ -32,6 +35,15 @@ ui::frmOutlookSync& Runtime::mainWindow() {
 
 void Runtime::saveOptions() {
   entry::saveOptions(folder_, options_);
+}
+
+std::int16_t Runtime::skinTheme() {
+  try {
+    const std::string value = IniFile(folder_ / "settings.ini").read("COMMON", "SKIN_THEME");
+    return static_cast<std::int16_t>(text::parseInteger(text::trim(value)).value_or(0));
+  } catch (const EncodingError&) {
+    return 0;  // the host's file; a look is not worth a message
+  }
 }
 
 ui::ExportFolder Runtime::readExportFolder() {

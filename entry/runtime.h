@@ -46,6 +46,9 @@ class Runtime : public ui::Component {
   void saveOptions() override;
   [[nodiscard]] ui::ExportFolder readExportFolder() override;
   [[nodiscard]] std::vector<std::string> readSelectedCards() override;
+  [[nodiscard]] ui::WindowResults& results() override { return results_; }
+  [[nodiscard]] std::int16_t skinTheme() override;
+  [[nodiscard]] const std::filesystem::path& folder() const override { return folder_; }
   [[nodiscard]] std::int32_t& selectedGroupParent() override { return selectedGroupParent_; }
 
  private:
@@ -55,6 +58,7 @@ class Runtime : public ui::Component {
   std::unique_ptr<store::Connection> connection_;
   std::string databaseFailure_;
   ui::OptionValues options_;
+  ui::WindowResults results_;
   std::int32_t selectedGroupParent_ = 1;
   std::unique_ptr<ui::frmOutlookSync> mainWindow_;
 };

@@ -5,6 +5,7 @@
 
 #include <array>
 #include <cstdint>
+#include <filesystem>
 #include <optional>
 #include <string>
 #include <vector>
@@ -24,6 +25,16 @@ struct ExportFolder {
   std::string name;
 };
 
+// What a modal window leaves behind for its caller. The values outlive the windows; the caller
+// resets them before it shows one.
+struct WindowResults {
+  bool chosen = false;    // set by the group picker and the address dialog
+  std::string groupName;  // the group picker's choice
+  std::int32_t groupKey = -1;
+  std::int32_t groupParent = 0;
+  std::int16_t conflictOutcome = 0;  // the compare window's
+};
+
 class Component {
  public:
   Component() = default;
@@ -41,6 +52,12 @@ class Component {
   [[nodiscard]] virtual ExportFolder readExportFolder() = 0;
   // The ids of the selected cards, ascending; empty when there are none.
   [[nodiscard]] virtual std::vector<std::string> readSelectedCards() = 0;
+
+  [[nodiscard]] virtual WindowResults& results() = 0;
+
+  // The skin number of the host's settings; 0 when there is none.
+  [[nodiscard]] virtual std::int16_t skinTheme() = 0;
+  [[nodiscard]] virtual const std::filesystem::path& folder() const = 0;
 
   // The parent of the group that the main window shows; 1 when no group is set.
   [[nodiscard]] virtual std::int32_t& selectedGroupParent() = 0;

@@ -32,6 +32,80 @@ void Control::setBold(bool bold) {
   notify();
 }
 
+void TextBox::setLocked(bool locked) {
+  if (locked_ == locked) return;
+  locked_ = locked;
+  notify();
+}
+
+void TextBox::setForeColour(Colour colour) {
+  if (foreColour_ == colour) return;
+  foreColour_ = colour;
+  notify();
+}
+
+void TextBox::setBackColour(Colour colour) {
+  if (backColour_ == colour) return;
+  backColour_ = colour;
+  notify();
+}
+
+void ColouredLabel::setForeColour(Colour colour) {
+  if (foreColour_ == colour) return;
+  foreColour_ = colour;
+  notify();
+}
+
+int TreeView::add(int parent, Node node) {
+  node.parent = parent;
+  nodes_.push_back(std::move(node));
+  notify();
+  return count();
+}
+
+void TreeView::remove(int index) {
+  // A node comes after its parent, so one pass finds the whole subtree.
+  std::vector<int> newIndex(nodes_.size() + 1, 0);
+  std::vector<Node> kept;
+  for (int i = 1; i <= count(); ++i) {
+    Node& each = node(i);
+    const bool gone =
+        i == index || (each.parent != 0 && newIndex[static_cast<std::size_t>(each.parent)] == 0);
+    if (gone) continue;
+    each.parent = newIndex[static_cast<std::size_t>(each.parent)];
+    kept.push_back(std::move(each));
+    newIndex[static_cast<std::size_t>(i)] = static_cast<int>(kept.size());
+  }
+  selected_ = newIndex[static_cast<std::size_t>(selected_)];
+  nodes_ = std::move(kept);
+  notify();
+}
+
+void TreeView::clear() {
+  nodes_.clear();
+  selected_ = 0;
+  notify();
+}
+
+void TreeView::expand(int index) {
+  node(index).expanded = true;
+  if (nodeExpanded) nodeExpanded(index);
+  notify();
+}
+
+void TreeView::select(int index) {
+  selected_ = index;
+  notify();
+}
+
+std::string TreeView::fullPath(int index) const {
+  std::string path = node(index).text;
+  for (int parent = node(index).parent; parent != 0; parent = node(parent).parent) {
+    path.insert(0, node(parent).text + "/");
+  }
+  return path;
+}
+
 void Button::press() const {
   if (enabled() && clicked) clicked();
 }

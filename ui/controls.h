@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <string_view>
@@ -46,7 +47,39 @@ class Control {
 using Label = Control;
 using Panel = Control;
 
-class TextBox : public Control {};
+// Colours as the windows use them: of the sixteen QBColor ones those that occur, and a system
+// colour.
+enum class Colour : std::uint32_t {
+  Black = 0x000000,         // QBColor 0
+  LightRed = 0x5555FF,      // QBColor 12, as blue, green, red
+  White = 0xFFFFFF,         // QBColor 15
+  ButtonFace = 0x8000000F,  // the system's
+};
+
+class TextBox : public Control {
+ public:
+  [[nodiscard]] bool locked() const { return locked_; }
+  void setLocked(bool locked);
+  [[nodiscard]] Colour foreColour() const { return foreColour_; }
+  void setForeColour(Colour colour);
+  [[nodiscard]] Colour backColour() const { return backColour_; }
+  void setBackColour(Colour colour);
+
+ private:
+  bool locked_ = false;
+  Colour foreColour_ = Colour::Black;
+  Colour backColour_ = Colour::White;
+};
+
+// A label whose text has a colour.
+class ColouredLabel : public Control {
+ public:
+  [[nodiscard]] Colour foreColour() const { return foreColour_; }
+  void setForeColour(Colour colour);
+
+ private:
+  Colour foreColour_ = Colour::Black;
+};
 
 class Button : public Control {
  public:
@@ -128,6 +161,45 @@ class ListView : public Control {
   std::vector<Column> columns_;
   std::vector<Row> rows_;
   int selected_ = -1;
+};
+
+// A tree of nodes, which have an order of their own: the one in which they were added.
+class TreeView : public Control {
+ public:
+  struct Node {
+    std::string key{};
+    std::string text{};
+    std::string tag{};
+    int image = 0;
+    int expandedImage = 0;  // 0: the same as `image`
+    int parent = 0;         // 1-based, 0 for a root
+    bool expanded = false;
+  };
+
+  // Adds a node as the last child of `parent` (1-based, 0 for a root); its 1-based index.
+  int add(int parent, Node node);
+  // Removes a node and everything below it; the indexes of later nodes move down.
+  void remove(int index);
+  void clear();
+  // Expands a node and runs `nodeExpanded`.
+  void expand(int index);
+  void select(int index);
+
+  [[nodiscard]] int count() const { return static_cast<int>(nodes_.size()); }
+  [[nodiscard]] Node& node(int index) { return nodes_.at(static_cast<std::size_t>(index - 1)); }
+  [[nodiscard]] const Node& node(int index) const {
+    return nodes_.at(static_cast<std::size_t>(index - 1));
+  }
+  // The texts from the root to the node, joined with "/".
+  [[nodiscard]] std::string fullPath(int index) const;
+  // 1-based, 0 for none.
+  [[nodiscard]] int selected() const { return selected_; }
+
+  std::function<void(int index)> nodeExpanded;
+
+ private:
+  std::vector<Node> nodes_;
+  int selected_ = 0;
 };
 
 class ProgressBar : public Control {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string>
 
 #include "ui/toolkit.h"
 
@@ -32,6 +33,7 @@ class Form {
   [[nodiscard]] bool isLoaded() const { return loaded_; }
   [[nodiscard]] bool isVisible() const { return visible_; }
 
+  std::string caption;
   int left = 0;  // in twips
   int top = 0;
   int width = 0;

@@ -6,7 +6,11 @@
 #include "text/ascii.h"
 #include "text/trim.h"
 #include "transfer/export.h"
+#include "transfer/import.h"
+#include "transfer/sync.h"
 #include "transfer/work_list_loader.h"
+#include "ui/frm_group_box.h"
+#include "ui/skin.h"
 
 namespace vlout::ui {
 namespace {
@@ -63,7 +67,8 @@ const std::array<frmOutlookSync::OptionBox, 10> frmOutlookSync::kOptionBoxes{{
 }};
 
 frmOutlookSync::frmOutlookSync(Toolkit& toolkit, Component& component)
-    : Form(toolkit), component_(component) {
+    : Form(toolkit), component_(component), pictures_(component.folder()) {
+  caption = "벨모라 - 아웃룩 연락처 교환";
   width = 9000;
   height = 7800;
   setCaptions();
@@ -99,6 +104,8 @@ void frmOutlookSync::setCaptions() {
   Label8.setText("그룹:");
   Command2.setText("싱크시작");
   Command3.setText("닫기");
+  Command6.setText("싱크 규칙");
+  Command7.setText("그룹선택");
   Command4.setText("충돌 데이터란?");
   Command5.setText("힌트");
   chadd.setValue(CheckBox::kChecked);
@@ -120,6 +127,7 @@ void frmOutlookSync::connectEvents() {
   ch_faxnosync.clicked = [this] { Command2.setEnabled(true); };
   Command2.clicked = [this] { run(); };
   Command3.clicked = [this] { requestClose(); };
+  Command7.clicked = [this] { pickGroup(); };
   Command4.clicked = [this] {
     explain(
         "→충돌←\r\n\r\n상호갱신 이후에 양쪽 프로그램(벨모라과 아웃룩) 모두에서 데이터를 수정했을 "
@@ -143,6 +151,7 @@ void frmOutlookSync::connectEvents() {
 // --- opening and closing ------------------------------------------------------------------------
 
 void frmOutlookSync::load() {
+  applySkin(component_, toolkit());
   centreOnScreen();
   done_.fill(0);
   for (Panel* panel : {&P1, &P2, &P3}) panel->setVisible(false);
@@ -243,6 +252,18 @@ void frmOutlookSync::optionChanged(Mode mode) {
   Command2.setEnabled(true);
 }
 
+void frmOutlookSync::pickGroup() {
+  WindowResults& results = component_.results();
+  results.groupName.clear();
+  results.chosen = false;
+  frmGroupBox picker(toolkit(), component_);
+  picker.showModal();
+  if (!results.chosen) return;
+  Text1.setText(results.groupName);
+  Text1.setTag(std::to_string(results.groupKey));
+  component_.selectedGroupParent() = results.groupParent;
+}
+
 void frmOutlookSync::explain(std::string_view text) {
   toolkit().messageBox(MessageIcon::Information, text);
 }
@@ -287,12 +308,42 @@ bool frmOutlookSync::connectContacts() {
 
 void frmOutlookSync::runMode() {
   switch (Combo1.index()) {
+    case kImport:
+      runImport();
+      break;
     case kExport:
       runExport();
       break;
     default:
-      refuse("이 작업은 아직 지원하지 않습니다.");
+      runSync();
   }
+}
+
+void frmOutlookSync::runImport() {
+  transfer::WorkListLoader(component_.connection(), ListView2, *this).loadAll();
+  const transfer::ImportOptions options{
+      .addMissing = import_check1.isChecked(),
+      .updateExisting = import_check2.isChecked(),
+      .testConflicts = import_check3.value() == CheckBox::kCleared,
+      .map = mapOptions()};
+  transfer::Import transfer(component_.connection(), component_.contacts(), ListView2, AppendList,
+                            *this, options, {Text1.tag(), Text1.text()});
+  finish(kImport, transfer.run());
+}
+
+void frmOutlookSync::runSync() {
+  const std::string_view outcome =
+      transfer::WorkListLoader(component_.connection(), ListView2, *this).loadAll();
+  if (isRefused(outcome, "연결할 데이터가 없습니다!")) return;
+  transfer::Sync transfer(component_.connection(), component_.contacts(), ListView2, *this, *this,
+                          {.showConflicts = Sync_Check2.isChecked(), .map = mapOptions()});
+  finish(kSync, transfer.run());
+}
+
+outlook::MapOptions frmOutlookSync::mapOptions() {
+  return {.splitName = Check2.isChecked(),
+          .protectFax = ch_faxnosync.isChecked(),
+          .pictures = &pictures_};
 }
 
 void frmOutlookSync::runExport() {
@@ -302,7 +353,7 @@ void frmOutlookSync::runExport() {
       .addMissing = Export_Check1.isChecked(),
       .updateExisting = Export_Check2.isChecked(),
       .testConflicts = Export_Check3.value() == CheckBox::kCleared,
-      .map = {.splitName = Check2.isChecked(), .protectFax = ch_faxnosync.isChecked()}};
+      .map = mapOptions()};
   transfer::Export transfer(component_.connection(), component_.contacts(), ListView2, *this,
                             options);
   finish(kExport, transfer.run());
@@ -342,6 +393,28 @@ void frmOutlookSync::finish(Mode mode, transfer::RunEnd end) {
   done_[static_cast<std::size_t>(mode)] = -1;
   optionButton(mode).setTag("OK");
   Command2.setEnabled(false);
+}
+
+// --- conflicts of a two-way sync ----------------------------------------------------------------
+
+int frmOutlookSync::resolve(const transfer::ConflictPair& pair) {
+  // A fresh window each time, so that no edit survives from one conflict to the next.
+  RunWindow& messages = *this;
+  conflictWindow_ =
+      std::make_unique<frmOutlookSyncModify>(toolkit(), component_, messages, mapOptions());
+  const int outcome = conflictWindow_->open(pair);
+  if (!conflictWindow_->isLoaded()) conflictWindow_.reset();
+  return outcome;
+}
+
+bool frmOutlookSync::saveCardSide(const transfer::ConflictPair& pair) {
+  const auto window = std::move(conflictWindow_);  // unloaded after the save, whatever comes of it
+  return window->saveCardSide(pair);
+}
+
+bool frmOutlookSync::saveOutlookSide(const transfer::ConflictPair& pair) {
+  const auto window = std::move(conflictWindow_);
+  return window->saveOutlookSide(pair);
 }
 
 // --- what the engines see -----------------------------------------------------------------------

@@ -6,18 +6,22 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
+#include "transfer/conflict_dialog.h"
 #include "transfer/run_window.h"
 #include "transfer/work_list.h"
+#include "ui/card_picture.h"
 #include "ui/component.h"
 #include "ui/controls.h"
 #include "ui/form.h"
+#include "ui/frm_outlook_sync_modify.h"
 
 namespace vlout::ui {
 
-class frmOutlookSync : public Form, private transfer::RunWindow {
+class frmOutlookSync : public Form, private transfer::RunWindow, private transfer::ConflictDialog {
  public:
   enum Mode { kImport = 0, kExport = 1, kSync = 2 };
   enum Range { kSelectedCards = 0, kGroup = 1, kAllCards = 2 };
@@ -49,10 +53,12 @@ class frmOutlookSync : public Form, private transfer::RunWindow {
   ListView ListView1;
   ProgressBar ProgressBar1;
   StatusBar StatusBar1;
-  Button Command1, Command2, Command3, Command4, Command5, Command6;
+  Button Command1, Command2, Command3, Command4, Command5, Command6, Command7;
 
-  // Hidden lists: the cards that take part, and the ids that the host had selected.
+  // Hidden lists: the cards that take part, the positions of the contacts that an import will add,
+  // and the ids that the host had selected.
   transfer::WorkList ListView2;
+  std::vector<std::size_t> AppendList;
   std::vector<std::string> sList;
 
  protected:
@@ -84,10 +90,14 @@ class frmOutlookSync : public Form, private transfer::RunWindow {
   void run();
   bool connectContacts();
   void runMode();
+  void runImport();
   void runExport();
+  void runSync();
   std::string_view loadForExport();
   [[nodiscard]] bool isRefused(std::string_view outcome, std::string_view noDataText);
   void finish(Mode mode, transfer::RunEnd end);
+  [[nodiscard]] outlook::MapOptions mapOptions();
+  void pickGroup();
 
   // RunWindow
   std::size_t addResult(std::string_view text) override;
@@ -99,7 +109,14 @@ class frmOutlookSync : public Form, private transfer::RunWindow {
   void message(MessageIcon icon, std::string_view text) override;
   [[nodiscard]] bool yield() override;
 
+  // ConflictDialog
+  int resolve(const transfer::ConflictPair& pair) override;
+  bool saveCardSide(const transfer::ConflictPair& pair) override;
+  bool saveOutlookSide(const transfer::ConflictPair& pair) override;
+
   Component& component_;
+  CardPictureFiles pictures_;
+  std::unique_ptr<frmOutlookSyncModify> conflictWindow_;  // while a conflict is being settled
   ExportFolder exportFolder_;
   std::array<std::int16_t, 3> done_{};
   bool running_ = false;

@@ -3,6 +3,7 @@
 // than this.
 #pragma once
 
+#include <filesystem>
 #include <string_view>
 
 #include "transfer/run_window.h"
@@ -32,6 +33,10 @@ class Toolkit {
   virtual void messageBox(MessageIcon icon, std::string_view text) = 0;
 
   [[nodiscard]] virtual ScreenSize screenSize() const = 0;
+
+  // Gives the component's windows the look of a skin file. Does nothing where windows have no
+  // skins.
+  virtual void applySkin(const std::filesystem::path& skinFile) { static_cast<void>(skinFile); }
 
   // Lets pending events through. A toolkit with windows to repaint waits a millisecond first.
   virtual void pump() = 0;

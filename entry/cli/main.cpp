@@ -85,15 +85,22 @@ CLI::App* addRunCommand(CLI::App& app, Arguments& arguments) {
 }
 
 int runTransfer(const Arguments& arguments) {
-  if (arguments.mode != "export") {
-    std::cerr << arguments.mode << ": 아직 지원하지 않습니다. 이 버전에서는 export만 됩니다.\n";
-    return kRefused;
-  }
+  using OnConflict = vlout::ui::TerminalToolkit::OnConflict;
+  const std::map<std::string, frmOutlookSync::Mode> modes{{"import", frmOutlookSync::kImport},
+                                                          {"export", frmOutlookSync::kExport},
+                                                          {"sync", frmOutlookSync::kSync}};
+  const std::map<std::string, OnConflict> answers{{"skip", OnConflict::Skip},
+                                                  {"newer", OnConflict::TakeNewer},
+                                                  {"card", OnConflict::KeepCard},
+                                                  {"outlook", OnConflict::KeepOutlook},
+                                                  {"stop", OnConflict::Stop}};
   const std::map<std::string, frmOutlookSync::Range> ranges{
       {"selected", frmOutlookSync::kSelectedCards},
       {"group", frmOutlookSync::kGroup},
       {"all", frmOutlookSync::kAllCards}};
   cli::RunRequest request;
+  request.mode = modes.at(arguments.mode);
+  request.onConflict = answers.at(arguments.onConflict);
   request.folder = cli::componentFolder(arguments.folder);
   request.contacts = cli::contactFolder(arguments.contacts, request.folder);
   if (!arguments.range.empty()) request.range = ranges.at(arguments.range);

@@ -8,7 +8,6 @@
 #include "entry/orun.h"
 #include "outlook/vcard/vcard_store.h"
 #include "store/sqlite/sqlite_connection.h"
-#include "ui/terminal/terminal_toolkit.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -89,7 +88,7 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
       .makeConnection = [] { return std::make_unique<store::SqliteConnection>(); },
       .contacts = std::make_unique<outlook::vcard::VCardStore>(request.contacts.string()),
       .toolkit = std::make_unique<ui::TerminalToolkit>(results, errors, progressWidth, interrupted,
-                                                       script)};
+                                                       request.onConflict, script)};
   Runtime runtime(request.folder, std::move(platform));
   component = &runtime;
   try {

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "ui/frm_outlook_sync.h"
+#include "ui/terminal/terminal_toolkit.h"
 
 namespace vlout::entry::cli {
 
@@ -26,6 +27,7 @@ struct RunRequest {
   std::optional<ui::frmOutlookSync::Range> range;
   bool subgroups = false;
   std::vector<BoxSetting> boxes;
+  ui::TerminalToolkit::OnConflict onConflict = ui::TerminalToolkit::OnConflict::Skip;
 };
 
 // Reads NAME=VALUE; nothing when the name is no box or the value neither 0 nor 1.

@@ -86,7 +86,8 @@ TEST_F(VCardStoreTest, EveryPropertySurvivesInEveryVersion) {
       contact->setText(P::FullName, "홍 길동");
       contact->setGender(Gender::Female);
       addVLID(*contact, "123");
-      contact->addAttachment("명함 \"앞\".jpg", std::string("\xFF\xD8\0\1binary", 9));
+      tests::writeFile(folder.path() / "picture", std::string("\xFF\xD8\0\1binary", 9));
+      contact->addAttachment(folder.path() / "picture", "명함 \"앞\".jpg");
       contact->save();
     }
     VCardStore store(own.path().string());

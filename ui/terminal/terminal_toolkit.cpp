@@ -21,27 +21,55 @@ std::string cellText(std::string_view cell) {
 }  // namespace
 
 TerminalToolkit::TerminalToolkit(std::ostream& results, std::ostream& errors, int progressWidth,
-                                 const volatile std::sig_atomic_t& interrupted, Script script)
+                                 const volatile std::sig_atomic_t& interrupted,
+                                 OnConflict onConflict, Script script)
     : results_(results),
       errors_(errors),
       progressWidth_(progressWidth),
       interrupted_(interrupted),
+      onConflict_(onConflict),
       script_(std::move(script)) {}
 
 void TerminalToolkit::showModal(Form& form) {
-  auto* const window = dynamic_cast<frmOutlookSync*>(&form);
-  if (window == nullptr) {
-    form.requestClose();
-    return;
+  if (auto* const window = dynamic_cast<frmOutlookSync*>(&form)) {
+    showMainWindow(*window);
+  } else if (auto* const conflict = dynamic_cast<frmOutlookSyncModify*>(&form)) {
+    answerConflict(*conflict);
+  } else {
+    form.requestClose();  // nobody is there to pick or to type
   }
-  watch(*window);
-  script_(*window);
+}
+
+void TerminalToolkit::showMainWindow(frmOutlookSync& window) {
+  watch(window);
+  script_(window);
   printRest();
   clearProgress();
-  window->requestClose();
-  window->ListView1.events = {};
-  window->ProgressBar1.changed = nullptr;
+  window.requestClose();
+  window.ListView1.events = {};
+  window.ProgressBar1.changed = nullptr;
   form_ = nullptr;
+}
+
+void TerminalToolkit::answerConflict(frmOutlookSyncModify& window) {
+  switch (onConflict_) {
+    case OnConflict::TakeNewer:
+      window.Command3.press();
+      return;
+    case OnConflict::Stop:
+      window.Command6.press();
+      return;
+    case OnConflict::KeepCard:
+    case OnConflict::KeepOutlook:
+      window.Check1.setValue(CheckBox::kChecked);
+      (onConflict_ == OnConflict::KeepCard ? window.Command1 : window.Command2).press();
+      if (!window.isVisible()) return;
+      messageBox(MessageIcon::None, "→충돌←(" + window.Text1.text() + "): 제외합니다.");
+      break;
+    case OnConflict::Skip:
+      break;
+  }
+  window.Command4.press();
 }
 
 void TerminalToolkit::messageBox(MessageIcon icon, std::string_view text) {

@@ -18,10 +18,14 @@ class TerminalToolkit : public Toolkit {
   // Runs once the form is shown, in place of the user; the form is closed when it returns.
   using Script = std::function<void(frmOutlookSync&)>;
 
+  // How the run answers a conflict, in place of a user.
+  enum class OnConflict { Skip, TakeNewer, KeepCard, KeepOutlook, Stop };
+
   // `interrupted` is set by a signal handler. `progressWidth` is the width of the terminal that
   // `errors` is, or 0 when it is none.
   TerminalToolkit(std::ostream& results, std::ostream& errors, int progressWidth,
-                  const volatile std::sig_atomic_t& interrupted, Script script);
+                  const volatile std::sig_atomic_t& interrupted, OnConflict onConflict,
+                  Script script);
 
   void showModal(Form& form) override;
   void messageBox(MessageIcon icon, std::string_view text) override;
@@ -29,6 +33,8 @@ class TerminalToolkit : public Toolkit {
   void pump() override;
 
  private:
+  void showMainWindow(frmOutlookSync& window);
+  void answerConflict(frmOutlookSyncModify& window);
   void watch(frmOutlookSync& form);
   void printIfFinal(std::size_t row, std::size_t column);
   void printRow(std::size_t row);
@@ -40,6 +46,7 @@ class TerminalToolkit : public Toolkit {
   std::ostream& errors_;
   int progressWidth_;
   const volatile std::sig_atomic_t& interrupted_;
+  OnConflict onConflict_;
   Script script_;
   frmOutlookSync* form_ = nullptr;
   std::vector<bool> printed_;  // for each row of the result list

@@ -1,0 +1,74 @@
+#include "ui/card_picture.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <fstream>
+#include <string>
+#include <system_error>
+
+#include "store/sql.h"
+#include "text/ascii.h"
+
+namespace vlout::ui {
+namespace {
+
+constexpr std::size_t kChunk = 8192;
+
+// Deletes a temporary file at the end of its use; one that stays is overwritten the next time.
+class TemporaryFile {
+ public:
+  explicit TemporaryFile(std::filesystem::path path) : path_(std::move(path)) {}
+  ~TemporaryFile() {
+    std::error_code ignored;
+    std::filesystem::remove(path_, ignored);
+  }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
+
+ private:
+  std::filesystem::path path_;
+};
+
+void removeAttachments(outlook::Contact& contact, std::string_view name) {
+  for (std::size_t i = contact.attachmentCount(); i >= 1; --i) {
+    if (text::equalsIgnoringAsciiCase(contact.attachmentName(i), name)) contact.removeAttachment(i);
+  }
+}
+
+}  // namespace
+
+void CardPictureFiles::attach(outlook::Contact& contact, const store::Recordset& row) {
+  const store::Field picture = row.field("Thumbnail");
+  if (!picture) return;
+  std::error_code ignored;  // a folder that cannot be made shows when the file is written
+  if (std::filesystem::create_directories(folder_, ignored)) {
+    std::filesystem::permissions(folder_, std::filesystem::perms::owner_all, ignored);
+  }
+  const std::string id(store::nullSafe(row.field("i_idx")));
+  const TemporaryFile file(folder_ / ("명함이미지" + id + ".jpg"));
+  saveFieldToFile(file.path(), *picture, FieldSaving::Chunks, kChunk);
+  std::string name(store::nullSafe(row.field("Fname")));
+  if (name.empty()) name = file.path().filename().string();
+  removeAttachments(contact, name);
+  if (std::filesystem::exists(file.path())) contact.addAttachment(file.path(), name);
+}
+
+void saveFieldToFile(const std::filesystem::path& file, std::string_view value, FieldSaving how,
+                     std::size_t chunkSize) {
+  std::error_code ignored;
+  std::filesystem::remove(file, ignored);
+  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+  const std::size_t piece = how == FieldSaving::Stream ? value.size() : chunkSize;
+  while (stream && !value.empty()) {
+    const std::string_view part = value.substr(0, piece);
+    stream.write(part.data(), static_cast<std::streamsize>(part.size()));
+    value.remove_prefix(part.size());
+  }
+  stream.close();
+  if (!stream) {
+    throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(), file.string());
+  }
+}
+
+}  // namespace vlout::ui

@@ -1,0 +1,447 @@
+#include "ui/frm_outlook_sync_modify.h"
+
+#include <exception>
+#include <memory>
+
+#include "outlook/pairing.h"
+#include "store/sql.h"
+#include "text/ascii.h"
+#include "text/date_time.h"
+#include "ui/frm_address_input.h"
+
+namespace vlout::ui {
+namespace {
+
+using P = outlook::ContactProperty;
+using outlook::MappedField;
+
+constexpr int kEscape = 27;
+constexpr std::string_view kDateForm = "\r\n형식: 2006/12/25 or 2006-09-25";
+
+const MappedField& fieldOf(std::string_view column) {
+  for (const MappedField& field : outlook::mappedFields()) {
+    if (field.column == column) return field;
+  }
+  throw std::logic_error("no such field: " + std::string(column));
+}
+
+std::string shownTime(const std::optional<text::DateTime>& time) {
+  if (!time) return "수정일:";
+  return "수정일:" + text::replaceAll(text::formatStamp(*time), "/", "-");
+}
+
+std::string shownDay(std::string_view stored) {
+  const auto date = text::parseDateTime(stored);
+  return date ? text::formatDay(*date) : std::string(stored);
+}
+
+}  // namespace
+
+struct frmOutlookSyncModify::FieldBoxes {
+  std::string_view column;
+  Box card;
+  Box outlook;
+};
+
+struct frmOutlookSyncModify::AddressBlock {
+  std::array<Box, 5> parts;
+  Box line;
+  Button frmOutlookSyncModify::*button;
+  std::string_view columns;     // the prefix of the row's columns; empty on the Outlook side
+  std::array<P, 5> properties;  // in the order of the parts
+};
+
+const std::array<frmOutlookSyncModify::FieldBoxes, 27> frmOutlookSyncModify::kFields{{
+    {"FullName", &frmOutlookSyncModify::Text1, &frmOutlookSyncModify::Text50},
+    {"Gender", &frmOutlookSyncModify::Text52, &frmOutlookSyncModify::Text51},
+    {"CompanyName", &frmOutlookSyncModify::Text2, &frmOutlookSyncModify::Text49},
+    {"Department", &frmOutlookSyncModify::Text3, &frmOutlookSyncModify::Text48},
+    {"JobTitle", &frmOutlookSyncModify::Text4, &frmOutlookSyncModify::Text47},
+    {"cellphone", &frmOutlookSyncModify::Text5, &frmOutlookSyncModify::Text46},
+    {"email", &frmOutlookSyncModify::Text6, &frmOutlookSyncModify::Text45},
+    {"email2", &frmOutlookSyncModify::Text9, &frmOutlookSyncModify::Text44},
+    {"company_phone1", &frmOutlookSyncModify::Text10, &frmOutlookSyncModify::Text43},
+    {"company_phone2", &frmOutlookSyncModify::Text11, &frmOutlookSyncModify::Text42},
+    {"home_phone", &frmOutlookSyncModify::Text12, &frmOutlookSyncModify::Text41},
+    {"company_fax1", &frmOutlookSyncModify::Text7, &frmOutlookSyncModify::Text40},
+    {"etc_fax", &frmOutlookSyncModify::Text8, &frmOutlookSyncModify::Text39},
+    {"home_fax", &frmOutlookSyncModify::Text13, &frmOutlookSyncModify::Text38},
+    {"company_addr", &frmOutlookSyncModify::Text14, &frmOutlookSyncModify::Text37},
+    {"company_zipcode", &frmOutlookSyncModify::Text15, &frmOutlookSyncModify::Text36},
+    {"etc_addr", &frmOutlookSyncModify::Text16, &frmOutlookSyncModify::Text35},
+    {"etc_zipcode", &frmOutlookSyncModify::Text17, &frmOutlookSyncModify::Text34},
+    {"home_addr", &frmOutlookSyncModify::Text18, &frmOutlookSyncModify::Text33},
+    {"home_zipcode", &frmOutlookSyncModify::Text19, &frmOutlookSyncModify::Text32},
+    {"Webpage", &frmOutlookSyncModify::Text20, &frmOutlookSyncModify::Text31},
+    {"Webpage2", &frmOutlookSyncModify::Text21, &frmOutlookSyncModify::Text30},
+    {"Birthday", &frmOutlookSyncModify::Text22, &frmOutlookSyncModify::Text29},
+    {"LifePartner", &frmOutlookSyncModify::Text23, &frmOutlookSyncModify::Text28},
+    {"Anniversary", &frmOutlookSyncModify::Text24, &frmOutlookSyncModify::Text27},
+    {"Categories", &frmOutlookSyncModify::Text54, &frmOutlookSyncModify::Text53},
+    {"Memo_", &frmOutlookSyncModify::Text25, &frmOutlookSyncModify::Text26},
+}};
+
+const std::array<frmOutlookSyncModify::AddressBlock, 6> frmOutlookSyncModify::kAddresses{{
+    {{&frmOutlookSyncModify::VL_Company_Juso1, &frmOutlookSyncModify::VL_Company_Juso2,
+      &frmOutlookSyncModify::VL_Company_Juso3, &frmOutlookSyncModify::VL_Company_Juso4,
+      &frmOutlookSyncModify::VL_Company_Juso5},
+     &frmOutlookSyncModify::Text14,
+     &frmOutlookSyncModify::Command9,
+     "company",
+     {P::BusinessAddressCountry, P::BusinessAddressState, P::BusinessAddressCity,
+      P::BusinessAddressStreet, P::BusinessAddressPostOfficeBox}},
+    {{&frmOutlookSyncModify::VL_Etc_Juso1, &frmOutlookSyncModify::VL_Etc_Juso2,
+      &frmOutlookSyncModify::VL_Etc_Juso3, &frmOutlookSyncModify::VL_Etc_Juso4,
+      &frmOutlookSyncModify::VL_Etc_Juso5},
+     &frmOutlookSyncModify::Text16,
+     &frmOutlookSyncModify::Command10,
+     "etc",
+     {P::OtherAddressCountry, P::OtherAddressState, P::OtherAddressCity, P::OtherAddressStreet,
+      P::OtherAddressPostOfficeBox}},
+    {{&frmOutlookSyncModify::VL_Home_Juso1, &frmOutlookSyncModify::VL_Home_Juso2,
+      &frmOutlookSyncModify::VL_Home_Juso3, &frmOutlookSyncModify::VL_Home_Juso4,
+      &frmOutlookSyncModify::VL_Home_Juso5},
+     &frmOutlookSyncModify::Text18,
+     &frmOutlookSyncModify::Command11,
+     "home",
+     {P::HomeAddressCountry, P::HomeAddressState, P::HomeAddressCity, P::HomeAddressStreet,
+      P::HomeAddressPostOfficeBox}},
+    {{&frmOutlookSyncModify::Ol_Company_Juso1, &frmOutlookSyncModify::Ol_Company_Juso2,
+      &frmOutlookSyncModify::Ol_Company_Juso3, &frmOutlookSyncModify::Ol_Company_Juso4,
+      &frmOutlookSyncModify::Ol_Company_Juso5},
+     &frmOutlookSyncModify::Text37,
+     &frmOutlookSyncModify::Command12,
+     "",
+     {P::BusinessAddressCountry, P::BusinessAddressState, P::BusinessAddressCity,
+      P::BusinessAddressStreet, P::BusinessAddressPostOfficeBox}},
+    {{&frmOutlookSyncModify::OL_etc_Juso1, &frmOutlookSyncModify::OL_etc_Juso2,
+      &frmOutlookSyncModify::OL_etc_Juso3, &frmOutlookSyncModify::OL_etc_Juso4,
+      &frmOutlookSyncModify::OL_etc_Juso5},
+     &frmOutlookSyncModify::Text35,
+     &frmOutlookSyncModify::Command13,
+     "",
+     {P::OtherAddressCountry, P::OtherAddressState, P::OtherAddressCity, P::OtherAddressStreet,
+      P::OtherAddressPostOfficeBox}},
+    {{&frmOutlookSyncModify::OL_Home_Juso1, &frmOutlookSyncModify::OL_Home_Juso2,
+      &frmOutlookSyncModify::OL_Home_Juso3, &frmOutlookSyncModify::OL_Home_Juso4,
+      &frmOutlookSyncModify::OL_Home_Juso5},
+     &frmOutlookSyncModify::Text33,
+     &frmOutlookSyncModify::Command14,
+     "",
+     {P::HomeAddressCountry, P::HomeAddressState, P::HomeAddressCity, P::HomeAddressStreet,
+      P::HomeAddressPostOfficeBox}},
+}};
+
+const std::array<frmOutlookSyncModify::Box, 54> frmOutlookSyncModify::kBoxes{
+    {&frmOutlookSyncModify::Text1,  &frmOutlookSyncModify::Text2,  &frmOutlookSyncModify::Text3,
+     &frmOutlookSyncModify::Text4,  &frmOutlookSyncModify::Text5,  &frmOutlookSyncModify::Text6,
+     &frmOutlookSyncModify::Text7,  &frmOutlookSyncModify::Text8,  &frmOutlookSyncModify::Text9,
+     &frmOutlookSyncModify::Text10, &frmOutlookSyncModify::Text11, &frmOutlookSyncModify::Text12,
+     &frmOutlookSyncModify::Text13, &frmOutlookSyncModify::Text14, &frmOutlookSyncModify::Text15,
+     &frmOutlookSyncModify::Text16, &frmOutlookSyncModify::Text17, &frmOutlookSyncModify::Text18,
+     &frmOutlookSyncModify::Text19, &frmOutlookSyncModify::Text20, &frmOutlookSyncModify::Text21,
+     &frmOutlookSyncModify::Text22, &frmOutlookSyncModify::Text23, &frmOutlookSyncModify::Text24,
+     &frmOutlookSyncModify::Text25, &frmOutlookSyncModify::Text26, &frmOutlookSyncModify::Text27,
+     &frmOutlookSyncModify::Text28, &frmOutlookSyncModify::Text29, &frmOutlookSyncModify::Text30,
+     &frmOutlookSyncModify::Text31, &frmOutlookSyncModify::Text32, &frmOutlookSyncModify::Text33,
+     &frmOutlookSyncModify::Text34, &frmOutlookSyncModify::Text35, &frmOutlookSyncModify::Text36,
+     &frmOutlookSyncModify::Text37, &frmOutlookSyncModify::Text38, &frmOutlookSyncModify::Text39,
+     &frmOutlookSyncModify::Text40, &frmOutlookSyncModify::Text41, &frmOutlookSyncModify::Text42,
+     &frmOutlookSyncModify::Text43, &frmOutlookSyncModify::Text44, &frmOutlookSyncModify::Text45,
+     &frmOutlookSyncModify::Text46, &frmOutlookSyncModify::Text47, &frmOutlookSyncModify::Text48,
+     &frmOutlookSyncModify::Text49, &frmOutlookSyncModify::Text50, &frmOutlookSyncModify::Text51,
+     &frmOutlookSyncModify::Text52, &frmOutlookSyncModify::Text53, &frmOutlookSyncModify::Text54}};
+
+frmOutlookSyncModify::frmOutlookSyncModify(Toolkit& toolkit, Component& component,
+                                           transfer::RunWindow& window,
+                                           const outlook::MapOptions& options)
+    : Form(toolkit),
+      component_(component),
+      options_(options),
+      rowUpdate_(component.connection(), window) {
+  caption = "충돌 비교/편집";
+  width = 15000;
+  height = 10800;
+  Check1.setText("수정허용");
+  Command1.setText("벨모라 정보로 갱신");
+  Command2.setText("아웃룩 정보로 갱신");
+  Command3.setText("최근 정보로 갱신");
+  Command4.setText("제외");
+  Command5.setText("범주");
+  Command6.setText("중지");
+  Command8.setText("충돌 데이터란?");
+  for (const AddressBlock& block : kAddresses) (this->*block.button).setText("주소편집");
+  connectEvents();
+}
+
+void frmOutlookSyncModify::connectEvents() {
+  Check1.clicked = [this] { permitEditing(); };
+  Command1.clicked = [this] { keepCardSide(); };
+  Command2.clicked = [this] { keepOutlookSide(); };
+  Command3.clicked = [this] { leave(transfer::kTakeNewerSide); };
+  Command4.clicked = [this] { leave(transfer::kSkipPair); };
+  Command5.clicked = [this] { chooseCategories(); };
+  Command6.clicked = [this] { leave(transfer::kStopRun); };
+  Command8.clicked = [this] {
+    toolkit().messageBox(
+        MessageIcon::Information,
+        "→충돌←\r\n상호갱신 이후에 양쪽(벨모라과 아웃룩) 모두에서 정보를 수정했을 경우 "
+        "충돌자료로 구분합니다.기준자료가 부정확함으로 자료를 직접 비교 후 갱신하는 것을 "
+        "권장합니다.");
+  };
+  for (const AddressBlock& block : kAddresses) {
+    (this->*block.button).clicked = [this, &block] { editAddress(block); };
+  }
+}
+
+// --- opening ------------------------------------------------------------------------------------
+
+int frmOutlookSyncModify::open(const transfer::ConflictPair& pair) {
+  component_.results().conflictOutcome = transfer::kSkipPair;
+  const bool contactLater = std::optional(pair.contactTime) > pair.rowTime;
+  Label32.setText(contactLater ? "▶▶▶▶▶" : "◀◀◀◀◀");
+  Label29.setText(shownTime(pair.rowTime));
+  Label30.setText(shownTime(pair.contactTime));
+  for (const Box box : kBoxes) {
+    (this->*box).setText("");
+    (this->*box).setForeColour(Colour::Black);
+  }
+  fillCardSide(pair.rowId);
+  fillOutlookSide(pair.contact);
+  markDifferences();
+  Check1.setValue(CheckBox::kCleared);
+  permitEditing();
+  showModal();
+  return component_.results().conflictOutcome;
+}
+
+void frmOutlookSyncModify::fillCardSide(const std::string& rowId) {
+  const auto row = store::readCard(component_.connection(), rowId);
+  const auto column = [&](std::string_view name) {
+    return std::string(store::nullSafe(row->field(name)));
+  };
+  for (const FieldBoxes& field : kFields) (this->*field.card).setText(column(field.column));
+  Text22.setText(shownDay(Text22.text()));
+  Text24.setText(shownDay(Text24.text()));
+  for (const AddressBlock& block : kAddresses) {
+    if (block.columns.empty()) continue;
+    constexpr std::array<std::string_view, 5> kParts{"_nation", "_sido", "_sigungu", "_addr",
+                                                     "_addr2"};
+    for (std::size_t i = 0; i < kParts.size(); ++i) {
+      (this->*block.parts[i]).setText(column(std::string(block.columns).append(kParts[i])));
+    }
+    composeAddress(block);
+  }
+}
+
+void frmOutlookSyncModify::fillOutlookSide(outlook::Contact& contact) {
+  for (const FieldBoxes& field : kFields) {
+    TextBox& box = this->*field.outlook;
+    if (field.column == "FullName") {
+      box.setText(contact.text(P::FullName));
+    } else if (field.column == "CompanyName") {
+      box.setText(contact.text(P::CompanyName));  // shown as it stands, "(주)" and all
+    } else {
+      box.setText(outlook::fieldTextFromContact(contact, fieldOf(field.column)));
+    }
+  }
+  for (const AddressBlock& block : kAddresses) {
+    if (!block.columns.empty()) continue;
+    for (std::size_t i = 0; i < block.parts.size(); ++i) {
+      (this->*block.parts[i]).setText(contact.text(block.properties[i]));
+    }
+    composeAddress(block);
+  }
+}
+
+std::string frmOutlookSyncModify::lineOf(const AddressBlock& block) {
+  const auto part = [&](std::size_t i) { return (this->*block.parts[i]).text(); };
+  const std::string line = store::addressLine({.country = part(0),
+                                               .state = part(1),
+                                               .city = part(2),
+                                               .street = part(3),
+                                               .postOfficeBox = part(4)});
+  // A row's line is shown without the double blanks that the maker leaves; a contact's keeps them,
+  // as the row would get it.
+  return block.columns.empty() ? line : text::replaceAll(line, "  ", " ");
+}
+
+void frmOutlookSyncModify::composeAddress(const AddressBlock& block) {
+  (this->*block.line).setText(lineOf(block));
+}
+
+void frmOutlookSyncModify::markDifferences() {
+  for (const FieldBoxes& field : kFields) {
+    TextBox& card = this->*field.card;
+    TextBox& outlook = this->*field.outlook;
+    // The categories are never compared; that exception is meant.
+    const bool differ = field.column != "Categories" && card.text() != outlook.text();
+    const Colour colour = differ ? Colour::LightRed : Colour::Black;
+    card.setForeColour(colour);
+    outlook.setForeColour(colour);
+  }
+}
+
+void frmOutlookSyncModify::lock(bool locked) {
+  for (const Box box : kBoxes) {
+    (this->*box).setLocked(locked);
+    (this->*box).setBackColour(locked ? Colour::ButtonFace : Colour::White);
+  }
+}
+
+void frmOutlookSyncModify::permitEditing() {
+  const bool permitted = Check1.isChecked();
+  Command1.setVisible(permitted);
+  Command2.setVisible(permitted);
+  lock(!permitted);
+  Label31.setText(permitted ? "수정가능" : "수정불가");
+  Label31.setForeColour(permitted ? Colour::Black : Colour::LightRed);
+}
+
+// --- deciding -----------------------------------------------------------------------------------
+
+void frmOutlookSyncModify::leave(transfer::ConflictOutcome outcome) {
+  component_.results().conflictOutcome = static_cast<std::int16_t>(outcome);
+  const bool keep = outcome == transfer::kKeepCardSide || outcome == transfer::kKeepOutlookSide;
+  if (keep) {
+    hide();  // the save still needs the texts
+  } else {
+    unload();
+  }
+}
+
+bool frmOutlookSyncModify::isDateBoxWrong(const TextBox& box, const TextBox& examined,
+                                          std::string_view message) {
+  if (box.text().empty() || text::parseDateTime(examined.text())) return false;
+  toolkit().messageBox(MessageIcon::Exclamation, std::string(message).append(kDateForm));
+  return true;
+}
+
+void frmOutlookSyncModify::keepCardSide() {
+  if (Text1.text().empty()) {
+    toolkit().messageBox(MessageIcon::Exclamation, "이름은 공백일수 없습니다!");
+    return;
+  }
+  if (isDateBoxWrong(Text22, Text22, "생년월일 날짜형식이 부적당합니다.")) return;
+  // The anniversary's test examines the birthday, on purpose: here an anniversary needs one.
+  if (isDateBoxWrong(Text24, Text22, "기념일 날짜형식이 부적당합니다.")) return;
+  leave(transfer::kKeepCardSide);
+}
+
+void frmOutlookSyncModify::keepOutlookSide() {
+  if (Text50.text().empty()) {
+    toolkit().messageBox(MessageIcon::Exclamation, "이름은 공백일수 없습니다!");
+    return;
+  }
+  if (isDateBoxWrong(Text29, Text29, "생년월일 날짜형식이 부적당합니다.")) return;
+  if (isDateBoxWrong(Text27, Text27, "기념일 날짜형식이 부적당합니다.")) return;
+  leave(transfer::kKeepOutlookSide);
+}
+
+void frmOutlookSyncModify::keyPress(int characterCode) {
+  if (characterCode == kEscape) requestClose();
+}
+
+void frmOutlookSyncModify::editAddress(const AddressBlock& block) {
+  component_.results().chosen = false;
+  frmAddressInput dialog(toolkit(), component_);
+  const std::array<TextBox*, 5> fields{&dialog.Juso1, &dialog.Juso2, &dialog.Juso3, &dialog.Juso4,
+                                       &dialog.Juso5};
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    fields[i]->setText((this->*block.parts[i]).text());
+  }
+  dialog.showModal();
+  if (component_.results().chosen) {
+    for (std::size_t i = 0; i < fields.size(); ++i) {
+      (this->*block.parts[i]).setText(fields[i]->text());
+    }
+    composeAddress(block);
+  }
+  dialog.unload();
+}
+
+void frmOutlookSyncModify::chooseCategories() {
+  try {
+    const std::string chosen = component_.contacts().chooseCategories();
+    if (!chosen.empty()) Text53.setText(chosen);
+  } catch (const std::exception&) {
+    // Whatever failed on the way, it is the store that has no such dialog.
+    toolkit().messageBox(MessageIcon::Exclamation, "현재 설치된 아웃룩버전은 지원하지 않습니다!");
+  }
+}
+
+// --- saving -------------------------------------------------------------------------------------
+
+std::string frmOutlookSyncModify::cardStatement(const std::string& rowId) {
+  std::string sql = "UPDATE tbl_namecard SET ";
+  for (const MappedField& field : outlook::mappedFields()) {
+    for (const FieldBoxes& boxes : kFields) {
+      if (boxes.column != field.column) continue;
+      std::string value = (this->*boxes.card).text();
+      sql.append("[").append(field.column).append("]=");
+      if (field.rule == outlook::FieldRule::Date && value.empty()) {
+        sql += "null,";
+        continue;
+      }
+      if (field.rule == outlook::FieldRule::Company) {
+        value = text::replaceAll(value, "(주)", "㈜");
+      }
+      sql.append("'").append(value).append("' ,");
+    }
+  }
+  const std::string now = text::formatStamp(text::localNow());
+  sql.append("[Last_moddate]='").append(now).append("' ,[Outlook_modate]='").append(now);
+  sql.append("' ,[VLLastsync_date]='").append(now).append("'");
+  return sql.append(" WHERE [i_idx]=").append(rowId);
+}
+
+bool frmOutlookSyncModify::saveCardSide(const transfer::ConflictPair& pair) {
+  try {
+    // Texts go in as typed, unlike everywhere else: a quote makes the save fail. It must do nothing
+    // else either, such as ending a text early and setting another column, so it is not even tried.
+    for (const FieldBoxes& field : kFields) {
+      const bool written = field.column != "FullName";
+      if (written && (this->*field.card).text().find('\'') != std::string::npos) {
+        throw store::DatabaseError("작은따옴표가 들어 있습니다: " + std::string(field.column));
+      }
+    }
+    component_.connection().execute(cardStatement(pair.rowId));
+  } catch (const store::DatabaseError&) {
+    toolkit().messageBox(MessageIcon::Critical, "벨모라 저장실패!");
+    return false;
+  }
+  return rowUpdate_.updateContactFromRow(pair.rowId, pair.contact, options_);
+}
+
+bool frmOutlookSyncModify::saveOutlookSide(const transfer::ConflictPair& pair) {
+  outlook::Contact& contact = pair.contact;
+  for (const FieldBoxes& field : kFields) {
+    const std::string& value = (this->*field.outlook).text();
+    if (field.column == "FullName") {
+      contact.setText(P::FullName, value);
+      continue;
+    }
+    MappedField target = fieldOf(field.column);
+    target.writeTo = target.readFrom;  // each box goes back to the property that filled it
+    if (target.rule != outlook::FieldRule::Address) {
+      outlook::writeFieldToContact(contact, target, value);
+    }
+  }
+  for (const AddressBlock& block : kAddresses) {
+    if (block.columns.empty()) writeAddress(contact, block);
+  }
+  return rowUpdate_.updateRowForSync(pair.rowId, contact);
+}
+
+// The parts as they are, or the line as the street when the user has edited the line itself.
+void frmOutlookSyncModify::writeAddress(outlook::Contact& contact, const AddressBlock& block) {
+  const std::string& line = (this->*block.line).text();
+  const bool edited = line != lineOf(block);
+  constexpr std::size_t kStreet = 3;
+  for (std::size_t i = 0; i < block.parts.size(); ++i) {
+    const std::string part = edited ? "" : (this->*block.parts[i]).text();
+    contact.setText(block.properties[i], edited && i == kStreet ? line : part);
+  }
+}
+
+}  // namespace vlout::ui
