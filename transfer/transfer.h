@@ -99,14 +99,14 @@ void Transfer::guarded(std::string_view name, Step step) {
 template <typename Step>
 RunEnd Transfer::forEachContact(PhaseLine* heading, Stopping stopping, Step step) {
   const std::size_t count = contacts_.count();
-  for (std::size_t i = 1; i <= count; ++i) {
+  for (std::size_t i = 1; i <= count && !stopped_; ++i) {
     if (heading != nullptr) {
       heading->advance(i);
     } else {
       window_.setProgress(static_cast<int>(i * 100 / count));
     }
-    if (window_.yield() && stopping == Stopping::Possible) stopped_ = true;
-    if (stopped_) return RunEnd::Stopped;
+    stopped_ = window_.yield() && stopping == Stopping::Possible;
+    if (stopped_) break;
     guarded("#" + std::to_string(i), [&] {
       const auto contact = contacts_.item(i);
       if (contact->typeName() == outlook::kContactItem) step(*contact, i);

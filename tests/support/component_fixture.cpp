@@ -28,12 +28,32 @@ void ComponentFixture::open(const std::function<void(ui::frmOutlookSync&)>& user
   entry::ORUN(*runtime).OUTSYNCRUN();
 }
 
-std::vector<std::string> ComponentFixture::runExport(
-    ui::frmOutlookSync::Range range, const std::function<void(ui::frmOutlookSync&)>& prepare) {
+void ComponentFixture::setStamps(int id, const std::string& last, const std::string& outlook,
+                                 const std::string& sync) {
+  execute("UPDATE tbl_namecard SET [Last_moddate]='" + last + "',[Outlook_modate]='" + outlook +
+          "',[VLLastsync_date]='" + sync + "' where i_idx=" + std::to_string(id));
+}
+
+void ComponentFixture::writeContact(const std::string& file, const std::string& lines,
+                                    const std::string& time) {
+  const auto path = contactsFolder() / file;
+  writeFile(path, "BEGIN:VCARD\r\nVERSION:3.0\r\n" + lines + "END:VCARD\r\n");
+  setModified(path, time);
+}
+
+void ComponentFixture::startAfresh() {
+  execute("DELETE FROM tbl_namecard");
+  for (const auto& name : cardFiles()) std::filesystem::remove(contactsFolder() / name);
+  toolkit->messages.clear();
+}
+
+std::vector<std::string> ComponentFixture::run(
+    ui::frmOutlookSync::Mode mode, const std::function<void(ui::frmOutlookSync&)>& prepare) {
   std::vector<std::string> lines;
+  toolkit->messages.clear();
   open([&](ui::frmOutlookSync& window) {
-    window.Combo1.setIndex(ui::frmOutlookSync::kExport);
-    window.Combo2.setIndex(range);
+    window.Combo1.setIndex(mode);
+    window.Combo2.setIndex(ui::frmOutlookSync::kAllCards);
     prepare(window);
     window.Command2.press();
     for (const auto& row : window.ListView1.rows()) {

@@ -17,7 +17,8 @@
 
 namespace vlout::tests {
 
-// Shows a form by calling `user`, and keeps every message box.
+// Shows the main window by calling `user` and any other by calling `dialog`, and keeps every
+// message box and skin.
 class ScriptedToolkit : public ui::Toolkit {
  public:
   struct Message {
@@ -26,9 +27,14 @@ class ScriptedToolkit : public ui::Toolkit {
   };
 
   void showModal(ui::Form& form) override {
-    user(dynamic_cast<ui::frmOutlookSync&>(form));
-    form.requestClose();
+    if (auto* const window = dynamic_cast<ui::frmOutlookSync*>(&form)) {
+      user(*window);
+      form.requestClose();
+    } else {
+      dialog(form);
+    }
   }
+  void applySkin(const std::filesystem::path& file) override { skins.push_back(file.filename()); }
   void messageBox(ui::MessageIcon icon, std::string_view text) override {
     messages.push_back({icon, std::string(text)});
   }
@@ -38,7 +44,9 @@ class ScriptedToolkit : public ui::Toolkit {
   }
 
   std::function<void(ui::frmOutlookSync&)> user = [](ui::frmOutlookSync&) {};
+  std::function<void(ui::Form&)> dialog = [](ui::Form& form) { form.requestClose(); };
   std::function<void()> onPump;
+  std::vector<std::string> skins;
   std::vector<Message> messages;
 };
 
@@ -49,16 +57,25 @@ class ComponentFixture : public testing::Test {
   // One call of OUTSYNCRUN in which `user` has the window.
   void open(const std::function<void(ui::frmOutlookSync&)>& user);
 
-  // Chooses Export and the range, lets `prepare` set boxes, and presses run. The result lines, each
-  // as "text|percent|state".
-  std::vector<std::string> runExport(
-      ui::frmOutlookSync::Range range,
+  // Chooses the mode and all cards, lets `prepare` set boxes, and presses run. The result lines,
+  // each as "text|percent|state".
+  std::vector<std::string> run(
+      ui::frmOutlookSync::Mode mode,
       const std::function<void(ui::frmOutlookSync&)>& prepare = [](ui::frmOutlookSync&) {});
 
   // An INSERT of a card from "column=value" pairs; f_idx and p_idx have defaults.
   void addCard(int id, const std::vector<std::pair<std::string, std::string>>& columns);
   void execute(const std::string& sql) { database.execute(sql); }
   [[nodiscard]] std::string valueOf(int id, std::string_view column);
+  void setStamps(int id, const std::string& last, const std::string& outlook,
+                 const std::string& sync);
+  // A contact file of version 3.0 with these lines and that modification time.
+  void writeContact(const std::string& file, const std::string& lines, const std::string& time);
+  [[nodiscard]] std::string contactText(const std::string& file) const {
+    return readFile(contactsFolder() / file);
+  }
+  // Removes all rows, contacts and messages.
+  void startAfresh();
 
   [[nodiscard]] std::filesystem::path folder() const { return temporary.path(); }
   [[nodiscard]] std::filesystem::path contactsFolder() const { return folder() / "contacts"; }

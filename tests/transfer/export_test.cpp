@@ -26,24 +26,9 @@ class ExportTest : public tests::ComponentFixture {
  protected:
   std::vector<std::string> exportAll(const std::function<void(frmOutlookSync&)>& prepare =
                                          [](frmOutlookSync&) {}) {
-    toolkit->messages.clear();
-    return runExport(frmOutlookSync::kAllCards, prepare);
+    return run(frmOutlookSync::kExport, prepare);
   }
   std::string summary() const { return toolkit->messages.back().text; }
-
-  void writeContact(const std::string& file, const std::string& lines, const std::string& time) {
-    const auto path = contactsFolder() / file;
-    tests::writeFile(path, "BEGIN:VCARD\r\nVERSION:3.0\r\n" + lines + "END:VCARD\r\n");
-    tests::setModified(path, time);
-  }
-  std::string contactText(const std::string& file) const {
-    return tests::readFile(contactsFolder() / file);
-  }
-  void setStamps(int id, const std::string& last, const std::string& outlook,
-                 const std::string& sync) {
-    execute("UPDATE tbl_namecard SET [Last_moddate]='" + last + "',[Outlook_modate]='" + outlook +
-            "',[VLLastsync_date]='" + sync + "' where i_idx=" + std::to_string(id));
-  }
 };
 
 TEST_F(ExportTest, AddsEveryCardOnceAndThenHasNothingToDo) {
@@ -98,7 +83,7 @@ TEST_F(ExportTest, ComparesAPairByItsDates) {
       {"no date at all", "", "", "", mid, false, "", "추가=0/갱신=0", false},
   };
   for (const Case& c : cases) {
-    execute("DELETE FROM tbl_namecard");
+    startAfresh();
     addCard(7, {{"FullName", "홍길동"}, {"JobTitle", "새 직함"}});
     setStamps(7, c.last, c.outlook, c.sync);
     writeContact("a.vcf", "N:홍;길동;;;\r\nFN:홍길동\r\nTITLE:옛 직함\r\nX-VLID:7\r\n", c.contact);
@@ -135,8 +120,7 @@ TEST_F(ExportTest, PairsContactsWithoutAUsableKeyByPerson) {
       {"key that is no number", "N:김;철수;;;\r\nX-VLID:1 OR 1=1\r\n", false, 2},
   };
   for (const Case& c : cases) {
-    execute("DELETE FROM tbl_namecard");
-    for (const auto& name : cardFiles()) std::filesystem::remove(contactsFolder() / name);
+    startAfresh();
     addCard(1, {{"FullName", "홍 길동"}, {"cellphone", "010-1234"}, {"JobTitle", "부장"}});
     writeContact("a.vcf", c.lines, "2025/01/01 00:00:00");
     const std::string before = contactText("a.vcf");
@@ -154,7 +138,7 @@ TEST_F(ExportTest, PairsContactsWithoutAUsableKeyByPerson) {
 
 TEST_F(ExportTest, MergesFieldByFieldAndLosesNothing) {
   for (const bool contactNewer : {false, true}) {
-    execute("DELETE FROM tbl_namecard");
+    startAfresh();
     addCard(1, {{"FullName", "홍길동"},
                 {"Last_moddate", contactNewer ? "2024/01/01 00:00:00" : "2025/06/01 00:00:00"},
                 {"CompanyName", "(주)가나"},
@@ -198,8 +182,7 @@ TEST_F(ExportTest, OptionsSwitchThePhases) {
   for (const Case& c :
        {Case{false, false, "추가=0/갱신=0", false, 1}, Case{false, true, "추가=0/갱신=1", true, 1},
         Case{true, false, "추가=1/갱신=0", false, 2}, Case{true, true, "추가=1/갱신=1", true, 2}}) {
-    execute("DELETE FROM tbl_namecard");
-    for (const auto& name : cardFiles()) std::filesystem::remove(contactsFolder() / name);
+    startAfresh();
     addCard(1, {{"FullName", "홍길동"}, {"JobTitle", "새 직함"}});
     addCard(2, {{"FullName", "김철수"}});
     setStamps(1, "2025/02/01 00:00:00", "2025/01/01 00:00:00", "2025/01/01 00:00:00");

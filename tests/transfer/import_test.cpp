@@ -1,0 +1,226 @@
+#include "transfer/import.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "outlook/pairing.h"
+#include "tests/support/component_fixture.h"
+
+namespace vlout::transfer {
+namespace {
+
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+using ui::frmOutlookSync;
+
+class ImportTest : public tests::ComponentFixture {
+ protected:
+  std::vector<std::string> importAll(const std::function<void(frmOutlookSync&)>& prepare =
+                                         [](frmOutlookSync&) {}) {
+    return run(frmOutlookSync::kImport, prepare);
+  }
+  std::size_t rows() { return database.query("SELECT i_idx FROM tbl_namecard")->rowCount(); }
+};
+
+TEST_F(ImportTest, ANewContactBecomesARowInTheChosenFolder) {
+  writeContact(
+      "a.vcf",
+      "N:홍;길 동;;;\r\nFN:홍길동\r\nORG:(주)가나;연구소\r\nTITLE:it's\r\nTEL;TYPE=CELL:010-1\r\n"
+      "ADR;TYPE=WORK:7;;테헤란로;강남구;서울;06236;대한민국\r\nBDAY:1980-03-22\r\n"
+      "X-GENDER:Female\r\nCATEGORIES:VIP\r\nX-KEEP:me\r\n",
+      "2025/01/01 00:00:00");
+  const auto lines = importAll([](frmOutlookSync& window) {
+    window.Text1.setText("거래'처");
+    window.Text1.setTag("12");
+  });
+  EXPECT_THAT(lines, ElementsAre("아웃룩 연결|100%|성공", "연락처 비교/갱신|100%|완료",
+                                 "연락처 추가|100%|완료", "←추가(홍길동)|100%|완료",
+                                 "가져오기 완료|추가=1/갱신=0|"));
+  EXPECT_EQ(toolkit->messages.back().text, "가져오기를 완료하였습니다.\r\n추가=1/갱신=0");
+  const std::vector<std::pair<std::string, std::string>> expected{
+      {"FullName", "홍길동"},
+      {"f_idx", "12"},
+      {"folder_name", "거래'처"},
+      {"p_idx", "0"},
+      {"CompanyName", "㈜가나"},
+      {"Department", "연구소"},
+      {"JobTitle", "it's"},
+      {"cellphone", "010-1"},
+      {"company_addr", "서울 강남구 테헤란로 7"},
+      {"company_zipcode", "06236"},
+      {"Birthday", "1980-03-22"},
+      {"Anniversary", "NULL"},
+      {"Gender", "여"},
+      {"Categories", "NULL"},
+      {"OutlookSync", "1"},
+      {"CreationTime", text::formatDay(text::localNow())}};
+  for (const auto& [column, value] : expected) EXPECT_EQ(valueOf(1, column), value) << column;
+  EXPECT_THAT(contactText("a.vcf"), AllOf(HasSubstr("X-VLID:1\r\n"), HasSubstr("X-KEEP:me")));
+  EXPECT_EQ(valueOf(1, "Last_moddate"), valueOf(1, "Outlook_modate"));
+
+  const std::string before = contactText("a.vcf");
+  EXPECT_THAT(importAll(), Contains("가져오기 완료|추가=0/갱신=0|"));
+  EXPECT_EQ(contactText("a.vcf"), before);
+}
+
+TEST_F(ImportTest, ComparesAPairByItsDates) {
+  const std::string old = "2025/01/01 00:00:00";
+  const std::string mid = "2025/01/02 00:00:00";
+  const std::string recent = "2025/01/03 00:00:00";
+  struct Case {
+    const char* name;
+    std::string last, outlook, sync, contact;
+    bool ignoreConflicts;
+    const char* line;  // "" for none
+    const char* summary;
+  };
+  const std::vector<Case> cases{
+      {"in step", mid, mid, mid, mid, false, "", "추가=0/갱신=0"},
+      {"contact edited", mid, mid, mid, recent, false, "←갱신(홍길동)|100%|완료", "추가=0/갱신=1"},
+      {"row edited", recent, mid, mid, mid, false, "", "추가=0/갱신=0"},
+      {"both edited", mid, old, old, recent, false, "→충돌←(홍길동)|0%|제외",
+       "추가=0/갱신=0/충돌=1"},
+      {"both edited, ignored", mid, old, old, recent, true, "←갱신(홍길동)|100%|완료",
+       "추가=0/갱신=1"},
+      {"both edited, row newer", recent, old, old, mid, false, "", "추가=0/갱신=0"},
+      {"never transferred", "", "", "", mid, false, "←갱신(홍길동)|100%|완료", "추가=0/갱신=1"},
+  };
+  for (const Case& c : cases) {
+    startAfresh();
+    addCard(7, {{"FullName", "홍길동"},
+                {"JobTitle", "행"},
+                {"folder_name", "폴더"},
+                {"company_fax1", "1"}});
+    setStamps(7, c.last, c.outlook, c.sync);
+    writeContact("a.vcf", "N:김;철수;;;\r\nTITLE:연락처\r\nCATEGORIES:VIP\r\nX-VLID:7\r\n",
+                 c.contact);
+    const auto lines = importAll(
+        [&](frmOutlookSync& window) { window.import_check3.setValue(c.ignoreConflicts ? 1 : 0); });
+    EXPECT_THAT(lines, Contains(std::string("가져오기 완료|") + c.summary + "|")) << c.name;
+    const bool written = std::string(c.line).starts_with("←");
+    if (*c.line != '\0') {
+      EXPECT_THAT(lines, Contains(c.line)) << c.name;
+    }
+    EXPECT_EQ(valueOf(7, "JobTitle"), written ? "연락처" : "행") << c.name;
+    EXPECT_EQ(valueOf(7, "Categories"), written ? "VIP" : "NULL") << c.name;
+    EXPECT_EQ(valueOf(7, "FullName") + valueOf(7, "folder_name"), "홍길동폴더");  // always kept
+  }
+  EXPECT_THAT(toolkit->messages.back().text, Not(HasSubstr("충돌")));
+}
+
+TEST_F(ImportTest, FindsTheRowOfThePersonOrAddsOne) {
+  struct Case {
+    const char* name;
+    const char* row;  // name|mobile|e-mail
+    const char* lines;
+    const char* summary;
+  };
+  const std::vector<Case> cases{
+      {"same number", "홍 길동|010-1|", "N:홍;길동;;;\r\nTEL;TYPE=CELL:0101\r\n", "추가=0/갱신=1"},
+      {"parts swapped", "길동홍||a@x.kr", "N:홍;길동;;;\r\nEMAIL:A@X.kr\r\n", "추가=0/갱신=1"},
+      {"another number", "홍길동|010-1|", "N:홍;길동;;;\r\nTEL;TYPE=CELL:0102\r\n",
+       "추가=1/갱신=0"},
+      {"one of two values equal", "홍길동|010-1|a@x.kr",
+       "N:홍;길동;;;\r\nTEL;TYPE=CELL:0102\r\nEMAIL:a@x.kr\r\n", "추가=0/갱신=1"},
+      {"name alone", "홍길동|010-1|", "N:홍;길동;;;\r\n", "추가=0/갱신=1"},
+      {"quote in the name", "O'Brien|010-1|", "N:;O'Brien;;;\r\n", "추가=0/갱신=1"},
+      {"no name, no value", "||", "ORG:회사\r\nFN:회사\r\n", "추가=1/갱신=0"},
+      {"lost key, person there", "홍길동|010-1|",
+       "N:홍;길동;;;\r\nTEL;TYPE=CELL:0101\r\nX-VLID:99\r\n", "추가=0/갱신=0"},
+      {"lost key, nobody", "김철수|010-1|", "N:홍;길동;;;\r\nX-VLID:99\r\n", "추가=1/갱신=0"},
+      {"key that is no number", "김철수|010-1|", "N:홍;길동;;;\r\nX-VLID:1 OR 1\r\n",
+       "추가=1/갱신=0"},
+      {"list of contacts", "김철수|010-1|", "KIND:group\r\nFN:홍길동\r\n", "추가=0/갱신=0"},
+  };
+  for (const Case& c : cases) {
+    for (const bool compare : {true, false}) {
+      startAfresh();
+      const std::string row = c.row;
+      const std::size_t bar = row.find('|');
+      const std::size_t second = row.find('|', bar + 1);
+      addCard(1, {{"FullName", row.substr(0, bar)},
+                  {"cellphone", row.substr(bar + 1, second - bar - 1)},
+                  {"email", row.substr(second + 1)},
+                  {"JobTitle", "부장"}});
+      writeContact("a.vcf", c.lines, "2025/01/01 00:00:00");
+      const auto lines = importAll(
+          [&](frmOutlookSync& window) { window.import_check2.setValue(compare ? 1 : 0); });
+      // Without comparing nothing is updated, but what is added stays the same.
+      std::string summary = c.summary;
+      if (!compare) summary = summary.substr(0, summary.find('/')) + "/갱신=0";
+      EXPECT_THAT(lines, Contains("가져오기 완료|" + summary + "|")) << c.name << compare;
+      EXPECT_EQ(rows(), summary.starts_with("추가=1") ? 2U : 1U) << c.name << compare;
+      EXPECT_EQ(valueOf(1, "JobTitle"), "부장") << c.name;  // a merge loses nothing
+    }
+  }
+}
+
+TEST_F(ImportTest, WithBothBoxesClearedNothingIsTouched) {
+  writeContact("a.vcf", "N:홍;길동;;;\r\n", "2025/01/01 00:00:00");
+  const std::string before = contactText("a.vcf");
+  EXPECT_THAT(importAll([](frmOutlookSync& window) {
+                window.import_check1.setValue(0);
+                window.import_check2.setValue(0);
+              }),
+              ElementsAre("아웃룩 연결|100%|성공", "가져오기 완료|추가=0/갱신=0|"));
+  EXPECT_EQ(rows(), 0U);
+  EXPECT_EQ(contactText("a.vcf"), before);
+}
+
+TEST_F(ImportTest, ANumberThatAContactStillCarriesIsNotGivenToAnother) {
+  // Card 2 was deleted; its contact still carries its number. Another contact comes first.
+  addCard(1, {{"FullName", "이영희"}});
+  writeContact("a.vcf", "N:김;철수;;;\r\nTEL;TYPE=CELL:1\r\n", "2025/01/01 00:00:00");
+  writeContact("b.vcf", "N:홍;길동;;;\r\nTEL;TYPE=CELL:2\r\nX-VLID:2\r\n", "2025/01/01 00:00:00");
+  EXPECT_THAT(importAll(), Contains("가져오기 완료|추가=2/갱신=0|"));
+  EXPECT_THAT(contactText("a.vcf"), HasSubstr("X-VLID:3\r\n"));
+  EXPECT_EQ(valueOf(3, "FullName"), "김철수");
+  const bool own = contactText("b.vcf").find("X-VLID:4\r\n") != std::string::npos;
+  EXPECT_EQ(valueOf(own ? 4 : 2, "FullName"), "홍길동");
+  EXPECT_THAT(importAll(), Contains("가져오기 완료|추가=0/갱신=0|"));
+}
+
+TEST_F(ImportTest, WhatCannotBeInsertedIsReportedAndKeepsNoNumber) {
+  execute("CREATE UNIQUE INDEX one_each ON tbl_namecard (JobTitle)");
+  addCard(1, {{"FullName", "사장"}, {"JobTitle", "나"}});
+  for (const std::string name : {"가", "나", "다"}) {
+    writeContact(name + ".vcf", "N:;" + name + ";;;\r\nTITLE:" + name + "\r\n",
+                 "2025/01/01 00:00:00");
+  }
+  auto lines = importAll();
+  EXPECT_THAT(lines, Contains(AllOf(StartsWith("실패→(나): "), HasSubstr("JobTitle"))));
+  EXPECT_THAT(lines, Contains("가져오기 완료|추가=2/갱신=0|"));
+  EXPECT_THAT(contactText("나.vcf"), Not(HasSubstr("X-VLID:3")));
+  EXPECT_EQ(valueOf(3, "FullName"), "다");
+  execute("DROP INDEX one_each");
+  execute("UPDATE tbl_namecard SET i_idx=32767 where i_idx=1");
+  lines = importAll();
+  EXPECT_THAT(lines, Contains(AllOf(StartsWith("실패→(나): "), HasSubstr("32767"))));
+  EXPECT_THAT(lines, Contains("가져오기 완료|추가=0/갱신=0|"));
+  EXPECT_EQ(rows(), 3U);
+}
+
+TEST_F(ImportTest, RunsToTheEndEvenWhenAskedToClose) {
+  for (int i = 0; i < 5; ++i) {
+    writeContact(std::to_string(i) + ".vcf",
+                 "N:;" + std::to_string(i) + ";;;\r\nTEL;TYPE=CELL:" + std::to_string(i) + "\r\n",
+                 "2025/01/01 00:00:00");
+  }
+  open([&](frmOutlookSync& window) {
+    toolkit->onPump = [&] { window.requestClose(); };
+    window.Command2.press();
+    EXPECT_FALSE(window.isLoaded());
+    EXPECT_TRUE(window.isDone(frmOutlookSync::kImport));
+  });
+  EXPECT_EQ(rows(), 5U);
+}
+
+}  // namespace
+}  // namespace vlout::transfer

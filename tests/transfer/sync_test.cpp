@@ -1,0 +1,187 @@
+#include "transfer/sync.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/component_fixture.h"
+
+namespace vlout::transfer {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using ui::frmOutlookSync;
+using ui::frmOutlookSyncModify;
+
+class SyncTest : public tests::ComponentFixture {
+ protected:
+  std::vector<std::string> sync(bool showConflicts = true) {
+    return run(frmOutlookSync::kSync, [&](frmOutlookSync& window) {
+      window.Sync_Check2.setValue(showConflicts ? 1 : 0);
+      main = &window;
+    });
+  }
+
+  // Card `id` and its contact in a file of the same name; `sides` tells which of them was edited
+  // after the last transfer, the later one last: "", "r", "c", "rc", "cr".
+  void makePair(int id, const std::string& sides) {
+    const std::string name = std::to_string(id);
+    addCard(id, {{"FullName", "이름" + name}, {"JobTitle", "행"}, {"company_fax1", "02-행"}});
+    const auto time = [&](char side) -> std::string {
+      const std::size_t place = sides.find(side);
+      if (place == std::string::npos) return "2025/01/01 00:00:00";
+      return place == 0 ? "2025/01/02 00:00:00" : "2025/01/03 00:00:00";
+    };
+    setStamps(id, time('r'), "2025/01/01 00:00:00", "2025/01/01 00:00:00");
+    writeContact(name + ".vcf",
+                 "N:이;름" + name +
+                     ";;;\r\nTITLE:연락처\r\nTEL;TYPE=WORK,FAX:02-연락처\r\nX-VLID:" + name +
+                     "\r\n",
+                 time('c'));
+  }
+
+  const frmOutlookSync* main = nullptr;
+};
+
+TEST_F(SyncTest, GoesInTheDirectionThatChanged) {
+  makePair(1, "");
+  makePair(2, "r");
+  makePair(3, "c");
+  addCard(4, {{"FullName", "짝 없는 행"}});
+  writeContact("5.vcf", "N:짝;없음;;;\r\n", "2025/01/05 00:00:00");
+  writeContact("6.vcf", "N:다른;행;;;\r\nX-VLID:99\r\n", "2025/01/05 00:00:00");
+  EXPECT_THAT(sync(), ElementsAre("아웃룩 연결|100%|성공", "데이터 구성|100%|완료",
+                                  "연락처 비교/갱신|100%|완료", "아웃룩→이름2|100%|완료",
+                                  "벨모라→이름3|100%|완료", "갱신완료|벨모라=1/아웃룩=1|"));
+  EXPECT_EQ(toolkit->messages.back().text, "상호갱신 작업이 완료되었습니다.\r\n벨모라=1/아웃룩=1");
+  EXPECT_THAT(contactText("2.vcf"), HasSubstr("TITLE:행"));
+  EXPECT_THAT(contactText("2.vcf"), HasSubstr("02-연락처"));    // the fax is protected
+  EXPECT_THAT(contactText("2.vcf"), HasSubstr("N:이;름2;;;"));  // the name is the contact's own
+  EXPECT_EQ(valueOf(3, "JobTitle"), "연락처");
+  EXPECT_EQ(valueOf(3, "FullName"), "이름3");
+  EXPECT_EQ(valueOf(3, "OutlookSync"), "0");
+  for (const int id : {2, 3}) {
+    EXPECT_EQ(valueOf(id, "Last_moddate"), valueOf(id, "VLLastsync_date"));
+    EXPECT_EQ(valueOf(id, "Last_moddate"), valueOf(id, "Outlook_modate"));
+  }
+  EXPECT_EQ(cardFiles().size(), 5U);
+  EXPECT_THAT(sync(), Contains("갱신완료|벨모라=0/아웃룩=0|"));
+  EXPECT_EQ(valueOf(1, "JobTitle"), "행");
+}
+
+TEST_F(SyncTest, ConflictsEndAsTheUserDecides) {
+  struct Case {
+    const char* sides;
+    const ui::Button frmOutlookSyncModify::*button;  // nullptr: the frame's close box
+    const char* line;
+    const char* title;  // on both sides afterwards, or "" for each its own
+    const char* summary;
+  };
+  const std::vector<Case> cases{
+      {"rc", &frmOutlookSyncModify::Command4, "→충돌←(이름1)|0%|제외", "", "벨모라=0/아웃룩=0"},
+      {"rc", nullptr, "→충돌←(이름1)|0%|제외", "", "벨모라=0/아웃룩=0"},
+      {"rc", &frmOutlookSyncModify::Command3, "벨모라→이름1|100%|완료", "연락처",
+       "벨모라=1/아웃룩=0"},
+      {"cr", &frmOutlookSyncModify::Command3, "아웃룩→이름1|100%|완료", "행", "벨모라=0/아웃룩=1"},
+      {"rc", &frmOutlookSyncModify::Command1, "아웃룩→이름1|100%|완료", "행 고침",
+       "벨모라=0/아웃룩=1"},
+      {"cr", &frmOutlookSyncModify::Command2, "벨모라→이름1|100%|완료", "연락처 고침",
+       "벨모라=1/아웃룩=0"},
+  };
+  for (const Case& c : cases) {
+    startAfresh();
+    makePair(1, c.sides);
+    int shown = 0;
+    toolkit->dialog = [&](ui::Form& form) {
+      auto& window = dynamic_cast<frmOutlookSyncModify&>(form);
+      ++shown;
+      window.Check1.setValue(1);
+      window.Text4.setText("행 고침");
+      window.Text47.setText("연락처 고침");
+      if (c.button == nullptr) {
+        window.requestClose();
+      } else {
+        (window.*c.button).press();
+      }
+    };
+    const auto lines = sync();
+    EXPECT_EQ(shown, 1);
+    EXPECT_THAT(lines, Contains(c.line));
+    EXPECT_THAT(lines, Contains(std::string("갱신완료|") + c.summary + "|"));
+    const std::string title = c.title;
+    EXPECT_EQ(valueOf(1, "JobTitle"), title.empty() ? "행" : title) << c.line;
+    EXPECT_THAT(contactText("1.vcf"),
+                HasSubstr("TITLE:" + (title.empty() ? "연락처" : title) + "\r\n"));
+    if (!title.empty()) {
+      EXPECT_THAT(sync(), Contains("갱신완료|벨모라=0/아웃룩=0|")) << c.line;
+    }
+  }
+}
+
+TEST_F(SyncTest, WithTheBoxClearedTheNewerSideWinsUnasked) {
+  makePair(1, "rc");
+  makePair(2, "cr");
+  toolkit->dialog = [](ui::Form&) { FAIL() << "no window is to open"; };
+  EXPECT_THAT(sync(false), Contains("갱신완료|벨모라=1/아웃룩=1|"));
+}
+
+TEST_F(SyncTest, StopsFromTheWindowAndFromTheUserAlike) {
+  for (const bool fromWindow : {true, false}) {
+    startAfresh();
+    makePair(1, "r");
+    makePair(2, "rc");
+    makePair(3, "r");
+    toolkit->dialog = [&](ui::Form& form) {
+      auto& window = dynamic_cast<frmOutlookSyncModify&>(form);
+      (fromWindow ? window.Command6 : window.Command4).press();
+    };
+    std::vector<std::string> lines;
+    open([&](frmOutlookSync& window) {
+      int pumps = 0;
+      toolkit->onPump = [&] {
+        if (++pumps == 3 && !fromWindow) window.requestClose();
+      };
+      window.Combo1.setIndex(frmOutlookSync::kSync);
+      window.Command2.press();
+      for (const auto& row : window.ListView1.rows()) {
+        lines.push_back(row.cells[0] + "|" + row.cells[1] + "|" + row.cells[2]);
+      }
+      EXPECT_FALSE(window.isDone(frmOutlookSync::kSync));
+      EXPECT_EQ(window.ListView2.size(), fromWindow ? 2U : 1U);
+    });
+    toolkit->onPump = nullptr;
+    EXPECT_THAT(lines, Contains("갱신중지|중지됨|"));
+    EXPECT_THAT(lines,
+                Contains(fromWindow ? "연락처 비교/갱신|66%|중지" : "연락처 비교/갱신|100%|중지"));
+    EXPECT_EQ(toolkit->messages.back().text, "상호갱신 작업이 중지되었습니다!");
+    EXPECT_THAT(contactText("1.vcf"), HasSubstr("TITLE:행"));
+    EXPECT_THAT(contactText("3.vcf"), HasSubstr("TITLE:연락처"));
+  }
+}
+
+TEST_F(SyncTest, ASaveThatFailsIsShownAndCountsNothing) {
+  makePair(1, "rc");
+  toolkit->dialog = [](ui::Form& form) {
+    auto& window = dynamic_cast<frmOutlookSyncModify&>(form);
+    window.Check1.setValue(1);
+    window.Text3.setText("a' ,[FullName]='남의 이름");
+    window.Command1.press();
+  };
+  EXPECT_THAT(sync(), Contains("갱신완료|벨모라=0/아웃룩=0|"));
+  EXPECT_EQ(toolkit->messages.front().text, "벨모라 저장실패!");
+  EXPECT_EQ(valueOf(1, "FullName") + valueOf(1, "JobTitle"), "이름1행");
+  EXPECT_THAT(contactText("1.vcf"), HasSubstr("TITLE:연락처"));
+}
+
+TEST_F(SyncTest, RefusesWithoutCards) {
+  EXPECT_THAT(sync(), Not(Contains(HasSubstr("갱신완료"))));
+  EXPECT_EQ(toolkit->messages.back().text, "연결할 데이터가 없습니다!");
+}
+
+}  // namespace
+}  // namespace vlout::transfer

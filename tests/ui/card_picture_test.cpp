@@ -1,0 +1,102 @@
+#include "ui/card_picture.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/component_fixture.h"
+#include "ui/skin.h"
+
+namespace vlout::ui {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class CardPictureTest : public tests::ComponentFixture {
+ protected:
+  // The attachments of the only contact, as name=content.
+  std::vector<std::string> attachments() {
+    const auto contacts = openContacts();
+    const auto contact = contacts->item(1);
+    std::vector<std::string> result;
+    for (std::size_t i = 1; i <= contact->attachmentCount(); ++i) {
+      result.push_back(contact->attachmentName(i) + "=" + contact->attachmentContent(i));
+    }
+    return result;
+  }
+  void edit(const std::string& assignment) {
+    execute("UPDATE tbl_namecard SET " + assignment +
+            ",[Last_moddate]='2099/01/01 00:00:00' where i_idx=15");
+  }
+};
+
+TEST_F(CardPictureTest, ThePictureReplacesTheOneBeforeIt) {
+  addCard(15, {{"FullName", "홍길동"}, {"Fname", "card.jpg"}});
+  edit("[Thumbnail]='first'");
+  run(frmOutlookSync::kExport);
+  EXPECT_THAT(attachments(), ElementsAre("card.jpg=first"));
+  edit("[Thumbnail]='second',[Fname]='CARD.JPG'");
+  run(frmOutlookSync::kExport);
+  EXPECT_THAT(attachments(), ElementsAre("CARD.JPG=second"));
+  edit("[Fname]='other.jpg'");
+  run(frmOutlookSync::kExport);
+  EXPECT_THAT(attachments(), ElementsAre("CARD.JPG=second", "other.jpg=second"));
+  edit("[Thumbnail]=null");
+  run(frmOutlookSync::kExport);
+  EXPECT_EQ(attachments().size(), 2U);  // no picture: what is attached stays
+  EXPECT_THAT(tests::fileNames(folder() / "temp"), IsEmpty());
+}
+
+TEST_F(CardPictureTest, WithoutAFileNameItCarriesTheTemporaryOne) {
+  addCard(15, {{"FullName", "홍길동"}});
+  for (const char* picture : {"first", "second"}) {
+    edit(std::string("[Thumbnail]='") + picture + "'");
+    run(frmOutlookSync::kExport);
+    EXPECT_THAT(attachments(), ElementsAre(std::string("명함이미지15.jpg=") + picture));
+  }
+}
+
+TEST(SaveFieldToFile, WritesEveryByteInEitherWay) {
+  const tests::TemporaryFolder folder;
+  const auto file = folder.path() / "picture.jpg";
+  for (const std::size_t size : {0U, 1U, 8191U, 8192U, 8193U, 20000U}) {
+    std::string value(size, '\0');
+    for (std::size_t i = 0; i < size; ++i) value[i] = static_cast<char>(i * 31);
+    for (const FieldSaving how : {FieldSaving::Chunks, FieldSaving::Stream}) {
+      tests::writeFile(file, "an older file that is longer than nothing");
+      saveFieldToFile(file, value, how, 8192);
+      EXPECT_EQ(tests::readFile(file), value) << size;
+    }
+  }
+  EXPECT_THROW(saveFieldToFile(folder.path() / "none" / "x", "a", FieldSaving::Chunks, 8192),
+               std::system_error);
+}
+
+TEST_F(CardPictureTest, SkinsFollowTheHostsSettings) {
+  struct Case {
+    const char* settings;
+    std::vector<std::string> skins;
+  };
+  const std::vector<Case> cases{{"[COMMON]\r\nSKIN_THEME=2\r\n", {"Office2007.cjstyles"}},
+                                {"[COMMON]\r\nSKIN_THEME=7\r\n", {"WinXP.Luna.cjstyles"}},
+                                {"[COMMON]\r\nSKIN_THEME=8\r\n", {}},
+                                {"[COMMON]\r\nSKIN_THEME=-1\r\n", {}},
+                                {"[COMMON]\r\nSKIN_THEME=blue\r\n", {"WinXP.Luna.cjstyles"}},
+                                {"\xFF\xFF", {"WinXP.Luna.cjstyles"}}};
+  for (const bool fileThere : {false, true}) {
+    for (const Case& c : cases) {
+      toolkit->skins.clear();
+      tests::writeFile(folder() / "settings.ini", c.settings);
+      open([](frmOutlookSync&) {});
+      EXPECT_EQ(toolkit->skins, fileThere ? c.skins : std::vector<std::string>{}) << c.settings;
+    }
+    tests::writeFile(folder() / "Styles" / "Office2007.cjstyles", "");
+    tests::writeFile(folder() / "Styles" / "WinXP.Luna.cjstyles", "");
+  }
+}
+
+}  // namespace
+}  // namespace vlout::ui

@@ -1,0 +1,231 @@
+#include "ui/frm_outlook_sync_modify.h"
+
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/support/component_fixture.h"
+#include "ui/frm_address_input.h"
+
+namespace vlout::ui {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+class CompareWindowTest : public tests::ComponentFixture {
+ protected:
+  // Runs a sync in which `user` has the compare window of card 1 and "1.vcf".
+  std::vector<std::string> compare(const std::function<void(frmOutlookSyncModify&)>& user) {
+    toolkit->dialog = [&](Form& form) {
+      if (auto* const address = dynamic_cast<frmAddressInput*>(&form)) {
+        onAddress(*address);
+      } else {
+        user(dynamic_cast<frmOutlookSyncModify&>(form));
+        if (form.isVisible()) form.requestClose();
+      }
+    };
+    return run(frmOutlookSync::kSync);
+  }
+  void makeConflict(const std::vector<std::pair<std::string, std::string>>& columns,
+                    const std::string& lines) {
+    startAfresh();
+    addCard(1, columns);
+    setStamps(1, "2025/01/02 00:00:00", "2025/01/01 00:00:00", "2025/01/01 00:00:00");
+    writeContact("1.vcf", lines + "X-VLID:1\r\n", "2025/01/03 04:05:06");
+  }
+  std::vector<std::string> texts() const {
+    std::vector<std::string> result;
+    for (const auto& message : toolkit->messages) result.push_back(message.text);
+    return result;
+  }
+
+  std::function<void(frmAddressInput&)> onAddress = [](frmAddressInput& dialog) {
+    dialog.Command2.press();
+  };
+};
+
+TEST_F(CompareWindowTest, OpensLockedWithDifferencesMarked) {
+  makeConflict({{"FullName", "홍길동"},
+                {"JobTitle", "부장"},
+                {"Department", " "},
+                {"Categories", "VIP"},
+                {"Birthday", "1980/3/2"},
+                {"company_nation", "대한민국"},
+                {"company_sido", "서울"},
+                {"company_addr", "테헤란로"}},
+               "N:홍;길동;;;\r\nTITLE:이사\r\nADR;TYPE=WORK:;;테헤란로;;서울;;대한민국\r\nBDAY:"
+               "1980-03-02\r\n");
+  bool shown = false;
+  compare([&](frmOutlookSyncModify& window) {
+    shown = true;
+    EXPECT_EQ(window.Label32.text(), "▶▶▶▶▶");
+    EXPECT_EQ(window.Label29.text(), "수정일:2025-01-02 00:00:00");
+    EXPECT_EQ(window.Label30.text(), "수정일:2025-01-03 04:05:06");
+    EXPECT_EQ(window.Text4.text() + "/" + window.Text47.text(), "부장/이사");
+    EXPECT_EQ(window.Text4.foreColour(), Colour::LightRed);
+    EXPECT_EQ(window.Text47.foreColour(), Colour::LightRed);
+    EXPECT_EQ(window.Text3.foreColour(), Colour::LightRed);  // a blank is not nothing
+    EXPECT_EQ(window.Text54.foreColour(), Colour::Black);    // categories are never compared
+    EXPECT_EQ(window.Text22.text(), "1980-03-02");
+    EXPECT_EQ(window.Text29.foreColour(), Colour::Black);
+    EXPECT_EQ(window.Text27.text(), "");  // no date
+    EXPECT_EQ(window.Text14.text(), "서울 테헤란로");
+    EXPECT_EQ(window.VL_Company_Juso1.text(), "대한민국");
+    EXPECT_EQ(window.Text37.text(), "서울 테헤란로");
+    EXPECT_EQ(window.Text1.text() + window.Text50.text(), "홍길동홍길동");
+    EXPECT_TRUE(window.Text1.locked() && window.Text54.locked());
+    EXPECT_EQ(window.Text25.backColour(), Colour::ButtonFace);
+    EXPECT_FALSE(window.Command1.visible() || window.Command2.visible());
+    EXPECT_EQ(window.Label31.text(), "수정불가");
+    window.Check1.setValue(1);
+    EXPECT_TRUE(window.Command1.visible() && window.Command2.visible());
+    EXPECT_FALSE(window.Text1.locked());
+    EXPECT_EQ(window.Text1.backColour(), Colour::White);
+    EXPECT_EQ(window.Label31.text(), "수정가능");
+    window.Check1.setValue(0);
+    EXPECT_TRUE(window.Text1.locked());
+    window.Command8.press();
+    window.Command5.press();
+    window.Command7.press();  // has no action
+  });
+  EXPECT_TRUE(shown);
+  EXPECT_EQ(toolkit->messages[0].text.substr(0, 10), std::string("→충돌←\r\n").substr(0, 10));
+  EXPECT_EQ(toolkit->messages[1].text, "현재 설치된 아웃룩버전은 지원하지 않습니다!");
+}
+
+TEST_F(CompareWindowTest, ValidatesEachSideInItsOwnWay) {
+  struct Case {
+    bool cardSide;
+    const char* name;
+    const char* birthday;
+    const char* anniversary;
+    const char* refusal;  // the beginning of the message, or "" when it goes through
+  };
+  const std::vector<Case> cases{
+      {true, "", "", "", "이름은 공백일수 없습니다!"},
+      {true, "홍", "언젠가", "",
+       "생년월일 날짜형식이 부적당합니다.\r\n형식: 2006/12/25 or 2006-09-25"},
+      {true, "홍", "", "2001-02-03", "기념일 날짜형식이 부적당합니다."},  // it needs a birthday
+      {true, "홍", "1980-01-01", "언젠가", ""},  // and is not looked at itself
+      {true, "홍", "1980-01-01", "2001-02-03", ""},
+      {true, "홍", "", "", ""},
+      {false, "", "", "", "이름은 공백일수 없습니다!"},
+      {false, "홍", "1980-13-01", "", "생년월일 날짜형식이 부적당합니다."},
+      {false, "홍", "", "2001-02-03", ""},
+      {false, "홍", "1980-01-01", "언젠가", "기념일 날짜형식이 부적당합니다."},
+  };
+  for (const Case& c : cases) {
+    makeConflict({{"FullName", "홍길동"}}, "N:홍;길동;;;\r\n");
+    std::vector<std::string> messages;
+    compare([&](frmOutlookSyncModify& window) {
+      window.Check1.setValue(1);
+      (c.cardSide ? window.Text1 : window.Text50).setText(c.name);
+      (c.cardSide ? window.Text22 : window.Text29).setText(c.birthday);
+      (c.cardSide ? window.Text24 : window.Text27).setText(c.anniversary);
+      (c.cardSide ? window.Command1 : window.Command2).press();
+      messages = texts();
+      EXPECT_EQ(window.isVisible(), *c.refusal != '\0');
+    });
+    if (*c.refusal == '\0') {
+      EXPECT_THAT(messages, IsEmpty()) << c.birthday << c.anniversary;
+    } else {
+      EXPECT_THAT(messages, ElementsAre(StartsWith(c.refusal)));
+    }
+  }
+}
+
+TEST_F(CompareWindowTest, TheCardSideIsSavedToBothSides) {
+  makeConflict({{"FullName", "홍길동"}, {"folder_name", "폴더"}, {"Birthday", "1980-01-01"}},
+               "N:홍;길동;;;\r\nTITLE:이사\r\nNOTE:메모\r\nBDAY:1981-01-01\r\nX-KEEP:me\r\n");
+  compare([](frmOutlookSyncModify& window) {
+    window.Check1.setValue(1);
+    window.Text1.setText("다른 이름");  // is checked, but not written
+    window.Text2.setText("(주)산업");
+    window.Text22.setText("");
+    window.Text54.setText("VIP");
+    window.Text15.setText("06236");
+    window.Command1.press();
+  });
+  EXPECT_THAT(texts(), ElementsAre(StartsWith("상호갱신 작업이 완료")));
+  EXPECT_EQ(valueOf(1, "FullName") + valueOf(1, "folder_name"), "홍길동폴더");
+  EXPECT_EQ(valueOf(1, "CompanyName"), "㈜산업");
+  EXPECT_EQ(valueOf(1, "Birthday"), "NULL");
+  EXPECT_EQ(valueOf(1, "Categories"), "VIP");
+  const std::string contact = contactText("1.vcf");
+  for (const char* part :
+       {"ORG:㈜산업", "CATEGORIES:VIP", "N:홍;길동;;;", "X-KEEP:me", ";06236;"}) {
+    EXPECT_THAT(contact, HasSubstr(part));
+  }
+  for (const char* gone : {"이사", "메모", "BDAY"}) {
+    EXPECT_THAT(contact, testing::Not(HasSubstr(gone)));  // what the kept side lacks
+  }
+  EXPECT_EQ(valueOf(1, "Last_moddate"), valueOf(1, "VLLastsync_date"));
+}
+
+TEST_F(CompareWindowTest, TheOutlookSideIsSavedToBothSides) {
+  makeConflict({{"FullName", "홍길동"}, {"JobTitle", "부장"}, {"company_fax1", "02-1"}},
+               "N:홍;길동;;;\r\nTITLE:이사\r\nADR;TYPE=HOME:7;;가로;나구;다시;11111;\r\n"
+               "ADR;TYPE=WORK:;;라로;마구;바시;;\r\nX-GENDER:Male\r\n");
+  compare([](frmOutlookSyncModify& window) {
+    window.Check1.setValue(1);
+    window.Text50.setText("김,철수");
+    window.Text51.setText("여");
+    window.Text49.setText("(주)산업's");
+    window.Text29.setText("1990-05-06");
+    window.Text37.setText("새 주소 한 줄");  // the line itself, not its parts
+    window.Command2.press();
+  });
+  EXPECT_THAT(texts(), ElementsAre(StartsWith("상호갱신 작업이 완료")));
+  EXPECT_THAT(contactText("1.vcf"), HasSubstr("N:김;철수;;;"));
+  EXPECT_THAT(contactText("1.vcf"), HasSubstr("ADR;TYPE=HOME:7;;가로;나구;다시;11111;"));
+  EXPECT_THAT(contactText("1.vcf"), HasSubstr("ADR;TYPE=WORK:;;새 주소 한 줄;;;;"));
+  EXPECT_EQ(valueOf(1, "FullName"), "홍길동");  // the row keeps its name
+  EXPECT_EQ(valueOf(1, "CompanyName"), "㈜산업's");
+  EXPECT_EQ(valueOf(1, "JobTitle"), "이사");
+  EXPECT_EQ(valueOf(1, "Gender"), "여");
+  EXPECT_EQ(valueOf(1, "Birthday"), "1990-05-06");
+  EXPECT_EQ(valueOf(1, "home_addr"), "다시 나구 가로 7");
+  EXPECT_EQ(valueOf(1, "home_zipcode"), "11111");
+  EXPECT_EQ(valueOf(1, "company_fax1"), "");
+}
+
+TEST_F(CompareWindowTest, AddressesAreEditedInTheirParts) {
+  makeConflict({{"FullName", "홍길동"}, {"etc_nation", "대한민국"}, {"etc_addr", "가로"}},
+               "N:홍;길동;;;\r\nADR;TYPE=HOME:;;라로;;;;\r\n");
+  compare([&](frmOutlookSyncModify& window) {
+    onAddress = [](frmAddressInput& dialog) {
+      EXPECT_EQ(dialog.caption, "주소편집");
+      EXPECT_EQ(dialog.Juso1.text() + "/" + dialog.Juso4.text(), "대한민국/가로");
+      dialog.Juso2.setText("서울");
+      dialog.Juso3.setText("강남구");
+      dialog.Command1.press();
+      EXPECT_TRUE(dialog.isLoaded());  // hidden, still readable
+    };
+    window.Command10.press();
+    EXPECT_EQ(window.Text16.text(), "서울 강남구 가로");
+    EXPECT_EQ(window.VL_Etc_Juso2.text(), "서울");
+    onAddress = [](frmAddressInput& dialog) {
+      dialog.Juso4.setText("버림");
+      dialog.Command2.press();
+    };
+    window.Command14.press();
+    EXPECT_EQ(window.Text33.text(), "라로");
+    onAddress = [](frmAddressInput& dialog) {
+      for (TextBox* box :
+           {&dialog.Juso1, &dialog.Juso2, &dialog.Juso3, &dialog.Juso4, &dialog.Juso5}) {
+        box->setText("");
+      }
+      dialog.Command1.press();
+    };
+    window.Command14.press();
+    EXPECT_EQ(window.Text33.text(), "");
+  });
+}
+
+}  // namespace
+}  // namespace vlout::ui
