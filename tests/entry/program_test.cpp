@@ -7,6 +7,7 @@
 #include <signal.h>
 #include <string>
 #include <sys/mount.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -270,6 +271,94 @@ TEST_F(ProgramTest, AKilledExportIsTakenUpAgain) {
             static_cast<std::size_t>(kCards));
   EXPECT_EQ(connection.query("PRAGMA integrity_check")->field("integrity_check"), "ok");
   EXPECT_THAT(run(exportAll()).out, HasSubstr("추가=0/갱신=0"));
+}
+
+// The same of an import: contacts whose rows are taken away are added again, each once.
+TEST_F(ProgramTest, AKilledImportIsTakenUpAgain) {
+  constexpr int kCards = 2000;
+  sample(kCards);
+  run(exportAll());
+  const std::vector<std::string> import{"run", "import", "--folder", folder()};
+  {
+    store::SqliteConnection connection;
+    connection.open({.componentFolder = folder()});
+    // Contacts that share all their data would be taken for one person: each gets a number of its
+    // own.
+    connection.execute("DELETE FROM tbl_namecard");
+  }
+  int index = 0;
+  for (const auto& name : tests::fileNames(contacts())) {
+    const std::string text =
+        "BEGIN:VCARD\r\nVERSION:3.0\r\nN:홍;길동;;;\r\nFN:홍길동\r\nTEL;TYPE=CELL:010-" +
+        std::to_string(++index) + "\r\nX-KEEP:" + name + "\r\nEND:VCARD\r\n";
+    tests::writeFile(contacts() / name, text);
+  }
+  int kills = 0;
+  for (int round = 0; round < 30; ++round) {
+    const pid_t child = start(import);
+    std::this_thread::sleep_for(std::chrono::microseconds(3000 + 1700 * round));
+    kill(child, SIGKILL);
+    if (finish(child).status == -SIGKILL) ++kills;
+  }
+  EXPECT_GT(kills, 5);
+  EXPECT_EQ(run(import).status, 0);
+  const auto keys = contactKeys();
+  EXPECT_EQ(keys.size(), static_cast<std::size_t>(kCards));
+  store::SqliteConnection connection;
+  connection.open({.componentFolder = folder()});
+  const auto rows = connection.query("SELECT i_idx,cellphone FROM tbl_namecard");
+  EXPECT_EQ(rows->rowCount(), static_cast<std::size_t>(kCards));
+  outlook::vcard::VCardStore store(contacts().string());
+  ASSERT_TRUE(store.connect());
+  store.openContactsFolder();
+  std::map<std::string, std::string> phones;
+  for (std::size_t i = 1; i <= store.count(); ++i) {
+    const auto contact = store.item(i);
+    phones[outlook::readVLID(*contact)] =
+        contact->text(outlook::ContactProperty::MobileTelephoneNumber);
+  }
+  for (; !rows->atEnd(); rows->moveNext()) {
+    EXPECT_EQ(phones[std::string(*rows->field("i_idx"))], *rows->field("cellphone"));
+  }
+}
+
+// And of a sync: every pair ends in step, whichever side was the newer one.
+TEST_F(ProgramTest, AKilledSyncIsTakenUpAgain) {
+  constexpr int kCards = 2000;
+  sample(kCards);
+  run(exportAll());
+  store::SqliteConnection connection;
+  connection.open({.componentFolder = folder()});
+  connection.execute(
+      "UPDATE tbl_namecard SET [JobTitle]='새 직함',[Last_moddate]='2099/01/01 00:00:00' where "
+      "i_idx "
+      "% 2 = 0");
+  int index = 0;
+  for (const auto& name : tests::fileNames(contacts())) {
+    std::string text = tests::readFile(contacts() / name);
+    const std::size_t key = text.find("X-VLID:");
+    if (std::stoi(text.substr(key + 7)) % 2 == 0) continue;
+    text.insert(text.find("X-VLID:"), "NICKNAME:" + std::to_string(++index) + "\r\nROLE:a\r\n");
+    tests::writeFile(contacts() / name, text);
+    const timespec times[2] = {{4'000'000'000, 0}, {4'000'000'000, 0}};
+    utimensat(AT_FDCWD, (contacts() / name).c_str(), times, 0);
+  }
+  const std::vector<std::string> sync{"run", "sync", "--folder", folder()};
+  int kills = 0;
+  for (int round = 0; round < 25; ++round) {
+    const pid_t child = start(sync);
+    std::this_thread::sleep_for(std::chrono::microseconds(3000 + 1500 * round));
+    kill(child, SIGKILL);
+    if (finish(child).status == -SIGKILL) ++kills;
+  }
+  EXPECT_GT(kills, 5);
+  EXPECT_EQ(run(sync).status, 0);
+  EXPECT_THAT(run(sync).out, HasSubstr("벨모라=0/아웃룩=0"));
+  EXPECT_EQ(contactKeys().size(), static_cast<std::size_t>(kCards));
+  const auto uneven = connection.query(
+      "SELECT i_idx FROM tbl_namecard WHERE Last_moddate<>Outlook_modate OR "
+      "Last_moddate<>VLLastsync_date OR (i_idx % 2 = 0 AND JobTitle<>'새 직함')");
+  EXPECT_EQ(uneven->rowCount(), 0U);
 }
 
 TEST_F(ProgramTest, AFullDiskLeavesNothingByHalves) {

@@ -1,0 +1,239 @@
+// Many rounds of random edits on both sides and random transfers. A model that knows nothing of the
+// engines predicts every count and every value; after each run both sides must look like it, and
+// the same run again must change nothing.
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <random>
+#include <set>
+#include <string>
+#include <sys/stat.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/component_fixture.h"
+#include "text/ascii.h"
+
+namespace vlout::transfer {
+namespace {
+
+using ui::frmOutlookSync;
+
+// One card and its contact as they should be. Times are seconds of a clock that moves with every
+// edit.
+struct ModelPair {
+  std::string rowTitle, contactTitle;
+  bool hasContact = false;
+  std::int64_t last = 0, outlook = 0, sync = 0;  // the row's dates
+  std::int64_t contact = 0;                      // the contact's time
+};
+
+struct ModelRun {
+  frmOutlookSync::Mode mode;
+  bool add, update, ignoreConflicts, showConflicts;
+};
+
+class AgreementTest : public tests::ComponentFixture {
+ protected:
+  static int setting(const char* name, int usual) {
+    const char* const value = std::getenv(name);
+    return value == nullptr ? usual : std::atoi(value);
+  }
+  std::uint64_t random(std::uint64_t below) { return generator() % below; }
+
+  std::filesystem::path fileOf(int id) { return contactsFolder() / files.at(id); }
+
+  void findFiles() {
+    files.clear();
+    for (const std::string& name : cardFiles()) {
+      const std::string text = contactText(name);
+      const std::size_t key = text.find("X-VLID:");
+      ASSERT_NE(key, std::string::npos) << name;
+      const int id = std::atoi(text.c_str() + key + 7);
+      ASSERT_TRUE(files.emplace(id, name).second) << "two contacts of card " << id;
+    }
+  }
+
+  void editRow(int id) {
+    ModelPair& pair = model[id];
+    pair.rowTitle = "행" + std::to_string(++clock);
+    pair.last = clock;
+    execute("UPDATE tbl_namecard SET [JobTitle]='" + pair.rowTitle + "',[Last_moddate]='" +
+            text::formatStamp({clock, 0}) + "' where [i_idx]=" + std::to_string(id));
+  }
+
+  void editContact(int id) {
+    ModelPair& pair = model[id];
+    if (!pair.hasContact) return;
+    std::string text = tests::readFile(fileOf(id));
+    const std::string title = "연락처" + std::to_string(++clock);
+    text = text::replaceAll(text, "TITLE:" + pair.contactTitle + "\r\n", "TITLE:" + title + "\r\n");
+    if (text.find("X-KEEP:") == std::string::npos) {
+      text = text::replaceAll(text, "END:VCARD",
+                              "X-KEEP;Q=\"a;b\":" + std::to_string(id) + ",c;d\r\nEND:VCARD");
+      kept.insert(id);
+    }
+    tests::writeFile(fileOf(id), text);
+    tests::setModified(fileOf(id), text::formatStamp({clock, 0}));
+    pair.contactTitle = title;
+    pair.contact = clock;
+  }
+
+  void deleteContact(int id) {
+    if (!model[id].hasContact) return;
+    std::filesystem::remove(fileOf(id));
+    files.erase(id);
+    kept.erase(id);
+    model[id].hasContact = false;
+  }
+
+  // What the run should do; its summary. A pair that it writes gets the contact's time, which only
+  // the file knows: 0 stands for it until then.
+  std::string predict(const ModelRun& run) {
+    int added = 0, toRow = 0, toContact = 0, conflicts = 0;
+    for (auto& [id, pair] : model) {
+      if (!pair.hasContact) {
+        if (run.mode != frmOutlookSync::kExport || !run.add) continue;
+        pair.hasContact = true;
+        pair.contactTitle = pair.rowTitle;
+        pair.last = pair.outlook = pair.sync = pair.contact = 0;
+        ++added;
+        continue;
+      }
+      const bool rowNewer = pair.last > pair.contact;
+      const bool contactNewer = pair.last < pair.contact;
+      const bool bothChanged = pair.last > pair.sync && pair.contact > pair.outlook;
+      const bool concerned =
+          run.mode == frmOutlookSync::kSync ||
+          (run.update && (run.mode == frmOutlookSync::kExport ? rowNewer : contactNewer));
+      if (!concerned || (!rowNewer && !contactNewer)) continue;
+      const bool asked =
+          run.mode == frmOutlookSync::kSync ? run.showConflicts : !run.ignoreConflicts;
+      if (asked && bothChanged) {
+        ++conflicts;
+        continue;
+      }
+      (rowNewer ? pair.contactTitle : pair.rowTitle) = rowNewer ? pair.rowTitle : pair.contactTitle;
+      ++(rowNewer ? toContact : toRow);
+      pair.last = pair.outlook = pair.sync = pair.contact = 0;
+    }
+    if (run.mode == frmOutlookSync::kSync) {
+      return "벨모라=" + std::to_string(toRow) + "/아웃룩=" + std::to_string(toContact);
+    }
+    std::string text =
+        "추가=" + std::to_string(added) + "/갱신=" + std::to_string(toRow + toContact);
+    return conflicts == 0 ? text : text + "/충돌=" + std::to_string(conflicts);
+  }
+
+  std::string transfer(const ModelRun& run) {
+    const auto lines = this->run(run.mode, [&](frmOutlookSync& window) {
+      window.import_check2.setValue(run.update);
+      window.Export_Check1.setValue(run.add);
+      window.Export_Check2.setValue(run.update);
+      window.import_check3.setValue(run.ignoreConflicts);
+      window.Export_Check3.setValue(run.ignoreConflicts);
+      window.Sync_Check2.setValue(run.showConflicts);
+    });
+    const std::string& last = lines.back();
+    return last.substr(last.find('|') + 1, last.rfind('|') - last.find('|') - 1);
+  }
+
+  void compareWithModel() {
+    findFiles();
+    const auto rows = database.query(
+        "SELECT i_idx,JobTitle,Last_moddate,Outlook_modate,VLLastsync_date FROM tbl_namecard");
+    ASSERT_EQ(rows->rowCount(), model.size());
+    std::size_t contacts = 0;
+    for (; !rows->atEnd(); rows->moveNext()) {
+      const int id = std::atoi(std::string(*rows->field("i_idx")).c_str());
+      ModelPair& pair = model.at(id);
+      ASSERT_EQ(*rows->field("JobTitle"), pair.rowTitle) << id;
+      ASSERT_EQ(files.contains(id), pair.hasContact) << id;
+      if (!pair.hasContact) continue;
+      ++contacts;
+      const std::string text = tests::readFile(fileOf(id));
+      ASSERT_NE(text.find("TITLE:" + pair.contactTitle + "\r\n"), std::string::npos) << id;
+      if (kept.contains(id)) {
+        ASSERT_NE(text.find("X-KEEP;Q=\"a;b\":" + std::to_string(id) + ",c;d\r\n"),
+                  std::string::npos)
+            << id;
+      }
+      if (pair.contact != 0) continue;
+      // Just transferred: all three dates are the contact's time.
+      ASSERT_EQ(rows->field("Last_moddate"), rows->field("Outlook_modate")) << id;
+      ASSERT_EQ(rows->field("Last_moddate"), rows->field("VLLastsync_date")) << id;
+      pair.contact = text::parseDateTime(*rows->field("Last_moddate"))->seconds;
+      pair.last = pair.outlook = pair.sync = pair.contact;
+      ASSERT_EQ(modificationTime(id), pair.contact) << id;
+    }
+    ASSERT_EQ(files.size(), contacts);
+  }
+
+  std::int64_t modificationTime(int id) {
+    struct stat status {};
+    EXPECT_EQ(stat(fileOf(id).c_str(), &status), 0);
+    return text::fromUnixTime(status.st_mtim.tv_sec, 0).seconds;
+  }
+
+  std::string everything() {
+    std::string all;
+    for (const auto& [id, name] : files) {
+      all += name + std::to_string(modificationTime(id)) + contactText(name);
+    }
+    const auto rows = database.query("SELECT * FROM tbl_namecard");
+    for (; !rows->atEnd(); rows->moveNext()) {
+      for (const char* column : {"FullName", "JobTitle", "Last_moddate", "Outlook_modate"}) {
+        all += *rows->field(column);
+      }
+    }
+    return all;
+  }
+
+  std::mt19937_64 generator{7};
+  std::map<int, ModelPair> model;
+  std::map<int, std::string> files;
+  std::set<int> kept;  // cards whose contact has a property that is none of ours
+  std::int64_t clock = text::localNow().seconds + 86'400;
+};
+
+TEST_F(AgreementTest, EveryRoundEndsAsTheModelSays) {
+  const int cards = setting("VLOUT_AGREEMENT_CARDS", 150);
+  const int rounds = setting("VLOUT_AGREEMENT_ROUNDS", 60);
+  for (int id = 1; id <= cards; ++id) {
+    addCard(id, {{"FullName", "사람" + std::to_string(id)},
+                 {"Outlook_modate", ""},
+                 {"VLLastsync_date", ""}});
+    editRow(id);
+  }
+  for (int round = 0; round < rounds; ++round) {
+    const auto some = [&](auto edit) {
+      for (std::uint64_t n = random(static_cast<std::uint64_t>(cards) / 5 + 1); n > 0; --n) {
+        edit(1 + static_cast<int>(random(static_cast<std::uint64_t>(cards))));
+      }
+    };
+    for (int half = 0; half < 2; ++half) {  // either side may be the later one
+      some([&](int id) { editRow(id); });
+      some([&](int id) { editContact(id); });
+    }
+    if (round % 3 == 0)
+      some([&](int id) {
+        if (random(4) == 0) deleteContact(id);
+      });
+    const ModelRun run{.mode = static_cast<frmOutlookSync::Mode>(round == 0 ? 1 : random(3)),
+                       .add = random(4) != 0,
+                       .update = random(4) != 0,
+                       .ignoreConflicts = random(2) != 0,
+                       .showConflicts = random(2) != 0};
+    const std::string predicted = predict(run);
+    ASSERT_EQ(transfer(run), predicted) << "round " << round << ", mode " << run.mode;
+    ASSERT_NO_FATAL_FAILURE(compareWithModel()) << "round " << round << ", mode " << run.mode;
+    const std::string before = everything();
+    transfer(run);
+    ASSERT_EQ(everything() == before, true)
+        << "round " << round << ": the run again changed something";
+  }
+}
+
+}  // namespace
+}  // namespace vlout::transfer
