@@ -6,6 +6,9 @@ import sys
 FLOORS = {
     "exportNew": ["floorNewSafe", "floorNewPlain"],
     "exportOneInTen": ["floorOneInTenSafe"],
+    "importNew": ["floorImport"],
+    "syncOneCardInTen": ["floorOneInTenSafe"],
+    "syncOneContactInTen": ["floorOneInTenSafe"],
 }
 
 

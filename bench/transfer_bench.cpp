@@ -24,6 +24,8 @@
 #include "store/sqlite/sqlite_connection.h"
 #include "transfer/change_detection.h"
 #include "transfer/export.h"
+#include "transfer/import.h"
+#include "transfer/sync.h"
 #include "transfer/work_list_loader.h"
 
 namespace {
@@ -50,6 +52,18 @@ class SilentWindow : public transfer::RunWindow {
   std::vector<std::string> lines_;
 };
 
+class NoConflicts : public transfer::ConflictDialog {
+ public:
+  int resolve(const transfer::ConflictPair&) override { return transfer::kSkipPair; }
+  bool saveCardSide(const transfer::ConflictPair&) override { return false; }
+  bool saveOutlookSide(const transfer::ConflictPair&) override { return false; }
+};
+
+std::string readFile(const std::filesystem::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
 // A sample component folder of its own for each measurement.
 class Scene {
  public:
@@ -70,6 +84,43 @@ class Scene {
     outlook::vcard::VCardStore contacts(contactFolder().string());
     if (!contacts.connect()) throw std::runtime_error(contacts.connectFailure());
     transfer::Export(connection_, contacts, list_, window_, {}).run();
+  }
+
+  void importAll() {
+    load();
+    outlook::vcard::VCardStore contacts(contactFolder().string());
+    if (!contacts.connect()) throw std::runtime_error(contacts.connectFailure());
+    std::vector<std::size_t> pending;
+    transfer::Import(connection_, contacts, list_, pending, window_, {}, {"2", "미정"}).run();
+  }
+
+  void syncAll() {
+    load();
+    outlook::vcard::VCardStore contacts(contactFolder().string());
+    if (!contacts.connect()) throw std::runtime_error(contacts.connectFailure());
+    NoConflicts conflicts;
+    transfer::Sync(connection_, contacts, list_, window_, conflicts, {}).run();
+  }
+
+  // Contacts as another program made them: no keys, and no rows in the database.
+  void forgetCards() {
+    connection_.execute("DELETE FROM tbl_namecard");
+    for (const auto& entry : std::filesystem::directory_iterator(contactFolder())) {
+      std::string text = readFile(entry.path());
+      const std::size_t key = text.find("X-VLID:");
+      text.erase(key, text.find('\n', key) + 1 - key);
+      std::ofstream(entry.path(), std::ios::binary) << text;
+    }
+  }
+
+  // As if one contact in ten had been edited after the last transfer.
+  void editOneContactInTen() {
+    std::size_t index = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(contactFolder())) {
+      if (index++ % 10 != 0) continue;
+      const auto later = std::filesystem::file_time_type::clock::now() + std::chrono::hours(1);
+      std::filesystem::last_write_time(entry.path(), later);
+    }
   }
 
   // As if one card in ten had been edited after the last transfer.
@@ -125,6 +176,45 @@ void exportOneInTen(benchmark::State& state) {
   }
 }
 
+void importNew(benchmark::State& state) {
+  for (auto _ : state) {
+    Scene scene(state.range(0));
+    scene.exportAll();
+    scene.forgetCards();
+    measure(state, [&] { scene.importAll(); });
+  }
+}
+
+void importNothingToDo(benchmark::State& state) {
+  Scene scene(state.range(0));
+  scene.exportAll();
+  for (auto _ : state) measure(state, [&] { scene.importAll(); });
+}
+
+void syncNothingToDo(benchmark::State& state) {
+  Scene scene(state.range(0));
+  scene.exportAll();
+  for (auto _ : state) measure(state, [&] { scene.syncAll(); });
+}
+
+void syncOneCardInTen(benchmark::State& state) {
+  Scene scene(state.range(0));
+  scene.exportAll();
+  for (auto _ : state) {
+    scene.editOneInTen();
+    measure(state, [&] { scene.syncAll(); });
+  }
+}
+
+void syncOneContactInTen(benchmark::State& state) {
+  Scene scene(state.range(0));
+  scene.exportAll();
+  for (auto _ : state) {
+    scene.editOneContactInTen();
+    measure(state, [&] { scene.syncAll(); });
+  }
+}
+
 // --- floors -------------------------------------------------------------------------------------
 
 enum class Writing { Plain, Safe };
@@ -147,9 +237,7 @@ std::vector<FloorFile> exportedFiles(Scene& scene) {
   scene.exportAll();
   std::vector<FloorFile> files;
   for (const auto& entry : std::filesystem::directory_iterator(scene.contactFolder())) {
-    std::ifstream stream(entry.path(), std::ios::binary);
-    files.push_back(
-        {entry.path().filename().string(), {std::istreambuf_iterator<char>(stream), {}}});
+    files.push_back({entry.path().filename().string(), readFile(entry.path())});
   }
   return files;
 }
@@ -170,6 +258,25 @@ void writeFloor(benchmark::State& state, Writing writing, std::size_t oneIn, boo
         transfer::writeSyncDates(scene.connection(), stamp, std::to_string(i + 1));
       }
       if (writing == Writing::Safe) syncfs(folder);
+    });
+    close(folder);
+  }
+}
+
+// As many files rewritten as an import stamps, and as many rows inserted, of two columns only.
+void floorImport(benchmark::State& state) {
+  Scene scene(state.range(0));
+  const auto files = exportedFiles(scene);
+  for (auto _ : state) {
+    scene.connection().execute("DELETE FROM tbl_namecard");
+    const int folder = open(scene.contactFolder().c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    measure(state, [&] {
+      for (std::size_t i = 0; i < files.size(); ++i) {
+        writeFloorFile(folder, files[i].name, files[i].text, Writing::Safe);
+        scene.connection().execute("INSERT INTO tbl_namecard(i_idx,FullName) VALUES(" +
+                                   std::to_string(i + 1) + ",'홍길동')");
+      }
+      syncfs(folder);
     });
     close(folder);
   }
@@ -200,5 +307,11 @@ BENCHMARK(floorNewPlain)->Apply(configure);
 BENCHMARK(exportNothingToDo)->Apply(configure);
 BENCHMARK(exportOneInTen)->Apply(configure);
 BENCHMARK(floorOneInTenSafe)->Apply(configure);
+BENCHMARK(importNew)->Apply(configure);
+BENCHMARK(floorImport)->Apply(configure);
+BENCHMARK(importNothingToDo)->Apply(configure);
+BENCHMARK(syncNothingToDo)->Apply(configure);
+BENCHMARK(syncOneCardInTen)->Apply(configure);
+BENCHMARK(syncOneContactInTen)->Apply(configure);
 
 }  // namespace
