@@ -1,6 +1,7 @@
 #include "entry/export_list.h"
 
 #include <algorithm>
+#include <exception>
 #include <sstream>
 #include <system_error>
 
@@ -21,19 +22,47 @@ std::string sevenDigits(const std::string& line) {
   return digits;
 }
 
+std::string folderQuery(const std::string& folderId) {
+  return "SELECT Folder_Name,p_idx FROM tbl_folder Where f_idx=" + folderId;
+}
+
 }  // namespace
 
+std::vector<std::string> ExportList::readLines() const {
+  std::vector<std::string> result;
+  std::istringstream stream(text::replaceAll(readTextFile(file_), "\r\n", "\n"));
+  for (std::string line; std::getline(stream, line);) result.emplace_back(text::trim(line));
+  return result;
+}
+
 std::vector<std::string> ExportList::lines() const {
-  std::string content;
   try {
-    content = readTextFile(file_);
+    return readLines();
   } catch (const std::system_error&) {
     return {};  // no list is a list of nothing; the loader tells the user
   }
-  std::vector<std::string> result;
-  std::istringstream stream(text::replaceAll(content, "\r\n", "\n"));
-  for (std::string line; std::getline(stream, line);) result.emplace_back(text::trim(line));
-  return result;
+}
+
+std::string ExportList::explainFolder(store::Connection& connection) const {
+  try {
+    const auto all = readLines();
+    const std::string id = all.empty() ? "" : all.front();
+    if (!readFolder(connection).id.empty()) return {};
+    if (!text::parseInteger(id)) return file_.string() + ": 첫 줄에 그룹 번호가 없습니다";
+    connection.query(folderQuery(id));  // says what is wrong with the table, if anything is
+    return file_.string() + ": 데이터베이스에 없는 그룹입니다: " + id;
+  } catch (const std::exception& error) {
+    return error.what();
+  }
+}
+
+std::string ExportList::explainCards() const {
+  try {
+    static_cast<void>(readLines());
+    return readSelectedCards().empty() ? file_.string() + ": 선택된 명함이 없습니다" : "";
+  } catch (const std::exception& error) {
+    return error.what();
+  }
 }
 
 ui::ExportFolder ExportList::readFolder(store::Connection& connection) const {
@@ -41,8 +70,7 @@ ui::ExportFolder ExportList::readFolder(store::Connection& connection) const {
   // The id stands bare in the statement, so nothing but a number may get there.
   if (all.empty() || !text::parseInteger(all.front())) return {};
   try {
-    const auto rows =
-        connection.query("SELECT Folder_Name,p_idx FROM tbl_folder Where f_idx=" + all.front());
+    const auto rows = connection.query(folderQuery(all.front()));
     if (rows->atEnd()) return {};
     const auto parent = text::parseInteger(text::trim(store::nullSafe(rows->field("p_idx"))));
     return {.id = all.front(),

@@ -27,10 +27,17 @@ class ExportList {
   // when the file is missing. Throws EncodingError.
   [[nodiscard]] std::vector<std::string> readSelectedCards() const;
 
+  // Why the list gives no folder or no cards, in a sentence that names the file; empty when it does.
+  [[nodiscard]] std::string explainFolder(store::Connection& connection) const;
+  [[nodiscard]] std::string explainCards() const;
+
   // Deletes the file; a missing one is no error.
   void remove() const;
 
  private:
+  // Throws std::system_error when the file cannot be read, EncodingError.
+  [[nodiscard]] std::vector<std::string> readLines() const;
+  // The same, but nothing for a file that cannot be read.
   [[nodiscard]] std::vector<std::string> lines() const;
 
   std::filesystem::path file_;

@@ -1,7 +1,5 @@
 #include "entry/ini_file.h"
 
-#define SI_NO_CONVERSION  // the narrow parser is all that is needed
-#include <SimpleIni.h>
 #include <cerrno>
 #include <fstream>
 #include <iterator>
@@ -9,6 +7,7 @@
 
 #include "text/ascii.h"
 #include "text/code_page.h"
+#include "text/trim.h"
 #include "text/utf8.h"
 
 namespace vlout::entry {
@@ -16,18 +15,75 @@ namespace {
 
 constexpr std::size_t kBufferCharacters = 254;
 
-// Key names are ASCII, so the parser may work on UTF-8 bytes.
-void parse(CSimpleIniA& ini, const std::filesystem::path& file) {
-  ini.SetUnicode(true);
-  ini.SetSpaces(false);
-  ini.SetQuotes(true);
-  std::string text;
-  try {
-    text = readTextFile(file);
-  } catch (const std::system_error&) {
-    return;  // a missing or unreadable file holds no keys, which is no error
+using Lines = std::vector<std::string>;  // without their ends
+
+Lines splitLines(std::string_view text) {
+  Lines lines;
+  while (!text.empty()) {
+    const std::size_t end = text.find('\n');
+    std::string_view line = text.substr(0, end);
+    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
+    if (line.ends_with('\r')) line.remove_suffix(1);
+    lines.emplace_back(line);
   }
-  ini.LoadData(text);
+  return lines;
+}
+
+std::string_view trimWhite(std::string_view text) {
+  const auto isWhite = [](char c) { return c == ' ' || c == '\t'; };
+  while (!text.empty() && isWhite(text.front())) text.remove_prefix(1);
+  while (!text.empty() && isWhite(text.back())) text.remove_suffix(1);
+  return text;
+}
+
+bool isSection(std::string_view line) {
+  return trimWhite(line).starts_with('[');
+}
+
+// The first line behind the section's heading; nothing when there is no such section.
+std::optional<std::size_t> findSection(const Lines& lines, std::string_view section) {
+  for (std::size_t i = 0; i < lines.size(); ++i) {
+    const std::string_view line = trimWhite(lines[i]);
+    if (!isSection(line)) continue;
+    const std::string_view name = trimWhite(line.substr(1, line.find(']') - 1));
+    if (text::equalsIgnoringAsciiCase(name, section)) return i + 1;
+  }
+  return std::nullopt;
+}
+
+// The line of a key in the section that begins at `start`.
+std::optional<std::size_t> findKey(const Lines& lines, std::size_t start, std::string_view key) {
+  for (std::size_t i = start; i < lines.size() && !isSection(lines[i]); ++i) {
+    const std::size_t equals = lines[i].find('=');
+    if (equals == std::string::npos) continue;
+    const std::string_view name = trimWhite(std::string_view(lines[i]).substr(0, equals));
+    if (text::equalsIgnoringAsciiCase(name, key)) return i;
+  }
+  return std::nullopt;
+}
+
+// Where a new key of the section goes: behind its last line that is not blank.
+std::size_t endOfSection(const Lines& lines, std::size_t start) {
+  std::size_t end = start;
+  for (std::size_t i = start; i < lines.size() && !isSection(lines[i]); ++i) {
+    if (!trimWhite(lines[i]).empty()) end = i + 1;
+  }
+  return end;
+}
+
+void setKey(Lines& lines, std::string_view section, const IniFile::Entry& entry) {
+  auto start = findSection(lines, section);
+  if (!start) {
+    lines.push_back("[" + std::string(section) + "]");
+    start = lines.size();
+  }
+  const std::string line = entry.key + "=" + entry.value;
+  if (const auto place = findKey(lines, *start, entry.key)) {
+    lines[*place] = line;
+  } else {
+    const std::size_t end = endOfSection(lines, *start);
+    lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(end), line);
+  }
 }
 
 bool replaceFile(const std::filesystem::path& file, const std::string& content) {
@@ -37,6 +93,11 @@ bool replaceFile(const std::filesystem::path& file, const std::string& content) 
   std::ofstream stream(temporary, std::ios::binary | std::ios::trunc);
   stream << content;
   stream.close();
+  const auto status = std::filesystem::status(file, error);
+  if (std::filesystem::exists(status)) {
+    std::filesystem::permissions(temporary, status.permissions(), error);
+  }
+  error.clear();
   if (stream) std::filesystem::rename(temporary, file, error);
   if (stream && !error) return true;
   std::filesystem::remove(temporary, error);
@@ -51,7 +112,7 @@ std::string readTextFile(const std::filesystem::path& file) {
   if (stream && !std::filesystem::is_directory(file)) {
     bytes.assign(std::istreambuf_iterator<char>(stream), {});
   } else {
-    const int code = errno != 0 ? errno : EISDIR;
+    const int code = stream ? EISDIR : errno != 0 ? errno : EIO;
     throw std::system_error(code, std::generic_category(), file.string());
   }
   constexpr std::string_view kMark = "\xEF\xBB\xBF";
@@ -65,22 +126,37 @@ std::string readTextFile(const std::filesystem::path& file) {
 }
 
 std::string IniFile::read(std::string_view section, std::string_view key) const {
-  CSimpleIniA ini;
-  parse(ini, file_);
-  const char* const value =
-      ini.GetValue(std::string(section).c_str(), std::string(key).c_str(), "");
-  return std::string(value).substr(0, kBufferCharacters);
+  Lines lines;
+  try {
+    lines = splitLines(readTextFile(file_));
+  } catch (const std::system_error&) {
+    return {};  // a missing or unreadable file holds no keys, which is no error
+  }
+  const auto start = findSection(lines, section);
+  const auto place = start ? findKey(lines, *start, key) : std::nullopt;
+  if (!place) return {};
+  const std::string_view line = lines[*place];
+  std::string_view value = trimWhite(line.substr(line.find('=') + 1));
+  const bool quoted = value.size() >= 2 && (value.front() == '"' || value.front() == '\'') &&
+                      value.back() == value.front();
+  if (quoted) value = value.substr(1, value.size() - 2);
+  return std::string(value.substr(0, kBufferCharacters));
 }
 
 bool IniFile::write(std::string_view section, const std::vector<Entry>& entries) const {
-  CSimpleIniA ini;
-  parse(ini, file_);
-  for (const Entry& entry : entries) {
-    ini.SetValue(std::string(section).c_str(), entry.key.c_str(), entry.value.c_str());
+  Lines lines;
+  try {
+    lines = splitLines(readTextFile(file_));
+  } catch (const std::system_error& error) {
+    // Only a file that is not there may be made anew: one that cannot be read has content.
+    if (error.code() != std::errc::no_such_file_or_directory) return false;
   }
+  std::ofstream writable;  // a file that is protected from writing keeps its values
+  if (std::filesystem::exists(file_)) writable.open(file_, std::ios::binary | std::ios::app);
+  if (!writable) return false;
+  for (const Entry& entry : entries) setKey(lines, section, entry);
   std::string text;
-  ini.Save(text, false);
-  text = text::replaceAll(text::replaceAll(text, "\r\n", "\n"), "\n", "\r\n");
+  for (const std::string& line : lines) text.append(line).append("\r\n");
   const auto korean = text::toCodePage949(text);
   return korean && replaceFile(file_, *korean);
 }

@@ -91,6 +91,9 @@ class ContactStore {
 
   [[nodiscard]] virtual std::size_t count() const = 0;
 
+  // The `VLID` values that contacts of the folder carry.
+  [[nodiscard]] virtual std::vector<std::string> keys() const = 0;
+
   // The item at a 1-based position; throws ContactStoreError when there is none.
   [[nodiscard]] virtual std::unique_ptr<Contact> item(std::size_t index) = 0;
 

@@ -198,6 +198,42 @@ void writeContactFromRow(Contact& contact, const store::Recordset& row, ContactW
   contact.save();
 }
 
+namespace {
+
+// Texts as every store keeps them: line breaks in one form, categories without regard to blanks.
+std::string comparable(const MappedField& field, std::string_view text) {
+  return text::replaceAll(text, field.column == "Categories" ? " " : "\r\n",
+                          field.column == "Categories" ? "" : "\n");
+}
+
+bool fieldHolds(Contact& contact, const MappedField& field, std::string_view rowText) {
+  switch (field.rule) {
+    case R::Date:
+      return contact.date(field.writeTo) == dayOrNone(rowText);
+    case R::Gender:
+      return contact.gender() == genderFromRow(rowText);
+    case R::Address: {
+      const AddressProperties address = addressProperties(field.writeTo);
+      return contact.text(address.city).empty() && contact.text(address.state).empty() &&
+             contact.text(address.street) == rowText;
+    }
+    default:
+      return comparable(field, contact.text(field.writeTo)) == comparable(field, rowText);
+  }
+}
+
+}  // namespace
+
+bool contactHoldsRow(Contact& contact, const store::Recordset& row, const MapOptions& options) {
+  return std::all_of(kFields.begin(), kFields.end(), [&](const MappedField& field) {
+    // The other address's postal code is overwritten by the home one, which has the same target.
+    const bool overwritten = field.column == "etc_zipcode";
+    const bool stays = field.rule == R::Fax && options.protectFax;
+    return overwritten || stays ||
+           fieldHolds(contact, field, store::nullSafe(row.field(field.column)));
+  });
+}
+
 std::string fieldTextFromContact(Contact& contact, const MappedField& field) {
   switch (field.rule) {
     case R::Company:

@@ -3,7 +3,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 build_packages=(g++ cmake ninja-build ccache pkg-config libsqlite3-dev libebook-contacts1.2-dev
-  libcli11-dev libsimpleini-dev libjpeg-dev libgtest-dev libgmock-dev libbenchmark-dev)
+  libcli11-dev libjpeg-dev libgtest-dev libgmock-dev libbenchmark-dev)
 
 step() { printf '== %s\n' "$*"; }
 

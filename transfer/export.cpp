@@ -1,6 +1,5 @@
 #include "transfer/export.h"
 
-#include "outlook/normalizer.h"
 #include "outlook/pairing.h"
 #include "store/sql.h"
 #include "text/trim.h"
@@ -57,18 +56,11 @@ std::optional<Export::Pair> Export::findRow(Contact& contact) {
     if (const auto position = list_.findById(key)) return Pair{*position, true};
     reportUnusableKey(contact, key);
   }
-  if (list_.size() == 0) return std::nullopt;  // no need to read the contact's name
-  Person person = personOf(contact);
-  const std::string nameAsItStands = person.name;
-  person.name = outlook::normalize(nameAsItStands);
-  auto position = list_.findByNormalizedName(person);
+  auto position = findByPerson(contact);
   // Inverted on purpose: a contact whose key names no row of the list is left alone when its
   // normalised name does find a row.
   if (keyed && position) return std::nullopt;
-  if (!position) {
-    person.name = nameAsItStands;
-    position = list_.findByName(person);
-  }
+  if (!position && list_.size() > 0) position = list_.findByName(personOf(contact));
   if (!position) return std::nullopt;
   return Pair{*position, keyed};
 }
@@ -95,6 +87,11 @@ void Export::compare(const std::string& rowId, Contact& contact) {
     if (!outlook::hasVLID(contact)) {
       outlook::addVLID(contact, rowId);
       contact.save();
+    } else if (state.newer == Side::Contact &&
+               outlook::contactHoldsRow(contact, *row, options_.map)) {
+      // An export that was cut short between contact and row: nothing differs but the dates, and
+      // left as they are they would make the card's next change look like a conflict.
+      writeSyncDates(connection_, contact.lastModificationTime(), rowId);
     }
     return;
   }

@@ -68,6 +68,7 @@ void Import::compareContact(Contact& contact, std::size_t position) {
     const PairedRow paired(list_, *listed);
     mergeInto(list_.row(*listed).id, contact);
   } else if (const auto rowId = findDuplicate(contact)) {
+    if (list_.isReserved(*rowId)) return;  // another contact is the row's: this one is its double
     mergeInto(*rowId, contact);
     if (const auto left = list_.findById(*rowId)) list_.remove(*left);
   } else {
@@ -94,16 +95,6 @@ void Import::collectContact(Contact& contact, std::size_t position) {
     return;
   }
   pending_.push_back(position);
-}
-
-std::optional<WorkList::Position> Import::findByPerson(Contact& contact) const {
-  if (list_.size() == 0) return std::nullopt;
-  Person person = personOf(contact);
-  person.name = outlook::normalize(person.name);
-  if (const auto found = list_.findByNormalizedName(person)) return found;
-  person.name = outlook::normalize(contact.text(ContactProperty::FirstName) +
-                                   contact.text(ContactProperty::LastName));
-  return list_.findByNormalizedName(person);
 }
 
 std::optional<std::string> Import::findDuplicate(Contact& contact) {

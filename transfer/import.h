@@ -46,7 +46,6 @@ class Import : private Transfer {
   void mergeInto(const std::string& rowId, outlook::Contact& contact);
   [[nodiscard]] Compared compareForImport(const std::string& rowId, outlook::Contact& contact);
 
-  [[nodiscard]] std::optional<WorkList::Position> findByPerson(outlook::Contact& contact) const;
   // The row of the same person anywhere among the cards: its id, or nothing.
   [[nodiscard]] std::optional<std::string> findDuplicateByName(const Person& person);
   [[nodiscard]] std::optional<std::string> findDuplicate(outlook::Contact& contact);

@@ -1,5 +1,6 @@
 #include "transfer/transfer.h"
 
+#include "outlook/normalizer.h"
 #include "outlook/pairing.h"
 #include "text/ascii.h"
 
@@ -21,8 +22,15 @@ void Transfer::finishRun(const ClosingTexts& texts, const Counts& counts) {
     message.append("\r\n\r\n").append(texts.conflictsFound);
     message += "\r\n상호갱신 작업을 통해 직접 비교/처리가 가능합니다.";
   }
-  window_.message(MessageIcon::Information, message);
+  window_.message(MessageIcon::Information, message + failuresText());
   hideProgress();
+}
+
+// Nothing for a run without failures, whose message is fixed.
+std::string Transfer::failuresText() const {
+  if (failures_ == 0) return {};
+  return "\r\n\r\n처리하지 못한 자료가 있습니다(" + std::to_string(failures_) +
+         "건). 작업상태의 '실패' 항목을 확인하십시오.";
 }
 
 void Transfer::hideProgress() {
@@ -35,12 +43,24 @@ void Transfer::openFolder() {
   for (const std::string& notice : contacts_.folderNotices()) {
     addLine(window_, notice, "0%", "제외");
   }
+  // A contact without a key that comes first must not take the row of one that has it.
+  for (const std::string& key : contacts_.keys()) list_.reserve(key);
 }
 
 Person Transfer::personOf(Contact& contact) {
   return {.name = outlook::joinedName(contact),
           .mobile = contact.text(ContactProperty::MobileTelephoneNumber),
           .email = contact.text(ContactProperty::Email1Address)};
+}
+
+std::optional<WorkList::Position> Transfer::findByPerson(Contact& contact) const {
+  if (list_.size() == 0) return std::nullopt;  // no need to read the contact
+  Person person = personOf(contact);
+  person.name = outlook::normalize(person.name);
+  if (const auto found = list_.findByNormalizedName(person)) return found;
+  person.name = outlook::normalize(contact.text(ContactProperty::FirstName) +
+                                   contact.text(ContactProperty::LastName));
+  return list_.findByNormalizedName(person);
 }
 
 void Transfer::reportUnusableKey(Contact& contact, std::string_view key) {
@@ -53,6 +73,7 @@ void Transfer::reportUnusableKey(Contact& contact, std::string_view key) {
 }
 
 void Transfer::reportFailure(std::string_view name, std::string_view cause) {
+  ++failures_;
   addLine(window_, "실패→(" + std::string(name) + "): " + std::string(cause), "0%", "실패");
 }
 

@@ -2,6 +2,7 @@
 // failure never ends the run, and the lines that report what is wrong with a record.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -35,6 +36,8 @@ class Transfer {
   // The last line of a completed run and its message.
   void finishRun(const ClosingTexts& texts, const Counts& counts);
   void hideProgress();
+  // What a closing message says of records that failed.
+  [[nodiscard]] std::string failuresText() const;
 
   enum class Stopping { Possible, Impossible };
 
@@ -56,7 +59,8 @@ class Transfer {
     bool kept_ = false;
   };
 
-  // Opens the folder and reports what in it is no contact that can be read.
+  // Opens the folder, reports what in it is no contact that can be read, and keeps each listed row
+  // for the contact that carries its key. The work list must be loaded.
   void openFolder();
 
   // Calls `step(contact, position)` for every contact of the folder, passing over other items.
@@ -72,6 +76,8 @@ class Transfer {
   void guarded(std::string_view name, Step step);
 
   [[nodiscard]] static Person personOf(outlook::Contact& contact);
+  // The row of that person by the normalised name, family name first or given name first.
+  [[nodiscard]] std::optional<WorkList::Position> findByPerson(outlook::Contact& contact) const;
 
   // Reports a `VLID` that is no number, or that another contact of this run had before.
   void reportUnusableKey(outlook::Contact& contact, std::string_view key);
@@ -82,6 +88,7 @@ class Transfer {
   WorkList& list_;
   RunWindow& window_;
   bool stopped_ = false;
+  int failures_ = 0;
   std::string record_;  // the name of the record that a step is at, for its failure
 };
 

@@ -48,6 +48,16 @@ std::vector<WorkList::Position> WorkList::remaining() const {
   return positions;
 }
 
+void WorkList::reserve(std::string_view id) {
+  const auto found = byId_.find(std::string(id));
+  if (found != byId_.end()) rows_[found->second].reserved = true;
+}
+
+bool WorkList::isReserved(std::string_view id) const {
+  const auto found = byId_.find(std::string(id));
+  return found != byId_.end() && rows_[found->second].reserved;
+}
+
 std::optional<WorkList::Position> WorkList::findById(std::string_view id) const {
   const auto found = byId_.find(std::string(id));
   if (found == byId_.end() || !rows_[found->second].present) return std::nullopt;
@@ -80,7 +90,7 @@ std::optional<WorkList::Position> WorkList::find(const Index& index, const Perso
   if (found == index.end()) return std::nullopt;
   for (const Position position : found->second) {
     const Entry& entry = rows_[position];
-    if (entry.present && isSamePerson(entry.row, person)) return position;
+    if (entry.present && !entry.reserved && isSamePerson(entry.row, person)) return position;
   }
   return std::nullopt;
 }

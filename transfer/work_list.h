@@ -46,6 +46,11 @@ class WorkList {
   // The positions of the rows still in the list, in order.
   [[nodiscard]] std::vector<Position> remaining() const;
 
+  // Keeps the row of that id, if there is one, for the contact that carries its key: no other
+  // contact finds it by person.
+  void reserve(std::string_view id);
+  [[nodiscard]] bool isReserved(std::string_view id) const;
+
   [[nodiscard]] std::optional<Position> findById(std::string_view id) const;
 
   // True when a row of that id was in the list and has been removed.
@@ -66,6 +71,7 @@ class WorkList {
   struct Entry {
     WorkListRow row;
     bool present = true;
+    bool reserved = false;
   };
   using Index = std::unordered_map<std::string, std::vector<Position>>;
 

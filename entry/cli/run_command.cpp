@@ -52,15 +52,15 @@ void press(frmOutlookSync& window, const RunRequest& request) {
   window.Command2.press();
 }
 
-// The window says that the host's list gives it nothing; the terminal can say which file that is.
+// The window says that the host's list gives it nothing; the terminal can say why.
 void explainExportList(const RunRequest& request, Runtime& runtime, std::ostream& errors) {
   const auto range = request.range.value_or(frmOutlookSync::kSelectedCards);
-  const bool group = range == frmOutlookSync::kGroup;
   if (request.mode != frmOutlookSync::kExport || range == frmOutlookSync::kAllCards) return;
-  if (group ? !runtime.readExportFolder().id.empty() : !runtime.readSelectedCards().empty()) return;
-  errors << runtime.exportList().file().string()
-         << (group ? ": 내보낼 그룹이 들어 있지 않습니다." : ": 선택된 명함이 들어 있지 않습니다.")
-         << " 전체를 내보내려면 --range all 을 사용하십시오.\n";
+  const std::string reason = range == frmOutlookSync::kGroup
+                                 ? runtime.exportList().explainFolder(runtime.connection())
+                                 : runtime.exportList().explainCards();
+  if (reason.empty()) return;
+  errors << reason << ". 전체를 내보내려면 --range all 을 사용하십시오.\n";
 }
 
 }  // namespace
@@ -83,6 +83,9 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
     if (!component->connection().isOpen()) errors << component->databaseFailure() << '\n';
     press(window, request);
     completed = window.isDone(request.mode);
+    if (window.chadd.isChecked() && interrupted == 0) {
+      explainExportList(request, *component, errors);
+    }
   };
   Platform platform{
       .makeConnection = [] { return std::make_unique<store::SqliteConnection>(); },
@@ -93,7 +96,6 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
   component = &runtime;
   try {
     ORUN(runtime).OUTSYNCRUN();
-    if (interrupted == 0) explainExportList(request, runtime, errors);
   } catch (const EncodingError& error) {
     errors << error.what() << '\n';
     return false;

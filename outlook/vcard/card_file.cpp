@@ -15,6 +15,7 @@
 #include "outlook/contact_store.h"
 #include "outlook/vcard/card_text.h"
 #include "text/ascii.h"
+#include "text/trim.h"
 
 namespace vlout::outlook::vcard {
 namespace {
@@ -22,6 +23,9 @@ namespace {
 // Hidden, and not a vCard by its name, so that no other program takes it for one. The folder is
 // locked while it is open, so one name is enough.
 constexpr const char* kTemporary = ".vloutsync.tmp";
+
+// No address book comes near it; a sparse file of terabytes must not be read into memory.
+constexpr off_t kLargestFile = off_t{1} << 30;
 
 class Descriptor {
  public:
@@ -62,10 +66,17 @@ bool isNamed(std::string_view line, std::string_view name) {
   return text::equalsIgnoringAsciiCase(lineName(line), name);
 }
 
+// The key that a line carries; decoded like any property unless it is as plain as it should be.
+std::string keyOf(std::string_view line) {
+  const std::string_view plain = plainValue(line);
+  if (std::all_of(plain.begin(), plain.end(), text::isAsciiDigit)) return std::string(plain);
+  return std::string(text::trim(readProperty(line, Version::V30).whole()));
+}
+
 // Looks at one line of a card for what `CardSpan` tells of it.
 void lookAt(std::string_view line, CardSpan& card) {
   if (isNamed(line, "X-VLID")) {
-    if (!card.vlid) card.vlid = plainValue(line);
+    if (!card.vlid) card.vlid = keyOf(line);
   } else if (isNamed(line, "KIND") || isNamed(line, "X-ADDRESSBOOKSERVER-KIND")) {
     card.isGroup = text::equalsIgnoringAsciiCase(plainValue(line), "group");
   }
@@ -153,8 +164,13 @@ std::optional<FileState> Folder::read(const std::string& name, std::string& text
   // Without O_NONBLOCK a named pipe in the folder would hold the run up for ever.
   const Descriptor file(::openat(descriptor_, name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   struct stat status {};
+  if (file.get() < 0 && errno == ENOENT) return std::nullopt;  // deleted meanwhile
   if (file.get() < 0 || ::fstat(file.get(), &status) != 0) fail(name);
   if (!S_ISREG(status.st_mode)) return std::nullopt;
+  if (status.st_size > kLargestFile) {
+    errno = EFBIG;
+    fail(name);
+  }
   text.resize(static_cast<std::size_t>(status.st_size));
   std::size_t filled = 0;
   while (filled < text.size()) {
@@ -168,55 +184,96 @@ std::optional<FileState> Folder::read(const std::string& name, std::string& text
   return stateOf(status);
 }
 
-int Folder::writeTemporary(const std::string& name, std::string_view text, unsigned mode) const {
-  int file =
-      ::openat(descriptor_, kTemporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-  if (file < 0 && errno == EEXIST) {
-    ::unlinkat(descriptor_, kTemporary, 0);
-    file = ::openat(descriptor_, kTemporary, O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC,
-                    0600);
+namespace {
+
+// The temporary file of one save, which is gone again unless it was renamed.
+class Temporary {
+ public:
+  Temporary(int folder, unsigned mode) : folder_(folder) {
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    file_ = ::openat(folder, kTemporary, kFlags, 0600);
+    if (file_ < 0 && errno == EEXIST && ::unlinkat(folder, kTemporary, 0) == 0) {
+      file_ = ::openat(folder, kTemporary, kFlags, 0600);
+    }
+    if (file_ >= 0 && mode != 0600 && ::fchmod(file_, mode) != 0) errno = 0;  // stays private
   }
-  if (file < 0) fail(name);
-  if (!writeAll(file, text) || (mode != 0600 && ::fchmod(file, mode) != 0)) {
-    const int error = errno;
-    ::close(file);
-    ::unlinkat(descriptor_, kTemporary, 0);
+  ~Temporary() {
+    if (file_ < 0) return;
+    const int error = errno;  // of what failed before
+    ::close(file_);
+    if (!renamed_) ::unlinkat(folder_, kTemporary, 0);
     errno = error;
-    fail(name);
   }
-  return file;
+  Temporary(const Temporary&) = delete;
+  Temporary& operator=(const Temporary&) = delete;
+
+  [[nodiscard]] int file() const { return file_; }
+  bool rename(const std::string& name) {
+    renamed_ = ::renameat(folder_, kTemporary, folder_, name.c_str()) == 0;
+    return renamed_;
+  }
+
+ private:
+  int folder_;
+  int file_ = -1;
+  bool renamed_ = false;
+};
+
+void keepOwner(int file, const struct stat& status) {
+  // Only root can give a file away; for anyone else the owner is right already.
+  if (::fchown(file, status.st_uid, status.st_gid) != 0) errno = 0;
 }
+
+// Moves only the fraction of a modification time, so that it is another one and yet the same
+// second.
+void keepSecondOf(int file, const struct stat& status) {
+  timespec time = status.st_mtim;
+  time.tv_nsec = (time.tv_nsec + 1) % 1'000'000'000;
+  const timespec times[2] = {{0, UTIME_NOW}, time};
+  if (::futimens(file, times) != 0) errno = 0;  // then the file is merely newer
+}
+
+}  // namespace
 
 FileState Folder::replace(const std::string& name, std::string_view text,
                           const std::optional<FileState>& before, bool keepSecond) const {
   struct stat status {};
+  const bool isLink = before &&
+                      ::fstatat(descriptor_, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+                      S_ISLNK(status.st_mode);
+  if (isLink) return replaceLinked(name, text, *before, keepSecond);
   unsigned mode = 0600;
   if (before) {
-    if (::fstatat(descriptor_, name.c_str(), &status, 0) != 0) fail(name);
+    // A rename would go through for a file that is protected from writing, against its owner's
+    // wish.
+    if (::fstatat(descriptor_, name.c_str(), &status, 0) != 0 ||
+        ::faccessat(descriptor_, name.c_str(), W_OK, AT_EACCESS) != 0) {
+      fail(name);
+    }
     if (stateOf(status) != *before) {
       throw ContactStoreError(path_ + "/" + name + ": 그 사이에 다른 프로그램이 바꾸었습니다");
     }
     mode = status.st_mode & 07777;
   }
-  const Descriptor file(writeTemporary(name, text, mode));
-  if (before) {
-    // Only root can give a file away; for anyone else the owner is right already.
-    if (::fchown(file.get(), status.st_uid, status.st_gid) != 0) errno = 0;
-  }
-  if (keepSecond) {
-    timespec time = status.st_mtim;
-    time.tv_nsec = (time.tv_nsec + 1) % 1'000'000'000;
-    const timespec times[2] = {{0, UTIME_NOW}, time};
-    if (::futimens(file.get(), times) != 0) errno = 0;  // then the file is merely newer
-  }
-  if (::fstat(file.get(), &status) != 0 ||
-      ::renameat(descriptor_, kTemporary, descriptor_, name.c_str()) != 0) {
-    const int error = errno;
-    ::unlinkat(descriptor_, kTemporary, 0);
-    errno = error;
-    fail(name);
-  }
+  Temporary temporary(descriptor_, mode);
+  if (temporary.file() < 0 || !writeAll(temporary.file(), text)) fail(name);
+  if (before) keepOwner(temporary.file(), status);
+  if (keepSecond) keepSecondOf(temporary.file(), status);
+  if (::fstat(temporary.file(), &status) != 0 || !temporary.rename(name)) fail(name);
   return stateOf(status);
+}
+
+// A link keeps pointing where it does: the file behind it is replaced, in its own folder.
+FileState Folder::replaceLinked(const std::string& name, std::string_view text,
+                                const FileState& before, bool keepSecond) const {
+  std::error_code error;
+  const auto target = std::filesystem::canonical(std::filesystem::path(path_) / name, error);
+  if (error) throw ContactStoreError(path_ + "/" + name + ": " + error.message());
+  if (target.parent_path() == std::filesystem::canonical(path_, error)) {
+    return replace(target.filename().string(), text, before, keepSecond);
+  }
+  return Folder(target.parent_path().string())
+      .replace(target.filename().string(), text, before, keepSecond);
 }
 
 void Folder::flush() const {

@@ -49,7 +49,7 @@ class Folder {
   [[nodiscard]] std::vector<std::string> cardFiles() const;
 
   // Reads a file into `text`, whose storage is used again; the file's state. Nothing when it is no
-  // regular file.
+  // regular file, or gone.
   std::optional<FileState> read(const std::string& name, std::string& text) const;
 
   // Replaces a file, or makes it, so that readers and a crash find the old or the new text and
@@ -64,8 +64,8 @@ class Folder {
 
  private:
   [[noreturn]] void fail(const std::string& name) const;
-  [[nodiscard]] int writeTemporary(const std::string& name, std::string_view text,
-                                   unsigned mode) const;
+  FileState replaceLinked(const std::string& name, std::string_view text, const FileState& before,
+                          bool keepSecond) const;
 
   std::string path_;
   int descriptor_ = -1;

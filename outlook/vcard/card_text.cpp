@@ -22,8 +22,22 @@ Version versionFrom(std::string_view value) {
 }  // namespace
 
 std::string_view LineReader::physicalLine(std::size_t from) const {
+  if (from >= text_.size()) return {};
   const std::size_t end = text_.find('\n', from);
   return text_.substr(from, end == std::string_view::npos ? end : end + 1 - from);
+}
+
+// A line without a colon is nobody's property: data that a careless writer did not indent, or the
+// empty line that ends it. It stays with the line before it. The colon may stand in a continuation
+// line, where long parameters push it.
+bool LineReader::beginsProperty(std::size_t from) const {
+  std::string_view line = physicalLine(from);
+  while (line.find(':') == std::string_view::npos) {
+    from += line.size();
+    line = physicalLine(from);
+    if (line.empty() || (line.front() != ' ' && line.front() != '\t')) return false;
+  }
+  return true;
 }
 
 std::string_view LineReader::next() {
@@ -36,10 +50,7 @@ std::string_view LineReader::next() {
     const std::string_view following = physicalLine(position_);
     const bool folded = following.front() == ' ' || following.front() == '\t';
     const bool softBreak = quoted && withoutLineEnd(last).ends_with('=');
-    // A line without a colon is nobody's property: data that a careless writer did not indent, or
-    // the empty line that ends it. It stays with the line before it.
-    const bool stray = following.find(':') == std::string_view::npos;
-    if (!folded && !softBreak && !stray) break;
+    if (!folded && !softBreak && beginsProperty(position_)) break;
     last = following;
     position_ += following.size();
   }
@@ -160,7 +171,8 @@ std::string CardText::write() const {
   };
   for (const Line& line : lines_) {
     if (line.changed()) {
-      const bool required = line.name == "N" || line.name == "FN";
+      // An attachment of no bytes is still one.
+      const bool required = line.name == "N" || line.name == "FN" || line.name == "X-ATTACH";
       if (required || !line.property->hasNoValue()) changed.push_back(&*line.property);
     } else {
       writeChanged();

@@ -74,6 +74,7 @@ class LineReader {
 
  private:
   [[nodiscard]] std::string_view physicalLine(std::size_t from) const;
+  [[nodiscard]] bool beginsProperty(std::size_t from) const;
 
   std::string_view text_;
   std::size_t position_ = 0;

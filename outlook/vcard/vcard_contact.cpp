@@ -1,6 +1,7 @@
 #include "outlook/vcard/vcard_contact.h"
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <fstream>
 #include <iterator>
@@ -19,8 +20,11 @@ using P = ContactProperty;
 constexpr std::string_view kVlidName = "X-VLID";
 constexpr std::string_view kAttachment = "X-ATTACH";
 constexpr std::string_view kFileName = "X-FILENAME";
-// Marks a second number or address that stands alone, so that it is not taken for the first.
+// Marks a second value that stands alone ("2"), and lines beyond those that have a property
+// ("more"), so that they are not taken for the first or second when that one goes.
 constexpr std::string_view kSlot = "X-VELMORA-SLOT";
+constexpr std::string_view kSecond = "2";
+constexpr std::string_view kMore = "more";
 constexpr std::string_view kTelScheme = "tel:";
 
 // Calls `use` for each word of a list separated by blanks, until it returns true.
@@ -40,9 +44,10 @@ bool hasTypesOf(const VCardPlace& place, const Property& property) {
   return !anyWord(place.requiredTypes, absent) && !anyWord(place.excludedTypes, present);
 }
 
-bool isSecondSlot(const Property& property) {
+// The slot that a line was given, or an empty text for a line that takes its place by its order.
+std::string_view slotOf(const Property& property) {
   const Parameter* const slot = property.parameter(kSlot);
-  return slot != nullptr && !slot->values.empty() && slot->values.front() == "2";
+  return slot == nullptr || slot->values.empty() ? std::string_view() : slot->values.front();
 }
 
 bool isUri(const Property& property) {
@@ -93,24 +98,37 @@ std::optional<text::DateTime> readDate(std::string_view value) {
   return text::parseDateTime(value);
 }
 
-// A file name as a parameter value, in which quotes and line breaks have no place of their own.
+// A file name as a parameter value, in which quotes, separators and line breaks have no place.
 std::string encodeFileName(std::string_view name) {
-  return text::replaceAll(
-      text::replaceAll(text::replaceAll(text::sanitizeUtf8(name), "^", "^^"), "\"", "^'"), "\n",
-      "^n");
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  constexpr std::string_view kSpecial = "%\"\\;:,=^";
+  std::string result;
+  for (const char c : text::sanitizeUtf8(name)) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (byte < 0x20 || byte == 0x7F || kSpecial.find(c) != std::string_view::npos) {
+      result += '%';
+      result += kDigits[byte >> 4];
+      result += kDigits[byte & 15];
+    } else {
+      result += c;
+    }
+  }
+  return result;
 }
 
 std::string decodeFileName(std::string_view value) {
   std::string name;
   for (std::size_t i = 0; i < value.size(); ++i) {
-    const char next = i + 1 < value.size() ? value[i + 1] : '\0';
-    const bool escaped = value[i] == '^' && (next == '^' || next == '\'' || next == 'n');
-    if (!escaped) {
+    unsigned byte = 0;
+    const std::string_view code = value.substr(i + 1, 2);
+    const char* const end = code.data() + code.size();
+    if (value[i] == '%' && code.size() == 2 &&
+        std::from_chars(code.data(), end, byte, 16).ptr == end) {
+      name += static_cast<char>(byte);
+      i += 2;
+    } else {
       name += value[i];
-      continue;
     }
-    name += next == '\'' ? '"' : next == 'n' ? '\n' : '^';
-    ++i;
   }
   return name;
 }
@@ -182,7 +200,7 @@ std::optional<CardText::Position> VCardContact::firstMatching(const Place& place
   anyWord(place.names, [&](std::string_view name) {
     for (auto line = card().firstNamed(name); line; line = card().firstNamed(name, *line + 1)) {
       const Property& property = card().property(*line);
-      if (!hasTypesOf(place, property) || !use(property)) continue;
+      if (!hasTypesOf(place, property) || !use(property, *line)) continue;
       found = line;
       return true;
     }
@@ -193,14 +211,17 @@ std::optional<CardText::Position> VCardContact::firstMatching(const Place& place
 
 std::optional<CardText::Position> VCardContact::find(const Place& place) {
   if (place.slot == 1) {
-    const auto first =
-        firstMatching(place, [](const Property& property) { return !isSecondSlot(property); });
+    const auto first = firstMatching(
+        place, [](const Property& property, std::size_t) { return slotOf(property).empty(); });
     return first ? first : findLabelled(place);
   }
-  const auto marked = firstMatching(place, isSecondSlot);
+  const auto marked = firstMatching(
+      place, [](const Property& property, std::size_t) { return slotOf(property) == kSecond; });
   if (marked) return marked;
   int count = 0;
-  return firstMatching(place, [&](const Property&) { return ++count == 2; });
+  return firstMatching(place, [&](const Property& property, std::size_t) {
+    return slotOf(property).empty() && ++count == 2;
+  });
 }
 
 // Address books of one maker write some things as a pair of lines in one group, of which the second
@@ -245,8 +266,10 @@ void VCardContact::insertNew(const Place& place, std::string_view value) {
     property.values.resize(components);
     property.setComponent(static_cast<std::size_t>(place.component), value);
   }
-  const auto first = firstMatching(place, [](const Property&) { return true; });
-  if (place.slot == 2 && !first) property.parameters.push_back({std::string(kSlot), {"2"}});
+  const auto first = firstMatching(place, [](const Property&, std::size_t) { return true; });
+  if (place.slot == 2 && !first) {
+    property.parameters.push_back({std::string(kSlot), {std::string(kSecond)}});
+  }
   if (place.slot == 1 && first) {
     card().insert(*first, std::move(property));
   } else {
@@ -295,22 +318,50 @@ void VCardContact::setValue(const Place& place, std::string_view value) {
     removeValue(place, *line);
   } else {
     Property& changed = card().change(*line);
-    if (isUri(changed) && changed.name == "TEL") changed.removeParameter("VALUE");
+    // The kind that the line gave its value, such as a text in place of a date, need not fit any
+    // more.
+    if (!isUri(changed) || changed.name == "TEL") changed.removeParameter("VALUE");
     changed.values = {std::string(value)};
   }
 }
 
+// Removes a line without letting the lines behind it move up into its place.
 void VCardContact::removeValue(const Place& place, CardText::Position line) {
-  // The second line of its kind must not become the first when the first goes.
-  if (place.slot == 1) {
-    Place second = place;
-    second.slot = 2;
-    const auto follower = find(second);
-    if (follower && *follower != line && !isSecondSlot(card().property(*follower))) {
-      card().change(*follower).parameters.push_back({std::string(kSlot), {"2"}});
-    }
+  Place other = place;
+  other.slot = place.slot == 1 ? 2 : 1;
+  const auto otherLine = find(other);
+  std::vector<CardText::Position> unmarked;
+  firstMatching(place, [&](const Property& property, CardText::Position each) {
+    if (slotOf(property).empty()) unmarked.push_back(each);
+    return false;
+  });
+  for (const CardText::Position each : unmarked) {
+    const bool isOther = each == otherLine;
+    if (each == line || (isOther && other.slot == 1)) continue;
+    markSlot(each, isOther ? kSecond : kMore);
   }
   removeLine(line);
+}
+
+void VCardContact::markSlot(CardText::Position line, std::string_view slot) {
+  card().change(line).parameters.push_back({std::string(kSlot), {std::string(slot)}});
+}
+
+// A structured line that ends up empty is not written, and the next one of its kind must not come
+// back in its place.
+void VCardContact::markLinesBehindEmptyOnes() {
+  for (const std::string_view name : {"ORG", "ADR"}) {
+    for (const CardText::Position line : card().named(name)) {
+      const Property& emptied = card().property(line);
+      if (!card().isChanged(line) || !emptied.hasNoValue()) continue;
+      for (const CardText::Position other : card().named(name)) {
+        const Property& property = card().property(other);
+        const bool sameKind = property.hasType("WORK") == emptied.hasType("WORK") &&
+                              property.hasType("HOME") == emptied.hasType("HOME");
+        if (other != line && sameKind && slotOf(property).empty()) markSlot(other, kMore);
+      }
+    }
+  }
 }
 
 // --- text ---------------------------------------------------------------------------------------
@@ -541,11 +592,13 @@ void VCardContact::completeForSaving() {
   }
   const auto displayed = card().firstNamed("FN");
   if (!displayed || card().property(*displayed).hasNoValue()) {
-    const std::string company = text(P::CompanyName);
-    setSingle("FN", company.empty() ? text(P::Email1Address) : company);
+    std::string shown = fullName(name());
+    if (shown.empty()) shown = text(P::CompanyName);
+    setSingle("FN", shown.empty() ? text(P::Email1Address) : shown);
   }
   if (!position_ || card().firstNamed("REV")) setSingle("REV", utcNow(card().version()));
   removeStaleLabels();
+  markLinesBehindEmptyOnes();
 }
 
 void VCardContact::save() {

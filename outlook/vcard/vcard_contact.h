@@ -46,10 +46,12 @@ class VCardContact : public Contact {
 
   [[nodiscard]] std::optional<CardText::Position> find(const Place& place);
   template <typename Use>
-  [[nodiscard]] std::optional<CardText::Position> firstMatching(const Place& place, Use use);
+  std::optional<CardText::Position> firstMatching(const Place& place, Use use);
   [[nodiscard]] std::optional<CardText::Position> findLabelled(const Place& place);
   void insertNew(const Place& place, std::string_view value);
   void removeLine(CardText::Position position);
+  void markSlot(CardText::Position line, std::string_view slot);
+  void markLinesBehindEmptyOnes();
   void removeStaleLabels();
   [[nodiscard]] std::string valueAt(const Place& place, CardText::Position line);
   void setValue(const Place& place, std::string_view value);

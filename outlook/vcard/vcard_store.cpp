@@ -20,18 +20,17 @@ void VCardStore::openContactsFolder() {
   if (!folder_) throw ContactStoreError(path_ + ": 연락처 폴더가 열려 있지 않습니다");
   files_.clear();
   items_.clear();
+  open_ = {};
   notices_.clear();
   std::string buffer;
   for (const std::string& name : folder_->cardFiles()) {
-    try {
-      addFile(name, buffer);
-    } catch (const ContactStoreError& error) {
-      notices_.emplace_back(error.what());
-    }
+    addFile(name, buffer);
   }
 }
 
 void VCardStore::addFile(const std::string& name, std::string& buffer) {
+  // A file that cannot be read ends the run: which card it belongs to is not known, and a second
+  // contact for that card must not be made.
   const auto state = folder_->read(name, buffer);
   if (!state) return;
   CardFileText text = findCards(buffer);
@@ -52,6 +51,14 @@ std::unique_ptr<Contact> VCardStore::item(std::size_t index) {
   return std::make_unique<VCardContact>(*this, index);
 }
 
+std::vector<std::string> VCardStore::keys() const {
+  std::vector<std::string> result;
+  for (const Item& item : items_) {
+    if (item.vlid && !item.isGroup) result.push_back(*item.vlid);
+  }
+  return result;
+}
+
 std::unique_ptr<Contact> VCardStore::create() {
   return std::make_unique<VCardContact>(*this, std::nullopt);
 }
@@ -69,39 +76,46 @@ const FileState& VCardStore::stateAt(std::size_t position) const {
   return files_[itemAt(position).file].state;
 }
 
-namespace {
-
-// The card's place in the file's text as it is now.
-CardSpan spanOf(const std::string& text, std::size_t card, const std::string& fileName) {
-  const CardFileText found = findCards(text);
-  if (card >= found.cards.size()) {
-    throw ContactStoreError(fileName + ": 그 사이에 다른 프로그램이 바꾸었습니다");
+// The file's text and where its cards lie, kept until another file is asked for: a file of many
+// cards is read and searched once for all of them.
+VCardStore::OpenFile& VCardStore::openFile(std::size_t file) {
+  if (open_.file == file && open_.state == files_[file].state) return open_;
+  open_.file = kNoFile;
+  const auto state = folder_->read(files_[file].name, open_.text);
+  if (!state || *state != files_[file].state) {
+    throw ContactStoreError(path_ + "/" + files_[file].name +
+                            ": 그 사이에 다른 프로그램이 바꾸었습니다");
   }
-  return found.cards[card];
+  open_.cards = findCards(open_.text).cards;
+  open_.state = *state;
+  open_.file = file;
+  return open_;
 }
-
-}  // namespace
 
 std::string VCardStore::readCard(std::size_t position) {
   const Item& item = itemAt(position);
-  std::string text;
-  static_cast<void>(folder_->read(files_[item.file].name, text));
-  const CardSpan span = spanOf(text, item.card, files_[item.file].name);
-  return text.substr(span.start, span.size);
+  const OpenFile& open = openFile(item.file);
+  const CardSpan& span = open.cards.at(item.card);
+  return open.text.substr(span.start, span.size);
 }
 
 void VCardStore::saveCard(std::size_t position, const std::string& cardText,
                           std::optional<std::string> vlid) {
   Item& item = items_[position - 1];
   File& file = files_[item.file];
-  std::string text;
-  static_cast<void>(folder_->read(file.name, text));
-  const CardSpan span = spanOf(text, item.card, file.name);
-  text.replace(span.start, span.size, cardText);
+  OpenFile& open = openFile(item.file);
+  CardSpan& span = open.cards.at(item.card);
+  open.file = kNoFile;  // what is kept is right again only once the file is written
+  open.text.replace(span.start, span.size, cardText);
   // The cards of one file share its time. Were it to move with every save, the others would look as
   // if they had been edited.
   const bool shared = file.cards > 1;
-  file.state = folder_->replace(file.name, text, file.state, shared);
+  file.state = folder_->replace(file.name, open.text, file.state, shared);
+  const std::size_t grown = cardText.size() - span.size;  // modulo: a smaller card wraps round
+  span.size = cardText.size();
+  for (std::size_t i = item.card + 1; i < open.cards.size(); ++i) open.cards[i].start += grown;
+  open.state = file.state;
+  open.file = item.file;
   item.vlid = std::move(vlid);
   written_ = true;
 }

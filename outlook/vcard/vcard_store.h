@@ -21,6 +21,7 @@ class VCardStore : public ContactStore {
   void openContactsFolder() override;
   [[nodiscard]] std::vector<std::string> folderNotices() const override { return notices_; }
   [[nodiscard]] std::size_t count() const override { return items_.size(); }
+  [[nodiscard]] std::vector<std::string> keys() const override;
   [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
   [[nodiscard]] std::unique_ptr<Contact> create() override;
   [[nodiscard]] std::string chooseCategories() override;
@@ -41,7 +42,16 @@ class VCardStore : public ContactStore {
     std::optional<std::string> vlid;
   };
 
+  static constexpr std::size_t kNoFile = static_cast<std::size_t>(-1);
+  struct OpenFile {
+    std::size_t file = kNoFile;
+    FileState state;
+    std::string text;
+    std::vector<CardSpan> cards;
+  };
+
   void addFile(const std::string& name, std::string& buffer);
+  OpenFile& openFile(std::size_t file);
 
   // For VCardContact, with 1-based positions.
   [[nodiscard]] const Item& itemAt(std::size_t position) const { return items_[position - 1]; }
@@ -57,6 +67,7 @@ class VCardStore : public ContactStore {
   std::unique_ptr<Folder> folder_;
   std::vector<File> files_;
   std::vector<Item> items_;
+  OpenFile open_;
   std::vector<std::string> notices_;
   bool written_ = false;  // since the last flush
 };

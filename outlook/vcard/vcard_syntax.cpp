@@ -129,7 +129,7 @@ std::string writeWithLibrary(std::span<const Property* const> properties,
 
 // --- vCard 2.1, whose writer in the library leaves out what it does not know ---------------------
 
-constexpr std::size_t kFoldAt = 74;
+constexpr std::size_t kFoldAt = 70;
 
 bool needsQuotedPrintable(const std::vector<std::string>& values) {
   return std::any_of(values.begin(), values.end(), [](const std::string& value) {
@@ -146,31 +146,31 @@ class QuotedPrintableWriter {
 
   void append(std::string_view text) {
     for (const char c : text) {
+      if (c == '\n') putEncoded('\r');
       const auto byte = static_cast<unsigned char>(c);
-      const bool plain = byte > 0x20 && byte < 0x7F && c != '=' && c != ';' && c != '\\';
-      if (c == '\n') {
-        put("=0D");
-        put("=0A");
-      } else if (plain || c == ' ') {
-        put(std::string_view(&c, 1));
+      const bool plain = byte >= 0x20 && byte < 0x7F && c != '=' && c != ';' && c != '\\';
+      if (plain && column_ < kFoldAt) {
+        out_ += c;
+        ++column_;
       } else {
-        constexpr std::string_view kDigits = "0123456789ABCDEF";
-        const char code[] = {'=', kDigits[byte >> 4], kDigits[byte & 15]};
-        put(std::string_view(code, 3));
+        putEncoded(c);
       }
     }
   }
 
-  void put(std::string_view code) {
-    if (column_ + code.size() > kFoldAt) {
-      out_.append("=").append(lineEnd_);
-      column_ = 0;
-    }
-    out_ += code;
-    column_ += code.size();
+ private:
+  // A line is broken behind an encoded byte only: there every reader joins it again.
+  void putEncoded(char c) {
+    constexpr std::string_view kDigits = "0123456789ABCDEF";
+    const auto byte = static_cast<unsigned char>(c);
+    const char code[] = {'=', kDigits[byte >> 4], kDigits[byte & 15]};
+    out_.append(code, sizeof code);
+    column_ += sizeof code;
+    if (column_ < kFoldAt) return;
+    out_.append("=").append(lineEnd_);
+    column_ = 0;
   }
 
- private:
   std::string& out_;
   std::string_view lineEnd_;
   std::size_t column_;
@@ -185,7 +185,9 @@ void writeVersion21(const Property& property, std::string_view lineEnd, std::str
   for (const Parameter& parameter : property.parameters) {
     if (isWritersOwn(parameter, false)) continue;
     for (const std::string& value : parameter.values) {
-      out.append(";").append(parameter.name).append("=").append(value);
+      const bool quoted = value.find_first_of(";:,=") != std::string::npos;
+      out.append(";").append(parameter.name).append(quoted ? "=\"" : "=").append(value);
+      if (quoted) out += '"';
     }
   }
   if (binary) {

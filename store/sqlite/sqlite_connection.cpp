@@ -206,6 +206,10 @@ void SqliteConnection::open(const ConnectionSettings& settings) {
     }
     std::unique_ptr<sqlite3, Closer> database(openFile(file, SQLITE_OPEN_READWRITE));
     configure(database.get());
+    if (sqlite3_db_readonly(database.get(), "main") != 0) {
+      // Transfers would write contacts and could not record it.
+      throw DatabaseError("읽기 전용 데이터베이스입니다");
+    }
     database_ = std::move(database);
   } catch (const DatabaseError& error) {
     closedBecause_ = file.string() + ": " + error.what();
@@ -278,11 +282,15 @@ std::int64_t SqliteConnection::execute(std::string_view sql) {
 }
 
 std::unique_ptr<Recordset> SqliteConnection::query(std::string_view sql) {
-  const Prepared& prepared = prepare(sql);
+  Prepared& prepared = prepare(sql);
   sqlite3_stmt* const statement = prepared.statement.get();
   const Reset reset(statement);
-  auto rows = std::make_unique<Rows>(prepared.columns);
   int result = sqlite3_step(statement);
+  // Another program may have changed the table since the statement was prepared.
+  if (static_cast<std::size_t>(sqlite3_column_count(statement)) != prepared.columns->count) {
+    prepared.columns = std::make_shared<const Columns>(statement);
+  }
+  auto rows = std::make_unique<Rows>(prepared.columns);
   for (; result == SQLITE_ROW; result = sqlite3_step(statement)) rows->append(statement);
   if (result != SQLITE_DONE) fail(sql);
   return rows;
@@ -291,6 +299,9 @@ std::unique_ptr<Recordset> SqliteConnection::query(std::string_view sql) {
 void createDatabase(const std::filesystem::path& file) {
   // Made with its final mode first, so that it is never readable by others, not even for a moment.
   const int descriptor = ::open(file.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
+  if (descriptor < 0 && errno == EEXIST) {
+    throw DatabaseError(file.string() + ": 이미 있는 데이터베이스는 덮어쓰지 않습니다");
+  }
   if (descriptor < 0) throw DatabaseError(file.string() + ": " + std::strerror(errno));
   ::close(descriptor);
   sqlite3* database = nullptr;

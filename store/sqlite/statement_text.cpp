@@ -65,7 +65,7 @@ class StatementReader {
   }
 
   void lift(bool isNumber, std::string value) {
-    result_.shape += '?';
+    result_.shape += "? ";  // the blank keeps it apart from a number that wrongly follows
     result_.literals.push_back({isNumber, std::move(value)});
     previous_ = '?';
   }
@@ -106,7 +106,8 @@ class StatementReader {
     while (end < sql_.size() && (isWordCharacter(sql_[end]) || sql_[end] == '.')) ++end;
     const std::string_view number = sql_.substr(position_, end - position_);
     position_ = end;
-    if (mayLift() && std::all_of(number.begin(), number.end(), text::isAsciiDigit)) {
+    // A number past 64 bits is the database's to read.
+    if (mayLift() && text::parseInteger(number)) {
       lift(true, std::string(number));
       return;
     }

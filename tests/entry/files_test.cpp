@@ -57,6 +57,24 @@ TEST(OptionFile, SavingKeepsWhatElseIsInTheFile) {
   EXPECT_THAT(tests::fileNames(folder.path()), ElementsAre("VelmoraOlSync.ini"));
 }
 
+TEST(OptionFile, OddLinesSurviveAndProtectedFilesStay) {
+  const tests::TemporaryFolder folder;
+  const auto file = folder.path() / "VelmoraOlSync.ini";
+  const std::string odd = "just a line\r\n[Other]\r\nA=1\r\nA=2\r\nB = \"x y\"\r\n=5\r\n\r\n";
+  tests::writeFile(file, odd + "[set]\r\nout_check2 = 0\r\n\r\n; end\r\n[Last]\r\nz=1");
+  ui::OptionValues options;
+  options.fill("1");
+  saveOptions(folder.path(), options);
+  std::string expected = odd + "[set]\r\nOUT_CHECK2=1\r\n\r\n; end\r\nOUT_CHECK1=1\r\n";
+  for (int i = 3; i <= 10; ++i) expected += "OUT_CHECK" + std::to_string(i) + "=1\r\n";
+  EXPECT_EQ(tests::readFile(file), expected + "[Last]\r\nz=1\r\n");
+  // A folder stands for a file that is there and cannot be read; root reads any file.
+  std::filesystem::remove(file);
+  std::filesystem::create_directory(file);
+  saveOptions(folder.path(), options);
+  EXPECT_TRUE(std::filesystem::is_directory(file));
+}
+
 TEST(TextFile, IsReadInEitherEncodingOrRefusedByName) {
   const tests::TemporaryFolder folder;
   const auto file = folder.path() / "list.txt";

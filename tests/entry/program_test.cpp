@@ -155,10 +155,10 @@ TEST_F(ProgramTest, ExportsInThreeColumnsAndKeepsTheStreamsApart) {
   EXPECT_EQ(lines, 25U);
   EXPECT_THAT(run(exportAll()).out,
               EndsWith("연락처 추가\t100%\t완료\n내보내기 완료\t추가=0/갱신=0\t\n"));
-  tests::writeFile(folder() + "/temp/exportlist.txt", "\r\n1\r\n");
+  tests::writeFile(folder() + "/temp/exportlist.txt", "77\r\n1\r\n");
   const Result noGroup = run({"run", "export", "--folder", folder(), "--range", "group"});
   EXPECT_EQ(noGroup.status, 0);  // nothing to do is no failure, but it is said
-  EXPECT_THAT(noGroup.err, HasSubstr("exportlist.txt"));
+  EXPECT_THAT(noGroup.err, AllOf(HasSubstr("exportlist.txt"), HasSubstr("77")));
   const Result selected = run({"run", "export", "--folder", folder()});
   EXPECT_EQ(selected.status, 0) << selected.err;
   // A box that is set stays set, as in the window.

@@ -215,6 +215,10 @@ TEST_F(VCardStoreTest, ReadsWhatOtherProgramsWrite) {
       {"CATEGORIES:a,b\r\nCATEGORIES:c\r\n", P::Categories, "a, b, c"},
       {"X-MS-SPOUSE:배우자\r\n", P::Spouse, "배우자"},
       {"item2.X-ABRELATEDNAMES:Jenny\r\nitem2.X-ABLabel:_$!<Spouse>!$_\r\n", P::Spouse, "Jenny"},
+      // Folded before its colon, where long parameters push it.
+      {"TITLE:x\r\nTEL;X-COUCHDB-UUID=\"c2fa1caa-2926-4087\";X-EVOLUTION-UI-S\r\n "
+       "LOT=1;TYPE=CELL:010\r\n",
+       P::MobileTelephoneNumber, "010"},
       {"AGENT:\r\nBEGIN:VCARD\r\nTITLE:inner\r\nEND:VCARD\r\nTITLE:outer\r\n", P::JobTitle,
        "outer"},
   };
@@ -284,6 +288,7 @@ TEST_F(VCardStoreTest, SavingTouchesOnlyWhatWasChanged) {
     expected = text::replaceAll(expected, gone, "");
   }
   expected = text::replaceAll(expected, "EMAIL:b@", "EMAIL;X-VELMORA-SLOT=2:b@");
+  expected = text::replaceAll(expected, "EMAIL:c@", "EMAIL;X-VELMORA-SLOT=more:c@");
   expected = text::replaceAll(expected, "END:VCARD", "TITLE:부장\r\nEND:VCARD");
   EXPECT_EQ(after, expected);
 }
@@ -317,6 +322,28 @@ TEST_F(VCardStoreTest, SecondPlacesStaySecond) {
   }
 }
 
+TEST_F(VCardStoreTest, EveryCardOfAFileCanBeSavedInTurn) {
+  std::string text;
+  for (int i = 0; i < 5; ++i) {
+    text += "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:" + std::to_string(i) + "\r\nN:;" +
+            std::to_string(i) + ";;;\r\nTITLE:long title\r\nEND:VCARD\r\n";
+  }
+  tests::writeFile(folder.path() / "many.vcf", text);
+  const auto store = openStore();
+  const std::vector<std::string> titles{"shorter", "a title that is longer", "", "x", "y"};
+  for (const std::size_t i : {2U, 0U, 4U, 1U, 3U}) {
+    const auto contact = store->item(i + 1);
+    EXPECT_EQ(contact->text(P::FullName), std::to_string(i));
+    contact->setText(P::JobTitle, titles[i]);
+    contact->save();
+  }
+  store->openContactsFolder();
+  for (std::size_t i = 0; i < titles.size(); ++i) {
+    EXPECT_EQ(store->item(i + 1)->text(P::JobTitle), titles[i]);
+    EXPECT_EQ(store->item(i + 1)->text(P::FullName), std::to_string(i));
+  }
+}
+
 TEST_F(VCardStoreTest, FilesOfSeveralCardsAreWrittenBackWhole) {
   const std::string first =
       "BEGIN:VCARD\nVERSION:2.1\nN:A\nKEY;ENCODING=BASE64:\n AAAA\n\nEND:VCARD\n";
@@ -339,6 +366,76 @@ TEST_F(VCardStoreTest, FilesOfSeveralCardsAreWrittenBackWhole) {
   EXPECT_EQ(text::toWholeSeconds(store->item(1)->lastModificationTime()),
             text::toWholeSeconds(time));
   EXPECT_EQ(store->item(1)->text(P::LastName), "A");
+}
+
+TEST_F(VCardStoreTest, AwkwardParametersAndFileNamesSurviveInEveryVersion) {
+  const std::vector<std::string> names{"a;b:c,d=e.jpg",      "back\\slash %41.jpg",
+                                       "two\r\nlines",       std::string(60, 'n') + ".jpg",
+                                       "명함,앞 \"뒤\".jpg", ""};
+  for (const char* version : {"2.1", "3.0", "4.0"}) {
+    tests::writeFile(
+        folder.path() / "a.vcf",
+        std::string("BEGIN:VCARD\r\nVERSION:") + version +
+            "\r\nN:Kim;Minsu\r\nORG:Acme\r\nTEL;X-FOO=\"a;b:c\";TYPE=CELL:9\r\nEND:VCARD\r\n");
+    tests::writeFile(folder.path() / "picture", "data");
+    const auto store = openStore();
+    const auto contact = store->item(1);
+    contact->setText(P::MobileTelephoneNumber, "열");
+    for (const std::string& name : names) contact->addAttachment(folder.path() / "picture", name);
+    contact->save();
+    store->openContactsFolder();
+    const auto again = store->item(1);
+    EXPECT_EQ(again->text(P::MobileTelephoneNumber), "열") << version;
+    ASSERT_EQ(again->attachmentCount(), names.size()) << version;
+    for (std::size_t i = 0; i < names.size(); ++i) {
+      EXPECT_EQ(again->attachmentName(i + 1), names[i]) << version;
+      EXPECT_EQ(again->attachmentContent(i + 1), "data") << version;
+    }
+    // A display name that was missing is the person's, not the company's.
+    EXPECT_THAT(tests::readFile(folder.path() / "a.vcf"), HasSubstr("FN:Minsu Kim\r\n"));
+  }
+}
+
+TEST_F(VCardStoreTest, LinesThatHaveNoPropertyDoNotMoveUp) {
+  const std::string lines =
+      "BEGIN:VCARD\r\nVERSION:3.0\r\nN:;A;;;\r\nFN:A\r\nEMAIL:1\r\nEMAIL:2\r\nEMAIL:3\r\n"
+      "TEL;TYPE=CELL:1\r\nTEL;TYPE=CELL:2\r\nTEL;TYPE=WORK:1\r\nTEL;TYPE=WORK:2\r\nTEL;TYPE=WORK:"
+      "3\r\n"
+      "ORG:1\r\nORG:2\r\nADR;TYPE=HOME:;;1;;;;\r\nADR;TYPE=HOME:;;2;;;;\r\nEND:VCARD\r\n";
+  const std::vector<P> properties{P::Email2Address,           P::Email1Address,
+                                  P::MobileTelephoneNumber,   P::Business2TelephoneNumber,
+                                  P::BusinessTelephoneNumber, P::CompanyName,
+                                  P::HomeAddressStreet};
+  const std::string after = changed(lines, [&](Contact& contact) {
+    for (const P property : properties) contact.setText(property, "");
+  });
+  const auto store = openStore();
+  const auto contact = store->item(1);
+  for (const P property : properties) {
+    EXPECT_EQ(contact->text(property), "") << propertyInfo(property).objectModelName;
+  }
+  for (const char* kept : {":3\r\n", "CELL;X-VELMORA-SLOT=2:2\r\n", ":;;2;;;;\r\n"}) {
+    EXPECT_THAT(after, HasSubstr(kept));
+  }
+}
+
+TEST_F(VCardStoreTest, LinksStayLinksAndProtectedFilesAreLeftAlone) {
+  const std::string card = "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:A\r\nN:;A;;;\r\nEND:VCARD\r\n";
+  const tests::TemporaryFolder elsewhere;
+  tests::writeFile(elsewhere.path() / "target.vcf", card);
+  std::filesystem::create_symlink(elsewhere.path() / "target.vcf", folder.path() / "link.vcf");
+  const auto store = openStore();
+  const auto contact = store->item(1);
+  contact->setText(P::JobTitle, "T");
+  contact->save();
+  contact->setText(P::JobTitle, "U");
+  contact->save();  // and the state of the file behind the link is known afterwards
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.path() / "link.vcf"));
+  EXPECT_THAT(tests::readFile(elsewhere.path() / "target.vcf"), HasSubstr("TITLE:U"));
+  EXPECT_THAT(tests::fileNames(elsewhere.path()), ElementsAre("target.vcf"));
+  tests::writeFile(folder.path() / "sparse.vcf", "");
+  std::filesystem::resize_file(folder.path() / "sparse.vcf", std::uintmax_t{1} << 42);
+  EXPECT_THROW(store->openContactsFolder(), ContactStoreError);
 }
 
 TEST_F(VCardStoreTest, NamesWhatItCannotReadAndGoesOn) {

@@ -136,6 +136,42 @@ TEST_F(ExportTest, PairsContactsWithoutAUsableKeyByPerson) {
   }
 }
 
+TEST_F(ExportTest, FindsPeopleAgainByEitherOrderOfTheirNames) {
+  for (const char* name : {"Minsu Kim", "Kim, Minsu", "홍 길동", "홍길동"}) {
+    startAfresh();
+    addCard(1, {{"FullName", name}, {"cellphone", "010-1"}});
+    exportAll();
+    const std::string file = cardFiles().at(0);
+    std::string text = contactText(file);
+    text.erase(text.find("X-VLID:1\r\n"), 10);  // as a phone that does not know it leaves it
+    tests::writeFile(contactsFolder() / file, text);
+    EXPECT_THAT(exportAll(), Contains("내보내기 완료|추가=0/갱신=1|")) << name;
+  }
+}
+
+TEST_F(ExportTest, ADoubleDoesNotTakeTheRowOfTheContactWithTheKey) {
+  addCard(1, {{"FullName", "홍길동"}, {"cellphone", "010-1"}});
+  writeContact("a.vcf", "N:홍;길동;;;\r\nTEL;TYPE=CELL:010-1\r\nNOTE:double\r\n",
+               "2030/01/01 00:00:00");
+  writeContact("b.vcf", "N:홍;길동;;;\r\nTEL;TYPE=CELL:010-1\r\nX-VLID:1\r\n",
+               "2030/01/01 00:00:00");
+  EXPECT_THAT(exportAll(), Contains("내보내기 완료|추가=0/갱신=0|"));
+  EXPECT_THAT(contactText("a.vcf"), Not(HasSubstr("X-VLID")));
+  EXPECT_EQ(valueOf(1, "Memo_"), "NULL");
+}
+
+TEST_F(ExportTest, ATransferThatWasCutShortIsCompleted) {
+  addCard(1, {{"FullName", "홍길동"},
+              {"Memo_", "두\r\n줄"},
+              {"Categories", "a,b"},
+              {"home_zipcode", "1"}});
+  exportAll();
+  setStamps(1, "2025/01/01 00:00:00", "", "");  // the contact was written, the row not stamped
+  EXPECT_THAT(exportAll(), Contains("내보내기 완료|추가=0/갱신=0|"));
+  EXPECT_EQ(valueOf(1, "Last_moddate"), valueOf(1, "VLLastsync_date"));
+  EXPECT_NE(valueOf(1, "Last_moddate"), "2025/01/01 00:00:00");
+}
+
 TEST_F(ExportTest, MergesFieldByFieldAndLosesNothing) {
   for (const bool contactNewer : {false, true}) {
     startAfresh();

@@ -120,7 +120,7 @@ TEST_F(CompareWindowTest, ValidatesEachSideInItsOwnWay) {
       {false, "홍", "1980-01-01", "언젠가", "기념일 날짜형식이 부적당합니다."},
   };
   for (const Case& c : cases) {
-    makeConflict({{"FullName", "홍길동"}}, "N:홍;길동;;;\r\n");
+    makeConflict({{"FullName", "홍길동"}, {"JobTitle", "부장"}}, "N:홍;길동;;;\r\n");
     std::vector<std::string> messages;
     compare([&](frmOutlookSyncModify& window) {
       window.Check1.setValue(1);
