@@ -27,7 +27,8 @@ class ExportList {
   // when the file is missing. Throws EncodingError.
   [[nodiscard]] std::vector<std::string> readSelectedCards() const;
 
-  // Why the list gives no folder or no cards, in a sentence that names the file; empty when it does.
+  // Why the list gives no folder or no cards, in a sentence that names the file; empty when it
+  // does.
   [[nodiscard]] std::string explainFolder(store::Connection& connection) const;
   [[nodiscard]] std::string explainCards() const;
 

@@ -55,9 +55,9 @@ struct MapOptions {
 void writeContactFromRow(Contact& contact, const store::Recordset& row, ContactWrite how,
                          const MapOptions& options);
 
-// True when writing the row into the existing contact would change nothing but its time. Tells a pair
-// whose transfer was cut short before the row was stamped from one that really differs. The name does
-// not count.
+// True when writing the row into the existing contact would change nothing but its time. Tells a
+// pair whose transfer was cut short before the row was stamped from one that really differs. The
+// name does not count.
 [[nodiscard]] bool contactHoldsRow(Contact& contact, const store::Recordset& row,
                                    const MapOptions& options);
 
