@@ -9,7 +9,6 @@ namespace vlout::transfer {
 namespace {
 
 using outlook::Contact;
-using outlook::ContactProperty;
 using outlook::ContactWrite;
 
 std::string rowName(const store::Recordset& row) {

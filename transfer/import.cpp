@@ -11,7 +11,6 @@ namespace vlout::transfer {
 namespace {
 
 using outlook::Contact;
-using outlook::ContactProperty;
 
 // What two sides say of a value that both have.
 bool bothHaveEqual(std::string_view row, std::string_view contact) {

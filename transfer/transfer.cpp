@@ -34,8 +34,8 @@ std::string Transfer::failuresText() const {
 }
 
 void Transfer::hideProgress() {
-  window_.setProgress(0);
   window_.showProgress(false);
+  window_.setProgress(0);
 }
 
 void Transfer::openFolder() {

@@ -8,6 +8,7 @@
 
 #include "outlook/pairing.h"
 #include "tests/support/component_fixture.h"
+#include "text/ascii.h"
 
 namespace vlout::transfer {
 namespace {
@@ -191,8 +192,8 @@ TEST_F(ImportTest, WhatCannotBeInsertedIsReportedAndKeepsNoNumber) {
   execute("CREATE UNIQUE INDEX one_each ON tbl_namecard (JobTitle)");
   addCard(1, {{"FullName", "사장"}, {"JobTitle", "나"}});
   for (const std::string name : {"가", "나", "다"}) {
-    writeContact(name + ".vcf", "N:;" + name + ";;;\r\nTITLE:" + name + "\r\n",
-                 "2025/01/01 00:00:00");
+    const std::string lines = text::replaceAll("N:;@;;;\r\nTITLE:@\r\n", "@", name);
+    writeContact(name + ".vcf", lines, "2025/01/01 00:00:00");
   }
   auto lines = importAll();
   EXPECT_THAT(lines, Contains(AllOf(StartsWith("실패→(나): "), HasSubstr("JobTitle"))));

@@ -13,7 +13,6 @@ namespace vlout::ui {
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 class GroupPickerTest : public tests::ComponentFixture {
  protected:
