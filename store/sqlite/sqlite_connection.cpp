@@ -72,7 +72,7 @@ void configure(sqlite3* database) {
   // In WAL mode NORMAL keeps the file consistent through a power cut; at worst the last rows'
   // stamps are lost, and the next run finds and repairs such pairs.
   runScript(database,
-            "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-16384; PRAGMA mmap_size=268435456;");
+            "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-16384;");
 }
 
 }  // namespace
