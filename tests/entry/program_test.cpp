@@ -166,6 +166,42 @@ TEST_F(ProgramTest, ExportsInThreeColumnsAndKeepsTheStreamsApart) {
   EXPECT_THAT(tests::readFile(folder() + "/VelmoraOlSync.ini"), HasSubstr("OUT_CHECK7=0\r\n"));
 }
 
+TEST_F(ProgramTest, AnswersConflictsAsItIsTold) {
+  struct Case {
+    const char* answer;
+    const char* birthday;  // of the card
+    int status;
+    const char* title;  // of the card afterwards
+    const char* said;
+  };
+  for (const Case& c : {Case{"skip", "null", 0, "card", "벨모라=0/아웃룩=0"},
+                        Case{"newer", "null", 0, "contact", "벨모라=1/아웃룩=0"},
+                        Case{"card", "null", 0, "card", "벨모라=0/아웃룩=1"},
+                        Case{"outlook", "null", 0, "contact", "벨모라=1/아웃룩=0"},
+                        Case{"stop", "null", 1, "card", "상호갱신 작업이 중지되었습니다!"},
+                        // A save that the window refuses: the pair is left out, and that is said.
+                        Case{"card", "'someday'", 0, "card", "제외합니다"}}) {
+    std::filesystem::remove_all(folder());
+    run({"init", "--folder", folder()});
+    store::SqliteConnection connection;
+    connection.open({.componentFolder = folder()});
+    connection.execute(
+        std::string("INSERT INTO tbl_namecard(i_idx,p_idx,FullName,JobTitle,Birthday,"
+                    "Last_moddate) VALUES(1,0,'홍길동','card',") +
+        c.birthday + ",'2030/01/01 00:00:00')");
+    const auto contact = contacts() / "a.vcf";
+    tests::writeFile(contact,
+                     "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:홍길동\r\nN:홍;길동;;;\r\nTITLE:contact\r\n"
+                     "X-VLID:1\r\nEND:VCARD\r\n");
+    const timespec times[2] = {{4'000'000'000, 0}, {4'000'000'000, 0}};
+    ASSERT_EQ(utimensat(AT_FDCWD, contact.c_str(), times, 0), 0);
+    const Result result = run({"run", "sync", "--folder", folder(), "--on-conflict", c.answer});
+    EXPECT_EQ(result.status, c.status) << c.answer;
+    EXPECT_THAT(result.err, HasSubstr(c.said)) << c.answer;
+    EXPECT_EQ(store::readCard(connection, "1")->field("JobTitle"), c.title) << c.answer;
+  }
+}
+
 TEST_F(ProgramTest, SaysWhatIsWrongWithWhatItIsGiven) {
   struct Case {
     const char* name;
