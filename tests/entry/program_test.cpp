@@ -68,6 +68,20 @@ class ProgramTest : public testing::Test {
 
   Result run(const std::vector<std::string>& arguments) { return finish(start(arguments)); }
 
+  // Runs the program again and again, killing it a little later each time, and then to its end.
+  void killThenFinish(const std::vector<std::string>& arguments, int rounds) {
+    int kills = 0;
+    for (int round = 0; round < rounds; ++round) {
+      const pid_t child = start(arguments);
+      std::this_thread::sleep_for(std::chrono::microseconds(3000 + 2000 * round));
+      kill(child, SIGKILL);
+      if (finish(child).status == -SIGKILL) ++kills;
+    }
+    EXPECT_GT(kills, 5);
+    const Result last = run(arguments);
+    EXPECT_EQ(last.status, 0) << last.err;
+  }
+
   Result sample(int cards) {
     return run({"sample", "--folder", folder(), "--cards", std::to_string(cards)});
   }
@@ -286,17 +300,7 @@ TEST_F(ProgramTest, AnInterruptStopsInOrder) {
 TEST_F(ProgramTest, AKilledExportIsTakenUpAgain) {
   constexpr int kCards = 5000;
   sample(kCards);
-  int kills = 0;
-  for (int round = 0; round < 40; ++round) {
-    const pid_t child = start(exportAll());
-    std::this_thread::sleep_for(std::chrono::microseconds(4000 + 2300 * round));
-    kill(child, SIGKILL);
-    const Result result = finish(child);
-    if (result.status == -SIGKILL) ++kills;
-  }
-  EXPECT_GT(kills, 5);
-  const Result last = run(exportAll());
-  EXPECT_EQ(last.status, 0) << last.err;
+  killThenFinish(exportAll(), 40);
   const auto keys = contactKeys();
   EXPECT_EQ(keys.size(), static_cast<std::size_t>(kCards));
   for (const auto& [key, count] : keys) EXPECT_EQ(count, 1) << key;
@@ -314,7 +318,6 @@ TEST_F(ProgramTest, AKilledImportIsTakenUpAgain) {
   constexpr int kCards = 2000;
   sample(kCards);
   run(exportAll());
-  const std::vector<std::string> import{"run", "import", "--folder", folder()};
   {
     store::SqliteConnection connection;
     connection.open({.componentFolder = folder()});
@@ -329,15 +332,7 @@ TEST_F(ProgramTest, AKilledImportIsTakenUpAgain) {
         std::to_string(++index) + "\r\nX-KEEP:" + name + "\r\nEND:VCARD\r\n";
     tests::writeFile(contacts() / name, text);
   }
-  int kills = 0;
-  for (int round = 0; round < 30; ++round) {
-    const pid_t child = start(import);
-    std::this_thread::sleep_for(std::chrono::microseconds(3000 + 1700 * round));
-    kill(child, SIGKILL);
-    if (finish(child).status == -SIGKILL) ++kills;
-  }
-  EXPECT_GT(kills, 5);
-  EXPECT_EQ(run(import).status, 0);
+  killThenFinish({"run", "import", "--folder", folder()}, 30);
   const auto keys = contactKeys();
   EXPECT_EQ(keys.size(), static_cast<std::size_t>(kCards));
   store::SqliteConnection connection;
@@ -380,15 +375,7 @@ TEST_F(ProgramTest, AKilledSyncIsTakenUpAgain) {
     utimensat(AT_FDCWD, (contacts() / name).c_str(), times, 0);
   }
   const std::vector<std::string> sync{"run", "sync", "--folder", folder()};
-  int kills = 0;
-  for (int round = 0; round < 25; ++round) {
-    const pid_t child = start(sync);
-    std::this_thread::sleep_for(std::chrono::microseconds(3000 + 1500 * round));
-    kill(child, SIGKILL);
-    if (finish(child).status == -SIGKILL) ++kills;
-  }
-  EXPECT_GT(kills, 5);
-  EXPECT_EQ(run(sync).status, 0);
+  killThenFinish(sync, 25);
   EXPECT_THAT(run(sync).out, HasSubstr("벨모라=0/아웃룩=0"));
   EXPECT_EQ(contactKeys().size(), static_cast<std::size_t>(kCards));
   const auto uneven = connection.query(
