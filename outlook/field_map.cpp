@@ -212,11 +212,10 @@ bool fieldHolds(Contact& contact, const MappedField& field, std::string_view row
       return contact.date(field.writeTo) == dayOrNone(rowText);
     case R::Gender:
       return contact.gender() == genderFromRow(rowText);
-    case R::Address: {
-      const AddressProperties address = addressProperties(field.writeTo);
-      return contact.text(address.city).empty() && contact.text(address.state).empty() &&
-             contact.text(address.street) == rowText;
-    }
+    case R::Address:
+      return contact.text(field.writeTo) == rowText &&
+             addressLineOf(contact, field.writeTo) ==
+                 store::addressLine({.street = std::string(rowText)});
     default:
       return comparable(field, contact.text(field.writeTo)) == comparable(field, rowText);
   }
@@ -224,12 +223,13 @@ bool fieldHolds(Contact& contact, const MappedField& field, std::string_view row
 
 }  // namespace
 
-bool contactHoldsRow(Contact& contact, const store::Recordset& row, const MapOptions& options) {
+bool contactHoldsRow(Contact& contact, const store::Recordset& row) {
+  // The contact's own home postal code is never written, so it is empty or the row's.
+  const std::string homeCode = contact.text(P::HomeAddressPostalCode);
+  if (!homeCode.empty() && homeCode != store::nullSafe(row.field("home_zipcode"))) return false;
   return std::all_of(kFields.begin(), kFields.end(), [&](const MappedField& field) {
     // The other address's postal code is overwritten by the home one, which has the same target.
-    const bool overwritten = field.column == "etc_zipcode";
-    const bool stays = field.rule == R::Fax && options.protectFax;
-    return overwritten || stays ||
+    return field.column == "etc_zipcode" ||
            fieldHolds(contact, field, store::nullSafe(row.field(field.column)));
   });
 }

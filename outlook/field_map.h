@@ -55,11 +55,10 @@ struct MapOptions {
 void writeContactFromRow(Contact& contact, const store::Recordset& row, ContactWrite how,
                          const MapOptions& options);
 
-// True when writing the row into the existing contact would change nothing but its time. Tells a
-// pair whose transfer was cut short before the row was stamped from one that really differs. The
-// name does not count.
-[[nodiscard]] bool contactHoldsRow(Contact& contact, const store::Recordset& row,
-                                   const MapOptions& options);
+// True when writing the row into the contact, or the contact into the row, would change nothing but
+// dates. Tells a pair whose transfer was cut short before the row was stamped from one that really
+// differs. The name does not count, which no update of a pair carries over in both directions.
+[[nodiscard]] bool contactHoldsRow(Contact& contact, const store::Recordset& row);
 
 // Writes one field's row text into the contact by the field's rule.
 void writeFieldToContact(Contact& contact, const MappedField& field, std::string_view rowText);

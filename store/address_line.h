@@ -8,11 +8,11 @@
 namespace vlout::store {
 
 struct AddressParts {
-  std::string country;
-  std::string state;
-  std::string city;
-  std::string street;
-  std::string postOfficeBox;
+  std::string country{};
+  std::string state{};
+  std::string city{};
+  std::string street{};
+  std::string postOfficeBox{};
 };
 
 // The parts in Latin order (box, street, city, state, country) when street and city are both Latin,

@@ -74,6 +74,8 @@ void Export::compareOrMerge(Contact& contact) {
     compare(row.id, contact);
   } else if (rowUpdate_.mergeForImport(row.id, contact, options_.map)) {
     ++updated_;
+  } else {
+    ++failures_;
   }
 }
 
@@ -86,8 +88,7 @@ void Export::compare(const std::string& rowId, Contact& contact) {
     if (!outlook::hasVLID(contact)) {
       outlook::addVLID(contact, rowId);
       contact.save();
-    } else if (state.newer == Side::Contact &&
-               outlook::contactHoldsRow(contact, *row, options_.map)) {
+    } else if (state.newer == Side::Contact && outlook::contactHoldsRow(contact, *row)) {
       // An export that was cut short between contact and row: nothing differs but the dates, and
       // left as they are they would make the card's next change look like a conflict.
       writeSyncDates(connection_, contact.lastModificationTime(), rowId);

@@ -23,6 +23,7 @@ RunEnd Import::run() {
   const RunButtonDisabled disabled(window_);
   pending_.clear();
   openFolder();
+  for (const std::string& key : contacts_.keys()) ++carriedKeys_[key];
   window_.showProgress(true);
   if (options_.updateExisting) {
     PhaseLine heading(window_, "연락처 비교/갱신", contacts_.count());
@@ -58,16 +59,16 @@ void Import::compareContact(Contact& contact, std::size_t position) {
       return;
     }
     reportUnusableKey(contact, key);
-    if (findDuplicate(contact)) return;
-    ++strayKeys_[key];
-    pending_.push_back(position);
+    if (!findByPerson(contact) && !findDuplicate(contact)) pending_.push_back(position);
     return;
   }
   if (const auto listed = findByPerson(contact)) {
     const PairedRow paired(list_, *listed);
     mergeInto(list_.row(*listed).id, contact);
   } else if (const auto rowId = findDuplicate(contact)) {
-    if (list_.isReserved(*rowId)) return;  // another contact is the row's: this one is its double
+    // Another contact is the row's, by its key or since earlier in this run: this one is its
+    // double, and merging it too would put its values over that one's.
+    if (list_.isReserved(*rowId) || list_.wasRemoved(*rowId)) return;
     mergeInto(*rowId, contact);
     if (const auto left = list_.findById(*rowId)) list_.remove(*left);
   } else {
@@ -85,8 +86,7 @@ void Import::collectContact(Contact& contact, std::size_t position) {
     }
     reportUnusableKey(contact, key);
     if (text::parseInteger(key) && store::cardExists(connection_, key)) return;
-    if (findDuplicate(contact)) return;
-    ++strayKeys_[key];
+    if (findByPerson(contact) || findDuplicate(contact)) return;
   } else if (const auto listed = findByPerson(contact)) {
     list_.remove(*listed);
     return;
@@ -125,7 +125,11 @@ std::optional<std::string> Import::findDuplicateByName(const Person& person) {
 // --- updating -----------------------------------------------------------------------------------
 
 void Import::mergeInto(const std::string& rowId, Contact& contact) {
-  if (rowUpdate_.mergeForImport(rowId, contact, options_.map)) ++updated_;
+  if (rowUpdate_.mergeForImport(rowId, contact, options_.map)) {
+    ++updated_;
+  } else {
+    ++failures_;
+  }
 }
 
 Import::Compared Import::compareForImport(const std::string& rowId, Contact& contact) {
@@ -146,7 +150,10 @@ Import::Compared Import::compareForImport(const std::string& rowId, Contact& con
     window_.selectResult(addLine(window_, "→충돌←(" + name + ")", "0%", "제외"));
     return Compared::Conflict;
   }
-  if (!rowUpdate_.updateRowFromContact(rowId, contact)) return Compared::Nothing;
+  if (!rowUpdate_.updateRowFromContact(rowId, contact)) {
+    ++failures_;
+    return Compared::Nothing;
+  }
   window_.selectResult(addLine(window_, "←갱신(" + name + ")", "100%", "완료"));
   return Compared::Updated;
 }
@@ -171,9 +178,9 @@ std::string Import::nextFreeId(const std::string& ownKey) {
   while (true) {
     if (id > INT16_MAX) throw std::overflow_error("명함 번호가 32767을 넘습니다.");
     std::string text = std::to_string(id);
-    const auto stray = strayKeys_.find(text);
-    const int others = stray == strayKeys_.end() ? 0 : stray->second - (text == ownKey ? 1 : 0);
-    if (others <= 0) return text;
+    const auto carried = carriedKeys_.find(text);
+    const int all = carried == carriedKeys_.end() ? 0 : carried->second;
+    if (all - (text == ownKey ? 1 : 0) <= 0) return text;
     ++id;
   }
 }
@@ -194,7 +201,7 @@ void Import::addContactAsRow(std::size_t position) {
     contact->save();
     throw;
   }
-  if (!key.empty()) --strayKeys_[key];
+  if (!key.empty()) --carriedKeys_[key];
   window_.selectResult(addLine(window_, "←추가(" + name + ")", "100%", "완료"));
   ++added_;
 }

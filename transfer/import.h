@@ -58,8 +58,8 @@ class Import : private Transfer {
   ImportOptions options_;
   TargetFolder target_;
   RowUpdate rowUpdate_;
-  // Keys that contacts without a row carry, and how many do: a new row must not take such a number.
-  std::unordered_map<std::string, int> strayKeys_;
+  // The keys that contacts carry, and how many do: a new row must not take another's number.
+  std::unordered_map<std::string, int> carriedKeys_;
   int added_ = 0;
   int updated_ = 0;
   int conflicts_ = 0;

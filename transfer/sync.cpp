@@ -25,10 +25,7 @@ void Sync::syncContact(Contact& contact) {
   if (!outlook::hasVLID(contact)) return;
   const std::string rowId = outlook::readVLID(contact);
   const auto position = list_.findById(rowId);
-  if (!position) {
-    reportUnusableKey(contact, rowId);
-    return;
-  }
+  if (!position) return;
   const WorkListRow& row = list_.row(*position);
   record_ = row.name;
   const RowStamps stamps{.lastModified = text::parseDateTime(row.lastModified),
@@ -53,7 +50,7 @@ void Sync::syncContact(Contact& contact) {
 // to settle: both sides hold the same. It is completed instead.
 bool Sync::isCutShort(const std::string& rowId, Contact& contact) {
   const auto row = store::readCard(connection_, rowId);
-  if (!outlook::contactHoldsRow(contact, *row, options_.map)) return false;
+  if (!outlook::contactHoldsRow(contact, *row)) return false;
   return writeSyncDates(connection_, contact.lastModificationTime(), rowId);
 }
 
@@ -89,13 +86,19 @@ void Sync::settle(const ConflictPair& pair, Side newer, const std::string& name)
 }
 
 void Sync::toOutlook(bool done, const std::string& name) {
-  if (!done) return;
+  if (!done) {
+    ++failures_;
+    return;
+  }
   addLine(window_, "아웃룩→" + name, "100%", "완료");
   ++contactsUpdated_;
 }
 
 void Sync::toCards(bool done, const std::string& name) {
-  if (!done) return;
+  if (!done) {
+    ++failures_;
+    return;
+  }
   addLine(window_, "벨모라→" + name, "100%", "완료");
   ++cardsUpdated_;
 }

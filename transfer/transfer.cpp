@@ -29,8 +29,7 @@ void Transfer::finishRun(const ClosingTexts& texts, const Counts& counts) {
 // Nothing for a run without failures, whose message is fixed.
 std::string Transfer::failuresText() const {
   if (failures_ == 0) return {};
-  return "\r\n\r\n처리하지 못한 자료가 있습니다(" + std::to_string(failures_) +
-         "건). 작업상태의 '실패' 항목을 확인하십시오.";
+  return "\r\n\r\n처리하지 못한 자료가 " + std::to_string(failures_) + "건 있습니다.";
 }
 
 void Transfer::hideProgress() {

@@ -281,6 +281,7 @@ void frmOutlookSync::run() {
     return;
   }
   running_ = true;
+  enableModeChoice(false);
   if (connectContacts()) {
     try {
       runMode();
@@ -291,7 +292,14 @@ void frmOutlookSync::run() {
     }
   }
   running_ = false;
+  enableModeChoice(true);
   if (closeRequested_) unload();
+}
+
+// Another mode would clear the list that the run writes its lines into.
+void frmOutlookSync::enableModeChoice(bool enabled) {
+  Combo1.setEnabled(enabled);
+  for (const Mode mode : {kImport, kExport, kSync}) optionButton(mode).setEnabled(enabled);
 }
 
 bool frmOutlookSync::connectContacts() {

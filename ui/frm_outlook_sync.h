@@ -88,6 +88,7 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   void refuse(std::string_view text);
 
   void run();
+  void enableModeChoice(bool enabled);
   bool connectContacts();
   void runMode();
   void runImport();

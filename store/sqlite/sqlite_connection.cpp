@@ -218,8 +218,10 @@ void SqliteConnection::open(const ConnectionSettings& settings) {
 }
 
 void SqliteConnection::fail(std::string_view sql) const {
+  // The beginning tells which statement it was; what follows is people's data.
+  constexpr std::size_t kShown = 32;
   throw DatabaseError(std::string(sqlite3_errmsg(database_.get())) + ": " +
-                      std::string(sql.substr(0, 200)));
+                      std::string(sql.substr(0, kShown)));
 }
 
 SqliteConnection::Prepared& SqliteConnection::prepare(std::string_view sql) {

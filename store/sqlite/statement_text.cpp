@@ -146,7 +146,7 @@ class StatementReader {
   }
 
   [[noreturn]] void fail(const char* reason) const {
-    throw DatabaseError(std::string("SQL ") + reason + ": " + std::string(sql_.substr(0, 200)));
+    throw DatabaseError(std::string("SQL ") + reason + ": " + std::string(sql_.substr(0, 32)));
   }
 
   std::string_view sql_;

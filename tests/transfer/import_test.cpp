@@ -188,6 +188,26 @@ TEST_F(ImportTest, ANumberThatAContactStillCarriesIsNotGivenToAnother) {
   EXPECT_THAT(importAll(), Contains("가져오기 완료|추가=0/갱신=0|"));
 }
 
+TEST_F(ImportTest, ADoubleIsLeftAloneAndItsNumberToo) {
+  // Two cards of one person were imported and the second deleted: its contact is a double now, and
+  // keeps the number that the next new row would get.
+  addCard(1, {{"FullName", "홍길동"}, {"cellphone", "1"}});
+  setStamps(1, "2025/01/01 00:00:00", "", "");
+  writeContact("a.vcf", "N:홍;길동;;;\r\nTEL;TYPE=CELL:1\r\nX-VLID:1\r\n", "2025/01/01 00:00:00");
+  writeContact("b.vcf", "N:홍;길동;;;\r\nTEL;TYPE=CELL:1\r\nX-VLID:2\r\n", "2025/01/01 00:00:00");
+  writeContact("c.vcf", "N:박;새롬;;;\r\nTEL;TYPE=CELL:3\r\n", "2025/01/01 00:00:00");
+  EXPECT_THAT(importAll(), Contains("가져오기 완료|추가=1/갱신=0|"));
+  EXPECT_THAT(contactText("c.vcf"), HasSubstr("X-VLID:3\r\n"));
+
+  startAfresh();
+  addCard(1, {{"FullName", "홍길동"}, {"cellphone", "1"}});
+  writeContact("a.vcf", "N:홍;길동;;;\r\nTEL;TYPE=CELL:1\r\nNOTE:one\r\n", "2025/01/01 00:00:00");
+  writeContact("b.vcf", "N:홍;길동;;;\r\nTEL;TYPE=CELL:1\r\nNOTE:two\r\n", "2025/01/01 00:00:00");
+  EXPECT_THAT(importAll(), Contains("가져오기 완료|추가=0/갱신=1|"));
+  EXPECT_EQ(valueOf(1, "Memo_"), "one");
+  EXPECT_THAT(contactText("b.vcf"), AllOf(HasSubstr("NOTE:two"), Not(HasSubstr("X-VLID"))));
+}
+
 TEST_F(ImportTest, WhatCannotBeInsertedIsReportedAndKeepsNoNumber) {
   execute("CREATE UNIQUE INDEX one_each ON tbl_namecard (JobTitle)");
   addCard(1, {{"FullName", "사장"}, {"JobTitle", "나"}});
