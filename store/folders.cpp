@@ -11,8 +11,7 @@
 namespace vlout::store {
 
 std::string folderWithSubfolders(Connection& connection, std::string_view folderId) {
-  const auto chosen = text::parseInteger(folderId);
-  if (!chosen) throw DatabaseError("그룹 번호가 숫자가 아닙니다: " + std::string(folderId));
+  const std::int64_t chosen = requireNumber(folderId, "그룹 번호");
 
   std::unordered_map<std::int64_t, std::vector<std::int64_t>> children;
   const auto rows = connection.query("SELECT * FROM tbl_folder ");
@@ -22,9 +21,9 @@ std::string folderWithSubfolders(Connection& connection, std::string_view folder
     if (id && parent) children[*parent].push_back(*id);
   }
 
-  std::vector<std::int64_t> waiting{*chosen};
-  std::unordered_set<std::int64_t> seen{*chosen};
-  std::string list = std::to_string(*chosen);
+  std::vector<std::int64_t> waiting{chosen};
+  std::unordered_set<std::int64_t> seen{chosen};
+  std::string list = std::to_string(chosen);
   while (!waiting.empty()) {
     const std::int64_t parent = waiting.back();
     waiting.pop_back();

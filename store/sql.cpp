@@ -7,16 +7,14 @@
 #include "text/trim.h"
 
 namespace vlout::store {
-namespace {
 
-// A card id stands bare in the statement, so nothing but a number may get there.
-void requireNumber(std::string_view cardId) {
-  if (!text::parseInteger(cardId)) {
-    throw DatabaseError("명함 번호가 숫자가 아닙니다: " + std::string(cardId));
+std::int64_t requireNumber(std::string_view id, std::string_view what) {
+  const auto number = text::parseInteger(id);
+  if (!number) {
+    throw DatabaseError(std::string(what).append("가 숫자가 아닙니다: ").append(id));
   }
+  return *number;
 }
-
-}  // namespace
 
 std::string sqlQuote(std::string_view value) {
   return text::replaceAll(text::trim(value), "'", "''");
@@ -27,7 +25,7 @@ std::string sqlLiteral(std::string_view value) {
 }
 
 bool cardExists(Connection& connection, std::string_view cardId) {
-  requireNumber(cardId);
+  requireNumber(cardId, "명함 번호");
   const auto rows =
       connection.query("SELECT i_idx from tbl_namecard where [i_idx]=" + std::string(cardId));
   return rows->rowCount() > 0;
@@ -44,7 +42,7 @@ std::int16_t nextCardId(Connection& connection) {
 }
 
 std::unique_ptr<Recordset> readCard(Connection& connection, std::string_view cardId) {
-  requireNumber(cardId);
+  requireNumber(cardId, "명함 번호");
   return connection.query("SELECT * from tbl_namecard where [i_idx] = " + std::string(cardId));
 }
 

@@ -21,6 +21,10 @@ namespace vlout::store {
 // The value through `sqlQuote` and between single quotes.
 [[nodiscard]] std::string sqlLiteral(std::string_view value);
 
+// The id as a number. Ids stand bare in statements, so nothing but a number may get there: throws
+// DatabaseError, which calls the id `what`, for any other text.
+std::int64_t requireNumber(std::string_view id, std::string_view what);
+
 // True when `tbl_namecard` holds a row with that `i_idx`. Throws DatabaseError when the query
 // fails, as it does for an id that is not a number.
 [[nodiscard]] bool cardExists(Connection& connection, std::string_view cardId);

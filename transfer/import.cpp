@@ -23,7 +23,7 @@ RunEnd Import::run() {
   const RunButtonDisabled disabled(window_);
   pending_.clear();
   openFolder();
-  for (const std::string& key : contacts_.keys()) ++carriedKeys_[key];
+  for (const std::string& key : keys_) ++carriedKeys_[key];
   window_.showProgress(true);
   if (options_.updateExisting) {
     PhaseLine heading(window_, "연락처 비교/갱신", contacts_.count());

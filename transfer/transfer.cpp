@@ -43,7 +43,8 @@ void Transfer::openFolder() {
     addLine(window_, notice, "0%", "제외");
   }
   // A contact without a key that comes first must not take the row of one that has it.
-  for (const std::string& key : contacts_.keys()) list_.reserve(key);
+  keys_ = contacts_.keys();
+  for (const std::string& key : keys_) list_.reserve(key);
 }
 
 Person Transfer::personOf(Contact& contact) {

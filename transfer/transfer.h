@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "outlook/contact_store.h"
 #include "store/connection.h"
@@ -87,6 +88,7 @@ class Transfer {
   outlook::ContactStore& contacts_;
   WorkList& list_;
   RunWindow& window_;
+  std::vector<std::string> keys_;  // that contacts of the folder carried when it was opened
   bool stopped_ = false;
   int failures_ = 0;
   std::string record_;  // the name of the record that a step is at, for its failure

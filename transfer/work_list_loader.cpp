@@ -22,13 +22,6 @@ std::string select(std::string_view filter, std::string_view order) {
   return std::string(kSelect).append(filter).append(order);
 }
 
-// The folder id stands bare in the statement.
-void requireNumber(std::string_view folderId) {
-  if (!text::parseInteger(folderId)) {
-    throw store::DatabaseError("그룹 번호가 숫자가 아닙니다: " + std::string(folderId));
-  }
-}
-
 // Shows the progress bar while a loader works, whatever ends it.
 class ProgressShown {
  public:
@@ -52,7 +45,7 @@ std::string_view WorkListLoader::loadAll() {
 
 std::string_view WorkListLoader::loadGroup(const OpenFolder& folder) {
   if (folder.name == kRootName) return load(select(" Where p_idx=0", kOrder));
-  requireNumber(folder.id);
+  store::requireNumber(folder.id, "그룹 번호");
   return load(select(" Where [f_idx]=" + std::string(folder.id) + " AND p_idx=0", kOrder));
 }
 

@@ -12,6 +12,9 @@ namespace vlout::ui {
 
 enum class WindowState { Normal, Minimized, Maximized };
 
+// The character code of the Esc key, which closes a form that handles it.
+inline constexpr int kEscape = 27;
+
 class Form {
  public:
   explicit Form(Toolkit& toolkit) : toolkit_(toolkit) {}

@@ -11,7 +11,6 @@
 namespace vlout::ui {
 namespace {
 
-constexpr int kEscape = 27;
 constexpr std::int64_t kRootKey = 1;
 constexpr std::int64_t kTrashKey = 1000;
 constexpr int kOpenRootImage = 1;

@@ -1,6 +1,5 @@
 #include "ui/frm_outlook_sync.h"
 
-#include <cstdlib>
 #include <exception>
 
 #include "text/ascii.h"
@@ -15,7 +14,6 @@
 namespace vlout::ui {
 namespace {
 
-constexpr int kEscape = 27;
 constexpr std::string_view kNoGroup = "미정";
 constexpr std::string_view kRootFolder = "전체";
 constexpr std::string_view kDatabaseFailed = "데이터 연결이 실패되었습니다!";

@@ -15,7 +15,6 @@ namespace {
 using P = outlook::ContactProperty;
 using outlook::MappedField;
 
-constexpr int kEscape = 27;
 constexpr std::string_view kDateForm = "\r\n형식: 2006/12/25 or 2006-09-25";
 
 const MappedField& fieldOf(std::string_view column) {

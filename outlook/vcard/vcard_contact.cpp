@@ -50,6 +50,11 @@ std::string_view slotOf(const Property& property) {
   return slot == nullptr || slot->values.empty() ? std::string_view() : slot->values.front();
 }
 
+// Whether two lines are of the same of the three kinds: business, home, other.
+bool isSameKind(const Property& a, const Property& b) {
+  return a.hasType("WORK") == b.hasType("WORK") && a.hasType("HOME") == b.hasType("HOME");
+}
+
 bool isUri(const Property& property) {
   const Parameter* const value = property.parameter("VALUE");
   return value != nullptr && !value->values.empty() &&
@@ -296,10 +301,8 @@ void VCardContact::removeStaleLabels() {
     Property& address = card().change(line);
     address.removeParameter("LABEL");
     for (const CardText::Position label : card().named("LABEL")) {
-      const Property& found = card().property(label);
-      const bool sameKind = found.hasType("WORK") == address.hasType("WORK") &&
-                            found.hasType("HOME") == address.hasType("HOME");
-      if (sameKind) card().change(label).values.clear();  // a line without a value is not written
+      // A line without a value is not written.
+      if (isSameKind(card().property(label), address)) card().change(label).values.clear();
     }
   }
 }
@@ -356,9 +359,8 @@ void VCardContact::markLinesBehindEmptyOnes() {
       if (!card().isChanged(line) || !emptied.hasNoValue()) continue;
       for (const CardText::Position other : card().named(name)) {
         const Property& property = card().property(other);
-        const bool sameKind = property.hasType("WORK") == emptied.hasType("WORK") &&
-                              property.hasType("HOME") == emptied.hasType("HOME");
-        if (other != line && sameKind && slotOf(property).empty()) markSlot(other, kMore);
+        const bool mayMoveUp = other != line && slotOf(property).empty();
+        if (mayMoveUp && isSameKind(property, emptied)) markSlot(other, kMore);
       }
     }
   }
