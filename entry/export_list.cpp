@@ -5,9 +5,10 @@
 #include <sstream>
 #include <system_error>
 
-#include "entry/ini_file.h"
+#include "entry/text_file.h"
 #include "store/sql.h"
 #include "text/ascii.h"
+#include "text/file_path.h"
 #include "text/trim.h"
 
 namespace vlout::entry {
@@ -48,9 +49,9 @@ std::string ExportList::explainFolder(store::Connection& connection) const {
     const auto all = readLines();
     const std::string id = all.empty() ? "" : all.front();
     if (!readFolder(connection).id.empty()) return {};
-    if (!text::parseInteger(id)) return file_.string() + ": 첫 줄에 그룹 번호가 없습니다";
+    if (!text::parseInteger(id)) return text::pathText(file_) + ": 첫 줄에 그룹 번호가 없습니다";
     connection.query(folderQuery(id));  // says what is wrong with the table, if anything is
-    return file_.string() + ": 데이터베이스에 없는 그룹입니다: " + id;
+    return text::pathText(file_) + ": 데이터베이스에 없는 그룹입니다: " + id;
   } catch (const std::exception& error) {
     return error.what();
   }
@@ -59,7 +60,7 @@ std::string ExportList::explainFolder(store::Connection& connection) const {
 std::string ExportList::explainCards() const {
   try {
     static_cast<void>(readLines());
-    return readSelectedCards().empty() ? file_.string() + ": 선택된 명함이 없습니다" : "";
+    return readSelectedCards().empty() ? text::pathText(file_) + ": 선택된 명함이 없습니다" : "";
   } catch (const std::exception& error) {
     return error.what();
   }

@@ -2,6 +2,7 @@
 
 #include "entry/ini_file.h"
 #include "entry/option_file.h"
+#include "entry/text_file.h"
 #include "text/ascii.h"
 #include "text/trim.h"
 

@@ -8,6 +8,7 @@
 
 #include "store/sql.h"
 #include "text/ascii.h"
+#include "text/file_path.h"
 
 namespace vlout::ui {
 namespace {
@@ -20,6 +21,10 @@ class TemporaryFile {
   explicit TemporaryFile(std::filesystem::path path) : path_(std::move(path)) {}
   ~TemporaryFile() {
     std::error_code ignored;
+    // A copy that something has protected from writing would stay.
+    using std::filesystem::perms;
+    std::filesystem::permissions(path_, perms::owner_write, std::filesystem::perm_options::add,
+                                 ignored);
     std::filesystem::remove(path_, ignored);
   }
   TemporaryFile(const TemporaryFile&) = delete;
@@ -46,10 +51,10 @@ void CardPictureFiles::attach(outlook::Contact& contact, const store::Recordset&
     std::filesystem::permissions(folder_, std::filesystem::perms::owner_all, ignored);
   }
   const std::string id(store::nullSafe(row.field("i_idx")));
-  const TemporaryFile file(folder_ / ("명함이미지" + id + ".jpg"));
+  const TemporaryFile file(folder_ / text::pathOf("명함이미지" + id + ".jpg"));
   saveFieldToFile(file.path(), *picture, FieldSaving::Chunks, kChunk);
   std::string name(store::nullSafe(row.field("Fname")));
-  if (name.empty()) name = file.path().filename().string();
+  if (name.empty()) name = text::pathText(file.path().filename());
   removeAttachments(contact, name);
   if (std::filesystem::exists(file.path())) contact.addAttachment(file.path(), name);
 }
@@ -67,7 +72,7 @@ void saveFieldToFile(const std::filesystem::path& file, std::string_view value, 
   }
   stream.close();
   if (!stream) {
-    throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(), file.string());
+    throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(), text::pathText(file));
   }
 }
 

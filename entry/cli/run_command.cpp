@@ -4,8 +4,8 @@
 #include <memory>
 #include <string_view>
 
-#include "entry/ini_file.h"
 #include "entry/orun.h"
+#include "entry/text_file.h"
 #include "outlook/vcard/vcard_store.h"
 #include "store/sqlite/sqlite_connection.h"
 

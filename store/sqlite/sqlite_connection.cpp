@@ -11,7 +11,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "store/sqlite/statement_text.h"
+#include "store/statement_text.h"
 #include "text/ascii.h"
 
 namespace vlout::store {

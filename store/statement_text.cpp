@@ -1,4 +1,4 @@
-#include "store/sqlite/statement_text.h"
+#include "store/statement_text.h"
 
 #include <algorithm>
 

@@ -1,14 +1,13 @@
 #include "entry/ini_file.h"
 
-#include <cerrno>
 #include <fstream>
-#include <iterator>
+#include <optional>
 #include <system_error>
 
+#include "entry/text_file.h"
 #include "text/ascii.h"
 #include "text/code_page.h"
 #include "text/trim.h"
-#include "text/utf8.h"
 
 namespace vlout::entry {
 namespace {
@@ -105,25 +104,6 @@ bool replaceFile(const std::filesystem::path& file, const std::string& content) 
 }
 
 }  // namespace
-
-std::string readTextFile(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  std::string bytes;
-  if (stream && !std::filesystem::is_directory(file)) {
-    bytes.assign(std::istreambuf_iterator<char>(stream), {});
-  } else {
-    const int code = stream ? EISDIR : errno != 0 ? errno : EIO;
-    throw std::system_error(code, std::generic_category(), file.string());
-  }
-  constexpr std::string_view kMark = "\xEF\xBB\xBF";
-  const bool marked = bytes.starts_with(kMark);
-  if (marked) bytes.erase(0, kMark.size());
-  // A short Korean text may look like UTF-8; hardly any UTF-8 text of Korean is in the code page.
-  auto korean = marked ? std::nullopt : text::fromCodePage949(bytes);
-  if (korean) return *std::move(korean);
-  if (text::isValidUtf8(bytes)) return bytes;
-  throw EncodingError(file.string() + ": 코드 페이지 949도 UTF-8도 아닌 파일입니다");
-}
 
 std::string IniFile::read(std::string_view section, std::string_view key) const {
   Lines lines;

@@ -1,0 +1,32 @@
+# The Linux adapters and the program that hosts the component.
+find_package(PkgConfig REQUIRED)
+pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3>=3.40)
+pkg_check_modules(EBOOK REQUIRED IMPORTED_TARGET libebook-contacts-1.2>=3.46)
+find_package(JPEG REQUIRED)
+find_package(CLI11 REQUIRED)
+
+file(READ store/schema.sql VLOUT_SCHEMA_SQL)
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS store/schema.sql)
+configure_file(store/sqlite/schema_sql.cpp.in "${PROJECT_BINARY_DIR}/schema_sql.cpp" @ONLY)
+
+target_sources(vlout_core PRIVATE entry/cli/ini_file.cpp)
+
+add_library(vlout_linux STATIC
+  "${PROJECT_BINARY_DIR}/schema_sql.cpp"
+  store/sqlite/sqlite_connection.cpp
+  outlook/vcard/card_file.cpp
+  outlook/vcard/card_text.cpp
+  outlook/vcard/vcard_contact.cpp
+  outlook/vcard/vcard_store.cpp
+  outlook/vcard/vcard_syntax.cpp
+  ui/terminal/terminal_toolkit.cpp
+  entry/cli/component_folder.cpp
+  entry/cli/run_command.cpp
+  entry/cli/sample_cards.cpp
+  entry/cli/sample_picture.cpp)
+target_link_libraries(vlout_linux PUBLIC vlout_core PkgConfig::SQLITE PRIVATE PkgConfig::EBOOK JPEG::JPEG)
+
+add_executable(vloutsync entry/cli/main.cpp)
+target_link_libraries(vloutsync PRIVATE vlout_linux CLI11::CLI11)
+target_compile_definitions(vloutsync PRIVATE VLOUT_VERSION="${PROJECT_VERSION}")
+

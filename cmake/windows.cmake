@@ -1,0 +1,1 @@
+# The Windows adapters and the COM component.

@@ -1,0 +1,55 @@
+// Late-bound calls on an automation object. The store adapter for Outlook and the skin framework go
+// through it: member names are looked up once a class, a busy server is tried again for a while,
+// and a failure carries the member's name and the object's own text.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "windows/com.h"
+
+namespace vlout::windows {
+
+// The ids of the members of one class, looked up on first use.
+class MemberIds {
+ public:
+  // Throws ComError when the class has no such member.
+  [[nodiscard]] DISPID find(IDispatch& object, std::string_view name);
+
+ private:
+  std::unordered_map<std::string, DISPID> ids_;
+};
+
+// How long a server that answers "busy" is tried again, and how often.
+inline constexpr DWORD kBusyPatience = 30'000;  // in milliseconds
+inline constexpr DWORD kBusyPause = 200;
+
+// An automation object and the class that its members are known by. Every call throws ComError.
+class Dispatch {
+ public:
+  using Arguments = std::vector<_variant_t>;
+
+  Dispatch() = default;
+  Dispatch(ComPtr<IDispatch> object, MemberIds& ids) : object_(std::move(object)), ids_(&ids) {}
+  explicit operator bool() const { return object_ != nullptr; }
+  [[nodiscard]] IDispatch* get() const { return object_.Get(); }
+
+  // The value of a property, or the result of a method.
+  _variant_t call(std::string_view member, const Arguments& arguments = {}) const;
+  // The same for an object; `ids` is the class that it belongs to.
+  [[nodiscard]] Dispatch object(std::string_view member, MemberIds& ids,
+                                const Arguments& arguments = {}) const;
+  [[nodiscard]] std::string text(std::string_view member) const;
+  [[nodiscard]] long number(std::string_view member) const;
+  void put(std::string_view member, const _variant_t& value) const;
+
+ private:
+  _variant_t invoke(std::string_view member, WORD kind, const Arguments& arguments) const;
+
+  ComPtr<IDispatch> object_;
+  MemberIds* ids_ = nullptr;
+};
+
+}  // namespace vlout::windows
