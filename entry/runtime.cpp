@@ -34,6 +34,16 @@ ui::frmOutlookSync& Runtime::mainWindow() {
   return *mainWindow_;
 }
 
+outlook::ContactStore& Runtime::contacts() {
+  if (!contacts_) contacts_ = platform_.makeContacts();
+  return *contacts_;
+}
+
+void Runtime::releaseMainWindow() {
+  mainWindow_.reset();
+  contacts_.reset();
+}
+
 void Runtime::saveOptions() {
   entry::saveOptions(folder_, options_);
 }

@@ -17,7 +17,7 @@ namespace vlout::entry {
 // The adapters of a platform.
 struct Platform {
   std::function<std::unique_ptr<store::Connection>()> makeConnection;
-  std::unique_ptr<outlook::ContactStore> contacts;
+  std::function<std::unique_ptr<outlook::ContactStore>()> makeContacts;
   std::unique_ptr<ui::Toolkit> toolkit;
 };
 
@@ -36,12 +36,13 @@ class Runtime : public ui::Component {
   [[nodiscard]] ui::Toolkit& toolkit() { return *platform_.toolkit; }
   [[nodiscard]] const ExportList& exportList() const { return exportList_; }
 
-  // The main window, made if there is none; `releaseMainWindow` lets the next one be a fresh one.
+  // The main window, made if there is none. It holds the contact store for as long as it is open:
+  // `releaseMainWindow` lets both go, and the next ones are fresh ones.
   [[nodiscard]] ui::frmOutlookSync& mainWindow();
-  void releaseMainWindow() { mainWindow_.reset(); }
+  void releaseMainWindow();
 
   [[nodiscard]] store::Connection& connection() override { return *connection_; }
-  [[nodiscard]] outlook::ContactStore& contacts() override { return *platform_.contacts; }
+  [[nodiscard]] outlook::ContactStore& contacts() override;
   [[nodiscard]] ui::OptionValues& options() override { return options_; }
   void saveOptions() override;
   [[nodiscard]] ui::ExportFolder readExportFolder() override;
@@ -60,6 +61,7 @@ class Runtime : public ui::Component {
   ui::OptionValues options_;
   ui::WindowResults results_;
   std::int32_t selectedGroupParent_ = 1;
+  std::unique_ptr<outlook::ContactStore> contacts_;
   std::unique_ptr<ui::frmOutlookSync> mainWindow_;
 };
 

@@ -83,7 +83,7 @@ class ContactStore {
   [[nodiscard]] virtual std::string connectFailure() const = 0;
 
   // Opens the default contacts folder as it is now. Items keep their positions until it is opened
-  // again; contacts saved meanwhile come after them.
+  // again; contacts saved meanwhile come after them, or are not counted yet.
   virtual void openContactsFolder() = 0;
 
   // What is wrong with the folder's content, a line each: what could not be read as a contact.

@@ -72,7 +72,8 @@ void saveFieldToFile(const std::filesystem::path& file, std::string_view value, 
   }
   stream.close();
   if (!stream) {
-    throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(), text::pathText(file));
+    throw std::system_error(errno != 0 ? errno : EIO, std::generic_category(),
+                            text::pathText(file));
   }
 }
 

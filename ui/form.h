@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <string>
 
+#include "ui/layout.h"
 #include "ui/toolkit.h"
 
 namespace vlout::ui {
@@ -32,6 +33,9 @@ class Form {
 
   // A key that reaches the form's own key handling.
   virtual void keyPress(int characterCode) { static_cast<void>(characterCode); }
+
+  // How the form's controls are arranged; those that it leaves out are not shown.
+  [[nodiscard]] virtual Layout layout() = 0;
 
   [[nodiscard]] bool isLoaded() const { return loaded_; }
   [[nodiscard]] bool isVisible() const { return visible_; }

@@ -22,4 +22,15 @@ frmAddressInput::frmAddressInput(Toolkit& toolkit, Component& component)
   Command2.clicked = [this] { unload(); };
 }
 
+Layout frmAddressInput::layout() {
+  using namespace layout;
+  return column({grid(2, {label("Label1", Label1), control("Juso1", Juso1).stretched(1).wide(36),
+                          label("Label2", Label2), control("Juso2", Juso2), label("Label3", Label3),
+                          control("Juso3", Juso3), label("Label4", Label4), control("Juso4", Juso4),
+                          label("Label5", Label5), control("Juso5", Juso5)}),
+                 space(),
+                 row({space(), defaultButton("Command1", Command1).wide(10),
+                      control("Command2", Command2).wide(10)})});
+}
+
 }  // namespace vlout::ui

@@ -12,6 +12,8 @@ class frmAddressInput : public Form {
  public:
   frmAddressInput(Toolkit& toolkit, Component& component);
 
+  [[nodiscard]] Layout layout() override;
+
   TextBox Juso1, Juso2, Juso3, Juso4, Juso5;
   Label Label1, Label2, Label3, Label4, Label5;
   Button Command1, Command2;

@@ -49,6 +49,14 @@ frmGroupBox::frmGroupBox(Toolkit& toolkit, Component& component)
   TreeView1.nodeExpanded = [this](int index) { nodeExpanded(index); };
 }
 
+Layout frmGroupBox::layout() {
+  using namespace layout;
+  return column({control("TreeView1", TreeView1).stretched(1),
+                 row({control("Command7", Command7).wide(10), space(),
+                      defaultButton("Command1", Command1).wide(10),
+                      control("Command2", Command2).wide(10)})});
+}
+
 void frmGroupBox::load() {
   centreOnScreen();
   forgetChoice();

@@ -18,6 +18,7 @@ class frmGroupBox : public Form {
   frmGroupBox(Toolkit& toolkit, Component& component);
 
   void keyPress(int characterCode) override;
+  [[nodiscard]] Layout layout() override;
 
   // The 1-based index of the first node whose tag begins with that folder key, or -1.
   [[nodiscard]] int T_INDEX(std::int64_t folderKey) const;

@@ -31,6 +31,8 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   // Held during a run, which it stops at the next record where the transfer can be stopped.
   void requestClose() override;
   void keyPress(int characterCode) override;
+  // The option buttons, a second way to choose the mode, are kept out of sight.
+  [[nodiscard]] Layout layout() override;
 
   // Whether that mode has run to its closing message since the window was opened.
   [[nodiscard]] bool isDone(Mode mode) const { return done_[static_cast<std::size_t>(mode)] != 0; }

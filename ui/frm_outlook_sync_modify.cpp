@@ -1,5 +1,6 @@
 #include "ui/frm_outlook_sync_modify.h"
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 
@@ -38,6 +39,7 @@ std::string shownDay(std::string_view stored) {
 
 struct frmOutlookSyncModify::FieldBoxes {
   std::string_view column;
+  std::string_view caption;
   Box card;
   Box outlook;
 };
@@ -51,33 +53,34 @@ struct frmOutlookSyncModify::AddressBlock {
 };
 
 const std::array<frmOutlookSyncModify::FieldBoxes, 27> frmOutlookSyncModify::kFields{{
-    {"FullName", &frmOutlookSyncModify::Text1, &frmOutlookSyncModify::Text50},
-    {"Gender", &frmOutlookSyncModify::Text52, &frmOutlookSyncModify::Text51},
-    {"CompanyName", &frmOutlookSyncModify::Text2, &frmOutlookSyncModify::Text49},
-    {"Department", &frmOutlookSyncModify::Text3, &frmOutlookSyncModify::Text48},
-    {"JobTitle", &frmOutlookSyncModify::Text4, &frmOutlookSyncModify::Text47},
-    {"cellphone", &frmOutlookSyncModify::Text5, &frmOutlookSyncModify::Text46},
-    {"email", &frmOutlookSyncModify::Text6, &frmOutlookSyncModify::Text45},
-    {"email2", &frmOutlookSyncModify::Text9, &frmOutlookSyncModify::Text44},
-    {"company_phone1", &frmOutlookSyncModify::Text10, &frmOutlookSyncModify::Text43},
-    {"company_phone2", &frmOutlookSyncModify::Text11, &frmOutlookSyncModify::Text42},
-    {"home_phone", &frmOutlookSyncModify::Text12, &frmOutlookSyncModify::Text41},
-    {"company_fax1", &frmOutlookSyncModify::Text7, &frmOutlookSyncModify::Text40},
-    {"etc_fax", &frmOutlookSyncModify::Text8, &frmOutlookSyncModify::Text39},
-    {"home_fax", &frmOutlookSyncModify::Text13, &frmOutlookSyncModify::Text38},
-    {"company_addr", &frmOutlookSyncModify::Text14, &frmOutlookSyncModify::Text37},
-    {"company_zipcode", &frmOutlookSyncModify::Text15, &frmOutlookSyncModify::Text36},
-    {"etc_addr", &frmOutlookSyncModify::Text16, &frmOutlookSyncModify::Text35},
-    {"etc_zipcode", &frmOutlookSyncModify::Text17, &frmOutlookSyncModify::Text34},
-    {"home_addr", &frmOutlookSyncModify::Text18, &frmOutlookSyncModify::Text33},
-    {"home_zipcode", &frmOutlookSyncModify::Text19, &frmOutlookSyncModify::Text32},
-    {"Webpage", &frmOutlookSyncModify::Text20, &frmOutlookSyncModify::Text31},
-    {"Webpage2", &frmOutlookSyncModify::Text21, &frmOutlookSyncModify::Text30},
-    {"Birthday", &frmOutlookSyncModify::Text22, &frmOutlookSyncModify::Text29},
-    {"LifePartner", &frmOutlookSyncModify::Text23, &frmOutlookSyncModify::Text28},
-    {"Anniversary", &frmOutlookSyncModify::Text24, &frmOutlookSyncModify::Text27},
-    {"Categories", &frmOutlookSyncModify::Text54, &frmOutlookSyncModify::Text53},
-    {"Memo_", &frmOutlookSyncModify::Text25, &frmOutlookSyncModify::Text26},
+    {"FullName", "이름", &frmOutlookSyncModify::Text1, &frmOutlookSyncModify::Text50},
+    {"Gender", "성별", &frmOutlookSyncModify::Text52, &frmOutlookSyncModify::Text51},
+    {"CompanyName", "회사", &frmOutlookSyncModify::Text2, &frmOutlookSyncModify::Text49},
+    {"Department", "부서", &frmOutlookSyncModify::Text3, &frmOutlookSyncModify::Text48},
+    {"JobTitle", "직책", &frmOutlookSyncModify::Text4, &frmOutlookSyncModify::Text47},
+    {"cellphone", "휴대폰", &frmOutlookSyncModify::Text5, &frmOutlookSyncModify::Text46},
+    {"email", "이메일 1", &frmOutlookSyncModify::Text6, &frmOutlookSyncModify::Text45},
+    {"email2", "이메일 2", &frmOutlookSyncModify::Text9, &frmOutlookSyncModify::Text44},
+    {"company_phone1", "회사전화 1", &frmOutlookSyncModify::Text10, &frmOutlookSyncModify::Text43},
+    {"company_phone2", "회사전화 2", &frmOutlookSyncModify::Text11, &frmOutlookSyncModify::Text42},
+    {"home_phone", "집전화", &frmOutlookSyncModify::Text12, &frmOutlookSyncModify::Text41},
+    {"company_fax1", "회사팩스", &frmOutlookSyncModify::Text7, &frmOutlookSyncModify::Text40},
+    {"etc_fax", "기타팩스", &frmOutlookSyncModify::Text8, &frmOutlookSyncModify::Text39},
+    {"home_fax", "집팩스", &frmOutlookSyncModify::Text13, &frmOutlookSyncModify::Text38},
+    {"company_addr", "회사주소", &frmOutlookSyncModify::Text14, &frmOutlookSyncModify::Text37},
+    {"company_zipcode", "회사우편번호", &frmOutlookSyncModify::Text15,
+     &frmOutlookSyncModify::Text36},
+    {"etc_addr", "기타주소", &frmOutlookSyncModify::Text16, &frmOutlookSyncModify::Text35},
+    {"etc_zipcode", "기타우편번호", &frmOutlookSyncModify::Text17, &frmOutlookSyncModify::Text34},
+    {"home_addr", "집주소", &frmOutlookSyncModify::Text18, &frmOutlookSyncModify::Text33},
+    {"home_zipcode", "집우편번호", &frmOutlookSyncModify::Text19, &frmOutlookSyncModify::Text32},
+    {"Webpage", "웹페이지 1", &frmOutlookSyncModify::Text20, &frmOutlookSyncModify::Text31},
+    {"Webpage2", "웹페이지 2", &frmOutlookSyncModify::Text21, &frmOutlookSyncModify::Text30},
+    {"Birthday", "생일", &frmOutlookSyncModify::Text22, &frmOutlookSyncModify::Text29},
+    {"LifePartner", "배우자", &frmOutlookSyncModify::Text23, &frmOutlookSyncModify::Text28},
+    {"Anniversary", "기념일", &frmOutlookSyncModify::Text24, &frmOutlookSyncModify::Text27},
+    {"Categories", "범주", &frmOutlookSyncModify::Text54, &frmOutlookSyncModify::Text53},
+    {"Memo_", "메모", &frmOutlookSyncModify::Text25, &frmOutlookSyncModify::Text26},
 }};
 
 const std::array<frmOutlookSyncModify::AddressBlock, 6> frmOutlookSyncModify::kAddresses{{
@@ -171,6 +174,65 @@ frmOutlookSyncModify::frmOutlookSyncModify(Toolkit& toolkit, Component& componen
   Command8.setText("충돌 데이터란?");
   for (const AddressBlock& block : kAddresses) (this->*block.button).setText("주소편집");
   connectEvents();
+}
+
+// --- arrangement --------------------------------------------------------------------------------
+
+namespace {
+
+// The names of the boxes, "Text1" to "Text54".
+const std::string& boxName(std::size_t index) {
+  static const std::array<std::string, 54> names = [] {
+    std::array<std::string, 54> all;
+    for (std::size_t i = 0; i < all.size(); ++i) all[i] = "Text" + std::to_string(i + 1);
+    return all;
+  }();
+  return names.at(index);
+}
+
+constexpr std::array<std::string_view, 6> kAddressButtons{"Command9",  "Command10", "Command11",
+                                                          "Command12", "Command13", "Command14"};
+
+}  // namespace
+
+// A box, with the button behind it that edits its address or chooses its categories.
+Layout frmOutlookSyncModify::boxLayout(Box box) {
+  using namespace layout;
+  const auto index = std::find(kBoxes.begin(), kBoxes.end(), box) - kBoxes.begin();
+  Layout part = control(boxName(static_cast<std::size_t>(index)), this->*box).wide(18).stretched(1);
+  for (std::size_t i = 0; i < kAddresses.size(); ++i) {
+    if (kAddresses[i].line != box) continue;
+    return row({std::move(part), control(kAddressButtons[i], this->*kAddresses[i].button)})
+        .stretched(1);
+  }
+  if (box != &frmOutlookSyncModify::Text53) return part;
+  return row({std::move(part), control("Command5", Command5)}).stretched(1);
+}
+
+Layout frmOutlookSyncModify::fieldsLayout(std::size_t first, std::size_t last) {
+  using namespace layout;
+  Parts parts{fixed(""), fixed("벨모라"), fixed("아웃룩")};
+  for (std::size_t i = first; i < last; ++i) {
+    parts.push_back(fixed(kFields[i].caption));
+    parts.push_back(boxLayout(kFields[i].card));
+    parts.push_back(boxLayout(kFields[i].outlook));
+  }
+  return grid(3, std::move(parts));
+}
+
+Layout frmOutlookSyncModify::layout() {
+  using namespace layout;
+  constexpr std::size_t kFirstAddress = 14;
+  return column(
+      {row({fixed("벨모라"), label("Label29", Label29), label("Label32", Label32), fixed("아웃룩"),
+            label("Label30", Label30), space(), control("Command8", Command8)}),
+       row({column({fieldsLayout(0, kFirstAddress), space()}).stretched(2),
+            column({fieldsLayout(kFirstAddress, kFields.size()), space()}).stretched(3)})
+           .stretched(1),
+       row({control("Check1", Check1), control("Label31", Label31), space(),
+            control("Command1", Command1), control("Command2", Command2),
+            control("Command3", Command3), control("Command4", Command4).wide(8),
+            control("Command6", Command6).wide(8)})});
 }
 
 void frmOutlookSyncModify::connectEvents() {

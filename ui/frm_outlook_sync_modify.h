@@ -33,6 +33,7 @@ class frmOutlookSyncModify : public Form {
   bool saveOutlookSide(const transfer::ConflictPair& pair);
 
   void keyPress(int characterCode) override;
+  [[nodiscard]] Layout layout() override;
 
   // The two columns of fields. Their numbers are irregular: the table of the implementation says
   // which belong together.
@@ -68,6 +69,8 @@ class frmOutlookSyncModify : public Form {
   static const std::array<Box, 54> kBoxes;
 
   void connectEvents();
+  [[nodiscard]] Layout fieldsLayout(std::size_t first, std::size_t last);
+  [[nodiscard]] Layout boxLayout(Box box);
   void fillCardSide(const std::string& rowId);
   void fillOutlookSide(outlook::Contact& contact);
   void markDifferences();

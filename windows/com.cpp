@@ -39,7 +39,8 @@ std::string variantText(const VARIANT& value) {
   }
   _variant_t text;
   // Never the user's own locale: the text may become a part of a statement.
-  const HRESULT result = VariantChangeTypeEx(&text, &value, LOCALE_INVARIANT, 0, VT_BSTR);
+  const HRESULT result =
+      VariantChangeTypeEx(&text, const_cast<VARIANT*>(&value), LOCALE_INVARIANT, 0, VT_BSTR);
   if (FAILED(result)) throw ComError(result, errorText(result));
   return variantText(text);
 }
@@ -49,9 +50,9 @@ text::DateTime fromAutomationDate(double days) {
   // The part behind the point is the time of day, also before 1899, where the number is negative.
   const auto milliseconds =
       static_cast<std::int64_t>(std::round(std::fabs(days - day) * 1000.0 * kSecondsPerDay));
-  return {(static_cast<std::int64_t>(day) - kDaysToUnixEpoch) * kSecondsPerDay +
-              milliseconds / 1000,
-          static_cast<std::int32_t>(milliseconds % 1000 * 1'000'000)};
+  return {
+      (static_cast<std::int64_t>(day) - kDaysToUnixEpoch) * kSecondsPerDay + milliseconds / 1000,
+      static_cast<std::int32_t>(milliseconds % 1000 * 1'000'000)};
 }
 
 double toAutomationDate(text::DateTime time) {

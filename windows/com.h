@@ -3,10 +3,9 @@
 #pragma once
 
 #include <comdef.h>
-#include <wrl/client.h>
-
 #include <stdexcept>
 #include <string>
+#include <wrl/client.h>
 
 #include "text/date_time.h"
 

@@ -18,24 +18,20 @@ class ExceptionInfo : public EXCEPINFO {
   ExceptionInfo& operator=(const ExceptionInfo&) = delete;
 };
 
-bool isBusy(HRESULT result) {
-  return result == RPC_E_CALL_REJECTED || result == RPC_E_SERVERCALL_RETRYLATER;
+// Makes a call again while its server is busy, for a bounded time; the last answer.
+template <typename Call>
+HRESULT untilNotBusy(Call call) {
+  const ULONGLONG start = GetTickCount64();
+  while (true) {
+    const HRESULT code = call();
+    const bool busy = code == RPC_E_CALL_REJECTED || code == RPC_E_SERVERCALL_RETRYLATER;
+    if (!busy || GetTickCount64() - start >= kBusyPatience) return code;
+    Sleep(kBusyPause);
+  }
 }
 
-[[noreturn]] void fail(std::string_view member, HRESULT result, ExceptionInfo& info) {
-  if (result == DISP_E_EXCEPTION && info.pfnDeferredFillIn != nullptr) {
-    info.pfnDeferredFillIn(&info);
-  }
-  HRESULT code = result;
-  if (result == DISP_E_EXCEPTION && info.scode != 0) code = info.scode;
-  std::string text(member);
-  text += ": ";
-  if (info.bstrDescription != nullptr && SysStringLen(info.bstrDescription) > 0) {
-    text += utf8({info.bstrDescription, SysStringLen(info.bstrDescription)});
-  } else {
-    text += errorText(code);
-  }
-  throw ComError(code, text);
+ComError failure(std::string_view member, HRESULT code, const std::string& description = {}) {
+  return {code, std::string(member) + ": " + (description.empty() ? errorText(code) : description)};
 }
 
 }  // namespace
@@ -46,19 +42,15 @@ DISPID MemberIds::find(IDispatch& object, std::string_view name) {
   std::wstring wideName = wide(name);
   LPOLESTR names[] = {wideName.data()};
   DISPID id = DISPID_UNKNOWN;
-  const DWORD start = GetTickCount();
-  HRESULT result = object.GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id);
-  while (isBusy(result) && GetTickCount() - start < kBusyPatience) {
-    Sleep(kBusyPause);
-    result = object.GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id);
-  }
-  if (FAILED(result)) throw ComError(result, std::string(name) + ": " + errorText(result));
+  const HRESULT result = untilNotBusy(
+      [&] { return object.GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id); });
+  if (FAILED(result)) throw failure(name, result);
   ids_.emplace(name, id);
   return id;
 }
 
 _variant_t Dispatch::invoke(std::string_view member, WORD kind, const Arguments& arguments) const {
-  if (!object_) throw ComError(E_POINTER, std::string(member) + ": " + errorText(E_POINTER));
+  if (!object_) throw failure(member, E_POINTER);
   const DISPID id = ids_->find(*object_.Get(), member);
   std::vector<VARIANT> reversed(arguments.rbegin(), arguments.rend());  // as the call wants them
   DISPID putId = DISPID_PROPERTYPUT;
@@ -67,18 +59,20 @@ _variant_t Dispatch::invoke(std::string_view member, WORD kind, const Arguments&
     parameters.rgdispidNamedArgs = &putId;
     parameters.cNamedArgs = 1;
   }
-  const DWORD start = GetTickCount();
-  while (true) {
-    _variant_t value;
+  const bool isPut = kind == DISPATCH_PROPERTYPUT;
+  _variant_t value;
+  std::string description;
+  const HRESULT result = untilNotBusy([&] {
     ExceptionInfo info;
-    const HRESULT result =
-        object_->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, kind, &parameters,
-                        kind == DISPATCH_PROPERTYPUT ? nullptr : &value, &info, nullptr);
-    if (SUCCEEDED(result)) return value;
-    const HRESULT code = result == DISP_E_EXCEPTION ? info.scode : result;
-    if (!isBusy(code) || GetTickCount() - start >= kBusyPatience) fail(member, result, info);
-    Sleep(kBusyPause);
-  }
+    const HRESULT code = object_->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, kind, &parameters,
+                                         isPut ? nullptr : &value, &info, nullptr);
+    if (code != DISP_E_EXCEPTION) return code;
+    if (info.pfnDeferredFillIn != nullptr) info.pfnDeferredFillIn(&info);
+    if (info.bstrDescription != nullptr) description = utf8(info.bstrDescription);
+    return info.scode != 0 ? info.scode : code;
+  });
+  if (FAILED(result)) throw failure(member, result, description);
+  return value;
 }
 
 _variant_t Dispatch::call(std::string_view member, const Arguments& arguments) const {
@@ -89,7 +83,7 @@ Dispatch Dispatch::object(std::string_view member, MemberIds& ids,
                           const Arguments& arguments) const {
   const _variant_t value = call(member, arguments);
   if (value.vt != VT_DISPATCH || value.pdispVal == nullptr) {
-    throw ComError(E_NOINTERFACE, std::string(member) + ": " + errorText(E_NOINTERFACE));
+    throw failure(member, E_NOINTERFACE);
   }
   return {ComPtr<IDispatch>(value.pdispVal), ids};
 }
@@ -101,8 +95,9 @@ std::string Dispatch::text(std::string_view member) const {
 long Dispatch::number(std::string_view member) const {
   const _variant_t value = call(member);
   _variant_t number;
-  const HRESULT result = VariantChangeType(&number, &value, 0, VT_I4);
-  if (FAILED(result)) throw ComError(result, std::string(member) + ": " + errorText(result));
+  const HRESULT result = VariantChangeType(
+      &number, const_cast<VARIANT*>(static_cast<const VARIANT*>(&value)), 0, VT_I4);
+  if (FAILED(result)) throw failure(member, result);
   return number.lVal;
 }
 

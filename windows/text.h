@@ -3,7 +3,6 @@
 #pragma once
 
 #include <comdef.h>
-
 #include <string>
 #include <string_view>
 

@@ -18,7 +18,10 @@ ComponentFixture::ComponentFixture() {
   toolkit = scripted.get();
   entry::Platform platform{
       .makeConnection = [] { return std::make_unique<store::SqliteConnection>(); },
-      .contacts = std::make_unique<outlook::vcard::VCardStore>(contactsFolder().string()),
+      .makeContacts =
+          [this] {
+            return std::make_unique<outlook::vcard::VCardStore>(contactsFolder().string());
+          },
       .toolkit = std::move(scripted)};
   runtime = std::make_unique<entry::Runtime>(folder(), std::move(platform));
 }

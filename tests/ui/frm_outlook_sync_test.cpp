@@ -169,7 +169,7 @@ TEST_F(MainWindowTest, RefusalsSayWhyAndTouchNothing) {
     runtime.reset();
     runtime = std::make_unique<entry::Runtime>(
         folder(), entry::Platform{[] { return std::make_unique<store::SqliteConnection>(); },
-                                  std::move(contacts), std::move(scripted)});
+                                  [&] { return std::move(contacts); }, std::move(scripted)});
     open([&](frmOutlookSync& window) {
       c.prepare(window);
       window.Command2.press();

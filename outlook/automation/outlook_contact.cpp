@@ -1,0 +1,200 @@
+#include "outlook/automation/outlook_contact.h"
+
+#include <fstream>
+#include <iterator>
+#include <system_error>
+
+#include "outlook/automation/guarded.h"
+#include "text/ascii.h"
+#include "text/file_path.h"
+#include "windows/text.h"
+
+namespace vlout::outlook::automation {
+namespace {
+
+using windows::bstr;
+using windows::Dispatch;
+
+constexpr long kTextType = 1;  // olText
+
+std::string_view nameOf(ContactProperty property) {
+  return propertyInfo(property).objectModelName;
+}
+
+_variant_t textValue(std::string_view value) {
+  return _variant_t(bstr(value));
+}
+
+_variant_t position(std::size_t index) {
+  return _variant_t(static_cast<long>(index));
+}
+
+text::DateTime dateOf(const _variant_t& value) {
+  if (value.vt != VT_DATE) return text::noDate();
+  return windows::fromAutomationDate(value.date);
+}
+
+}  // namespace
+
+std::string typeNameOf(IDispatch& object) {
+  windows::ComPtr<ITypeInfo> info;
+  _bstr_t name;
+  HRESULT result = object.GetTypeInfo(0, LOCALE_USER_DEFAULT, &info);
+  if (SUCCEEDED(result)) {
+    result = info->GetDocumentation(MEMBERID_NIL, name.GetAddress(), nullptr, nullptr, nullptr);
+  }
+  if (FAILED(result)) throw ContactStoreError("TypeName: " + windows::errorText(result));
+  std::string text = windows::variantText(_variant_t(name));
+  // The interface of the class ContactItem is called _ContactItem.
+  if (text.starts_with('_')) text.erase(0, 1);
+  return text;
+}
+
+const Dispatch& OutlookContact::item() {
+  if (!item_) item_ = open_();
+  return item_;
+}
+
+const Dispatch& OutlookContact::userProperties() {
+  if (!userProperties_) {
+    userProperties_ = item().object("UserProperties", classes_.userProperties);
+  }
+  return userProperties_;
+}
+
+const Dispatch& OutlookContact::attachments() {
+  if (!attachments_) attachments_ = item().object("Attachments", classes_.attachments);
+  return attachments_;
+}
+
+std::string OutlookContact::typeName() {
+  return guarded([&] {
+    if (typeName_.empty()) typeName_ = typeNameOf(*item().get());
+    return typeName_;
+  });
+}
+
+std::string OutlookContact::entryId() {
+  return guarded([&] { return item().text("EntryID"); });
+}
+
+std::string OutlookContact::text(ContactProperty property) {
+  return guarded([&] { return item().text(nameOf(property)); });
+}
+
+void OutlookContact::setText(ContactProperty property, std::string_view value) {
+  guarded([&] { item().put(nameOf(property), textValue(value)); });
+}
+
+text::DateTime OutlookContact::date(ContactProperty property) {
+  return guarded([&] { return dateOf(item().call(nameOf(property))); });
+}
+
+void OutlookContact::setDate(ContactProperty property, text::DateTime value) {
+  guarded([&] {
+    const _variant_t date(windows::toAutomationDate(value), VT_DATE);
+    item().put(nameOf(property), date);
+  });
+}
+
+Gender OutlookContact::gender() {
+  return guarded([&] {
+    const long value = item().number("Gender");
+    return value == 1 ? Gender::Female : value == 2 ? Gender::Male : Gender::Unspecified;
+  });
+}
+
+void OutlookContact::setGender(Gender value) {
+  guarded([&] { item().put("Gender", _variant_t(static_cast<long>(value))); });
+}
+
+// --- user properties ----------------------------------------------------------------------------
+
+std::size_t OutlookContact::userPropertyCount() {
+  return guarded([&] { return static_cast<std::size_t>(userProperties().number("Count")); });
+}
+
+std::string OutlookContact::userPropertyName(std::size_t index) {
+  return guarded([&] {
+    return userProperties().object("Item", classes_.userProperty, {position(index)}).text("Name");
+  });
+}
+
+// Outlook keeps one property of a name whatever the case of its letters, and refuses to add a
+// second one; so does the walk.
+Dispatch OutlookContact::findUserProperty(std::string_view name) {
+  const std::size_t count = userPropertyCount();
+  for (std::size_t i = 1; i <= count; ++i) {
+    Dispatch each = userProperties().object("Item", classes_.userProperty, {position(i)});
+    if (text::equalsIgnoringAsciiCase(each.text("Name"), name)) return each;
+  }
+  return {};
+}
+
+std::string OutlookContact::userPropertyText(std::string_view name) {
+  return guarded([&] {
+    const Dispatch property = findUserProperty(name);
+    return property ? property.text("Value") : std::string();
+  });
+}
+
+void OutlookContact::setUserPropertyText(std::string_view name, std::string_view value) {
+  guarded([&] {
+    Dispatch property = findUserProperty(name);
+    if (!property) {
+      property = userProperties().object("Add", classes_.userProperty,
+                                         {textValue(name), _variant_t(kTextType)});
+    }
+    property.put("Value", textValue(value));
+  });
+}
+
+// --- attachments --------------------------------------------------------------------------------
+
+std::size_t OutlookContact::attachmentCount() {
+  return guarded([&] { return static_cast<std::size_t>(attachments().number("Count")); });
+}
+
+std::string OutlookContact::attachmentName(std::size_t index) {
+  return guarded([&] {
+    return attachments().object("Item", classes_.attachment, {position(index)}).text("DisplayName");
+  });
+}
+
+std::string OutlookContact::attachmentContent(std::size_t index) {
+  return guarded([&] {
+    const auto file = std::filesystem::temp_directory_path() /
+                      ("vlout" + std::to_string(GetCurrentProcessId()) + ".tmp");
+    attachments()
+        .object("Item", classes_.attachment, {position(index)})
+        .call("SaveAsFile", {textValue(text::pathText(file))});
+    std::ifstream stream(file, std::ios::binary);
+    std::string content(std::istreambuf_iterator<char>(stream), {});
+    stream.close();
+    std::error_code ignored;  // a temporary file; the next one takes its place
+    std::filesystem::remove(file, ignored);
+    return content;
+  });
+}
+
+void OutlookContact::removeAttachment(std::size_t index) {
+  guarded([&] { attachments().call("Remove", {position(index)}); });
+}
+
+void OutlookContact::addAttachment(const std::filesystem::path& file, std::string_view name) {
+  guarded([&] {
+    const Dispatch added =
+        attachments().object("Add", classes_.attachment, {textValue(text::pathText(file))});
+    added.put("DisplayName", textValue(name));  // its file name stays that of the source
+  });
+}
+
+void OutlookContact::save() {
+  guarded([&] { item().call("Save"); });
+}
+
+text::DateTime OutlookContact::lastModificationTime() {
+  return guarded([&] { return dateOf(item().call("LastModificationTime")); });
+}
+
+}  // namespace vlout::outlook::automation

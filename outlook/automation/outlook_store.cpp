@@ -1,0 +1,123 @@
+#include "outlook/automation/outlook_store.h"
+
+#include "outlook/automation/guarded.h"
+#include "outlook/pairing.h"
+#include "windows/text.h"
+
+namespace vlout::outlook::automation {
+namespace {
+
+using windows::ComPtr;
+using windows::Dispatch;
+
+constexpr wchar_t kProgId[] = L"Outlook.Application";
+constexpr long kContactsFolder = 10;  // olFolderContacts
+constexpr long kContactItemCode = 2;  // olContactItem
+
+ComPtr<IDispatch> runningInstance(const CLSID& classId) {
+  ComPtr<IUnknown> object;
+  ComPtr<IDispatch> application;
+  if (SUCCEEDED(GetActiveObject(classId, nullptr, &object))) object.As(&application);
+  return application;
+}
+
+std::string explain(HRESULT result) {
+  std::string text = windows::errorText(result);
+  if (result == CO_E_SERVER_EXEC_FAILURE) {
+    text += "\r\n아웃룩과 벨모라 중 하나만 관리자 권한으로 실행되고 있을 수 있습니다.";
+  }
+  return text;
+}
+
+}  // namespace
+
+bool OutlookStore::connect() {
+  // Asked for anew each time: the user may have closed Outlook since.
+  items_ = {};
+  nameSpace_ = {};
+  application_ = {};
+  CLSID classId{};
+  HRESULT result = CLSIDFromProgID(kProgId, &classId);
+  ComPtr<IDispatch> application;
+  if (SUCCEEDED(result)) {
+    application = runningInstance(classId);
+    if (!application) {
+      result = CoCreateInstance(classId, nullptr, CLSCTX_SERVER, IID_PPV_ARGS(&application));
+    }
+  }
+  if (!application) {
+    connectFailure_ = explain(result);
+    return false;
+  }
+  connectFailure_.clear();
+  application_ = Dispatch(std::move(application), classes_.application);
+  return true;
+}
+
+void OutlookStore::openContactsFolder() {
+  guarded([&] {
+    entries_.clear();
+    nameSpace_ = application_.object("GetNamespace", classes_.nameSpace, {_variant_t(L"MAPI")});
+    items_ = nameSpace_.object("GetDefaultFolder", classes_.folder, {_variant_t(kContactsFolder)})
+                 .object("Items", classes_.items);
+    const long count = items_.number("Count");
+    entries_.reserve(static_cast<std::size_t>(count));
+    for (long i = 1; i <= count; ++i) entries_.push_back(readEntry(i));
+  });
+}
+
+// An item that cannot be read now is read again, and reported, when its turn comes.
+OutlookStore::Entry OutlookStore::readEntry(long index) {
+  Entry entry;
+  try {
+    OutlookContact contact(
+        classes_, [&] { return items_.object("Item", classes_.item, {_variant_t(index)}); }, "");
+    entry.typeName = contact.typeName();
+    entry.id = contact.entryId();
+    if (entry.typeName == kContactItem) entry.key = contact.userPropertyText(kVLID);
+  } catch (const ContactStoreError&) {
+    entry.typeName.clear();
+  }
+  return entry;
+}
+
+std::vector<std::string> OutlookStore::keys() const {
+  std::vector<std::string> result;
+  for (const Entry& entry : entries_) {
+    if (!entry.key.empty()) result.push_back(entry.key);
+  }
+  return result;
+}
+
+std::unique_ptr<Contact> OutlookStore::item(std::size_t index) {
+  if (index < 1 || index > entries_.size()) {
+    throw ContactStoreError("연락처가 없습니다 #" + std::to_string(index));
+  }
+  const Entry& entry = entries_[index - 1];
+  auto open = [this, &entry, index] {
+    if (entry.id.empty()) {
+      return items_.object("Item", classes_.item, {_variant_t(static_cast<long>(index))});
+    }
+    return nameSpace_.object("GetItemFromID", classes_.item, {_variant_t(windows::bstr(entry.id))});
+  };
+  return std::make_unique<OutlookContact>(classes_, open, entry.typeName);
+}
+
+Dispatch OutlookStore::createItem() {
+  return application_.object("CreateItem", classes_.item, {_variant_t(kContactItemCode)});
+}
+
+std::unique_ptr<Contact> OutlookStore::create() {
+  return std::make_unique<OutlookContact>(
+      classes_, [this] { return createItem(); }, std::string(kContactItem));
+}
+
+std::string OutlookStore::chooseCategories() {
+  return guarded([&] {
+    const Dispatch contact = createItem();
+    contact.call("ShowCategoriesDialog");
+    return contact.text("Categories");
+  });
+}
+
+}  // namespace vlout::outlook::automation

@@ -1,0 +1,47 @@
+// The contact store port on Microsoft Outlook, over its automation objects: the running instance,
+// else a new one, and its default Contacts folder. The positions of a folder are the items' entry
+// ids as they were when it was opened, since Outlook's own order moves while items are saved.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "outlook/automation/outlook_contact.h"
+#include "outlook/contact_store.h"
+#include "windows/dispatch.h"
+
+namespace vlout::outlook::automation {
+
+class OutlookStore : public ContactStore {
+ public:
+  [[nodiscard]] bool connect() override;
+  [[nodiscard]] std::string connectFailure() const override { return connectFailure_; }
+  void openContactsFolder() override;
+  [[nodiscard]] std::vector<std::string> folderNotices() const override { return {}; }
+  [[nodiscard]] std::size_t count() const override { return entries_.size(); }
+  [[nodiscard]] std::vector<std::string> keys() const override;
+  [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
+  [[nodiscard]] std::unique_ptr<Contact> create() override;
+  [[nodiscard]] std::string chooseCategories() override;
+  void flush() override {}  // Outlook keeps its own promises about what is saved
+
+ private:
+  // What is known of an item since the folder was opened; nothing of one that could not be read.
+  struct Entry {
+    std::string id;
+    std::string typeName;
+    std::string key;
+  };
+
+  [[nodiscard]] Entry readEntry(long index);
+  [[nodiscard]] windows::Dispatch createItem();
+
+  OutlookClasses classes_;
+  windows::Dispatch application_;
+  windows::Dispatch nameSpace_;
+  windows::Dispatch items_;
+  std::vector<Entry> entries_;
+  std::string connectFailure_;
+};
+
+}  // namespace vlout::outlook::automation
