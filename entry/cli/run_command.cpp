@@ -90,9 +90,7 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
   Platform platform{
       .makeConnection = [] { return std::make_unique<store::SqliteConnection>(); },
       .makeContacts =
-          [&] {
-            return std::make_unique<outlook::vcard::VCardStore>(request.contacts.string());
-          },
+          [&] { return std::make_unique<outlook::vcard::VCardStore>(request.contacts.string()); },
       .toolkit = std::make_unique<ui::TerminalToolkit>(results, errors, progressWidth, interrupted,
                                                        request.onConflict, script)};
   Runtime runtime(request.folder, std::move(platform));

@@ -3,10 +3,12 @@
 // a few of its numbers became 64 bits wide on 64-bit machines.
 #pragma once
 
+#include <windows.h>
+
 #include <adoint.h>
+
 #include <array>
 #include <cstdint>
-#include <windows.h>
 
 namespace vlout::store::ado {
 

@@ -6,8 +6,8 @@
 
 #include "entry/export_list.h"
 #include "entry/ini_file.h"
-#include "entry/text_file.h"
 #include "entry/option_file.h"
+#include "entry/text_file.h"
 #include "tests/support/temporary_folder.h"
 #include "text/ascii.h"
 

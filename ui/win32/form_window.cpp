@@ -1,0 +1,201 @@
+#include "ui/win32/form_window.h"
+
+#include <algorithm>
+#include <array>
+#include <exception>
+
+#include "windows/text.h"
+
+namespace vlout::ui::win32 {
+namespace {
+
+constexpr int kFirstId = 100;  // behind the numbers that dialogs use themselves
+constexpr int kMargin = 10;
+constexpr int kGap = 6;
+
+// A dialog without controls of its own: template, no menu, the usual class, no title.
+struct EmptyDialog {
+  DLGTEMPLATE header{};
+  std::array<WORD, 3> nothing{};
+};
+
+}  // namespace
+
+FormWindow::FormWindow(Form& form, HINSTANCE module, HWND owner, ShowError showError)
+    : form_(form), showError_(std::move(showError)), layout_(form.layout()) {
+  EmptyDialog dialog;
+  dialog.header.style =
+      WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_THICKFRAME | WS_MAXIMIZEBOX | WS_CLIPCHILDREN;
+  if (owner == nullptr) dialog.header.style |= WS_MINIMIZEBOX;
+  window_ = CreateDialogIndirectParamW(module, &dialog.header, owner, receive,
+                                       reinterpret_cast<LPARAM>(this));
+  if (window_ == nullptr) throw std::runtime_error("창을 열 수 없습니다.");
+  SetWindowTextW(window_, windows::wide(form_.caption).c_str());
+  addWidgets(layout_, {});
+  for (Panel* panel : panels_) {
+    panel->changed = [this] {
+      for (const auto& widget : widgets_) widget->mirror();
+    };
+  }
+  applyLook(dpiOf(window_));
+  for (const auto& widget : widgets_) widget->mirror();
+  place();
+}
+
+FormWindow::~FormWindow() {
+  for (Panel* panel : panels_) panel->changed = nullptr;
+  widgets_.clear();
+  SetWindowLongPtrW(window_, GWLP_USERDATA, 0);
+  DestroyWindow(window_);
+}
+
+void FormWindow::show() const {
+  ShowWindow(window_, SW_SHOW);
+  SetForegroundWindow(window_);
+  const HWND first = GetNextDlgTabItem(window_, nullptr, FALSE);
+  if (first != nullptr) SetFocus(first);
+}
+
+// --- arrangement --------------------------------------------------------------------------------
+
+void FormWindow::addWidgets(const Layout& part, std::vector<const Panel*> panels) {
+  if (part.kind == Layout::Kind::Panel) {
+    panels_.push_back(part.control);
+    panels.push_back(part.control);
+  }
+  for (const Layout& each : part.parts) addWidgets(each, panels);
+  if (part.kind <= Layout::Kind::Space) return;
+  const int id = kFirstId + static_cast<int>(widgets_.size());
+  widgets_.push_back(Widget::make({part, window_, id, std::move(panels)}));
+}
+
+Widget* FormWindow::widgetOf(HWND window) const {
+  const auto found = std::find_if(widgets_.begin(), widgets_.end(),
+                                  [&](const auto& widget) { return widget->window() == window; });
+  return found == widgets_.end() ? nullptr : found->get();
+}
+
+Widget* FormWindow::widgetFor(const Layout& part) const {
+  const auto found = std::find_if(widgets_.begin(), widgets_.end(),
+                                  [&](const auto& widget) { return &widget->part() == &part; });
+  return found->get();
+}
+
+Arranger FormWindow::arranger() const {
+  return {look_->pixels(kGap),
+          [this](const Layout& part) { return widgetFor(part)->leastSize(*look_); }};
+}
+
+Size FormWindow::leastWindowSize() const {
+  const Size inner = arranger().leastSize(layout_);
+  const int margins = 2 * look_->pixels(kMargin);
+  RECT frame{0, 0, inner.width + margins, inner.height + margins};
+  AdjustWindowRectEx(&frame, static_cast<DWORD>(GetWindowLongW(window_, GWL_STYLE)), FALSE,
+                     static_cast<DWORD>(GetWindowLongW(window_, GWL_EXSTYLE)));
+  return {frame.right - frame.left, frame.bottom - frame.top};
+}
+
+void FormWindow::applyLook(int dpi) {
+  look_.emplace(dpi);
+  for (const auto& widget : widgets_) widget->setLook(*look_);
+}
+
+// Where the form says; its middle stays where it is when the controls need more room.
+void FormWindow::place() {
+  const Size least = leastWindowSize();
+  const int width = look_->twips(form_.width);
+  const int height = look_->twips(form_.height);
+  const Size size{std::max(width, least.width), std::max(height, least.height)};
+  SetWindowPos(window_, nullptr, look_->twips(form_.left) - (size.width - width) / 2,
+               std::max(look_->twips(form_.top) - (size.height - height) / 2, 0), size.width,
+               size.height, SWP_NOZORDER | SWP_NOACTIVATE);
+  arrange();
+}
+
+void FormWindow::arrange() {
+  RECT client{};
+  GetClientRect(window_, &client);
+  const int margin = look_->pixels(kMargin);
+  const Rect inner{margin, margin, client.right - 2 * margin, client.bottom - 2 * margin};
+  arranger().arrange(layout_, inner, [&](const Layout& part, const Rect& rect) {
+    Widget& widget = *widgetFor(part);
+    const bool dropsDown = part.kind == Layout::Kind::ComboBox;  // its height is that of its list
+    MoveWindow(widget.window(), rect.left, rect.top, rect.width,
+               dropsDown ? rect.height + look_->pixels(200) : rect.height, TRUE);
+    widget.placed(rect.width);
+  });
+  InvalidateRect(window_, nullptr, TRUE);
+}
+
+// --- messages -----------------------------------------------------------------------------------
+
+INT_PTR CALLBACK FormWindow::receive(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
+  if (message == WM_INITDIALOG) {
+    SetWindowLongPtrW(window, GWLP_USERDATA, lParam);
+    return FALSE;  // the focus is set when the window is shown
+  }
+  auto* const self = reinterpret_cast<FormWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
+  if (self == nullptr || !self->look_) return FALSE;
+  try {
+    return self->handle(message, wParam, lParam);
+  } catch (const std::exception& error) {  // must not pass through the system's own frames
+    self->showError_(error.what());
+    return TRUE;
+  }
+}
+
+INT_PTR FormWindow::handle(UINT message, WPARAM wParam, LPARAM lParam) {
+  switch (message) {
+    case WM_COMMAND:
+      if (LOWORD(wParam) == IDCANCEL && lParam == 0) form_.keyPress(kEscape);
+      if (Widget* const widget = widgetOf(reinterpret_cast<HWND>(lParam))) {
+        widget->commanded(HIWORD(wParam));
+      }
+      return TRUE;
+    case WM_NOTIFY: {
+      auto& header = *reinterpret_cast<NMHDR*>(lParam);
+      if (Widget* const widget = widgetOf(header.hwndFrom)) {
+        SetWindowLongPtrW(window_, DWLP_MSGRESULT, widget->notified(header));
+      }
+      return TRUE;
+    }
+    case kRefresh:
+      for (const auto& widget : widgets_) {
+        if (reinterpret_cast<LPARAM>(widget.get()) == lParam) widget->refresh();
+      }
+      return TRUE;
+    case WM_DRAWITEM: {
+      const auto& item = *reinterpret_cast<const DRAWITEMSTRUCT*>(lParam);
+      if (Widget* const widget = widgetOf(item.hwndItem)) widget->draw(item);
+      return TRUE;
+    }
+    case WM_CTLCOLOREDIT:
+    case WM_CTLCOLORSTATIC: {
+      Widget* const widget = widgetOf(reinterpret_cast<HWND>(lParam));
+      const HDC device = reinterpret_cast<HDC>(wParam);
+      return widget == nullptr ? FALSE : reinterpret_cast<INT_PTR>(widget->paintColours(device));
+    }
+    case WM_SIZE:
+      arrange();
+      return TRUE;
+    case WM_GETMINMAXINFO: {
+      const Size least = leastWindowSize();
+      reinterpret_cast<MINMAXINFO*>(lParam)->ptMinTrackSize = {least.width, least.height};
+      return TRUE;
+    }
+    case WM_DPICHANGED: {
+      const auto& rect = *reinterpret_cast<const RECT*>(lParam);
+      applyLook(HIWORD(wParam));
+      SetWindowPos(window_, nullptr, rect.left, rect.top, rect.right - rect.left,
+                   rect.bottom - rect.top, SWP_NOZORDER | SWP_NOACTIVATE);
+      return TRUE;
+    }
+    case WM_CLOSE:
+      form_.requestClose();
+      return TRUE;
+    default:
+      return FALSE;
+  }
+}
+
+}  // namespace vlout::ui::win32

@@ -1,0 +1,77 @@
+#include "ui/win32/look.h"
+
+#include "windows/text.h"
+
+namespace vlout::ui::win32 {
+namespace {
+
+// The screen as a device with a font chosen.
+class ScreenWithFont {
+ public:
+  explicit ScreenWithFont(HFONT font) : old_(SelectObject(screen_, font)) {}
+  ~ScreenWithFont() {
+    SelectObject(screen_, old_);
+    ReleaseDC(nullptr, screen_);
+  }
+  ScreenWithFont(const ScreenWithFont&) = delete;
+  ScreenWithFont& operator=(const ScreenWithFont&) = delete;
+  [[nodiscard]] HDC get() const { return screen_; }
+
+ private:
+  HDC screen_ = GetDC(nullptr);
+  HGDIOBJ old_;
+};
+
+// Functions that Windows has only since version 10.
+template <typename Function>
+Function ofUser32(const char* name) {
+  return reinterpret_cast<Function>(
+      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), name)));
+}
+
+LOGFONTW messageFont(int dpi) {
+  NONCLIENTMETRICSW metrics{};
+  metrics.cbSize = sizeof metrics;
+  using ForDpi = BOOL(WINAPI*)(UINT, UINT, PVOID, UINT, UINT);
+  const auto forDpi = ofUser32<ForDpi>("SystemParametersInfoForDpi");
+  if (forDpi != nullptr && forDpi(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0,
+                                  static_cast<UINT>(dpi)) != FALSE) {
+    return metrics.lfMessageFont;
+  }
+  SystemParametersInfoW(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0);
+  return metrics.lfMessageFont;
+}
+
+}  // namespace
+
+int dpiOf(HWND window) {
+  using ForWindow = UINT(WINAPI*)(HWND);
+  const auto forWindow = ofUser32<ForWindow>("GetDpiForWindow");
+  if (window != nullptr && forWindow != nullptr) return static_cast<int>(forWindow(window));
+  const HDC screen = GetDC(nullptr);
+  const int dpi = GetDeviceCaps(screen, LOGPIXELSY);
+  ReleaseDC(nullptr, screen);
+  return dpi;
+}
+
+Look::Look(int dpi) : dpi_(dpi) {
+  LOGFONTW font = messageFont(dpi);
+  font_.reset(CreateFontIndirectW(&font));
+  font.lfWeight = FW_BOLD;
+  bold_.reset(CreateFontIndirectW(&font));
+  const ScreenWithFont screen(font_.get());
+  TEXTMETRICW metrics{};
+  GetTextMetricsW(screen.get(), &metrics);
+  lineHeight_ = metrics.tmHeight;
+  characterWidth_ = metrics.tmAveCharWidth;
+}
+
+int Look::textWidth(std::string_view text) const {
+  const ScreenWithFont screen(font_.get());
+  const std::wstring wide = windows::wide(text);
+  SIZE size{};
+  GetTextExtentPoint32W(screen.get(), wide.c_str(), static_cast<int>(wide.size()), &size);
+  return size.cx;
+}
+
+}  // namespace vlout::ui::win32
