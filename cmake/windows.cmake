@@ -69,3 +69,7 @@ set_target_properties(VLOUTSync PROPERTIES PREFIX "")
 target_include_directories(VLOUTSync PRIVATE "${PROJECT_BINARY_DIR}/idl")
 target_link_libraries(VLOUTSync PRIVATE vlout_windows)
 target_link_options(VLOUTSync PRIVATE LINKER:--enable-stdcall-fixup -s)
+
+if(VLOUT_SQLITE)
+  add_subdirectory(tests/windows)
+endif()

@@ -94,6 +94,9 @@ class ContactStore {
   // The `VLID` values that contacts of the folder carry.
   [[nodiscard]] virtual std::vector<std::string> keys() const = 0;
 
+  // True when an item could not be read as the folder was opened: it may be a contact with a key.
+  [[nodiscard]] virtual bool mayHideContacts() const { return false; }
+
   // The item at a 1-based position; throws ContactStoreError when there is none.
   [[nodiscard]] virtual std::unique_ptr<Contact> item(std::size_t index) = 0;
 

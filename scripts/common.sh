@@ -43,14 +43,35 @@ install_packages() {
   rm -f "$log"
 }
 
-# Configures and builds a preset; the build's output only when it fails.
+# Configures (with the options that follow) and builds a preset; the build's output only when it fails.
 build() {
   local preset=$1 log
   step "Building ($preset)"
   mkdir -p build
   log=build/$preset.log
-  if ! { cmake --preset "$preset" && cmake --build --preset "$preset"; } >"$log" 2>&1; then
+  if ! { cmake --preset "$preset" "${@:2}" && cmake --build --preset "$preset"; } >"$log" 2>&1; then
     tail -n 40 "$log" >&2
     die "The build failed; all of it is in $log"
   fi
+}
+
+windows_build_packages=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix mingw-w64-tools libwine-dev)
+windows_test_packages=(wine wine64 xvfb fonts-nanum imagemagick debootstrap openssl sqlite3)
+
+# SQLite's amalgamation for the Windows tests, of the version and content that the lock names; its
+# folder.
+fetch_sqlite() {
+  local folder=build/sqlite package integrity file
+  read -r package integrity <tests/windows/sqlite.lock
+  if [ "$(cat "$folder/lock" 2>/dev/null)" != "$package $integrity" ]; then
+    command -v npm >/dev/null || install_packages npm >&2
+    rm -rf "$folder"
+    mkdir -p "$folder"
+    file=$(cd "$folder" && npm pack "$package" --silent) || die "$package could not be fetched"
+    [ "sha512-$(openssl dgst -sha512 -binary "$folder/$file" | base64 -w0)" = "$integrity" ] ||
+      die "$package is not what tests/windows/sqlite.lock says"
+    tar -xf "$folder/$file" -C "$folder"
+    printf '%s %s' "$package" "$integrity" >"$folder/lock"
+  fi
+  printf '%s' "$PWD/$folder/package/deps/sqlite3"
 }

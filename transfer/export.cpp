@@ -124,11 +124,21 @@ RunEnd Export::addPhase() {
       end = RunEnd::Stopped;
     } else {
       const WorkListRow& row = list_.row(positions[n]);
-      guarded(row.name, [&] { add(row.id); });
+      guarded(row.name, [&] { addUnlessHidden(row); });
     }
   }
   heading.end(end);
   return end;
+}
+
+// A card whose contact is there but could not be read must not get a second one.
+void Export::addUnlessHidden(const WorkListRow& row) {
+  const bool sentBefore = text::parseDateTime(row.lastSync).has_value();
+  if (list_.isReserved(row.id) || (sentBefore && contacts_.mayHideContacts())) {
+    reportFailure(row.name, "이 명함의 연락처를 읽지 못하여 새로 보내지 않습니다");
+  } else {
+    add(row.id);
+  }
 }
 
 void Export::add(const std::string& rowId) {

@@ -49,6 +49,7 @@ class Export : private Transfer {
   [[nodiscard]] std::optional<Pair> findRow(outlook::Contact& contact);
   void compareOrMerge(outlook::Contact& contact);
   void compare(const std::string& rowId, outlook::Contact& contact);
+  void addUnlessHidden(const WorkListRow& row);
   void add(const std::string& rowId);
 
   ExportOptions options_;

@@ -119,7 +119,9 @@ void Arranger::arrange(const Layout& part, const Rect& rect, const Place& place)
       Rect own = rect;
       if (!fillsHeight(part)) {
         own.height = std::min(measure_(part).height, rect.height);
-        own.top += (rect.height - own.height) / 2;
+        // In the middle, but beside something of many lines at its first one.
+        const int spare = rect.height - own.height;
+        own.top += spare > 2 * own.height ? gap_ / 2 : spare / 2;
       }
       place(part, own);
     }

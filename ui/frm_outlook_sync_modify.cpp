@@ -163,7 +163,7 @@ frmOutlookSyncModify::frmOutlookSyncModify(Toolkit& toolkit, Component& componen
       rowUpdate_(component.connection(), window) {
   caption = "충돌 비교/편집";
   width = 15000;
-  height = 10800;
+  height = 8000;
   Check1.setText("수정허용");
   Command1.setText("벨모라 정보로 갱신");
   Command2.setText("아웃룩 정보로 갱신");
@@ -225,12 +225,12 @@ Layout frmOutlookSyncModify::layout() {
   constexpr std::size_t kFirstAddress = 14;
   return column(
       {row({fixed("벨모라"), label("Label29", Label29), label("Label32", Label32), fixed("아웃룩"),
-            label("Label30", Label30), space(), control("Command8", Command8)}),
-       row({column({fieldsLayout(0, kFirstAddress), space()}).stretched(2),
+            label("Label30", Label30), space()}),
+       row({column({fieldsLayout(0, kFirstAddress), space()}).stretched(2), fixed("  "),
             column({fieldsLayout(kFirstAddress, kFields.size()), space()}).stretched(3)})
            .stretched(1),
-       row({control("Check1", Check1), control("Label31", Label31), space(),
-            control("Command1", Command1), control("Command2", Command2),
+       row({control("Check1", Check1), control("Label31", Label31), control("Command1", Command1),
+            control("Command2", Command2), space(), control("Command8", Command8),
             control("Command3", Command3), control("Command4", Command4).wide(8),
             control("Command6", Command6).wide(8)})});
 }
@@ -479,7 +479,8 @@ bool frmOutlookSyncModify::saveOutlookSide(const transfer::ConflictPair& pair) {
   for (const FieldBoxes& field : kFields) {
     const std::string& value = (this->*field.outlook).text();
     if (field.column == "FullName") {
-      contact.setText(P::FullName, value);
+      // Written back as it was, it would be split anew, and not always as its owner has split it.
+      if (value != contact.text(P::FullName)) contact.setText(P::FullName, value);
       continue;
     }
     MappedField target = fieldOf(field.column);

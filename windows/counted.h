@@ -1,6 +1,8 @@
 // The part that every COM object has: counting references and answering for its interfaces.
 #pragma once
 
+#include <windows.h>
+
 #include <unknwn.h>
 
 #include <algorithm>

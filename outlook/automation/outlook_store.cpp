@@ -1,5 +1,7 @@
 #include "outlook/automation/outlook_store.h"
 
+#include <algorithm>
+
 #include "outlook/automation/guarded.h"
 #include "outlook/pairing.h"
 #include "windows/text.h"
@@ -87,6 +89,11 @@ std::vector<std::string> OutlookStore::keys() const {
     if (!entry.key.empty()) result.push_back(entry.key);
   }
   return result;
+}
+
+bool OutlookStore::mayHideContacts() const {
+  return std::any_of(entries_.begin(), entries_.end(),
+                     [](const Entry& entry) { return entry.typeName.empty(); });
 }
 
 std::unique_ptr<Contact> OutlookStore::item(std::size_t index) {

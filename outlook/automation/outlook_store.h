@@ -20,6 +20,7 @@ class OutlookStore : public ContactStore {
   [[nodiscard]] std::vector<std::string> folderNotices() const override { return {}; }
   [[nodiscard]] std::size_t count() const override { return entries_.size(); }
   [[nodiscard]] std::vector<std::string> keys() const override;
+  [[nodiscard]] bool mayHideContacts() const override;
   [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
   [[nodiscard]] std::unique_ptr<Contact> create() override;
   [[nodiscard]] std::string chooseCategories() override;

@@ -5,6 +5,8 @@
 
 #include <windows.h>
 
+#include <ole2.h>
+
 #include <adoint.h>
 
 #include <array>

@@ -37,6 +37,7 @@ class ScriptedToolkit : public ui::Toolkit {
   void applySkin(const std::filesystem::path& file) override { skins.push_back(file.filename()); }
   void messageBox(ui::MessageIcon icon, std::string_view text) override {
     messages.push_back({icon, std::string(text)});
+    if (onMessage) onMessage(messages.back().text);
   }
   [[nodiscard]] ui::ScreenSize screenSize() const override { return {20000, 16000}; }
   void pump() override {
@@ -46,6 +47,7 @@ class ScriptedToolkit : public ui::Toolkit {
   std::function<void(ui::frmOutlookSync&)> user = [](ui::frmOutlookSync&) {};
   std::function<void(ui::Form&)> dialog = [](ui::Form& form) { form.requestClose(); };
   std::function<void()> onPump;
+  std::function<void(const std::string&)> onMessage;
   std::vector<std::string> skins;
   std::vector<Message> messages;
 };

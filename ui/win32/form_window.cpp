@@ -26,6 +26,7 @@ FormWindow::FormWindow(Form& form, HINSTANCE module, HWND owner, ShowError showE
   EmptyDialog dialog;
   dialog.header.style =
       WS_POPUP | WS_CAPTION | WS_SYSMENU | WS_THICKFRAME | WS_MAXIMIZEBOX | WS_CLIPCHILDREN;
+  dialog.header.dwExtendedStyle = WS_EX_DLGMODALFRAME | WS_EX_CONTROLPARENT;
   if (owner == nullptr) dialog.header.style |= WS_MINIMIZEBOX;
   window_ = CreateDialogIndirectParamW(module, &dialog.header, owner, receive,
                                        reinterpret_cast<LPARAM>(this));

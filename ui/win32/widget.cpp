@@ -92,8 +92,7 @@ class ButtonWidget : public Widget {
 
   [[nodiscard]] Size leastSize(const Look& look) const override {
     const int text = look.textWidth(part().control->text()) + look.pixels(20);
-    return {std::max(text, look.characters(part().characters)),
-            look.lineHeight() + look.pixels(10)};
+    return {std::max(text, look.characters(part().characters)), look.lineHeight() + look.pixels(8)};
   }
   void commanded(UINT code) override {
     if (code == BN_CLICKED) static_cast<const Button&>(*part().control).press();

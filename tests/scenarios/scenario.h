@@ -1,0 +1,63 @@
+// A scenario: what lies in the component folder and the contacts folder, what the user does, and
+// what is there afterwards. One file serves the native component and the DLL under Wine; both must
+// end with the same rows and contacts.
+#pragma once
+
+#include <filesystem>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "outlook/contact_store.h"
+#include "store/connection.h"
+#include "tests/scenarios/records.h"
+
+namespace vlout::tests {
+
+// One thing that the user does: a verb, the name of a control where there is one, and the rest of
+// the line.
+//   choose NAME INDEX   an entry of a drop-down list
+//   press NAME          a button
+//   tick NAME 0|1       a check box
+//   type NAME TEXT      into a box, in place of what it holds
+//   node NAME PATH      a tree's node by the numbers of its children: "1 2"
+//   expect NAME TEXT    the control shows exactly that
+//   message TEXT        a message box comes up whose text begins so; it is confirmed
+//   line TEXT           the result list has that line: its cells with "|" between
+//   title TEXT          the window of that caption is on top from here on
+//   escape, close       the Esc key; the frame's close box
+//   again               the host calls the method a second time
+//   picture NAME        a picture of the screen, where pictures are taken
+struct Action {
+  std::string verb;
+  std::string control;
+  std::string text;
+};
+
+struct Scenario {
+  static Scenario read(const std::filesystem::path& file);
+
+  [[nodiscard]] std::vector<Action> actions() const;
+  // What stands under a heading, "[cards]" and the like, line by line. A file's own headings are
+  // written with a blank before them.
+  [[nodiscard]] const std::vector<std::string>& lines(const std::string& heading) const;
+
+  // Fills the database; the folder must exist with the schema's tables.
+  void fillDatabase(store::Connection& database) const;
+  // Writes the host's and the component's own files into the component folder.
+  void writeFiles(const std::filesystem::path& componentFolder) const;
+
+  std::map<std::string, std::vector<std::string>> sections;
+};
+
+// The contacts of a store, in the order of the folder, as records under their object-model names.
+[[nodiscard]] std::vector<Record> contactRecords(outlook::ContactStore& store);
+// Makes a store's contacts from the records; the times are the caller's business.
+void createContact(outlook::ContactStore& store, const Record& record);
+
+// Rows and contacts as the scenario's "[after]" section has them. Times of this run are written as
+// words, since they differ each time: "=contact" for a row's date that is its contact's time.
+[[nodiscard]] std::vector<std::string> outcome(store::Connection& database,
+                                               const std::vector<Record>& contacts);
+
+}  // namespace vlout::tests

@@ -1,0 +1,61 @@
+// Lays out a scenario for the DLL, and compares what the DLL left with what the scenario says:
+//   scenario_tool prepare FILE FOLDER
+//   scenario_tool check FILE FOLDER
+// The stand-in for Outlook keeps its contacts in `outlook.txt` of the folder.
+#include <algorithm>
+#include <iostream>
+
+#include "store/sqlite/sqlite_connection.h"
+#include "tests/scenarios/scenario.h"
+
+namespace {
+
+namespace tests = vlout::tests;
+using vlout::store::ConnectionSettings;
+
+void prepare(const tests::Scenario& scenario, const std::filesystem::path& folder) {
+  const ConnectionSettings settings{.componentFolder = folder};
+  std::filesystem::create_directories(folder);
+  vlout::store::createDatabase(settings.databaseFile());
+  vlout::store::SqliteConnection database;
+  database.open(settings);
+  scenario.fillDatabase(database);
+  scenario.writeFiles(folder);
+  std::vector<tests::Record> contacts;
+  for (const std::string& line : scenario.lines("[contacts]")) contacts.emplace_back(line);
+  tests::writeRecords(folder / "outlook.txt", contacts);
+}
+
+bool check(const tests::Scenario& scenario, const std::filesystem::path& folder) {
+  vlout::store::SqliteConnection database;
+  database.open({.componentFolder = folder});
+  const auto after = tests::outcome(database, tests::readRecords(folder / "outlook.txt"));
+  const auto& expected = scenario.lines("[after]");
+  if (after == expected) return true;
+  for (const std::string& line : after) {
+    const bool known = std::find(expected.begin(), expected.end(), line) != expected.end();
+    std::cout << (known ? "  " : "+ ") << line << '\n';
+  }
+  for (const std::string& line : expected) {
+    if (std::find(after.begin(), after.end(), line) == after.end())
+      std::cout << "- " << line << '\n';
+  }
+  return false;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const std::vector<std::string> arguments(argv + 1, argv + argc);
+  try {
+    const auto scenario = tests::Scenario::read(arguments.at(1));
+    if (arguments.at(0) == "prepare") {
+      prepare(scenario, arguments.at(2));
+      return 0;
+    }
+    return check(scenario, arguments.at(2)) ? 0 : 1;
+  } catch (const std::exception& error) {
+    std::cerr << error.what() << '\n';
+    return 2;
+  }
+}

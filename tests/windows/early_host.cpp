@@ -1,0 +1,42 @@
+// A host that is early bound to the component and has a window of its own: creates the class by its
+// identifier, calls the method through the interface as often as the argument says, and looks at
+// what the call leaves of the host's window.
+#include <windows.h>
+
+#include <cstdlib>
+#include <iostream>
+
+#include "vloutsync_h.h"
+#include "windows/com.h"
+
+namespace {
+
+int run(int calls) {
+  vlout::windows::ComPtr<_ORUN> component;
+  HRESULT result = CoCreateInstance(CLSID_ORUN, nullptr, CLSCTX_INPROC_SERVER, IID__ORUN,
+                                    reinterpret_cast<void**>(component.GetAddressOf()));
+  const HWND window = CreateWindowExW(0, L"STATIC", L"Velmora", WS_OVERLAPPEDWINDOW | WS_VISIBLE,
+                                      0, 0, 300, 200, nullptr, nullptr, nullptr, nullptr);
+  SetActiveWindow(window);
+  for (int i = 0; i < calls && SUCCEEDED(result); ++i) {
+    VARIANT value;
+    value.vt = VT_I4;
+    result = component->OUTSYNCRUN(&value);
+    if (value.vt != VT_EMPTY || IsWindowEnabled(window) == FALSE || GetActiveWindow() != window) {
+      std::cerr << "value " << value.vt << ", enabled " << IsWindowEnabled(window) << ", active "
+                << (GetActiveWindow() == window) << '\n';
+      return 1;
+    }
+  }
+  DestroyWindow(window);
+  return SUCCEEDED(result) ? 0 : 2;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED);
+  const int status = run(argc > 1 ? std::atoi(argv[1]) : 1);
+  CoUninitialize();
+  return status;
+}

@@ -1,0 +1,13 @@
+// What the stand-ins' DLL makes of each class; the caller gets the one reference.
+#pragma once
+
+#include <unknwn.h>
+
+namespace vlout::tests {
+
+[[nodiscard]] IUnknown* newOutlookApplication();
+[[nodiscard]] IUnknown* newSkinFramework();
+[[nodiscard]] IUnknown* newAdoConnection();
+[[nodiscard]] IUnknown* newAdoRecordset();
+
+}  // namespace vlout::tests
