@@ -72,9 +72,9 @@ HWND waitFor(const std::string& what, const std::function<HWND()>& look) {
   fail("waited in vain for " + what);
 }
 
-HWND findDialog(const std::string& caption) {
+HWND findDialog(const std::string& caption, HWND other = nullptr) {
   return findTop([&](HWND window) {
-    return IsWindowVisible(window) != FALSE && classOf(window) == "#32770" &&
+    return window != other && IsWindowVisible(window) != FALSE && classOf(window) == "#32770" &&
            textOf(window) == caption;
   });
 }
@@ -161,9 +161,10 @@ class Player {
 
   static HWND ready(HWND window) { return IsWindowEnabled(window) != FALSE ? window : nullptr; }
 
+  // Another window than the present one, which may have the same caption and be on its way out.
   void wait(const std::string& caption) {
     window_ = waitFor(caption, [&]() -> HWND {
-      const HWND found = findDialog(caption);
+      const HWND found = findDialog(caption, window_);
       return found == nullptr ? nullptr : ready(found);
     });
   }
