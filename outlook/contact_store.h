@@ -4,6 +4,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -84,7 +85,12 @@ class ContactStore {
 
   // Opens the default contacts folder as it is now. Items keep their positions until it is opened
   // again; contacts saved meanwhile come after them, or are not counted yet.
-  virtual void openContactsFolder() = 0;
+  // Where each item has to be opened, `afterEach` is called behind each, so that windows stay
+  // alive.
+  virtual void openContactsFolder(const std::function<void()>& afterEach) = 0;
+  void openContactsFolder() {
+    openContactsFolder([] {});
+  }
 
   // What is wrong with the folder's content, a line each: what could not be read as a contact.
   [[nodiscard]] virtual std::vector<std::string> folderNotices() const = 0;

@@ -38,7 +38,8 @@ void Transfer::hideProgress() {
 }
 
 void Transfer::openFolder() {
-  contacts_.openContactsFolder();
+  // A wish to stop is kept by the window; the walk over the contacts heeds it.
+  contacts_.openContactsFolder([this] { static_cast<void>(window_.yield()); });
   for (const std::string& notice : contacts_.folderNotices()) {
     addLine(window_, notice, "0%", "제외");
   }

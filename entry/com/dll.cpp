@@ -23,10 +23,7 @@ HRESULT guarded(Call call) {
 }  // namespace
 
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
-  if (reason == DLL_PROCESS_ATTACH) {
-    com::setModule(module);
-    DisableThreadLibraryCalls(module);
-  }
+  if (reason == DLL_PROCESS_ATTACH) com::setModule(module);
   return TRUE;
 }
 

@@ -56,7 +56,7 @@ bool OutlookStore::connect() {
   return true;
 }
 
-void OutlookStore::openContactsFolder() {
+void OutlookStore::openContactsFolder(const std::function<void()>& afterEach) {
   guarded([&] {
     entries_.clear();
     nameSpace_ = application_.object("GetNamespace", classes_.nameSpace, {_variant_t(L"MAPI")});
@@ -64,7 +64,10 @@ void OutlookStore::openContactsFolder() {
                  .object("Items", classes_.items);
     const long count = items_.number("Count");
     entries_.reserve(static_cast<std::size_t>(count));
-    for (long i = 1; i <= count; ++i) entries_.push_back(readEntry(i));
+    for (long i = 1; i <= count; ++i) {
+      entries_.push_back(readEntry(i));
+      afterEach();
+    }
   });
 }
 

@@ -16,7 +16,8 @@ class OutlookStore : public ContactStore {
  public:
   [[nodiscard]] bool connect() override;
   [[nodiscard]] std::string connectFailure() const override { return connectFailure_; }
-  void openContactsFolder() override;
+  using ContactStore::openContactsFolder;
+  void openContactsFolder(const std::function<void()>& afterEach) override;
   [[nodiscard]] std::vector<std::string> folderNotices() const override { return {}; }
   [[nodiscard]] std::size_t count() const override { return entries_.size(); }
   [[nodiscard]] std::vector<std::string> keys() const override;

@@ -18,7 +18,8 @@ class VCardStore : public ContactStore {
 
   [[nodiscard]] bool connect() override;
   [[nodiscard]] std::string connectFailure() const override { return connectFailure_; }
-  void openContactsFolder() override;
+  using ContactStore::openContactsFolder;
+  void openContactsFolder(const std::function<void()>& afterEach) override;
   [[nodiscard]] std::vector<std::string> folderNotices() const override { return notices_; }
   [[nodiscard]] std::size_t count() const override { return items_.size(); }
   [[nodiscard]] std::vector<std::string> keys() const override;

@@ -16,19 +16,25 @@ using vlout::store::ConnectionSettings;
 void prepare(const tests::Scenario& scenario, const std::filesystem::path& folder) {
   const ConnectionSettings settings{.componentFolder = folder};
   std::filesystem::create_directories(folder);
-  vlout::store::createDatabase(settings.databaseFile());
-  vlout::store::SqliteConnection database;
-  database.open(settings);
-  scenario.fillDatabase(database);
   scenario.writeFiles(folder);
+  if (!scenario.sections.contains("[no database]")) {
+    vlout::store::createDatabase(settings.databaseFile());
+    vlout::store::SqliteConnection database;
+    database.open(settings);
+    scenario.fillDatabase(database);
+  }
   std::vector<tests::Record> contacts;
   for (const std::string& line : scenario.lines("[contacts]")) contacts.emplace_back(line);
   tests::writeRecords(folder / "outlook.txt", contacts);
 }
 
 bool check(const tests::Scenario& scenario, const std::filesystem::path& folder) {
+  const ConnectionSettings settings{.componentFolder = folder};
+  if (scenario.sections.contains("[no database]")) {
+    return !std::filesystem::exists(settings.databaseFile());
+  }
   vlout::store::SqliteConnection database;
-  database.open({.componentFolder = folder});
+  database.open(settings);
   const auto after = tests::outcome(database, tests::readRecords(folder / "outlook.txt"));
   const auto& expected = scenario.lines("[after]");
   if (after == expected) return true;

@@ -31,6 +31,7 @@ FormWindow::FormWindow(Form& form, HINSTANCE module, HWND owner, ShowError showE
   window_ = CreateDialogIndirectParamW(module, &dialog.header, owner, receive,
                                        reinterpret_cast<LPARAM>(this));
   if (window_ == nullptr) throw std::runtime_error("창을 열 수 없습니다.");
+  scaleByOurselves(window_);
   SetWindowTextW(window_, windows::wide(form_.caption).c_str());
   addWidgets(layout_, {});
   for (Panel* panel : panels_) {

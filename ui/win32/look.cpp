@@ -54,6 +54,13 @@ int dpiOf(HWND window) {
   return dpi;
 }
 
+void scaleByOurselves(HWND dialog) {
+  using SetBehaviour = BOOL(WINAPI*)(HWND, int, int);
+  constexpr int kDisableAll = 1;  // DDC_DISABLE_ALL
+  const auto set = ofUser32<SetBehaviour>("SetDialogDpiChangeBehavior");
+  if (set != nullptr) set(dialog, kDisableAll, kDisableAll);
+}
+
 Look::Look(int dpi) : dpi_(dpi) {
   LOGFONTW font = messageFont(dpi);
   font_.reset(CreateFontIndirectW(&font));

@@ -20,6 +20,9 @@ using GdiObject = std::unique_ptr<std::remove_pointer_t<Handle>, GdiDeleter>;
 // Dots per inch of the screen that a window is on; of the main screen for no window.
 [[nodiscard]] int dpiOf(HWND window);
 
+// Keeps the system from scaling a dialog's controls by itself when it moves to another screen.
+void scaleByOurselves(HWND dialog);
+
 class Look {
  public:
   explicit Look(int dpi);
