@@ -8,7 +8,6 @@ add_library(vlout_windows STATIC
   store/ado/ado_connection.cpp
   outlook/automation/outlook_contact.cpp
   outlook/automation/outlook_store.cpp
-  ui/arrange.cpp
   ui/win32/form_window.cpp
   ui/win32/list_widgets.cpp
   ui/win32/look.cpp

@@ -57,7 +57,8 @@ text::DateTime fromAutomationDate(double days) {
 
 double toAutomationDate(text::DateTime time) {
   const std::int64_t second = ((time.seconds % kSecondsPerDay) + kSecondsPerDay) % kSecondsPerDay;
-  const auto day = static_cast<double>((time.seconds - second) / kSecondsPerDay + kDaysToUnixEpoch);
+  const std::int64_t unixDay = (time.seconds - second) / kSecondsPerDay;
+  const auto day = static_cast<double>(unixDay + kDaysToUnixEpoch);
   const double fraction = static_cast<double>(second) / static_cast<double>(kSecondsPerDay);
   return day < 0 ? day - fraction : day + fraction;
 }

@@ -4,9 +4,11 @@
 #include <windows.h>
 
 #include <unknwn.h>
+#include <wrl/client.h>
 
 #include <algorithm>
 #include <atomic>
+#include <utility>
 #include <vector>
 
 namespace vlout::windows {
@@ -45,5 +47,13 @@ class Counted : public Interface {
   std::vector<IID> interfaces_;
   std::atomic<ULONG> references_{1};
 };
+
+// A new object, held by its first reference.
+template <typename Object, typename... Arguments>
+[[nodiscard]] Microsoft::WRL::ComPtr<Object> makeCounted(Arguments&&... arguments) {
+  Microsoft::WRL::ComPtr<Object> object;
+  object.Attach(new Object(std::forward<Arguments>(arguments)...));  // NOLINT: it ends by itself
+  return object;
+}
 
 }  // namespace vlout::windows

@@ -27,8 +27,7 @@ class BusyFilter : public windows::Counted<IMessageFilter> {
 }  // namespace
 
 MessageFilter::MessageFilter() {
-  ComPtr<IMessageFilter> filter;
-  filter.Attach(new BusyFilter);
+  const auto filter = windows::makeCounted<BusyFilter>();
   // Outside a single-threaded apartment there are no filters, and none is needed.
   registered_ = SUCCEEDED(CoRegisterMessageFilter(filter.Get(), &old_));
 }

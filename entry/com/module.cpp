@@ -37,7 +37,7 @@ std::atomic<bool> running{false};
 void run() {
   const ui::win32::WindowContext context(module());
   const MessageFilter filter;
-  if (component == nullptr) component = new Component;
+  if (component == nullptr) component = std::make_unique<Component>().release();
   try {
     ORUN(component->runtime).OUTSYNCRUN();
   } catch (const std::exception& error) {

@@ -65,9 +65,7 @@ class Factory : public windows::Counted<IClassFactory> {
       ComPtr<ITypeInfo> info;
       const HRESULT loaded = loadTypeInfo(info.GetAddressOf());
       if (FAILED(loaded)) return loaded;
-      ComPtr<_ORUN> object;
-      object.Attach(new OrunObject(std::move(info)));
-      return object.CopyTo(iid, result);
+      return windows::makeCounted<OrunObject>(std::move(info)).CopyTo(iid, result);
     } catch (...) {
       return E_OUTOFMEMORY;
     }
@@ -88,9 +86,7 @@ HRESULT getClassObject(REFCLSID classId, REFIID iid, void** result) {
   if (result == nullptr) return E_POINTER;
   *result = nullptr;
   if (classId != CLSID_ORUN) return CLASS_E_CLASSNOTAVAILABLE;
-  ComPtr<IClassFactory> factory;
-  factory.Attach(new Factory);
-  return factory.CopyTo(iid, result);
+  return windows::makeCounted<Factory>().CopyTo(iid, result);
 }
 
 }  // namespace vlout::entry::com

@@ -37,7 +37,8 @@ std::string_view bytesOf(const VARIANT& value, std::string& buffer) {
   SafeArrayGetUBound(value.parray, 1, &last);
   void* data = nullptr;
   if (FAILED(SafeArrayAccessData(value.parray, &data))) return {};
-  buffer.assign(static_cast<const char*>(data), static_cast<std::size_t>(last - first + 1));
+  buffer.assign(static_cast<const char*>(data),
+                static_cast<std::size_t>(last) - static_cast<std::size_t>(first) + 1);
   SafeArrayUnaccessData(value.parray);
   return buffer;
 }
@@ -79,7 +80,8 @@ class AdoConnection::Rows : public Recordset {
     for (const Value& value : values_) {
       if (text::equalsIgnoringAsciiCase(value.name, name)) return viewOf(value);
     }
-    values_.push_back({std::string(name), read(name)});
+    auto text = read(name);
+    values_.push_back({std::string(name), std::move(text)});
     return viewOf(values_.back());
   }
 

@@ -19,7 +19,6 @@ namespace vlout::tests {
 namespace {
 
 using windows::bstr;
-using windows::ComPtr;
 
 // The interface's new name on 64 bits, its old one on 32: the component has to try both.
 const IID& interfaceOf(const std::array<IID, 2>& names) {

@@ -15,8 +15,8 @@ int run(int calls) {
   vlout::windows::ComPtr<_ORUN> component;
   HRESULT result = CoCreateInstance(CLSID_ORUN, nullptr, CLSCTX_INPROC_SERVER, IID__ORUN,
                                     reinterpret_cast<void**>(component.GetAddressOf()));
-  const HWND window = CreateWindowExW(0, L"STATIC", L"Velmora", WS_OVERLAPPEDWINDOW | WS_VISIBLE,
-                                      0, 0, 300, 200, nullptr, nullptr, nullptr, nullptr);
+  const HWND window = CreateWindowExW(0, L"STATIC", L"Velmora", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0,
+                                      0, 300, 200, nullptr, nullptr, nullptr, nullptr);
   SetActiveWindow(window);
   for (int i = 0; i < calls && SUCCEEDED(result); ++i) {
     VARIANT value;

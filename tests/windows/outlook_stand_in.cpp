@@ -77,9 +77,7 @@ class Folder {
   }
 
  private:
-  Folder()
-      : file_(folderOfFiles() / "outlook.txt"),
-        records_(readRecords(file_)) {
+  Folder() : file_(folderOfFiles() / "outlook.txt"), records_(readRecords(file_)) {
     int number = 0;
     for (Record& record : records_) {
       if (record.get("id").empty()) record.set("id", "E" + std::to_string(++number));
@@ -374,8 +372,7 @@ class SkinFramework : public AutomationObject {
 
  private:
   static void note(const std::string& member, const std::string& value) {
-    std::ofstream stream(folderOfFiles() / "skin.txt",
-                         std::ios::binary | std::ios::app);
+    std::ofstream stream(folderOfFiles() / "skin.txt", std::ios::binary | std::ios::app);
     stream << member << ' ' << value << '\n';
   }
 };

@@ -59,9 +59,7 @@ BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
 STDAPI DllGetClassObject(REFCLSID classId, REFIID iid, LPVOID* result) {
   for (const StandIn& each : kStandIns) {
     if (each.classId != classId) continue;
-    ComPtr<IClassFactory> factory;
-    factory.Attach(new Factory(each));
-    return factory.CopyTo(iid, result);
+    return vlout::windows::makeCounted<Factory>(each).CopyTo(iid, result);
   }
   return CLASS_E_CLASSNOTAVAILABLE;
 }
