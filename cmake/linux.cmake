@@ -23,10 +23,26 @@ add_library(vlout_linux STATIC
   entry/cli/component_folder.cpp
   entry/cli/run_command.cpp
   entry/cli/sample_cards.cpp
-  entry/cli/sample_picture.cpp)
+  entry/cli/sample_picture.cpp
+  entry/cli/window_command.cpp)
 target_link_libraries(vlout_linux PUBLIC vlout_core PkgConfig::SQLITE PRIVATE PkgConfig::EBOOK JPEG::JPEG)
 
 add_executable(vloutsync entry/cli/main.cpp)
 target_link_libraries(vloutsync PRIVATE vlout_linux CLI11::CLI11)
 target_compile_definitions(vloutsync PRIVATE VLOUT_VERSION="${PROJECT_VERSION}")
 
+
+# The windows: a program of its own, so that runs in the terminal need not load Qt.
+find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets)
+add_library(vlout_qt STATIC
+  ui/qt/form_window.cpp
+  ui/qt/list_model.cpp
+  ui/qt/pictures.cpp
+  ui/qt/qt_toolkit.cpp
+  ui/qt/skins.cpp
+  ui/qt/widgets.cpp)
+target_compile_definitions(vlout_qt PUBLIC QT_NO_KEYWORDS)
+target_link_libraries(vlout_qt PUBLIC vlout_core Qt6::Widgets)
+
+add_executable(vloutsync-window entry/qt/main.cpp)
+target_link_libraries(vloutsync-window PRIVATE vlout_qt vlout_linux)

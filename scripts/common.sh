@@ -3,7 +3,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 build_packages=(g++ cmake ninja-build ccache pkg-config libsqlite3-dev libebook-contacts1.2-dev
-  libcli11-dev libjpeg-dev libgtest-dev libgmock-dev libbenchmark-dev)
+  libcli11-dev libjpeg-dev qt6-base-dev fonts-nanum libgtest-dev libgmock-dev libbenchmark-dev)
 
 step() { printf '== %s\n' "$*"; }
 
@@ -56,7 +56,7 @@ build() {
 }
 
 windows_build_packages=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix mingw-w64-tools libwine-dev)
-windows_test_packages=(wine wine64 xvfb fonts-nanum imagemagick debootstrap openssl sqlite3)
+windows_test_packages=(wine wine64 xvfb imagemagick debootstrap openssl sqlite3)
 
 # SQLite's amalgamation for the Windows tests, of the version and content that the lock names; its
 # folder.

@@ -29,8 +29,8 @@ Layout frmAddressInput::layout() {
                           control("Juso3", Juso3), label("Label4", Label4), control("Juso4", Juso4),
                           label("Label5", Label5), control("Juso5", Juso5)}),
                  space(),
-                 row({space(), defaultButton("Command1", Command1).wide(10),
-                      control("Command2", Command2).wide(10)})});
+                 row({space(), defaultButton("Command1", Command1).wide(10).keyed('O'),
+                      control("Command2", Command2).wide(10).keyed('C')})});
 }
 
 }  // namespace vlout::ui

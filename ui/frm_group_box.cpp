@@ -52,9 +52,9 @@ frmGroupBox::frmGroupBox(Toolkit& toolkit, Component& component)
 Layout frmGroupBox::layout() {
   using namespace layout;
   return column({control("TreeView1", TreeView1).stretched(1),
-                 row({control("Command7", Command7).wide(10), space(),
-                      defaultButton("Command1", Command1).wide(10),
-                      control("Command2", Command2).wide(10)})});
+                 row({control("Command7", Command7).wide(10).keyed('R'), space(),
+                      defaultButton("Command1", Command1).wide(10).keyed('O'),
+                      control("Command2", Command2).wide(10).keyed('C')})});
 }
 
 void frmGroupBox::load() {

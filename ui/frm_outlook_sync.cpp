@@ -112,36 +112,41 @@ void frmOutlookSync::setCaptions() {
 
 Layout frmOutlookSync::layout() {
   using namespace layout;
-  const auto importPanel =
-      column({control("import_check1", import_check1), control("import_check2", import_check2),
-              control("import_check3", import_check3)});
-  const auto exportPanel =
-      column({row({label("Label6", Label6), control("Combo2", Combo2).wide(26).stretched(1),
-                   control("Check3", Check3)}),
-              control("Export_Check1", Export_Check1), control("Export_Check2", Export_Check2),
-              control("Export_Check3", Export_Check3),
-              row({control("Check2", Check2), control("Command5", Command5), space()})});
-  const auto syncPanel =
-      column({control("Sync_Check2", Sync_Check2), row({control("Command4", Command4), space()})});
+  const auto importPanel = column({control("import_check1", import_check1).keyed('1'),
+                                   control("import_check2", import_check2).keyed('2'),
+                                   control("import_check3", import_check3).keyed('3')});
+  const auto exportPanel = column(
+      {row({label("Label6", Label6).keyed('R'), control("Combo2", Combo2).wide(26).stretched(1),
+            control("Check3", Check3).keyed('B')}),
+       control("Export_Check1", Export_Check1).keyed('1'),
+       control("Export_Check2", Export_Check2).keyed('2'),
+       control("Export_Check3", Export_Check3).keyed('3'),
+       row({control("Check2", Check2).keyed('N'), control("Command5", Command5).keyed('H'),
+            space()})});
+  const auto syncPanel = column({control("Sync_Check2", Sync_Check2).keyed('1'),
+                                 row({control("Command4", Command4).keyed('F'), space()})});
   return column(
       {row({control("Image2", Image2), label("Label7", Label7).stretched(1)}),
-       grid(2, {label("Label3", Label3),
+       grid(2, {label("Label3", Label3).keyed('M'),
                 row({control("Combo1", Combo1).wide(24), label("Label1", Label1).stretched(1)}),
                 label("Label2", Label2),
-                row({control("chadd", chadd), control("Check5", Check5), control("Check6", Check6),
-                     control("Check7", Check7), space()}),
+                row({control("chadd", chadd).keyed('A'), control("Check5", Check5),
+                     control("Check6", Check6), control("Check7", Check7), space()}),
                 label("Label8", Label8),
-                row({control("Text1", Text1).stretched(1), control("Command7", Command7).wide(10)})
+                row({control("Text1", Text1).stretched(1),
+                     control("Command7", Command7).wide(10).keyed('G')})
                     .stretched(1),
                 label("Label4", Label4),
                 stack({panel("P1", P1, importPanel), panel("P2", P2, exportPanel),
                        panel("P3", P3, syncPanel)}),
                 fixed(""),
-                row({control("ch_faxnosync", ch_faxnosync), control("Check1", Check1), space()})}),
+                row({control("ch_faxnosync", ch_faxnosync).keyed('P'),
+                     control("Check1", Check1).keyed('K'), space()})}),
        label("Label5", Label5), control("ListView1", ListView1).high(8).stretched(1),
        control("ProgressBar1", ProgressBar1),
-       row({control("Command6", Command6).wide(10), space(), control("Command2", Command2).wide(12),
-            control("Command3", Command3).wide(12)}),
+       row({control("Command6", Command6).wide(10).keyed('U'), space(),
+            control("Command2", Command2).wide(12).keyed('S'),
+            control("Command3", Command3).wide(12).keyed('C')}),
        statusBar("StatusBar1", StatusBar1)});
 }
 

@@ -206,7 +206,7 @@ Layout frmOutlookSyncModify::boxLayout(Box box) {
         .stretched(1);
   }
   if (box != &frmOutlookSyncModify::Text53) return part;
-  return row({std::move(part), control("Command5", Command5)}).stretched(1);
+  return row({std::move(part), control("Command5", Command5).keyed('G')}).stretched(1);
 }
 
 Layout frmOutlookSyncModify::fieldsLayout(std::size_t first, std::size_t last) {
@@ -229,10 +229,12 @@ Layout frmOutlookSyncModify::layout() {
        row({column({fieldsLayout(0, kFirstAddress), space()}).stretched(2), fixed("  "),
             column({fieldsLayout(kFirstAddress, kFields.size()), space()}).stretched(3)})
            .stretched(1),
-       row({control("Check1", Check1), control("Label31", Label31), control("Command1", Command1),
-            control("Command2", Command2), space(), control("Command8", Command8),
-            control("Command3", Command3), control("Command4", Command4).wide(8),
-            control("Command6", Command6).wide(8)})});
+       row({control("Check1", Check1).keyed('E'), control("Label31", Label31),
+            control("Command1", Command1).keyed('V'), control("Command2", Command2).keyed('O'),
+            space(), control("Command8", Command8).keyed('F'),
+            control("Command3", Command3).keyed('N'),
+            control("Command4", Command4).wide(8).keyed('X'),
+            control("Command6", Command6).wide(8).keyed('S')})});
 }
 
 void frmOutlookSyncModify::connectEvents() {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "ui/controls.h"
@@ -42,6 +43,7 @@ struct Layout {
   int columns = 1;
   int stretch = 0;     // the share of what the surroundings have left for it
   int characters = 0;  // the least width, in characters; 0 for what its text needs
+  char key = 0;        // what presses it together with Alt, on toolkits that show such keys
   int lines = 0;       // the least height, in lines of text; 0 for the usual one
 
   // The same part with another share or size.
@@ -51,6 +53,10 @@ struct Layout {
   }
   [[nodiscard]] Layout wide(int count) && {
     characters = count;
+    return std::move(*this);
+  }
+  [[nodiscard]] Layout keyed(char letter) && {
+    key = letter;
     return std::move(*this);
   }
   [[nodiscard]] Layout high(int count) && {

@@ -105,8 +105,10 @@ Pixels drawPicture(Picture picture, int height) {
     for (int x = 0; x < result.width; ++x) {
       std::array<std::uint32_t, 4> sums{};
       for (int s = 0; s < kSamples * kSamples; ++s) {
-        const auto across = static_cast<float>(x * kSamples + s % kSamples) + 0.5F;
-        const auto down = static_cast<float>(y * kSamples + s / kSamples) + 0.5F;
+        const int column = x * kSamples + s % kSamples;
+        const int row = y * kSamples + s / kSamples;
+        const float across = static_cast<float>(column) + 0.5F;
+        const float down = static_cast<float>(row) + 0.5F;
         const std::uint32_t colour = colourAt(shapes, {across * unit, down * unit});
         for (std::size_t c = 0; c < sums.size(); ++c) sums[c] += (colour >> (8 * c)) & 0xFFU;
       }

@@ -11,6 +11,7 @@
 
 #include "entry/cli/component_folder.h"
 #include "entry/cli/run_command.h"
+#include "entry/cli/window_command.h"
 
 namespace {
 
@@ -56,6 +57,11 @@ void addFolderOption(CLI::App& command, Arguments& arguments) {
                      "구성 요소 폴더 (기본값: $VELMORA_FOLDER, 없으면 ~/.local/share/velmora)");
 }
 
+void addContactsOption(CLI::App& command, Arguments& arguments) {
+  command.add_option("--contacts", arguments.contacts,
+                     "vCard 연락처 폴더 (기본값: 구성 요소 폴더의 contacts)");
+}
+
 std::string checkBoxSetting(const std::string& text) {
   if (cli::parseBoxSetting(text)) return {};
   return "OUT_CHECK1 … OUT_CHECK10 또는 chadd 뒤에 =0 이나 =1 이 와야 합니다: " + text;
@@ -68,8 +74,7 @@ CLI::App* addRunCommand(CLI::App& app, Arguments& arguments) {
       ->required()
       ->check(CLI::IsMember({"import", "export", "sync"}));
   addFolderOption(*run, arguments);
-  run->add_option("--contacts", arguments.contacts,
-                  "vCard 연락처 폴더 (기본값: 구성 요소 폴더의 contacts)");
+  addContactsOption(*run, arguments);
   run->add_option("--range", arguments.range,
                   "내보내기 범위: selected 선택항목(기본값), group 그룹, all 전체자료")
       ->check(CLI::IsMember({"selected", "group", "all"}));
@@ -119,7 +124,7 @@ int run(int argc, char** argv) {
   Arguments arguments;
   CLI::App app("벨모라 명함과 vCard 연락처 폴더를 상호 교환합니다.", "vloutsync");
   app.set_version_flag("--version", "vloutsync " VLOUT_VERSION);
-  app.require_subcommand(1);
+  app.require_subcommand(cli::hasDisplay() ? 0 : 1, 1);
   CLI::App* const init =
       app.add_subcommand("init", "빈 데이터베이스로 새 구성 요소 폴더를 만듭니다.");
   addFolderOption(*init, arguments);
@@ -132,6 +137,10 @@ int run(int argc, char** argv) {
   sample->add_option("--seed", arguments.seed, "같은 값은 같은 명함을 만듭니다.")
       ->capture_default_str();
   CLI::App* const transfer = addRunCommand(app, arguments);
+  CLI::App* const window =
+      app.add_subcommand("window", "창을 엽니다. 명령이 없을 때도 그렇습니다.");
+  addFolderOption(*window, arguments);
+  addContactsOption(*window, arguments);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -141,6 +150,8 @@ int run(int argc, char** argv) {
   const auto folder = cli::componentFolder(arguments.folder);
   if (init->parsed()) {
     cli::initializeFolder(folder);
+  } else if (!sample->parsed()) {
+    cli::showWindow(folder, cli::contactFolder(arguments.contacts, folder));
   } else {
     cli::makeSampleFolder(folder, arguments.cards, arguments.seed);
   }

@@ -123,7 +123,11 @@ void Scenario::fillDatabase(store::Connection& database) const {
                        : picture ? "'" + std::string(std::stoul(value), 'J') + "'"
                                  : store::sqlLiteral(value));
     }
-    database.execute("INSERT INTO tbl_namecard(" + columns + ") VALUES(" + values + ")");
+    database.execute(std::string("INSERT INTO tbl_namecard(")
+                         .append(columns)
+                         .append(") VALUES(")
+                         .append(values) +
+                     ")");
   }
 }
 

@@ -9,20 +9,22 @@
 
 namespace vlout::tests {
 
-ComponentFixture::ComponentFixture() {
+ComponentFixture::ComponentFixture() : ComponentFixture(std::make_unique<ScriptedToolkit>()) {
+  toolkit = &dynamic_cast<ScriptedToolkit&>(runtime->toolkit());
+}
+
+ComponentFixture::ComponentFixture(std::unique_ptr<ui::Toolkit> shown) {
   std::filesystem::create_directory(contactsFolder());
   const store::ConnectionSettings settings{.componentFolder = folder()};
   store::createDatabase(settings.databaseFile());
   database.open(settings);
-  auto scripted = std::make_unique<ScriptedToolkit>();
-  toolkit = scripted.get();
   entry::Platform platform{
       .makeConnection = [] { return std::make_unique<store::SqliteConnection>(); },
       .makeContacts =
           [this] {
             return std::make_unique<outlook::vcard::VCardStore>(contactsFolder().string());
           },
-      .toolkit = std::move(scripted)};
+      .toolkit = std::move(shown)};
   runtime = std::make_unique<entry::Runtime>(folder(), std::move(platform));
 }
 

@@ -55,6 +55,8 @@ class ScriptedToolkit : public ui::Toolkit {
 class ComponentFixture : public testing::Test {
  protected:
   ComponentFixture();
+  // With a toolkit of the test's own in place of the scripted one.
+  explicit ComponentFixture(std::unique_ptr<ui::Toolkit> shown);
 
   // One call of OUTSYNCRUN in which `user` has the window.
   void open(const std::function<void(ui::frmOutlookSync&)>& user);

@@ -1,0 +1,16 @@
+// `vloutsync window`: hands over to the program that shows the windows, which lies beside this one
+// or in the library folder. It is a program of its own so that runs in the terminal need not load a
+// toolkit.
+#pragma once
+
+#include <filesystem>
+
+namespace vlout::entry::cli {
+
+// True when there is a screen to show windows on.
+[[nodiscard]] bool hasDisplay();
+
+// Does not return when the program was found. Throws std::runtime_error.
+void showWindow(const std::filesystem::path& folder, const std::filesystem::path& contacts);
+
+}  // namespace vlout::entry::cli

@@ -1,0 +1,60 @@
+// vloutsync-window: hosts the component in windows. `vloutsync window` starts it with the component
+// folder and the folder of vCards as its two arguments.
+#include <QApplication>
+#include <QIcon>
+
+#include <exception>
+#include <iostream>
+
+#include "entry/orun.h"
+#include "outlook/vcard/vcard_store.h"
+#include "store/sqlite/sqlite_connection.h"
+#include "text/file_path.h"
+#include "ui/qt/pictures.h"
+#include "ui/qt/qt_toolkit.h"
+
+namespace {
+
+QIcon icon() {
+  QIcon result;
+  for (const int size : {16, 32, 64}) {
+    result.addPixmap(vlout::ui::qt::pixmapOf(vlout::ui::Picture::Sync, size, 1));
+  }
+  return result;
+}
+
+void run(const std::filesystem::path& folder, const std::filesystem::path& contacts) {
+  auto toolkit = std::make_unique<vlout::ui::qt::QtToolkit>();
+  auto& messages = *toolkit;
+  vlout::entry::Platform platform{
+      .makeConnection = [] { return std::make_unique<vlout::store::SqliteConnection>(); },
+      .makeContacts =
+          [&] {
+            return std::make_unique<vlout::outlook::vcard::VCardStore>(
+                vlout::text::pathText(contacts));
+          },
+      .toolkit = std::move(toolkit)};
+  vlout::entry::Runtime runtime(folder, std::move(platform));
+  try {
+    vlout::entry::ORUN(runtime).OUTSYNCRUN();
+  } catch (const std::exception& error) {
+    messages.messageBox(vlout::ui::MessageIcon::Critical, error.what());
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  QApplication application(argc, argv);
+  QApplication::setApplicationName(QStringLiteral("vloutsync"));
+  QGuiApplication::setDesktopFileName(QStringLiteral("vloutsync"));
+  QApplication::setWindowIcon(icon());
+  const QStringList arguments = QApplication::arguments();
+  if (arguments.size() != 3) {
+    std::cerr << "vloutsync window\n";
+    return 2;
+  }
+  run(vlout::text::pathOf(arguments[1].toStdString()),
+      vlout::text::pathOf(arguments[2].toStdString()));
+  return 0;
+}

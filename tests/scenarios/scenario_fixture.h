@@ -1,0 +1,39 @@
+// Plays a scenario on the native component: lays it out in a component folder and a folder of
+// vCards, and compares what is there afterwards with what the scenario says.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "tests/scenarios/scenario.h"
+#include "tests/support/component_fixture.h"
+
+namespace vlout::tests {
+
+class ScenarioFixture : public ComponentFixture {
+ protected:
+  using ComponentFixture::ComponentFixture;
+
+  void layOut(const std::filesystem::path& file);
+  void expectOutcome() const;
+
+  [[nodiscard]] bool actionsLeft() const { return next_ < actions_.size(); }
+  // The next action, which is done with.
+  const Action& takeAction() { return actions_.at(next_++); }
+  [[nodiscard]] const Action& nextAction() const { return actions_.at(next_); }
+
+ private:
+  Scenario scenario_;
+  std::vector<Action> actions_;
+  std::size_t next_ = 0;
+};
+
+// The list has that line, its cells with "|" between.
+void expectLine(const ui::ListView& list, const std::string& text);
+
+// All that can be played here, and their names as test names.
+[[nodiscard]] std::vector<std::filesystem::path> scenarioFiles();
+[[nodiscard]] std::string scenarioName(const testing::TestParamInfo<std::filesystem::path>& info);
+
+}  // namespace vlout::tests

@@ -1,0 +1,165 @@
+#include "ui/qt/form_window.h"
+
+#include <QCloseEvent>
+
+#include "ui/qt/qt_text.h"
+#include "ui/qt/widgets.h"
+
+namespace vlout::ui::qt {
+namespace {
+
+using Kind = Layout::Kind;
+
+constexpr int kTwipsPerUnit = 15;
+
+bool isLabel(const Layout& part) {
+  return part.kind == Kind::Caption || part.kind == Kind::Label;
+}
+
+QString labelText(const Layout& part) {
+  QString text = textOf(part.control == nullptr ? part.caption : part.control->text());
+  if (text.endsWith(':')) text.chop(1);
+  return text;
+}
+
+// The name of a control that no label stands beside.
+QString usualName(Kind kind) {
+  switch (kind) {
+    case Kind::Image:
+      return QStringLiteral("싱크 방향 그림");
+    case Kind::ProgressBar:
+      return QStringLiteral("진행율");
+    case Kind::StatusBar:
+      return QStringLiteral("상태");
+    case Kind::TreeView:
+      return QStringLiteral("그룹");
+    default:
+      return {};
+  }
+}
+
+bool hasOwnText(Kind kind) {
+  return kind == Kind::Button || kind == Kind::DefaultButton || kind == Kind::CheckBox ||
+         kind == Kind::OptionButton || kind == Kind::Label || kind == Kind::ColouredLabel ||
+         kind == Kind::Caption;
+}
+
+}  // namespace
+
+FormWindow::FormWindow(Form& form, QWidget* parent)
+    : QDialog(parent), form_(form), layout_(form.layout()) {
+  setWindowTitle(textOf(form_.caption));
+  setWindowFlag(Qt::WindowMaximizeButtonHint);
+  setLayout(build(layout_, {}));
+  const QSize wanted(form_.width / kTwipsPerUnit, form_.height / kTwipsPerUnit);
+  resize(wanted.expandedTo(layout()->sizeHint()));
+}
+
+FormWindow::~FormWindow() {
+  for (const Layout* part : shown_) releaseControl(*part);
+}
+
+void FormWindow::closeEvent(QCloseEvent* event) {
+  event->ignore();
+  form_.requestClose();
+}
+
+QWidget* FormWindow::buildWidget(const Layout& part, const QString& label) {
+  QWidget* const widget = makeWidget(part, this);
+  widget->setObjectName(textOf(part.name));
+  if (part.characters > 0) {
+    widget->setMinimumWidth(widget->fontMetrics().averageCharWidth() * part.characters);
+  }
+  QString name = label.isEmpty() ? usualName(part.kind) : label;
+  if (hasOwnText(part.kind)) {
+    const QString own = labelText(part);
+    name = label.isEmpty() || isLabel(part) ? own : label + ' ' + own;
+  } else if (lastLabel_ != nullptr) {
+    lastLabel_->setBuddy(widget);
+  }
+  widget->setAccessibleName(name);
+  lastLabel_ = isLabel(part) ? qobject_cast<QLabel*>(widget) : nullptr;
+  shown_.push_back(&part);
+  return widget;
+}
+
+QWidget* FormWindow::buildPanel(const Layout& part, const QString& label) {
+  auto* const panel = new QWidget(this);
+  Control& control = *part.control;
+  panel->setLayout(build(part.parts.front(), label));
+  panel->layout()->setContentsMargins(0, 0, 0, 0);
+  control.changed = [panel, &control] { panel->setVisible(control.visible()); };
+  control.changed();
+  shown_.push_back(&part);
+  return panel;
+}
+
+QLayout* FormWindow::build(const Layout& part, const QString& label) {
+  if (part.kind == Kind::Grid) return buildGrid(part, label);
+  if (part.kind == Kind::Stack) return buildStack(part, label);
+  auto* const box = part.kind == Kind::Row ? static_cast<QBoxLayout*>(new QHBoxLayout)
+                                           : static_cast<QBoxLayout*>(new QVBoxLayout);
+  QString beside = label;
+  for (const Layout& each : part.parts) {
+    addTo(*box, each, beside);
+    if (isLabel(each) && !labelText(each).trimmed().isEmpty()) beside = labelText(each);
+    if (!isLabel(each)) beside = label;
+  }
+  return box;
+}
+
+// The first cell of a row names the others; so does the first one of a column, where the corner is
+// empty.
+QLayout* FormWindow::buildGrid(const Layout& part, const QString& label) {
+  auto* const grid = new QGridLayout;
+  const auto columns = static_cast<std::size_t>(part.columns);
+  const bool headed = isLabel(part.parts.front()) && labelText(part.parts.front()).isEmpty();
+  for (std::size_t i = 0; i < part.parts.size(); ++i) {
+    QString name = label;
+    const Layout& first = part.parts[i - i % columns];
+    if (i % columns > 0 && isLabel(first)) name = labelText(first);
+    if (headed && i >= columns && i % columns > 0) {
+      name = labelText(part.parts[i % columns]) + ' ' + name;
+    }
+    const auto row = static_cast<int>(i / columns);
+    const auto column = static_cast<int>(i % columns);
+    addTo(*grid, part.parts[i], row, column, name);
+    if (part.parts[i].stretch > 0) grid->setColumnStretch(column, part.parts[i].stretch);
+  }
+  return grid;
+}
+
+QLayout* FormWindow::buildStack(const Layout& part, const QString& label) {
+  auto* const stack = new QGridLayout;
+  for (const Layout& each : part.parts) {
+    QWidget* const panel = buildPanel(each, label);
+    // All parts keep their room, so that the window stays as it is when another one is shown.
+    QSizePolicy policy = panel->sizePolicy();
+    policy.setRetainSizeWhenHidden(true);
+    panel->setSizePolicy(policy);
+    stack->addWidget(panel, 0, 0, Qt::AlignTop);
+  }
+  return stack;
+}
+
+void FormWindow::addTo(QGridLayout& grid, const Layout& part, int row, int column,
+                       const QString& label) {
+  if (part.kind < Kind::Panel) {
+    grid.addLayout(build(part, label), row, column);
+  } else {
+    const auto alignment = isLabel(part) ? Qt::AlignVCenter : Qt::Alignment();
+    grid.addWidget(buildWidget(part, label), row, column, alignment);
+  }
+}
+
+void FormWindow::addTo(QBoxLayout& box, const Layout& part, const QString& label) {
+  if (part.kind < Kind::Panel) {
+    box.addLayout(build(part, label), part.stretch);
+  } else if (part.kind == Kind::Space) {
+    box.addStretch(1);
+  } else {
+    box.addWidget(buildWidget(part, label), part.stretch);
+  }
+}
+
+}  // namespace vlout::ui::qt

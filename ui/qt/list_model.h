@@ -1,0 +1,35 @@
+// A report list as Qt's views want it: reads the list's own rows, and tells the view what changes.
+#pragma once
+
+#include <QAbstractTableModel>
+
+#include "ui/controls.h"
+
+namespace vlout::ui::qt {
+
+class ListModel : public QAbstractTableModel {
+ public:
+  // Takes the list's events for its own lifetime.
+  ListModel(ListView& list, QObject* parent);
+  ~ListModel() override;
+  ListModel(const ListModel&) = delete;
+  ListModel& operator=(const ListModel&) = delete;
+
+  [[nodiscard]] int rowCount(const QModelIndex& parent) const override;
+  [[nodiscard]] int columnCount(const QModelIndex& parent) const override;
+  [[nodiscard]] QVariant data(const QModelIndex& index, int role) const override;
+  [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation,
+                                    int role) const override;
+
+  // Called when the list selects a row.
+  std::function<void(int row)> rowSelected;
+
+ private:
+  void add();
+  void clear();
+
+  ListView& list_;
+  int shown_ = 0;  // rows that the view knows of
+};
+
+}  // namespace vlout::ui::qt

@@ -1,0 +1,13 @@
+// The component's drawn pictures as Qt's.
+#pragma once
+
+#include <QPixmap>
+
+#include "ui/pictures.h"
+
+namespace vlout::ui::qt {
+
+// `height` in the screen's own units; sharp at any `ratio` of pixels to those.
+[[nodiscard]] QPixmap pixmapOf(Picture picture, int height, qreal ratio);
+
+}  // namespace vlout::ui::qt

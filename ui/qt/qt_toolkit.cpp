@@ -1,0 +1,69 @@
+#include "ui/qt/qt_toolkit.h"
+
+#include <QApplication>
+#include <QEventLoop>
+#include <QMessageBox>
+#include <QScreen>
+#include <QThread>
+
+#include "ui/qt/qt_text.h"
+#include "ui/qt/skins.h"
+
+namespace vlout::ui::qt {
+namespace {
+
+constexpr int kTwipsPerUnit = 15;
+constexpr int kEventsEvery = 25;  // milliseconds; a window that follows 40 times a second is smooth
+
+QMessageBox::Icon iconOf(MessageIcon icon) {
+  switch (icon) {
+    case MessageIcon::Information:
+      return QMessageBox::Information;
+    case MessageIcon::Exclamation:
+      return QMessageBox::Warning;
+    case MessageIcon::Critical:
+      return QMessageBox::Critical;
+    default:
+      return QMessageBox::NoIcon;
+  }
+}
+
+}  // namespace
+
+void QtToolkit::showModal(Form& form) {
+  FormWindow window(form, owner());
+  windows_.push_back(&window);
+  window.setWindowModality(Qt::ApplicationModal);
+  window.show();
+  while (form.isVisible()) QApplication::processEvents(QEventLoop::WaitForMoreEvents);
+  windows_.pop_back();
+}
+
+void QtToolkit::messageBox(MessageIcon icon, std::string_view text) {
+  QMessageBox box(iconOf(icon), QStringLiteral("VLOUTSync"), textOf(text).replace("\r\n", "\n"),
+                  QMessageBox::NoButton, owner());
+  box.setTextFormat(Qt::PlainText);
+  box.addButton(QStringLiteral("확인"), QMessageBox::AcceptRole);
+  box.exec();
+}
+
+ScreenSize QtToolkit::screenSize() const {
+  const QSize size = QApplication::primaryScreen()->availableSize();
+  return {size.width() * kTwipsPerUnit, size.height() * kTwipsPerUnit};
+}
+
+void QtToolkit::applySkin(const std::filesystem::path& skinFile) {
+  const auto skin = skinOf(skinFile);
+  if (!skin) return;
+  QApplication::setPalette(skin->palette);
+  qApp->setStyleSheet(skin->styleSheet);
+}
+
+void QtToolkit::pump() {
+  QThread::usleep(1000);
+  if (sinceEvents_.isValid() && sinceEvents_.elapsed() < kEventsEvery) return;
+  QApplication::processEvents();
+  sinceEvents_.start();
+}
+
+}  // namespace vlout::ui::qt

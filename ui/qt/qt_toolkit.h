@@ -1,0 +1,29 @@
+// The toolkit port on Qt Widgets: forms as dialogs, modal one over the other. There must be a
+// QApplication.
+#pragma once
+
+#include <QElapsedTimer>
+
+#include <vector>
+
+#include "ui/qt/form_window.h"
+#include "ui/toolkit.h"
+
+namespace vlout::ui::qt {
+
+class QtToolkit : public Toolkit {
+ public:
+  void showModal(Form& form) override;
+  void messageBox(MessageIcon icon, std::string_view text) override;
+  [[nodiscard]] ScreenSize screenSize() const override;
+  void applySkin(const std::filesystem::path& skinFile) override;
+  void pump() override;
+
+ private:
+  [[nodiscard]] QWidget* owner() const { return windows_.empty() ? nullptr : windows_.back(); }
+
+  std::vector<FormWindow*> windows_;  // the open ones, the topmost last
+  QElapsedTimer sinceEvents_;
+};
+
+}  // namespace vlout::ui::qt
