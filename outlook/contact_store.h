@@ -61,7 +61,6 @@ class Contact {
   // Attachments by 1-based index.
   [[nodiscard]] virtual std::size_t attachmentCount() = 0;
   [[nodiscard]] virtual std::string attachmentName(std::size_t index) = 0;
-  [[nodiscard]] virtual std::string attachmentContent(std::size_t index) = 0;
   virtual void removeAttachment(std::size_t index) = 0;
   // Attaches a copy of the file under `name`.
   virtual void addAttachment(const std::filesystem::path& file, std::string_view name) = 0;

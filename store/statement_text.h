@@ -1,7 +1,7 @@
-// Reads SQL text just far enough to run it safely and fast on SQLite: it refuses text that holds
-// more than one statement or anything that Jet would not take for SQL (comments, parameter marks),
-// and lifts the literals out, so that statements which differ only in their values share one
-// prepared statement. SqliteConnection is its only caller.
+// Reads SQL text just far enough to run it safely: it refuses text that holds more than one
+// statement or anything that Jet would not take for SQL (comments, parameter marks). For SQLite it
+// also lifts the literals out, so that statements which differ only in their values share one
+// prepared statement.
 #pragma once
 
 #include <string>

@@ -1,5 +1,6 @@
 #include "transfer/export.h"
 
+#include "outlook/normalizer.h"
 #include "outlook/pairing.h"
 #include "store/sql.h"
 #include "text/trim.h"
@@ -55,6 +56,24 @@ std::optional<Export::Pair> Export::findRow(Contact& contact) {
     if (const auto position = list_.findById(key)) return Pair{*position, true};
     reportUnusableKey(contact, key);
   }
+  try {
+    return findRowByPerson(contact, keyed);
+  } catch (const outlook::ContactStoreError&) {
+    reserveRowsOf(contact);
+    throw;
+  }
+}
+
+// A contact that refuses its number or address may be that of any listed card of its name: none of
+// them must get a second one.
+void Export::reserveRowsOf(Contact& contact) {
+  const std::string last = contact.text(outlook::ContactProperty::LastName);
+  const std::string first = contact.text(outlook::ContactProperty::FirstName);
+  list_.reserveName(outlook::normalize(last + first));
+  list_.reserveName(outlook::normalize(first + last));
+}
+
+std::optional<Export::Pair> Export::findRowByPerson(Contact& contact, bool keyed) {
   auto position = findByPerson(contact);
   // Inverted on purpose: a contact whose key names no row of the list is left alone when its
   // normalised name does find a row.

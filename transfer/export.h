@@ -47,6 +47,8 @@ class Export : private Transfer {
   RunEnd addPhase();
 
   [[nodiscard]] std::optional<Pair> findRow(outlook::Contact& contact);
+  [[nodiscard]] std::optional<Pair> findRowByPerson(outlook::Contact& contact, bool keyed);
+  void reserveRowsOf(outlook::Contact& contact);
   void compareOrMerge(outlook::Contact& contact);
   void compare(const std::string& rowId, outlook::Contact& contact);
   void addUnlessHidden(const WorkListRow& row);

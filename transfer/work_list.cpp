@@ -53,6 +53,13 @@ void WorkList::reserve(std::string_view id) {
   if (found != byId_.end()) rows_[found->second].reserved = true;
 }
 
+void WorkList::reserveName(const std::string& normalizedName) {
+  indexNames();
+  const auto found = byNormalizedName_.find(normalizedName);
+  if (found == byNormalizedName_.end()) return;
+  for (const Position position : found->second) rows_[position].reserved = true;
+}
+
 bool WorkList::isReserved(std::string_view id) const {
   const auto found = byId_.find(std::string(id));
   return found != byId_.end() && rows_[found->second].reserved;

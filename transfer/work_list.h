@@ -49,6 +49,8 @@ class WorkList {
   // Keeps the row of that id, if there is one, for the contact that carries its key: no other
   // contact finds it by person.
   void reserve(std::string_view id);
+  // The same for every row of that normalised name.
+  void reserveName(const std::string& normalizedName);
   [[nodiscard]] bool isReserved(std::string_view id) const;
 
   [[nodiscard]] std::optional<Position> findById(std::string_view id) const;

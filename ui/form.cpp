@@ -1,6 +1,7 @@
 #include "ui/form.h"
 
 #include <exception>
+#include <utility>
 
 namespace vlout::ui {
 
@@ -29,8 +30,12 @@ void Form::unload() {
 void Form::centreOnScreen() {
   if (windowState != WindowState::Normal) return;
   const ScreenSize screen = toolkit_.screenSize();
-  left = static_cast<std::int16_t>((screen.width - width) / 2);
-  top = static_cast<std::int16_t>((screen.height - height) / 2);
+  const int middleLeft = (screen.width - width) / 2;
+  const int middleTop = (screen.height - height) / 2;
+  // Places are 16 bits wide. One that is not leaves the form where it is, like any error here.
+  if (!std::in_range<std::int16_t>(middleLeft) || !std::in_range<std::int16_t>(middleTop)) return;
+  left = middleLeft;
+  top = middleTop;
 }
 
 }  // namespace vlout::ui

@@ -22,6 +22,10 @@ frmAddressInput::frmAddressInput(Toolkit& toolkit, Component& component)
   Command2.clicked = [this] { unload(); };
 }
 
+void frmAddressInput::keyPress(int characterCode) {
+  if (characterCode == kEscape) unload();
+}
+
 Layout frmAddressInput::layout() {
   using namespace layout;
   return column({grid(2, {label("Label1", Label1), control("Juso1", Juso1).stretched(1).wide(36),

@@ -12,6 +12,7 @@ class frmAddressInput : public Form {
  public:
   frmAddressInput(Toolkit& toolkit, Component& component);
 
+  void keyPress(int characterCode) override;
   [[nodiscard]] Layout layout() override;
 
   TextBox Juso1, Juso2, Juso3, Juso4, Juso5;

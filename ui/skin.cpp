@@ -10,10 +10,10 @@ std::optional<std::string_view> skinFileName(std::int16_t theme) {
 
 void applySkin(Component& component, Toolkit& toolkit) {
   const auto name = skinFileName(component.skinTheme());
-  if (!name) return;
-  const auto file = component.folder() / "Styles" / *name;
+  const auto file = component.folder() / "Styles" / name.value_or("");
   std::error_code ignored;
-  if (std::filesystem::exists(file, ignored)) toolkit.applySkin(file);
+  toolkit.applySkin(name && std::filesystem::exists(file, ignored) ? file
+                                                                   : std::filesystem::path());
 }
 
 }  // namespace vlout::ui

@@ -34,8 +34,8 @@ class Toolkit {
 
   [[nodiscard]] virtual ScreenSize screenSize() const = 0;
 
-  // Gives the component's windows the look of a skin file. Does nothing where windows have no
-  // skins.
+  // Gives the component's windows the look of a skin file, or the usual one for an empty path.
+  // Does nothing where windows have no skins.
   virtual void applySkin(const std::filesystem::path& skinFile) { static_cast<void>(skinFile); }
 
   // Lets pending events through. A toolkit with windows to repaint waits a millisecond first.

@@ -25,8 +25,11 @@ HRESULT untilNotBusy(Call call) {
   while (true) {
     const HRESULT code = call();
     const bool busy = code == RPC_E_CALL_REJECTED || code == RPC_E_SERVERCALL_RETRYLATER;
-    if (!busy || GetTickCount64() - start >= kBusyPatience) return code;
-    Sleep(kBusyPause);
+    if (!busy || !BusyPatience::lasts(GetTickCount64() - start)) {
+      BusyPatience::answered(busy);
+      return code;
+    }
+    Sleep(BusyPatience::kPause);
   }
 }
 

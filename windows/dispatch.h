@@ -22,9 +22,21 @@ class MemberIds {
   std::unordered_map<std::string, DISPID> ids_;
 };
 
-// How long a server that answers "busy" is tried again, and how often.
-inline constexpr DWORD kBusyPatience = 30'000;  // in milliseconds
-inline constexpr DWORD kBusyPause = 200;
+// How long a server that answers "busy" is waited for, and how often it is asked. Once that was in
+// vain, later calls ask only once, until one gets through: a dialog that stands open in the server
+// must not hold up a run for that long at each of its calls.
+class BusyPatience {
+ public:
+  static constexpr DWORD kPause = 200;  // in milliseconds
+  static constexpr DWORD kWhole = 30'000;
+
+  // Whether to ask again, after so many milliseconds of waiting.
+  [[nodiscard]] static bool lasts(ULONGLONG waited) { return !exhausted_ && waited < kWhole; }
+  static void answered(bool busy) { exhausted_ = busy; }
+
+ private:
+  inline static bool exhausted_ = false;
+};
 
 // An automation object and the class that its members are known by. Every call throws ComError.
 class Dispatch {

@@ -17,7 +17,7 @@ class BusyFilter : public windows::Counted<IMessageFilter> {
   }
   STDMETHODIMP_(DWORD) RetryRejectedCall(HTASK, DWORD waited, DWORD) override {
     constexpr DWORD kGiveUp = static_cast<DWORD>(-1);
-    return waited < windows::kBusyPatience ? windows::kBusyPause : kGiveUp;
+    return windows::BusyPatience::lasts(waited) ? windows::BusyPatience::kPause : kGiveUp;
   }
   STDMETHODIMP_(DWORD) MessagePending(HTASK, DWORD, DWORD) override {
     return PENDINGMSG_WAITDEFPROCESS;

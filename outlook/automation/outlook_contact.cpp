@@ -1,10 +1,7 @@
 #include "outlook/automation/outlook_contact.h"
 
-#include <fstream>
-#include <iterator>
-#include <system_error>
-
 #include "outlook/automation/guarded.h"
+#include "outlook/pairing.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
 #include "windows/text.h"
@@ -114,14 +111,16 @@ std::size_t OutlookContact::userPropertyCount() {
   return guarded([&] { return static_cast<std::size_t>(userProperties().number("Count")); });
 }
 
+// Outlook keeps one property of a name whatever the case of its letters, and refuses to add a
+// second one: a `vlid` is the key too.
 std::string OutlookContact::userPropertyName(std::size_t index) {
   return guarded([&] {
-    return userProperties().object("Item", classes_.userProperty, {position(index)}).text("Name");
+    const std::string name =
+        userProperties().object("Item", classes_.userProperty, {position(index)}).text("Name");
+    return text::equalsIgnoringAsciiCase(name, kVLID) ? std::string(kVLID) : name;
   });
 }
 
-// Outlook keeps one property of a name whatever the case of its letters, and refuses to add a
-// second one; so does the walk.
 Dispatch OutlookContact::findUserProperty(std::string_view name) {
   const std::size_t count = userPropertyCount();
   for (std::size_t i = 1; i <= count; ++i) {
@@ -158,22 +157,6 @@ std::size_t OutlookContact::attachmentCount() {
 std::string OutlookContact::attachmentName(std::size_t index) {
   return guarded([&] {
     return attachments().object("Item", classes_.attachment, {position(index)}).text("DisplayName");
-  });
-}
-
-std::string OutlookContact::attachmentContent(std::size_t index) {
-  return guarded([&] {
-    const auto file = std::filesystem::temp_directory_path() /
-                      ("vlout" + std::to_string(GetCurrentProcessId()) + ".tmp");
-    attachments()
-        .object("Item", classes_.attachment, {position(index)})
-        .call("SaveAsFile", {textValue(text::pathText(file))});
-    std::ifstream stream(file, std::ios::binary);
-    std::string content(std::istreambuf_iterator<char>(stream), {});
-    stream.close();
-    std::error_code ignored;  // a temporary file; the next one takes its place
-    std::filesystem::remove(file, ignored);
-    return content;
   });
 }
 

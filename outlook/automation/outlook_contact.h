@@ -42,7 +42,6 @@ class OutlookContact : public Contact {
   void setUserPropertyText(std::string_view name, std::string_view value) override;
   [[nodiscard]] std::size_t attachmentCount() override;
   [[nodiscard]] std::string attachmentName(std::size_t index) override;
-  [[nodiscard]] std::string attachmentContent(std::size_t index) override;
   void removeAttachment(std::size_t index) override;
   void addAttachment(const std::filesystem::path& file, std::string_view name) override;
   void save() override;

@@ -1,6 +1,7 @@
 #include "outlook/automation/outlook_store.h"
 
 #include <algorithm>
+#include <unordered_set>
 
 #include "outlook/automation/guarded.h"
 #include "outlook/pairing.h"
@@ -34,10 +35,8 @@ std::string explain(HRESULT result) {
 }  // namespace
 
 bool OutlookStore::connect() {
-  // Asked for anew each time: the user may have closed Outlook since.
-  items_ = {};
-  nameSpace_ = {};
-  application_ = {};
+  // Asked for anew each time: the user may have closed Outlook since. What is held goes only when
+  // there is another: an Outlook that nobody holds begins to quit.
   CLSID classId{};
   HRESULT result = CLSIDFromProgID(kProgId, &classId);
   ComPtr<IDispatch> application;
@@ -53,22 +52,40 @@ bool OutlookStore::connect() {
   }
   connectFailure_.clear();
   application_ = Dispatch(std::move(application), classes_.application);
+  items_ = {};
+  nameSpace_ = {};
   return true;
 }
 
 void OutlookStore::openContactsFolder(const std::function<void()>& afterEach) {
   guarded([&] {
-    entries_.clear();
     nameSpace_ = application_.object("GetNamespace", classes_.nameSpace, {_variant_t(L"MAPI")});
     items_ = nameSpace_.object("GetDefaultFolder", classes_.folder, {_variant_t(kContactsFolder)})
                  .object("Items", classes_.items);
-    const long count = items_.number("Count");
-    entries_.reserve(static_cast<std::size_t>(count));
-    for (long i = 1; i <= count; ++i) {
-      entries_.push_back(readEntry(i));
-      afterEach();
-    }
+    // Outlook's order moves when an item is saved by anyone, and the walk takes a while.
+    constexpr int kTries = 3;
+    changedMeanwhile_ = true;
+    for (int i = 0; i < kTries && changedMeanwhile_; ++i)
+      changedMeanwhile_ = !readEntries(afterEach);
   });
+}
+
+bool OutlookStore::readEntries(const std::function<void()>& afterEach) {
+  entries_.clear();
+  std::unordered_set<std::string> seen;
+  const long count = items_.number("Count");
+  entries_.reserve(static_cast<std::size_t>(count));
+  bool unchanged = true;
+  for (long i = 1; i <= count; ++i) {
+    Entry entry = readEntry(i);
+    if (!entry.id.empty() && !seen.insert(entry.id).second) {
+      unchanged = false;
+    } else {
+      entries_.push_back(std::move(entry));
+    }
+    afterEach();
+  }
+  return unchanged && items_.number("Count") == count;
 }
 
 // An item that cannot be read now is read again, and reported, when its turn comes.
@@ -95,8 +112,9 @@ std::vector<std::string> OutlookStore::keys() const {
 }
 
 bool OutlookStore::mayHideContacts() const {
-  return std::any_of(entries_.begin(), entries_.end(),
-                     [](const Entry& entry) { return entry.typeName.empty(); });
+  return changedMeanwhile_ || std::any_of(entries_.begin(), entries_.end(), [](const Entry& entry) {
+           return entry.typeName.empty();
+         });
 }
 
 std::unique_ptr<Contact> OutlookStore::item(std::size_t index) {
@@ -125,6 +143,7 @@ std::unique_ptr<Contact> OutlookStore::create() {
 std::string OutlookStore::chooseCategories() {
   return guarded([&] {
     const Dispatch contact = createItem();
+    CoAllowSetForegroundWindow(contact.get(), nullptr);  // or its dialog opens behind our window
     contact.call("ShowCategoriesDialog");
     return contact.text("Categories");
   });

@@ -35,6 +35,8 @@ class OutlookStore : public ContactStore {
     std::string key;
   };
 
+  // False when the folder has changed meanwhile: an item was seen twice, or not at all.
+  [[nodiscard]] bool readEntries(const std::function<void()>& afterEach);
   [[nodiscard]] Entry readEntry(long index);
   [[nodiscard]] windows::Dispatch createItem();
 
@@ -43,6 +45,7 @@ class OutlookStore : public ContactStore {
   windows::Dispatch nameSpace_;
   windows::Dispatch items_;
   std::vector<Entry> entries_;
+  bool changedMeanwhile_ = false;
   std::string connectFailure_;
 };
 

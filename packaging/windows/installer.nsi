@@ -46,8 +46,11 @@ SectionEnd
 
 ; Takes away what was installed and nothing else: the database and the settings stay.
 Section Uninstall
-  ExecWait '"$SYSDIR\regsvr32.exe" /s /u "$INSTDIR\VLOUTSync.dll"'
+  ExecWait '"$SYSDIR\regsvr32.exe" /s /u "$INSTDIR\VLOUTSync.dll"' $0
   Delete "$INSTDIR\VLOUTSync.dll"
+  IfFileExists "$INSTDIR\VLOUTSync.dll" 0 +3
+    SetErrorLevel 2
+    Abort "VLOUTSync.dll을 지울 수 없습니다. 벨모라를 닫고 다시 실행하십시오."
   Delete "$INSTDIR\VLOUTSync-uninstall.exe"
   DeleteRegKey HKLM "${UNINSTALL}"
   DeleteRegKey HKLM "Software\Velmora\VLOUTSync"

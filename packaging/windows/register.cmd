@@ -2,8 +2,8 @@
 rem Copies the component into Velmora's folder and registers it there.
 rem   register.cmd FOLDER [x86|x64]
 setlocal
-set FOLDER=%~1
-set BITS=%~2
+set "FOLDER=%~1"
+set "BITS=%~2"
 if "%BITS%"=="" set BITS=x86
 if "%FOLDER%"=="" goto usage
 if not exist "%FOLDER%\" goto usage

@@ -30,7 +30,7 @@ inline constexpr std::array<IID, 2> kRecordset{
 class Number {
  public:
   [[nodiscard]] long* out() { return reinterpret_cast<long*>(&value_); }
-  [[nodiscard]] std::int64_t value() const { return value_; }
+  [[nodiscard]] std::int64_t value() const { return static_cast<std::intptr_t>(value_); }
 
  private:
   std::int64_t value_ = 0;

@@ -1,4 +1,5 @@
 #include "outlook/vcard/vcard_store.h"
+#include "outlook/vcard/vcard_contact.h"
 
 #include <fcntl.h>
 #include <functional>
@@ -111,7 +112,8 @@ TEST_F(VCardStoreTest, EveryPropertySurvivesInEveryVersion) {
     EXPECT_EQ(readVLID(*contact), "123");
     ASSERT_EQ(contact->attachmentCount(), 1U);
     EXPECT_EQ(contact->attachmentName(1), "명함 \"앞\".jpg");
-    EXPECT_EQ(contact->attachmentContent(1), std::string("\xFF\xD8\0\1binary", 9));
+    EXPECT_EQ(dynamic_cast<VCardContact&>(*contact).attachmentContent(1),
+              std::string("\xFF\xD8\0\1binary", 9));
 
     // Emptied again, nothing of it is left.
     for (const PropertyInfo& info : contactProperties()) {
@@ -389,7 +391,7 @@ TEST_F(VCardStoreTest, AwkwardParametersAndFileNamesSurviveInEveryVersion) {
     ASSERT_EQ(again->attachmentCount(), names.size()) << version;
     for (std::size_t i = 0; i < names.size(); ++i) {
       EXPECT_EQ(again->attachmentName(i + 1), names[i]) << version;
-      EXPECT_EQ(again->attachmentContent(i + 1), "data") << version;
+      EXPECT_EQ(dynamic_cast<VCardContact&>(*again).attachmentContent(i + 1), "data") << version;
     }
     // A display name that was missing is the person's, not the company's.
     EXPECT_THAT(tests::readFile(folder.path() / "a.vcf"), HasSubstr("FN:Minsu Kim\r\n"));

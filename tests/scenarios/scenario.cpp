@@ -5,7 +5,6 @@
 #include <stdexcept>
 
 #include "outlook/contact_property.h"
-#include "outlook/pairing.h"
 #include "store/sql.h"
 #include "text/ascii.h"
 #include "text/date_time.h"
@@ -27,16 +26,6 @@ bool isDate(ContactProperty property) {
 bool isDerived(ContactProperty property) {
   return outlook::propertyInfo(property).kind == PropertyKind::Name &&
          property != ContactProperty::LastName && property != ContactProperty::FirstName;
-}
-
-std::string valueOf(outlook::Contact& contact, ContactProperty property) {
-  if (property == ContactProperty::Gender) {
-    const auto gender = static_cast<int>(contact.gender());
-    return gender == 0 ? "" : std::to_string(gender);
-  }
-  if (!isDate(property)) return contact.text(property);
-  const text::DateTime date = contact.date(property);
-  return date == text::noDate() ? "" : text::formatDay(date);
 }
 
 // A record with its keys in one order and nothing empty.
@@ -143,45 +132,6 @@ void Scenario::writeFiles(const std::filesystem::path& componentFolder) const {
   write("[exportlist]", "temp/exportlist.txt");
   write("[settings.ini]", "settings.ini");
   write("[VelmoraOlSync.ini]", "VelmoraOlSync.ini");
-}
-
-std::vector<Record> contactRecords(outlook::ContactStore& store) {
-  std::vector<Record> records;
-  store.openContactsFolder();
-  for (std::size_t i = 1; i <= store.count(); ++i) {
-    const auto contact = store.item(i);
-    if (contact->typeName() != outlook::kContactItem) continue;
-    Record record;
-    if (outlook::hasVLID(*contact)) record.set("user:VLID", outlook::readVLID(*contact));
-    for (const auto& info : outlook::contactProperties()) {
-      record.set(info.objectModelName, valueOf(*contact, info.property));
-    }
-    for (std::size_t a = 1; a <= contact->attachmentCount(); ++a) {
-      const std::string digits(contact->attachmentContent(a).size() * 2, '0');
-      record.add("attachment", contact->attachmentName(a) + "|" + digits);
-    }
-    record.set("modified", text::formatStamp(contact->lastModificationTime()));
-    records.push_back(record);
-  }
-  return records;
-}
-
-void createContact(outlook::ContactStore& store, const Record& record) {
-  const auto contact = store.create();
-  for (const auto& info : outlook::contactProperties()) {
-    const std::string value = record.get(info.objectModelName);
-    if (value.empty()) continue;
-    if (info.property == ContactProperty::Gender) {
-      contact->setGender(static_cast<outlook::Gender>(std::stoi(value)));
-    } else if (isDate(info.property)) {
-      contact->setDate(info.property, text::parseDateTime(value).value());
-    } else {
-      contact->setText(info.property, value);
-    }
-  }
-  const std::string key = record.get("user:VLID");
-  if (!key.empty()) outlook::addVLID(*contact, key);
-  contact->save();
 }
 
 std::vector<std::string> outcome(store::Connection& database, const std::vector<Record>& contacts) {

@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "outlook/contact_store.h"
 #include "store/connection.h"
 #include "tests/scenarios/records.h"
 
@@ -26,6 +25,7 @@ namespace vlout::tests {
 //   line TEXT           the result list has that line: its cells with "|" between
 //   title TEXT          the window of that caption is on top from here on
 //   escape, close       the Esc key; the frame's close box
+//   enter               the Enter key, which presses the window's usual button
 //   again               the host calls the method a second time
 //   picture NAME        a picture of the screen, where pictures are taken
 struct Action {
@@ -49,11 +49,6 @@ struct Scenario {
 
   std::map<std::string, std::vector<std::string>> sections;
 };
-
-// The contacts of a store, in the order of the folder, as records under their object-model names.
-[[nodiscard]] std::vector<Record> contactRecords(outlook::ContactStore& store);
-// Makes a store's contacts from the records; the times are the caller's business.
-void createContact(outlook::ContactStore& store, const Record& record);
 
 // Rows and contacts as the scenario's "[after]" section has them. Times of this run are written as
 // words, since they differ each time: "=contact" for a row's date that is its contact's time.

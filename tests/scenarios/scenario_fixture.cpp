@@ -2,7 +2,69 @@
 
 #include <algorithm>
 
+#include "outlook/pairing.h"
+
 namespace vlout::tests {
+namespace {
+
+using outlook::ContactProperty;
+
+bool isDate(ContactProperty property) {
+  return outlook::propertyInfo(property).kind == outlook::PropertyKind::Date;
+}
+
+std::string valueOf(outlook::Contact& contact, ContactProperty property) {
+  if (property == ContactProperty::Gender) {
+    const auto gender = static_cast<int>(contact.gender());
+    return gender == 0 ? "" : std::to_string(gender);
+  }
+  if (!isDate(property)) return contact.text(property);
+  const text::DateTime date = contact.date(property);
+  return date == text::noDate() ? "" : text::formatDay(date);
+}
+
+// The contacts of a store, in the order of the folder, under their object-model names.
+std::vector<Record> contactRecords(outlook::ContactStore& store) {
+  std::vector<Record> records;
+  store.openContactsFolder();
+  for (std::size_t i = 1; i <= store.count(); ++i) {
+    const auto contact = store.item(i);
+    if (contact->typeName() != outlook::kContactItem) continue;
+    Record record;
+    if (outlook::hasVLID(*contact)) record.set("user:VLID", outlook::readVLID(*contact));
+    for (const auto& info : outlook::contactProperties()) {
+      record.set(info.objectModelName, valueOf(*contact, info.property));
+    }
+    for (std::size_t a = 1; a <= contact->attachmentCount(); ++a) {
+      const std::string digits(attachmentContent(*contact, a).size() * 2, '0');
+      record.add("attachment", contact->attachmentName(a) + "|" + digits);
+    }
+    record.set("modified", text::formatStamp(contact->lastModificationTime()));
+    records.push_back(record);
+  }
+  return records;
+}
+
+// Makes a contact as the record says; its time is the caller's business.
+void createContact(outlook::ContactStore& store, const Record& record) {
+  const auto contact = store.create();
+  for (const auto& info : outlook::contactProperties()) {
+    const std::string value = record.get(info.objectModelName);
+    if (value.empty()) continue;
+    if (info.property == ContactProperty::Gender) {
+      contact->setGender(static_cast<outlook::Gender>(std::stoi(value)));
+    } else if (isDate(info.property)) {
+      contact->setDate(info.property, text::parseDateTime(value).value());
+    } else {
+      contact->setText(info.property, value);
+    }
+  }
+  const std::string key = record.get("user:VLID");
+  if (!key.empty()) outlook::addVLID(*contact, key);
+  contact->save();
+}
+
+}  // namespace
 
 void ScenarioFixture::layOut(const std::filesystem::path& file) {
   scenario_ = Scenario::read(file);

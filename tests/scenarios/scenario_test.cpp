@@ -18,6 +18,13 @@ const Layout* findPart(const Layout& layout, const std::string& name) {
   return nullptr;
 }
 
+void pressDefault(const Layout& layout) {
+  if (layout.kind == Kind::DefaultButton) {
+    static_cast<const ui::Button&>(*layout.control).press();
+  }
+  for (const Layout& part : layout.parts) pressDefault(part);
+}
+
 int childOf(const ui::TreeView& tree, int parent, int number) {
   for (int i = 1; i <= tree.count(); ++i) {
     if (tree.node(i).parent == parent && --number == 0) return i;
@@ -54,6 +61,8 @@ class ScenarioTest : public ScenarioFixture,
       EXPECT_EQ(form.caption, action.text);
     } else if (action.verb == "line") {
       expectLine(dynamic_cast<ui::frmOutlookSync&>(form).ListView1, action.text);
+    } else if (action.verb == "enter") {
+      pressDefault(layout);
     } else if (action.verb == "escape") {
       form.keyPress(ui::kEscape);
     } else if (action.verb == "close") {

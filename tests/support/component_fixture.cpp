@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include "outlook/vcard/vcard_contact.h"
 #include "store/sql.h"
 #include "text/ascii.h"
 
@@ -94,6 +95,10 @@ std::unique_ptr<outlook::vcard::VCardStore> ComponentFixture::openContacts() con
   EXPECT_TRUE(contacts->connect()) << contacts->connectFailure();
   contacts->openContactsFolder();
   return contacts;
+}
+
+std::string attachmentContent(outlook::Contact& contact, std::size_t index) {
+  return dynamic_cast<outlook::vcard::VCardContact&>(contact).attachmentContent(index);
 }
 
 void setModified(const std::filesystem::path& file, const std::string& stamp) {

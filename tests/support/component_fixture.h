@@ -34,7 +34,9 @@ class ScriptedToolkit : public ui::Toolkit {
       dialog(form);
     }
   }
-  void applySkin(const std::filesystem::path& file) override { skins.push_back(file.filename()); }
+  void applySkin(const std::filesystem::path& file) override {
+    if (!file.empty()) skins.push_back(file.filename());
+  }
   void messageBox(ui::MessageIcon icon, std::string_view text) override {
     messages.push_back({icon, std::string(text)});
     if (onMessage) onMessage(messages.back().text);
@@ -93,6 +95,9 @@ class ComponentFixture : public testing::Test {
   ScriptedToolkit* toolkit = nullptr;
   std::unique_ptr<entry::Runtime> runtime;
 };
+
+// The bytes of a vCard contact's attachment.
+[[nodiscard]] std::string attachmentContent(outlook::Contact& contact, std::size_t index);
 
 // Sets a file's modification time, in whole seconds of the local clock: "2025/01/31 10:00:00".
 void setModified(const std::filesystem::path& file, const std::string& stamp);

@@ -23,7 +23,7 @@ class CardPictureTest : public tests::ComponentFixture {
     const auto contact = contacts->item(1);
     std::vector<std::string> result;
     for (std::size_t i = 1; i <= contact->attachmentCount(); ++i) {
-      result.push_back(contact->attachmentName(i) + "=" + contact->attachmentContent(i));
+      result.push_back(contact->attachmentName(i) + "=" + tests::attachmentContent(*contact, i));
     }
     return result;
   }

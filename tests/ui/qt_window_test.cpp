@@ -99,8 +99,8 @@ class QtWindowTest : public ScenarioFixture,
       EXPECT_EQ(shownText(*widget).toStdString(), action.text);
     } else if (action.verb == "line") {
       expectLine(dynamic_cast<ui::frmOutlookSync&>(window.form()).ListView1, action.text);
-    } else if (action.verb == "escape") {
-      QTest::keyClick(&window, Qt::Key_Escape);
+    } else if (action.verb == "enter" || action.verb == "escape") {
+      QTest::keyClick(&window, action.verb == "enter" ? Qt::Key_Return : Qt::Key_Escape);
     } else if (action.verb == "close") {
       reopened_ = actionsLeft();
       window.close();

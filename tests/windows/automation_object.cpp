@@ -3,10 +3,19 @@
 namespace vlout::tests {
 namespace {
 
-// Members are numbered as they are first asked for, whatever their class.
-std::vector<std::string>& memberNames() {
-  static std::vector<std::string> names;
-  return names;
+// The members of a class are numbered as they are first asked for, each class in a range of its
+// own: a number of another class is none.
+struct Members {
+  DISPID first;
+  std::vector<std::string> names;
+};
+
+Members& membersOf(const std::string& typeName) {
+  static std::map<std::string, Members> classes;
+  const auto known = classes.find(typeName);
+  if (known != classes.end()) return known->second;
+  const auto first = static_cast<DISPID>(1000 * (classes.size() + 1));
+  return classes.emplace(typeName, Members{first, {}}).first->second;
 }
 
 // Type information that knows nothing but the name.
@@ -56,16 +65,19 @@ STDMETHODIMP AutomationObject::GetTypeInfo(UINT, LCID, ITypeInfo** info) {
 
 STDMETHODIMP AutomationObject::GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) {
   const std::string name = windows::utf8(names[0]);
-  auto& known = memberNames();
+  auto& [first, known] = membersOf(typeName_);
   const auto place = std::find(known.begin(), known.end(), name) - known.begin();
   if (static_cast<std::size_t>(place) == known.size()) known.push_back(name);
-  ids[0] = static_cast<DISPID>(place) + 1;
+  ids[0] = first + static_cast<DISPID>(place);
   return S_OK;
 }
 
 STDMETHODIMP AutomationObject::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
                                       VARIANT* result, EXCEPINFO* exception, UINT*) {
-  const std::string member = memberNames().at(static_cast<std::size_t>(id) - 1);
+  const auto& [first, known] = membersOf(typeName_);
+  const auto place = static_cast<std::size_t>(id - first);
+  if (id < first || place >= known.size()) return DISP_E_MEMBERNOTFOUND;
+  const std::string member = known[place];
   Arguments arguments;
   for (UINT i = parameters->cArgs; i > 0; --i) arguments.emplace_back(parameters->rgvarg[i - 1]);
   try {

@@ -143,9 +143,8 @@ class Player {
     waitFor("the window to take input", [&] { return ready(window_); });
     if (action.verb == "close") {
       PostMessageW(window_, WM_CLOSE, 0, 0);
-    } else if (action.verb == "escape") {
-      const HWND target = GetWindow(window_, GW_CHILD);
-      PostMessageW(target, WM_KEYDOWN, VK_ESCAPE, 0);
+    } else if (action.verb == "escape" || action.verb == "enter") {
+      pressKey(action.verb == "enter" ? VK_RETURN : VK_ESCAPE);
     } else if (action.verb == "line") {
       const std::string lines = linesOf(control("ListView1"));
       if (("\n" + lines).find("\n" + action.text + "\n") == std::string::npos) {
@@ -201,6 +200,19 @@ class Player {
     } else {
       fail("what is " + action.verb + "?");
     }
+  }
+
+  // Through the system's own queue: the key reaches whatever has the focus, if anything has.
+  void pressKey(BYTE key) const {
+    const DWORD thread = GetWindowThreadProcessId(window_, nullptr);
+    waitFor("the focus", [&]() -> HWND {
+      GUITHREADINFO info{};
+      info.cbSize = sizeof info;
+      return GetGUIThreadInfo(thread, &info) != FALSE ? info.hwndFocus : nullptr;
+    });
+    SetForegroundWindow(window_);
+    keybd_event(key, 0, 0, 0);
+    keybd_event(key, 0, KEYEVENTF_KEYUP, 0);
   }
 
   static void selectNode(HWND tree, const std::string& text) {

@@ -3,15 +3,31 @@
 // what the call leaves of the host's window.
 #include <windows.h>
 
+#include <objidl.h>
+
 #include <cstdlib>
 #include <iostream>
 
 #include "vloutsync_h.h"
 #include "windows/com.h"
+#include "windows/counted.h"
 
 namespace {
 
+// Stands for the host's own message filter, which has to be back after a call.
+class Filter : public vlout::windows::Counted<IMessageFilter> {
+ public:
+  Filter() : Counted({IID_IMessageFilter}) {}
+  STDMETHODIMP_(DWORD) HandleInComingCall(DWORD, HTASK, DWORD, LPINTERFACEINFO) override {
+    return SERVERCALL_ISHANDLED;
+  }
+  STDMETHODIMP_(DWORD) RetryRejectedCall(HTASK, DWORD, DWORD) override { return 0; }
+  STDMETHODIMP_(DWORD) MessagePending(HTASK, DWORD, DWORD) override { return 0; }
+};
+
 int run(int calls) {
+  const auto filter = vlout::windows::makeCounted<Filter>();
+  CoRegisterMessageFilter(filter.Get(), nullptr);
   vlout::windows::ComPtr<_ORUN> component;
   HRESULT result = CoCreateInstance(CLSID_ORUN, nullptr, CLSCTX_INPROC_SERVER, IID__ORUN,
                                     reinterpret_cast<void**>(component.GetAddressOf()));
@@ -29,6 +45,12 @@ int run(int calls) {
     }
   }
   DestroyWindow(window);
+  vlout::windows::ComPtr<IMessageFilter> left;
+  CoRegisterMessageFilter(nullptr, &left);
+  if (left.Get() != filter.Get()) {
+    std::cerr << "the host's message filter is not back\n";
+    return 3;
+  }
   return SUCCEEDED(result) ? 0 : 2;
 }
 

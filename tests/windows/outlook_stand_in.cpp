@@ -221,7 +221,12 @@ outlook::PersonName nameOf(const Record& item) {
 
 class Item : public AutomationObject {
  public:
-  explicit Item(const Record& record) : AutomationObject(record.get("type")), item_(record) {}
+  explicit Item(const Record& record) : AutomationObject(record.get("type")), item_(record) {
+    // Servers refuse to have many items open; here, a few are too many.
+    constexpr int kMost = 3;
+    if (++open_ > kMost) throw Failure{E_OUTOFMEMORY, "Too many items are open."};
+  }
+  ~Item() override { --open_; }
 
  protected:
   _variant_t get(const std::string& member, const Arguments&) override {
@@ -285,6 +290,7 @@ class Item : public AutomationObject {
     return {windows::toAutomationDate(*date) + milliseconds / 86'400'000.0, VT_DATE};
   }
 
+  inline static int open_ = 0;
   Record item_;  // a copy: what is not saved is lost
 };
 

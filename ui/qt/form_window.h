@@ -41,7 +41,7 @@ class FormWindow : public QDialog {
   Form& form_;
   Layout layout_;
   std::vector<const Layout*> shown_;  // what has to be released
-  QLabel* lastLabel_ = nullptr;  // of the widget that was made last, if that is one
+  QLabel* lastLabel_ = nullptr;       // of the widget that was made last, if that is one
 };
 
 }  // namespace vlout::ui::qt

@@ -54,9 +54,8 @@ ScreenSize QtToolkit::screenSize() const {
 
 void QtToolkit::applySkin(const std::filesystem::path& skinFile) {
   const auto skin = skinOf(skinFile);
-  if (!skin) return;
-  QApplication::setPalette(skin->palette);
-  qApp->setStyleSheet(skin->styleSheet);
+  QApplication::setPalette(skin ? skin->palette : QPalette());
+  qApp->setStyleSheet(skin ? skin->styleSheet : QString());
 }
 
 void QtToolkit::pump() {

@@ -19,6 +19,18 @@ struct EmptyDialog {
   std::array<WORD, 3> nothing{};
 };
 
+RECT workAreaOf(HWND window) {
+  MONITORINFO info{};
+  info.cbSize = sizeof info;
+  GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &info);
+  return info.rcWork;
+}
+
+// The place nearest to `value`; the first one when there is no room.
+int clampTo(int value, int first, int last) {
+  return std::max(std::min(value, last), first);
+}
+
 }  // namespace
 
 FormWindow::FormWindow(Form& form, HINSTANCE module, HWND owner, ShowError showError)
@@ -91,10 +103,15 @@ Arranger FormWindow::arranger() const {
 Size FormWindow::leastWindowSize() const {
   const Size inner = arranger().leastSize(layout_);
   const int margins = 2 * look_->pixels(kMargin);
-  RECT frame{0, 0, inner.width + margins, inner.height + margins};
-  AdjustWindowRectEx(&frame, static_cast<DWORD>(GetWindowLongW(window_, GWL_STYLE)), FALSE,
-                     static_cast<DWORD>(GetWindowLongW(window_, GWL_EXSTYLE)));
-  return {frame.right - frame.left, frame.bottom - frame.top};
+  RECT frame{};
+  RECT client{};
+  GetWindowRect(window_, &frame);
+  GetClientRect(window_, &client);
+  const RECT screen = workAreaOf(window_);
+  return {std::min<int>(inner.width + margins + (frame.right - frame.left) - client.right,
+                        screen.right - screen.left),
+          std::min<int>(inner.height + margins + (frame.bottom - frame.top) - client.bottom,
+                        screen.bottom - screen.top)};
 }
 
 void FormWindow::applyLook(int dpi) {
@@ -108,9 +125,14 @@ void FormWindow::place() {
   const int width = look_->twips(form_.width);
   const int height = look_->twips(form_.height);
   const Size size{std::max(width, least.width), std::max(height, least.height)};
-  SetWindowPos(window_, nullptr, look_->twips(form_.left) - (size.width - width) / 2,
-               std::max(look_->twips(form_.top) - (size.height - height) / 2, 0), size.width,
-               size.height, SWP_NOZORDER | SWP_NOACTIVATE);
+  // The form has reckoned with the main screen.
+  const Look main(dpiOf(nullptr));
+  const RECT screen = workAreaOf(window_);
+  const int left = main.twips(form_.left) - (size.width - main.twips(form_.width)) / 2;
+  const int top = main.twips(form_.top) - (size.height - main.twips(form_.height)) / 2;
+  SetWindowPos(window_, nullptr, clampTo(left, screen.left, screen.right - size.width),
+               clampTo(top, screen.top, screen.bottom - size.height), size.width, size.height,
+               SWP_NOZORDER | SWP_NOACTIVATE);
   arrange();
 }
 
@@ -142,6 +164,9 @@ INT_PTR CALLBACK FormWindow::receive(HWND window, UINT message, WPARAM wParam, L
     return self->handle(message, wParam, lParam);
   } catch (const std::exception& error) {  // must not pass through the system's own frames
     self->showError_(error.what());
+    return TRUE;
+  } catch (...) {
+    self->showError_("알 수 없는 오류입니다.");
     return TRUE;
   }
 }
@@ -192,6 +217,11 @@ INT_PTR FormWindow::handle(UINT message, WPARAM wParam, LPARAM lParam) {
                    rect.bottom - rect.top, SWP_NOZORDER | SWP_NOACTIVATE);
       return TRUE;
     }
+    case WM_DESTROY:
+      open_ = false;
+      form_.requestClose();
+      PostMessageW(nullptr, WM_NULL, 0, 0);  // so that the modal loop looks
+      return TRUE;
     case WM_CLOSE:
       form_.requestClose();
       return TRUE;

@@ -26,6 +26,8 @@ class FormWindow {
   FormWindow& operator=(const FormWindow&) = delete;
 
   [[nodiscard]] HWND window() const { return window_; }
+  // False once the window was destroyed from outside, together with its owner.
+  [[nodiscard]] bool isOpen() const { return open_; }
   void show() const;
   [[nodiscard]] Form& form() const { return form_; }
 
@@ -46,6 +48,7 @@ class FormWindow {
   ShowError showError_;
   Layout layout_;
   HWND window_ = nullptr;
+  bool open_ = true;
   std::optional<Look> look_;
   std::vector<std::unique_ptr<Widget>> widgets_;
   std::vector<Panel*> panels_;

@@ -24,6 +24,7 @@ class ListWidget : public Widget {
         .cellSet = [this](std::size_t row, std::size_t column) { setCell(row, column); },
         .rowSelected = [this](std::size_t row) { select(row); },
         .cleared = [this] { send(LVM_DELETEALLITEMS); }};
+    addColumns();
     for (std::size_t row = 0; row < list().rows().size(); ++row) {
       addRow(row);
       for (std::size_t column = 1; column < list().columns().size(); ++column) setCell(row, column);
@@ -35,17 +36,11 @@ class ListWidget : public Widget {
 
   void setLook(const Look& look) override {
     Widget::setLook(look);
-    while (send(LVM_DELETECOLUMN, 0) != FALSE) {
-    }
-    int index = 0;
-    for (const ListView::Column& each : list().columns()) {
-      std::wstring title = wide(each.title);
-      LVCOLUMNW column{};
-      column.mask = LVCF_TEXT | LVCF_WIDTH;
-      column.pszText = title.data();
-      column.cx = look.twips(each.width);
-      send(LVM_INSERTCOLUMNW, static_cast<WPARAM>(index++), reinterpret_cast<LPARAM>(&column));
-      columnsWidth_ += index == 1 ? 0 : column.cx;
+    columnsWidth_ = 0;
+    for (std::size_t i = 1; i < list().columns().size(); ++i) {
+      const int width = look.twips(list().columns()[i].width);
+      send(LVM_SETCOLUMNWIDTH, i, width);
+      columnsWidth_ += width;
     }
     scrollBar_ = look.pixels(24);
   }
@@ -62,6 +57,15 @@ class ListWidget : public Widget {
  private:
   [[nodiscard]] ListView& list() const { return static_cast<ListView&>(*part().control); }
 
+  void addColumns() const {
+    for (std::size_t i = 0; i < list().columns().size(); ++i) {
+      std::wstring title = wide(list().columns()[i].title);
+      LVCOLUMNW column{};
+      column.mask = LVCF_TEXT;
+      column.pszText = title.data();
+      send(LVM_INSERTCOLUMNW, i, reinterpret_cast<LPARAM>(&column));
+    }
+  }
   void addRow(std::size_t row) const {
     std::wstring text = wide(list().cell(row, 0));
     LVITEMW item{};

@@ -1,6 +1,7 @@
 #include "ui/win32/look.h"
 
 #include "windows/text.h"
+#include "windows/user32.h"
 
 namespace vlout::ui::win32 {
 namespace {
@@ -22,18 +23,11 @@ class ScreenWithFont {
   HGDIOBJ old_;
 };
 
-// Functions that Windows has only since version 10.
-template <typename Function>
-Function ofUser32(const char* name) {
-  return reinterpret_cast<Function>(
-      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"user32.dll"), name)));
-}
-
 LOGFONTW messageFont(int dpi) {
   NONCLIENTMETRICSW metrics{};
   metrics.cbSize = sizeof metrics;
   using ForDpi = BOOL(WINAPI*)(UINT, UINT, PVOID, UINT, UINT);
-  const auto forDpi = ofUser32<ForDpi>("SystemParametersInfoForDpi");
+  const auto forDpi = windows::fromUser32<ForDpi>("SystemParametersInfoForDpi");
   if (forDpi != nullptr && forDpi(SPI_GETNONCLIENTMETRICS, sizeof metrics, &metrics, 0,
                                   static_cast<UINT>(dpi)) != FALSE) {
     return metrics.lfMessageFont;
@@ -46,7 +40,7 @@ LOGFONTW messageFont(int dpi) {
 
 int dpiOf(HWND window) {
   using ForWindow = UINT(WINAPI*)(HWND);
-  const auto forWindow = ofUser32<ForWindow>("GetDpiForWindow");
+  const auto forWindow = windows::fromUser32<ForWindow>("GetDpiForWindow");
   if (window != nullptr && forWindow != nullptr) return static_cast<int>(forWindow(window));
   const HDC screen = GetDC(nullptr);
   const int dpi = GetDeviceCaps(screen, LOGPIXELSY);
@@ -57,7 +51,7 @@ int dpiOf(HWND window) {
 void scaleByOurselves(HWND dialog) {
   using SetBehaviour = BOOL(WINAPI*)(HWND, int, int);
   constexpr int kDisableAll = 1;  // DDC_DISABLE_ALL
-  const auto set = ofUser32<SetBehaviour>("SetDialogDpiChangeBehavior");
+  const auto set = windows::fromUser32<SetBehaviour>("SetDialogDpiChangeBehavior");
   if (set != nullptr) set(dialog, kDisableAll, kDisableAll);
 }
 

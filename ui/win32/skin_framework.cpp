@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "text/file_path.h"
 #include "windows/text.h"
@@ -22,26 +23,40 @@ std::optional<CLSID> classOf(const std::wstring& progId) {
   return id;
 }
 
-// The class under its plain name, or under the last of those that carry a version behind it.
+// The numbers of a version: "16.3" is 16 and 3.
+std::vector<int> versionOf(std::wstring_view text) {
+  std::vector<int> numbers{0};
+  for (const wchar_t c : text) {
+    if (c >= L'0' && c <= L'9') {
+      numbers.back() = numbers.back() * 10 + (c - L'0');
+    } else {
+      numbers.push_back(0);
+    }
+  }
+  return numbers;
+}
+
+// The class under its plain name, or under the latest of those that carry a version behind it.
 std::optional<CLSID> installedClass() {
   if (const auto plain = classOf(std::wstring(kProgId))) return plain;
-  std::wstring last;
+  const std::wstring prefix = std::wstring(kProgId) + L".";
+  std::wstring latest;
   wchar_t name[256];
-  for (DWORD i = 0;; ++i) {
-    DWORD length = 256;
-    const LSTATUS status =
-        RegEnumKeyExW(HKEY_CLASSES_ROOT, i, name, &length, nullptr, nullptr, nullptr, nullptr);
-    if (status == ERROR_NO_MORE_ITEMS) break;
+  DWORD length = 256;
+  for (DWORD i = 0; RegEnumKeyExW(HKEY_CLASSES_ROOT, i, name, &length, nullptr, nullptr, nullptr,
+                                  nullptr) == ERROR_SUCCESS;
+       ++i, length = 256) {
     const std::wstring_view key(name, length);
-    if (status == ERROR_SUCCESS && key.starts_with(kProgId) && key > last) last = key;
+    if (key.starts_with(prefix) && versionOf(key) > versionOf(latest)) latest = key;
   }
-  return last.empty() ? std::nullopt : classOf(last);
+  return latest.empty() ? std::nullopt : classOf(latest);
 }
 
 }  // namespace
 
 void SkinFramework::load(const std::filesystem::path& skinFile) {
   framework_ = {};
+  if (skinFile.empty()) return;
   const auto classId = installedClass();
   ComPtr<IDispatch> object;
   if (!classId ||

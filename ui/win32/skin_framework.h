@@ -13,6 +13,7 @@ namespace vlout::ui::win32 {
 
 class SkinFramework {
  public:
+  // Nothing is dressed any more after an empty path.
   void load(const std::filesystem::path& skinFile);
   void dress(HWND window) const;
 

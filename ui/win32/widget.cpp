@@ -255,6 +255,10 @@ void Widget::mirror() {
   mirroring_ = true;
   const Kind kind = part_.kind;
   if (kind != Kind::ComboBox && kind != Kind::Image) showText(part_.control->text());
+  // A disabled window that keeps the focus would swallow all keys, Esc among them.
+  if (!part_.control->enabled() && GetFocus() == window_) {
+    SendMessageW(GetParent(window_), WM_NEXTDLGCTL, 0, FALSE);
+  }
   EnableWindow(window_, part_.control->enabled() ? TRUE : FALSE);
   const bool seen =
       part_.control->visible() && std::all_of(panels_.begin(), panels_.end(),

@@ -7,21 +7,34 @@ namespace {
 
 constexpr wchar_t kTitle[] = L"VLOUTSync";  // the component's default title
 
-// Keeps a window from taking input for the length of a modal call.
+BOOL CALLBACK collect(HWND window, LPARAM list) {
+  if (IsWindowVisible(window) != FALSE && IsWindowEnabled(window) != FALSE) {
+    reinterpret_cast<std::vector<HWND>*>(list)->push_back(window);
+  }
+  return TRUE;
+}
+
+// The windows of this thread, the host's and ours, that take input, the topmost first.
+std::vector<HWND> openWindows() {
+  std::vector<HWND> windows;
+  EnumThreadWindows(GetCurrentThreadId(), collect, reinterpret_cast<LPARAM>(&windows));
+  return windows;
+}
+
+// Keeps all other windows of the thread from taking input for the length of a modal call.
 class Disabled {
  public:
-  explicit Disabled(HWND window) : window_(window), was_(IsWindowEnabled(window) != FALSE) {
-    if (was_) EnableWindow(window_, FALSE);
+  Disabled() : windows_(openWindows()) {
+    for (const HWND window : windows_) EnableWindow(window, FALSE);
   }
   ~Disabled() {
-    if (was_) EnableWindow(window_, TRUE);
+    for (const HWND window : windows_) EnableWindow(window, TRUE);
   }
   Disabled(const Disabled&) = delete;
   Disabled& operator=(const Disabled&) = delete;
 
  private:
-  HWND window_;
-  bool was_;
+  std::vector<HWND> windows_;
 };
 
 // Keeps a window in the list of open ones.
@@ -54,21 +67,24 @@ UINT iconFlag(MessageIcon icon) {
 }  // namespace
 
 HWND Win32Toolkit::owner() const {
-  if (!windows_.empty()) return windows_.back()->window();
-  const HWND active = GetActiveWindow();
-  return active == nullptr ? nullptr : GetAncestor(active, GA_ROOT);
+  for (auto each = windows_.rbegin(); each != windows_.rend(); ++each) {
+    if ((*each)->isOpen()) return (*each)->window();
+  }
+  if (const HWND active = GetActiveWindow()) return GetAncestor(active, GA_ROOT);
+  // The user is in another program; the host's window is still the one to be over.
+  const std::vector<HWND> windows = openWindows();
+  return windows.empty() ? nullptr : windows.front();
 }
 
 void Win32Toolkit::showModal(Form& form) {
-  const HWND behind = owner();
-  FormWindow window(form, module_, behind,
+  FormWindow window(form, module_, owner(),
                     [this](std::string_view text) { messageBox(MessageIcon::Critical, text); });
   // Enabled again before the window goes, or the system would bring another program to the front.
-  const Disabled disabled(behind);
+  const Disabled disabled;
   const Listed listed(windows_, window);
   skin_.dress(window.window());
   window.show();
-  while (form.isVisible()) {
+  while (form.isVisible() && window.isOpen()) {
     MSG message{};
     if (GetMessageW(&message, nullptr, 0, 0) > 0) {
       dispatch(message);
@@ -77,6 +93,7 @@ void Win32Toolkit::showModal(Form& form) {
     quit(message);
     if (form.isVisible()) form.unload();
   }
+  if (form.isVisible()) form.unload();  // its owner has taken the window with it
 }
 
 void Win32Toolkit::messageBox(MessageIcon icon, std::string_view text) {

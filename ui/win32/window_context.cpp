@@ -2,6 +2,8 @@
 
 #include <commctrl.h>
 
+#include "windows/user32.h"
+
 namespace vlout::ui::win32 {
 namespace {
 
@@ -9,10 +11,8 @@ constexpr int kManifestResource = 2;  // where a DLL's manifest lies
 
 using SetDpiContext = void*(WINAPI*)(void*);
 
-// Windows has it since version 10.
 SetDpiContext setDpiContext() {
-  return reinterpret_cast<SetDpiContext>(reinterpret_cast<void*>(
-      GetProcAddress(GetModuleHandleW(L"user32.dll"), "SetThreadDpiAwarenessContext")));
+  return windows::fromUser32<SetDpiContext>("SetThreadDpiAwarenessContext");
 }
 
 // DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2
