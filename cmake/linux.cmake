@@ -46,3 +46,27 @@ target_link_libraries(vlout_qt PUBLIC vlout_core Qt6::Widgets)
 
 add_executable(vloutsync-window entry/qt/main.cpp)
 target_link_libraries(vloutsync-window PRIVATE vlout_qt vlout_linux)
+
+# The package.
+include(GNUInstallDirs)
+install(TARGETS vloutsync RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
+install(TARGETS vloutsync-window RUNTIME DESTINATION lib/vloutsync)
+install(FILES packaging/linux/vloutsync.desktop DESTINATION share/applications)
+install(FILES packaging/linux/vloutsync.svg DESTINATION share/icons/hicolor/scalable/apps)
+install(FILES packaging/linux/vloutsync.1 DESTINATION share/man/man1)
+install(FILES packaging/linux/vloutsync.bash
+  DESTINATION share/bash-completion/completions RENAME vloutsync)
+install(FILES docs/guide.ko.md docs/guide.en.md DESTINATION share/doc/vloutsync)
+install(DIRECTORY docs/pictures DESTINATION share/doc/vloutsync)
+
+set(CPACK_GENERATOR DEB)
+set(CPACK_PACKAGE_NAME vloutsync)
+set(CPACK_PACKAGE_CONTACT "VLOUTSync")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY
+  "Exchanges contacts between a business-card database and a folder of vCards")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "fonts-noto-cjk | fonts-nanum")
+include(CPack)

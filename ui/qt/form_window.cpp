@@ -124,6 +124,8 @@ QLayout* FormWindow::buildGrid(const Layout& part, const QString& label) {
     const auto row = static_cast<int>(i / columns);
     const auto column = static_cast<int>(i % columns);
     addTo(*grid, part.parts[i], row, column, name);
+    const bool besideStack = i + 1 < part.parts.size() && part.parts[i + 1].kind == Kind::Stack;
+    if (besideStack) grid->itemAtPosition(row, column)->setAlignment(Qt::AlignTop);
     if (part.parts[i].stretch > 0) grid->setColumnStretch(column, part.parts[i].stretch);
   }
   return grid;

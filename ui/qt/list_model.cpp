@@ -6,17 +6,22 @@ namespace vlout::ui::qt {
 
 ListModel::ListModel(ListView& list, QObject* parent)
     : QAbstractTableModel(parent), list_(list), shown_(static_cast<int>(list.rows().size())) {
-  list_.events = {.rowAdded = [this](std::size_t) { add(); },
+  constexpr int kDelay = 50;  // milliseconds
+  follower_.setSingleShot(true);
+  follower_.setInterval(kDelay);
+  connect(&follower_, &QTimer::timeout, this, [this] { bringUp(); });
+  const auto soon = [this] {
+    if (!follower_.isActive()) follower_.start();
+  };
+  list_.events = {.rowAdded = [soon](std::size_t) { soon(); },
                   .cellSet =
                       [this](std::size_t row, std::size_t column) {
+                        if (static_cast<int>(row) >= shown_) return;
                         const QModelIndex cell =
                             index(static_cast<int>(row), static_cast<int>(column));
                         dataChanged(cell, cell);
                       },
-                  .rowSelected =
-                      [this](std::size_t row) {
-                        if (rowSelected) rowSelected(static_cast<int>(row));
-                      },
+                  .rowSelected = [soon](std::size_t) { soon(); },
                   .cleared = [this] { clear(); }};
 }
 
@@ -44,10 +49,14 @@ QVariant ListModel::headerData(int section, Qt::Orientation orientation, int rol
   return textOf(list_.columns().at(static_cast<std::size_t>(section)).title);
 }
 
-void ListModel::add() {
-  beginInsertRows({}, shown_, shown_);
-  ++shown_;
-  endInsertRows();
+void ListModel::bringUp() {
+  const auto rows = static_cast<int>(list_.rows().size());
+  if (rows > shown_) {
+    beginInsertRows({}, shown_, rows - 1);
+    shown_ = rows;
+    endInsertRows();
+  }
+  if (broughtUp) broughtUp();
 }
 
 void ListModel::clear() {

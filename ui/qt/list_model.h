@@ -1,7 +1,11 @@
 // A report list as Qt's views want it: reads the list's own rows, and tells the view what changes.
+// A run adds lines faster than anyone can read: the view hears of new ones some times a second.
 #pragma once
 
 #include <QAbstractTableModel>
+#include <QTimer>
+
+#include <functional>
 
 #include "ui/controls.h"
 
@@ -21,15 +25,16 @@ class ListModel : public QAbstractTableModel {
   [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation,
                                     int role) const override;
 
-  // Called when the list selects a row.
-  std::function<void(int row)> rowSelected;
+  // Called when the view has heard of what is new.
+  std::function<void()> broughtUp;
 
  private:
-  void add();
+  void bringUp();
   void clear();
 
   ListView& list_;
   int shown_ = 0;  // rows that the view knows of
+  QTimer follower_;
 };
 
 }  // namespace vlout::ui::qt

@@ -8,7 +8,7 @@ QPixmap pixmapOf(Picture picture, int height, qreal ratio) {
   const Pixels pixels = drawPicture(picture, qRound(height * ratio));
   const QImage image(reinterpret_cast<const uchar*>(pixels.argb.data()), pixels.width,
                      pixels.height, QImage::Format_ARGB32_Premultiplied);
-  QPixmap pixmap = QPixmap::fromImage(image);
+  QPixmap pixmap = QPixmap::fromImage(image.copy());  // which would go on using our pixels
   pixmap.setDevicePixelRatio(ratio);
   return pixmap;
 }

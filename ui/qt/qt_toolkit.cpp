@@ -13,7 +13,8 @@ namespace vlout::ui::qt {
 namespace {
 
 constexpr int kTwipsPerUnit = 15;
-constexpr int kEventsEvery = 25;  // milliseconds; a window that follows 40 times a second is smooth
+constexpr int kEventsEvery = 60;     // milliseconds; a window that follows as often is smooth
+constexpr qint64 kWait = 1'000'000;  // nanoseconds
 
 QMessageBox::Icon iconOf(MessageIcon icon) {
   switch (icon) {
@@ -59,9 +60,16 @@ void QtToolkit::applySkin(const std::filesystem::path& skinFile) {
 }
 
 void QtToolkit::pump() {
-  QThread::usleep(1000);
+  if (ahead_ >= kWait) {
+    ahead_ -= kWait;
+  } else {
+    QThread::usleep(kWait / 1000);
+  }
   if (sinceEvents_.isValid() && sinceEvents_.elapsed() < kEventsEvery) return;
+  sinceEvents_.start();
   QApplication::processEvents();
+  // What a repaint takes is waited already: it is what the waits are for.
+  ahead_ += sinceEvents_.nsecsElapsed();
   sinceEvents_.start();
 }
 

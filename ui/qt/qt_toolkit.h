@@ -24,6 +24,7 @@ class QtToolkit : public Toolkit {
 
   std::vector<FormWindow*> windows_;  // the open ones, the topmost last
   QElapsedTimer sinceEvents_;
+  qint64 ahead_ = 0;  // nanoseconds of the next waits that have been spent already
 };
 
 }  // namespace vlout::ui::qt

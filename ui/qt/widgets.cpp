@@ -26,7 +26,6 @@ namespace {
 using Kind = Layout::Kind;
 
 constexpr int kTwipsPerUnit = 15;
-constexpr int kScrollDelay = 50;  // milliseconds; a run adds lines faster than anyone can read
 
 // What all controls have; widgets add their own.
 void mirrorCommon(const Control& control, QWidget& widget) {
@@ -178,20 +177,11 @@ QWidget* makeList(const Layout& part, QWidget* parent) {
     header.resizeSection(i, list.columns()[static_cast<std::size_t>(i)].width / kTwipsPerUnit);
   }
   if (header.count() > 0) header.setSectionResizeMode(0, QHeaderView::Stretch);
-  // Lines come faster than a window can follow; it shows where the run is some times a second.
-  auto* const follower = new QTimer(view);
-  follower->setSingleShot(true);
-  follower->setInterval(kScrollDelay);
-  QObject::connect(follower, &QTimer::timeout, view, [view, model, &list] {
+  model->broughtUp = [view, model, &list] {
     const int row = list.selected();
     if (row >= 0) view->setCurrentIndex(model->index(row, 0));
     view->scrollToBottom();
-  });
-  const auto soon = [follower] {
-    if (!follower->isActive()) follower->start();
   };
-  model->rowSelected = [soon](int) { soon(); };
-  QObject::connect(model, &QAbstractItemModel::rowsInserted, view, soon);
   follow(list, *view, [] {});
   return view;
 }
