@@ -85,7 +85,7 @@ std::vector<Action> Scenario::actions() const {
     auto next = word;
     auto [verb, rest] = next();
     const bool named = verb == "choose" || verb == "press" || verb == "tick" || verb == "type" ||
-                       verb == "node" || verb == "expect";
+                       verb == "node" || verb == "expect" || verb == "state";
     std::string control;
     if (named) std::tie(control, rest) = next();
     result.push_back({verb, control, rest});

@@ -21,6 +21,7 @@ namespace vlout::tests {
 //   type NAME TEXT      into a box, in place of what it holds
 //   node NAME PATH      a tree's node by the numbers of its children: "1 2"
 //   expect NAME TEXT    the control shows exactly that
+//   state NAME 0|1      the check box has that state
 //   message TEXT        a message box comes up whose text begins so; it is confirmed
 //   line TEXT           the result list has that line: its cells with "|" between
 //   title TEXT          the window of that caption is on top from here on

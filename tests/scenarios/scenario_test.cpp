@@ -57,6 +57,8 @@ class ScenarioTest : public ScenarioFixture,
       tree.select(node);
     } else if (action.verb == "expect") {
       EXPECT_EQ(part->control->text(), action.text);
+    } else if (action.verb == "state") {
+      EXPECT_EQ(static_cast<ui::CheckBox&>(*part->control).value(), std::stoi(action.text));
     } else if (action.verb == "title") {
       EXPECT_EQ(form.caption, action.text);
     } else if (action.verb == "line") {

@@ -97,6 +97,8 @@ class QtWindowTest : public ScenarioFixture,
       selectNode(dynamic_cast<QTreeWidget&>(*widget), action.text);
     } else if (action.verb == "expect") {
       EXPECT_EQ(shownText(*widget).toStdString(), action.text);
+    } else if (action.verb == "state") {
+      EXPECT_EQ(dynamic_cast<QCheckBox&>(*widget).isChecked(), action.text == "1");
     } else if (action.verb == "line") {
       expectLine(dynamic_cast<ui::frmOutlookSync&>(window.form()).ListView1, action.text);
     } else if (action.verb == "enter" || action.verb == "escape") {
@@ -151,6 +153,60 @@ TEST_P(QtWindowTest, EndsAsItSays) {
     entry::ORUN(*runtime).OUTSYNCRUN();
   } while (actionsLeft());
   expectOutcome();
+}
+
+// The windows without a scenario: `act` is called some times a second while they are open.
+class QtTest : public ComponentFixture {
+ protected:
+  QtTest() : ComponentFixture(std::make_unique<ui::qt::QtToolkit>()) {}
+
+  void open(const std::function<void(ui::qt::FormWindow&)>& act) {
+    QObject steps;
+    // Arranged anew before each act, which may last as long as a whole run.
+    const std::function<void()> step = [&] {
+      QTimer::singleShot(20, &steps, step);
+      auto* const window = dynamic_cast<ui::qt::FormWindow*>(QApplication::activeModalWidget());
+      if (window != nullptr) act(*window);
+    };
+    step();
+    entry::ORUN(*runtime).OUTSYNCRUN();
+  }
+};
+
+TEST_F(QtTest, ClosingDuringARunStopsItAtTheNextCard) {
+  for (int i = 1; i <= 400; ++i) addCard(i, {{"FullName", "홍길동" + std::to_string(i)}});
+  open([&](ui::qt::FormWindow& window) {
+    auto& form = dynamic_cast<ui::frmOutlookSync&>(window.form());
+    if (form.isRunning()) {
+      window.close();
+      window.close();  // asked twice, as an impatient user does
+    } else {
+      form.Combo1.setIndex(ui::frmOutlookSync::kExport);
+      form.Combo2.setIndex(ui::frmOutlookSync::kAllCards);
+      QTest::mouseClick(window.findChild<QPushButton*>("Command2"), Qt::LeftButton);
+    }
+  });
+  const auto sent = cardFiles().size();
+  EXPECT_GT(sent, 0U);
+  EXPECT_LT(sent, 400U);
+  const auto stamped =
+      database.query("SELECT i_idx FROM tbl_namecard where [VLLastsync_date] like '2%'");
+  EXPECT_EQ(stamped->rowCount(), sent);
+}
+
+TEST_F(QtTest, SkinsComeAndGoWithTheHostsSetting) {
+  const QPalette usual;
+  writeFile(folder() / "Styles" / "Office2007.cjstyles", "");
+  for (const bool skinned : {true, false, true}) {
+    writeFile(folder() / "settings.ini",
+              skinned ? "[COMMON]\r\nSKIN_THEME=2\r\n" : "[COMMON]\r\nSKIN_THEME=8\r\n");
+    open([&](ui::qt::FormWindow& window) {
+      EXPECT_EQ(window.palette().color(QPalette::Window) == usual.color(QPalette::Window),
+                !skinned);
+      EXPECT_EQ(qApp->styleSheet().isEmpty(), !skinned);
+      window.close();
+    });
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(All, QtWindowTest, testing::ValuesIn(scenarioFiles()), scenarioName);

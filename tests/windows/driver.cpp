@@ -194,6 +194,10 @@ class Player {
       for (const wchar_t unit : wide(action.text)) SendMessageW(control, WM_CHAR, unit, 0);
     } else if (action.verb == "node") {
       selectNode(control, action.text);
+    } else if (action.verb == "state") {
+      if (SendMessageW(control, BM_GETCHECK, 0, 0) != std::stol(action.text)) {
+        fail("it is the other way round");
+      }
     } else if (action.verb == "expect") {
       waitFor("that, but there is " + textOf(control),
               [&] { return textOf(control) == action.text ? control : nullptr; });
