@@ -151,6 +151,8 @@ int run(int argc, char** argv) {
   if (init->parsed()) {
     cli::initializeFolder(folder);
   } else if (!sample->parsed()) {
+    // A first start from the desktop's menu; a folder that is named has to be there.
+    if (arguments.folder.empty() && !std::filesystem::exists(folder)) cli::initializeFolder(folder);
     cli::showWindow(folder, cli::contactFolder(arguments.contacts, folder));
   } else {
     cli::makeSampleFolder(folder, arguments.cards, arguments.seed);

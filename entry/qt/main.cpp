@@ -45,7 +45,7 @@ void run(const std::filesystem::path& folder, const std::filesystem::path& conta
 }  // namespace
 
 int main(int argc, char** argv) {
-  QApplication application(argc, argv);
+  vlout::ui::qt::Application application(argc, argv);
   QApplication::setApplicationName(QStringLiteral("vloutsync"));
   QGuiApplication::setDesktopFileName(QStringLiteral("vloutsync"));
   QApplication::setWindowIcon(icon());

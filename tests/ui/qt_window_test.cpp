@@ -10,15 +10,19 @@
 #include <QLineEdit>
 #include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
 #include <QStatusBar>
 #include <QTest>
 #include <QTimer>
+#include <QTreeView>
 #include <QTreeWidget>
 
 #include <cstdlib>
 #include <sstream>
 
 #include "tests/scenarios/scenario_fixture.h"
+#include "ui/frm_group_box.h"
 #include "ui/qt/qt_toolkit.h"
 
 namespace vlout::tests {
@@ -100,7 +104,7 @@ class QtWindowTest : public ScenarioFixture,
     } else if (action.verb == "state") {
       EXPECT_EQ(dynamic_cast<QCheckBox&>(*widget).isChecked(), action.text == "1");
     } else if (action.verb == "line") {
-      expectLine(dynamic_cast<ui::frmOutlookSync&>(window.form()).ListView1, action.text);
+      expectShownLine(*window.findChild<QTreeView*>("ListView1"), action.text);
     } else if (action.verb == "enter" || action.verb == "escape") {
       QTest::keyClick(&window, action.verb == "enter" ? Qt::Key_Return : Qt::Key_Escape);
     } else if (action.verb == "close") {
@@ -123,9 +127,26 @@ class QtWindowTest : public ScenarioFixture,
     tree.setCurrentItem(item);
   }
 
+  // What the user sees, which follows what the run writes some times a second.
+  static void expectShownLine(const QTreeView& view, const std::string& text) {
+    QTest::qWait(120);
+    const QAbstractItemModel& model = *view.model();
+    std::string all;
+    for (int row = 0; row < model.rowCount(); ++row) {
+      QStringList cells;
+      for (int column = 0; column < 3; ++column)
+        cells += model.index(row, column).data().toString();
+      const std::string line = cells.join('|').toStdString();
+      if (line == text) return;
+      all += line + "\n";
+    }
+    ADD_FAILURE() << "no line " << text << " among\n" << all;
+  }
+
   static void takePicture(QWidget& window, const std::string& name) {
     const char* const folder = std::getenv("VLOUT_TEST_PICTURES");
     if (folder == nullptr) return;
+    QTest::qWait(120);
     EXPECT_TRUE(window.grab().save(qt(std::string(folder) + "/" + name + ".png")));
   }
 
@@ -195,6 +216,63 @@ TEST_F(QtTest, ClosingDuringARunStopsItAtTheNextCard) {
   EXPECT_EQ(stamped->rowCount(), sent);
 }
 
+// Messages are confirmed as they come, and counted.
+TEST_F(QtTest, ThePickerSurvivesALostTableAndEnterPressesWhatHasTheFocus) {
+  int messages = 0;
+  QObject steps;
+  const std::function<void()> confirm = [&] {
+    QTimer::singleShot(20, &steps, confirm);
+    auto* const box = qobject_cast<QMessageBox*>(QApplication::activeModalWidget());
+    if (box == nullptr) return;
+    ++messages;
+    box->close();
+  };
+  confirm();
+  int turn = 0;
+  open([&](ui::qt::FormWindow& window) {
+    const bool isPicker = dynamic_cast<ui::frmGroupBox*>(&window.form()) != nullptr;
+    const auto button = [&](const char* name) { return window.findChild<QPushButton*>(name); };
+    if (!isPicker && turn < 2) {
+      QTest::mouseClick(button("Command7"), Qt::LeftButton);
+    } else if (!isPicker) {
+      EXPECT_EQ(window.findChild<QLineEdit*>("Text1")->text(), "미정");
+      window.close();
+    } else if (++turn == 1) {
+      auto& tree = *window.findChild<QTreeWidget*>("TreeView1");
+      tree.setCurrentItem(tree.topLevelItem(0)->child(0));
+      button("Command2")->setFocus();
+      QTest::keyClick(button("Command2"), Qt::Key_Return);
+      EXPECT_FALSE(runtime->results().chosen);
+    } else {
+      execute("DROP TABLE tbl_folder");
+      QTest::mouseClick(button("Command7"), Qt::LeftButton);
+      QTest::qWait(60);
+      EXPECT_TRUE(window.isVisible());
+      QTest::keyClick(&window, Qt::Key_Escape);
+    }
+  });
+  EXPECT_GE(messages, 1);
+}
+
+TEST_F(QtTest, EveryButtonIsWithinASmallScreen) {
+  const QFont usual = QApplication::font();
+  QFont large = usual;
+  large.setPointSizeF(usual.pointSizeF() * 2);
+  QApplication::setFont(large);
+  open([&](ui::qt::FormWindow& window) {
+    const QSize screen = window.screen()->availableSize();
+    EXPECT_LE(window.width(), screen.width());
+    EXPECT_LE(window.height(), screen.height());
+    auto& scroll = *window.findChild<QScrollArea*>();
+    auto* const run = window.findChild<QPushButton*>("Command2");
+    scroll.ensureWidgetVisible(run);
+    EXPECT_TRUE(
+        scroll.viewport()->rect().contains(run->mapTo(scroll.viewport(), run->rect().center())));
+    window.close();
+  });
+  QApplication::setFont(usual);
+}
+
 TEST_F(QtTest, SkinsComeAndGoWithTheHostsSetting) {
   const QPalette usual;
   writeFile(folder() / "Styles" / "Office2007.cjstyles", "");
@@ -217,7 +295,7 @@ INSTANTIATE_TEST_SUITE_P(All, QtWindowTest, testing::ValuesIn(scenarioFiles()), 
 
 int main(int argc, char** argv) {
   setenv("QT_QPA_PLATFORM", "offscreen", 0);
-  QApplication application(argc, argv);
+  vlout::ui::qt::Application application(argc, argv);
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
 }

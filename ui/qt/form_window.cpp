@@ -1,6 +1,10 @@
 #include "ui/qt/form_window.h"
 
 #include <QCloseEvent>
+#include <QKeyEvent>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
 
 #include "ui/qt/qt_text.h"
 #include "ui/qt/widgets.h"
@@ -50,9 +54,20 @@ FormWindow::FormWindow(Form& form, QWidget* parent)
     : QDialog(parent), form_(form), layout_(form.layout()) {
   setWindowTitle(textOf(form_.caption));
   setWindowFlag(Qt::WindowMaximizeButtonHint);
-  setLayout(build(layout_, {}));
-  const QSize wanted(form_.width / kTwipsPerUnit, form_.height / kTwipsPerUnit);
-  resize(wanted.expandedTo(layout()->sizeHint()));
+  // Where the screen is too small for all of it, the content scrolls: no button is out of reach.
+  auto* const content = new QWidget;
+  content->setLayout(build(layout_, {}));
+  auto* const scroll = new QScrollArea(this);
+  scroll->setFrameShape(QFrame::NoFrame);
+  scroll->setWidgetResizable(true);
+  scroll->setFocusPolicy(Qt::NoFocus);
+  scroll->setWidget(content);
+  auto* const whole = new QVBoxLayout(this);
+  whole->setContentsMargins(0, 0, 0, 0);
+  whole->addWidget(scroll);
+  const QSize formSize(form_.width / kTwipsPerUnit, form_.height / kTwipsPerUnit);
+  constexpr QSize kFrame(16, 48);  // what the window's frame and a panel take, at the least
+  resize(formSize.expandedTo(content->sizeHint()).boundedTo(screen()->availableSize() - kFrame));
 }
 
 FormWindow::~FormWindow() {
@@ -62,6 +77,16 @@ FormWindow::~FormWindow() {
 void FormWindow::closeEvent(QCloseEvent* event) {
   event->ignore();
   form_.requestClose();
+}
+
+void FormWindow::keyPressEvent(QKeyEvent* event) {
+  auto* const button = qobject_cast<QPushButton*>(focusWidget());
+  const bool isEnter = event->key() == Qt::Key_Return || event->key() == Qt::Key_Enter;
+  if (isEnter && button != nullptr) {
+    button->click();
+  } else {
+    QDialog::keyPressEvent(event);
+  }
 }
 
 QWidget* FormWindow::buildWidget(const Layout& part, const QString& label) {

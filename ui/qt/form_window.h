@@ -27,6 +27,8 @@ class FormWindow : public QDialog {
 
  protected:
   void closeEvent(QCloseEvent* event) override;
+  // Enter presses the button that has the focus, and only without one the usual button.
+  void keyPressEvent(QKeyEvent* event) override;
 
  private:
   // `label` names what has no text of its own, for those who cannot see what stands beside it.

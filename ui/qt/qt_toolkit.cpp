@@ -6,6 +6,8 @@
 #include <QScreen>
 #include <QThread>
 
+#include <exception>
+
 #include "ui/qt/qt_text.h"
 #include "ui/qt/skins.h"
 
@@ -15,6 +17,20 @@ namespace {
 constexpr int kTwipsPerUnit = 15;
 constexpr int kEventsEvery = 60;     // milliseconds; a window that follows as often is smooth
 constexpr qint64 kWait = 1'000'000;  // nanoseconds
+
+// Keeps a window in the list of open ones.
+class Listed {
+ public:
+  Listed(std::vector<FormWindow*>& list, FormWindow& window) : list_(list) {
+    list_.push_back(&window);
+  }
+  ~Listed() { list_.pop_back(); }
+  Listed(const Listed&) = delete;
+  Listed& operator=(const Listed&) = delete;
+
+ private:
+  std::vector<FormWindow*>& list_;
+};
 
 QMessageBox::Icon iconOf(MessageIcon icon) {
   switch (icon) {
@@ -31,13 +47,22 @@ QMessageBox::Icon iconOf(MessageIcon icon) {
 
 }  // namespace
 
+bool Application::notify(QObject* receiver, QEvent* event) {
+  try {
+    return QApplication::notify(receiver, event);
+  } catch (const std::exception& error) {
+    QMessageBox::critical(activeModalWidget(), QStringLiteral("VLOUTSync"),
+                          QString::fromUtf8(error.what()));
+    return true;
+  }
+}
+
 void QtToolkit::showModal(Form& form) {
   FormWindow window(form, owner());
-  windows_.push_back(&window);
+  const Listed listed(windows_, window);
   window.setWindowModality(Qt::ApplicationModal);
   window.show();
   while (form.isVisible()) QApplication::processEvents(QEventLoop::WaitForMoreEvents);
-  windows_.pop_back();
 }
 
 void QtToolkit::messageBox(MessageIcon icon, std::string_view text) {

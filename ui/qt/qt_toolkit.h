@@ -1,7 +1,8 @@
 // The toolkit port on Qt Widgets: forms as dialogs, modal one over the other. There must be a
-// QApplication.
+// `Application`.
 #pragma once
 
+#include <QApplication>
 #include <QElapsedTimer>
 
 #include <vector>
@@ -10,6 +11,13 @@
 #include "ui/toolkit.h"
 
 namespace vlout::ui::qt {
+
+// The application. A failure in what an event sets off is shown; it must not pass through Qt.
+class Application : public QApplication {
+ public:
+  using QApplication::QApplication;
+  bool notify(QObject* receiver, QEvent* event) override;
+};
 
 class QtToolkit : public Toolkit {
  public:

@@ -39,9 +39,11 @@ std::optional<Skin> skinOf(const std::filesystem::path& skinFile) {
     Skin skin;
     QPalette& palette = skin.palette;
     palette = QPalette(QColor::fromRgb(each.button), QColor::fromRgb(each.window));
-    palette.setColor(QPalette::WindowText, QColor::fromRgb(each.text));
-    palette.setColor(QPalette::Text, QColor::fromRgb(each.text));
-    palette.setColor(QPalette::ButtonText, QColor::fromRgb(each.text));
+    for (const auto group : {QPalette::Active, QPalette::Inactive}) {  // disabled ones stay grey
+      palette.setColor(group, QPalette::WindowText, QColor::fromRgb(each.text));
+      palette.setColor(group, QPalette::Text, QColor::fromRgb(each.text));
+      palette.setColor(group, QPalette::ButtonText, QColor::fromRgb(each.text));
+    }
     palette.setColor(QPalette::Base, QColor::fromRgb(each.base));
     palette.setColor(QPalette::Highlight, QColor::fromRgb(each.accent));
     palette.setColor(QPalette::HighlightedText, QColor::fromRgb(each.onAccent));
@@ -49,6 +51,7 @@ std::optional<Skin> skinOf(const std::filesystem::path& skinFile) {
                           "QPushButton { background: %1; border: 1px solid %2; border-radius: 3px; "
                           "padding: 4px 12px; } "
                           "QPushButton:hover, QPushButton:focus { border-color: %3; } "
+                          "QPushButton:pressed { background: %2; } "
                           "QPushButton:disabled { color: gray; } "
                           "QProgressBar { border: 1px solid %2; text-align: center; } "
                           "QProgressBar::chunk { background: %3; }")

@@ -8,6 +8,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollBar>
 #include <QSignalBlocker>
 #include <QStatusBar>
 #include <QTimer>
@@ -99,6 +100,12 @@ QWidget* makeEdit(const Layout& part, QWidget* parent) {
     }
     edit->setReadOnly(box.locked());
     colour(*edit, box.foreColour(), box.backColour());
+    // Not by colour alone: bold is seen on any palette, and a screen reader is told.
+    const bool differs = box.foreColour() == Colour::LightRed;
+    QFont font = edit->font();
+    font.setBold(differs);
+    edit->setFont(font);
+    edit->setAccessibleDescription(differs ? QStringLiteral("다름") : QString());
   });
   QObject::connect(edit, &QLineEdit::textEdited, edit,
                    [&box](const QString& text) { box.setText(text.toStdString()); });
@@ -177,7 +184,13 @@ QWidget* makeList(const Layout& part, QWidget* parent) {
     header.resizeSection(i, list.columns()[static_cast<std::size_t>(i)].width / kTwipsPerUnit);
   }
   if (header.count() > 0) header.setSectionResizeMode(0, QHeaderView::Stretch);
+  // Follows the run, unless the user has scrolled back to read.
+  QObject::connect(model, &QAbstractItemModel::rowsAboutToBeInserted, view, [view] {
+    const QScrollBar& bar = *view->verticalScrollBar();
+    view->setProperty("follows", bar.value() == bar.maximum());
+  });
   model->broughtUp = [view, model, &list] {
+    if (!view->property("follows").toBool()) return;
     const int row = list.selected();
     if (row >= 0) view->setCurrentIndex(model->index(row, 0));
     view->scrollToBottom();
@@ -193,14 +206,17 @@ class TreeWidget : public QTreeWidget {
     setHeaderHidden(true);
     setTabKeyNavigation(false);
     setMinimumSize(240, 240);
+    // While the form's nodes have changed and are not shown yet, the items are none of theirs.
     connect(this, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {
-      if (item != nullptr) quietly([&] { tree_.select(indexOf(*item)); });
+      if (item != nullptr && !stale_) quietly([&] { tree_.select(indexOf(*item)); });
     });
     connect(this, &QTreeWidget::itemExpanded, this, [this](QTreeWidgetItem* item) {
+      if (stale_) return;
       quietly([&] { tree_.expand(indexOf(*item)); });
       showImage(*item);
     });
     connect(this, &QTreeWidget::itemCollapsed, this, [this](QTreeWidgetItem* item) {
+      if (stale_) return;
       tree_.node(indexOf(*item)).expanded = false;
       showImage(*item);
     });
