@@ -2,7 +2,9 @@
 // folder and the folder of vCards as its two arguments.
 #include <QApplication>
 #include <QIcon>
+#include <QTimer>
 
+#include <csignal>
 #include <exception>
 #include <iostream>
 
@@ -14,6 +16,25 @@
 #include "ui/qt/qt_toolkit.h"
 
 namespace {
+
+volatile std::sig_atomic_t interrupted = 0;
+
+// An interrupt closes the window, which during a run means stopping it; a second one ends the
+// program.
+void closeWhenInterrupted(QTimer& timer) {
+  for (const int signal : {SIGINT, SIGTERM}) {
+    struct sigaction action {};
+    action.sa_handler = [](int) { interrupted = 1; };
+    action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
+    sigaction(signal, &action, nullptr);
+  }
+  QObject::connect(&timer, &QTimer::timeout, [] {
+    QWidget* const top = QApplication::activeModalWidget();
+    if (interrupted != 0 && top != nullptr) top->close();
+  });
+  constexpr int kLook = 200;  // milliseconds
+  timer.start(kLook);
+}
 
 QIcon icon() {
   QIcon result;
@@ -49,6 +70,8 @@ int main(int argc, char** argv) {
   QApplication::setApplicationName(QStringLiteral("vloutsync"));
   QGuiApplication::setDesktopFileName(QStringLiteral("vloutsync"));
   QApplication::setWindowIcon(icon());
+  QTimer timer;
+  closeWhenInterrupted(timer);
   const QStringList arguments = QApplication::arguments();
   if (arguments.size() != 3) {
     std::cerr << "vloutsync window\n";

@@ -42,6 +42,7 @@ class QtWindowTest : public ScenarioFixture,
   void step() {
     if (!actionsLeft()) return;
     QTimer::singleShot(1, &steps_, [this] { step(); });
+    if (waiting_) return;
     QWidget* const top = QApplication::activeModalWidget();
     if (++idle_ > 20'000) {
       ADD_FAILURE() << "nothing happens at " << nextAction().verb << " " << nextAction().text;
@@ -127,9 +128,15 @@ class QtWindowTest : public ScenarioFixture,
     tree.setCurrentItem(item);
   }
 
-  // What the user sees, which follows what the run writes some times a second.
-  static void expectShownLine(const QTreeView& view, const std::string& text) {
+  void letViewsFollow() {
+    waiting_ = true;  // the next step has to wait too
     QTest::qWait(120);
+    waiting_ = false;
+  }
+
+  // What the user sees, which follows what the run writes some times a second.
+  void expectShownLine(const QTreeView& view, const std::string& text) {
+    letViewsFollow();
     const QAbstractItemModel& model = *view.model();
     std::string all;
     for (int row = 0; row < model.rowCount(); ++row) {
@@ -143,10 +150,10 @@ class QtWindowTest : public ScenarioFixture,
     ADD_FAILURE() << "no line " << text << " among\n" << all;
   }
 
-  static void takePicture(QWidget& window, const std::string& name) {
+  void takePicture(QWidget& window, const std::string& name) {
     const char* const folder = std::getenv("VLOUT_TEST_PICTURES");
     if (folder == nullptr) return;
-    QTest::qWait(120);
+    letViewsFollow();
     EXPECT_TRUE(window.grab().save(qt(std::string(folder) + "/" + name + ".png")));
   }
 
@@ -162,6 +169,7 @@ class QtWindowTest : public ScenarioFixture,
     }
   }
 
+  bool waiting_ = false;
   QObject steps_;  // ends what is arranged with the test
   int idle_ = 0;
   bool reopened_ = false;
@@ -294,7 +302,7 @@ INSTANTIATE_TEST_SUITE_P(All, QtWindowTest, testing::ValuesIn(scenarioFiles()), 
 }  // namespace vlout::tests
 
 int main(int argc, char** argv) {
-  setenv("QT_QPA_PLATFORM", "offscreen", 0);
+  setenv("QT_QPA_PLATFORM", "offscreen:configfile=" VLOUT_SCREEN, 0);  // 1366 x 768
   vlout::ui::qt::Application application(argc, argv);
   testing::InitGoogleTest(&argc, argv);
   return RUN_ALL_TESTS();
