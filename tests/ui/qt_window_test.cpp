@@ -19,6 +19,7 @@
 #include <QTreeWidget>
 
 #include <cstdlib>
+#include <map>
 #include <sstream>
 
 #include "tests/scenarios/scenario_fixture.h"
@@ -74,6 +75,7 @@ class QtWindowTest : public ScenarioFixture,
     idle_ = 0;
     reopened_ = false;
     expectNames(window);
+    expectKeys(window);
     perform(action, window);
   }
 
@@ -171,6 +173,19 @@ class QtWindowTest : public ScenarioFixture,
 
   bool waiting_ = false;
   QObject steps_;  // ends what is arranged with the test
+  // No two controls that can be seen answer to the same key.
+  static void expectKeys(const QWidget& window) {
+    std::map<QString, QString> keys;
+    for (const QWidget* const widget : window.findChildren<QWidget*>()) {
+      const QKeySequence key = QKeySequence::mnemonic(widget->property("text").toString());
+      if (key.isEmpty() || !widget->isVisible() || widget->inherits("QLineEdit")) continue;
+      const auto [place, added] = keys.emplace(key.toString(), widget->objectName());
+      EXPECT_TRUE(added) << key.toString().toStdString() << ": " << place->second.toStdString()
+                         << " and " << widget->objectName().toStdString();
+    }
+    EXPECT_GE(keys.size(), 2U);
+  }
+
   int idle_ = 0;
   bool reopened_ = false;
 };
