@@ -12,7 +12,7 @@
 
 namespace vlout::ui::qt {
 
-// The application. A failure in what an event sets off is shown; it must not pass through Qt.
+// The application. Widgets show the failures of what the user sets off; what is left is shown here.
 class Application : public QApplication {
  public:
   using QApplication::QApplication;

@@ -5,6 +5,7 @@
 #include <QHeaderView>
 #include <QLabel>
 #include <QLineEdit>
+#include <QMessageBox>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -15,6 +16,7 @@
 #include <QTreeView>
 #include <QTreeWidget>
 
+#include <exception>
 #include <utility>
 
 #include "ui/qt/list_model.h"
@@ -49,6 +51,19 @@ void follow(Control& control, Widget& widget, Mirror mirror) {
   };
   update();
   control.changed = update;
+}
+
+// What the user sets off. A failure is shown here: Qt's own frames are not made for exceptions.
+template <typename Act>
+auto shown(QWidget* widget, Act act) {
+  return [widget, act](auto&&... arguments) {
+    try {
+      act(arguments...);
+    } catch (const std::exception& error) {
+      QMessageBox::critical(widget->window(), QStringLiteral("VLOUTSync"),
+                            QString::fromUtf8(error.what()));
+    }
+  };
 }
 
 // The text with its key behind it, as Korean programs show it.
@@ -108,7 +123,7 @@ QWidget* makeEdit(const Layout& part, QWidget* parent) {
     edit->setAccessibleDescription(differs ? QStringLiteral("다름") : QString());
   });
   QObject::connect(edit, &QLineEdit::textEdited, edit,
-                   [&box](const QString& text) { box.setText(text.toStdString()); });
+                   shown(edit, [&box](const QString& text) { box.setText(text.toStdString()); }));
   return edit;
 }
 
@@ -119,7 +134,8 @@ QWidget* makeButton(const Layout& part, QWidget* parent) {
   button->setAutoDefault(isDefault);
   button->setDefault(isDefault);
   follow(*part.control, *button, [&part, button] { button->setText(withKey(part)); });
-  QObject::connect(button, &QPushButton::clicked, button, [&control] { control.press(); });
+  QObject::connect(button, &QPushButton::clicked, button,
+                   shown(button, [&control](bool) { control.press(); }));
   return button;
 }
 
@@ -127,7 +143,8 @@ QWidget* makeOption(const Layout& part, QWidget* parent) {
   auto* const option = new QRadioButton(parent);
   const auto& control = static_cast<const OptionButton&>(*part.control);
   follow(*part.control, *option, [&part, option] { option->setText(withKey(part)); });
-  QObject::connect(option, &QRadioButton::clicked, option, [&control] { control.press(); });
+  QObject::connect(option, &QRadioButton::clicked, option,
+                   shown(option, [&control](bool) { control.press(); }));
   return option;
 }
 
@@ -142,9 +159,10 @@ QWidget* makeCheck(const Layout& part, QWidget* parent) {
     check->setTristate(box.value() == CheckBox::kGrayed);
   };
   follow(box, *check, mirror);
-  QObject::connect(check, &QCheckBox::clicked, check, [&box] {
-    box.setValue(box.value() == CheckBox::kCleared ? CheckBox::kChecked : CheckBox::kCleared);
-  });
+  QObject::connect(
+      check, &QCheckBox::clicked, check, shown(check, [&box](bool) {
+        box.setValue(box.value() == CheckBox::kCleared ? CheckBox::kChecked : CheckBox::kCleared);
+      }));
   return check;
 }
 
@@ -163,7 +181,7 @@ QWidget* makeCombo(const Layout& part, QWidget* parent) {
     list->setCurrentIndex(combo.index());
   });
   QObject::connect(list, &QComboBox::activated, list,
-                   [&combo](int index) { combo.setIndex(index); });
+                   shown(list, [&combo](int index) { combo.setIndex(index); }));
   return list;
 }
 
