@@ -9,6 +9,7 @@
 #include <functional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace vlout::ui {
@@ -32,6 +33,14 @@ class Control {
 
   // For the one view that shows the form.
   std::function<void()> changed;
+
+  // Changes the state as the view shows it already: it is not told.
+  template <typename Change>
+  void quietly(Change change) {
+    auto hook = std::exchange(changed, nullptr);
+    change();
+    changed = std::move(hook);
+  }
 
  protected:
   void notify() const;
@@ -103,6 +112,8 @@ class CheckBox : public Control {
   [[nodiscard]] int value() const { return value_; }
   [[nodiscard]] bool isChecked() const { return value_ == kChecked; }
   void setValue(int value);
+  // What the user's click does: a grayed box is cleared.
+  void press() { setValue(value_ == kCleared ? kChecked : kCleared); }
   std::function<void()> clicked;
 
  private:
@@ -174,6 +185,12 @@ class TreeView : public Control {
     int expandedImage = 0;  // 0: the same as `image`
     int parent = 0;         // 1-based, 0 for a root
     bool expanded = false;
+
+    // The number of the image that is to be seen now.
+    [[nodiscard]] int shownImage() const {
+      const int number = expanded && expandedImage != 0 ? expandedImage : image;
+      return number < 1 ? 1 : number;
+    }
   };
 
   // Adds a node as the last child of `parent` (1-based, 0 for a root); its 1-based index.

@@ -8,6 +8,7 @@
 
 #include <exception>
 
+#include "ui/listed.h"
 #include "ui/qt/qt_text.h"
 #include "ui/qt/skins.h"
 
@@ -17,20 +18,6 @@ namespace {
 constexpr int kTwipsPerUnit = 15;
 constexpr int kEventsEvery = 60;     // milliseconds; a window that follows as often is smooth
 constexpr qint64 kWait = 1'000'000;  // nanoseconds
-
-// Keeps a window in the list of open ones.
-class Listed {
- public:
-  Listed(std::vector<FormWindow*>& list, FormWindow& window) : list_(list) {
-    list_.push_back(&window);
-  }
-  ~Listed() { list_.pop_back(); }
-  Listed(const Listed&) = delete;
-  Listed& operator=(const Listed&) = delete;
-
- private:
-  std::vector<FormWindow*>& list_;
-};
 
 QMessageBox::Icon iconOf(MessageIcon icon) {
   switch (icon) {

@@ -159,10 +159,7 @@ QWidget* makeCheck(const Layout& part, QWidget* parent) {
     check->setTristate(box.value() == CheckBox::kGrayed);
   };
   follow(box, *check, mirror);
-  QObject::connect(
-      check, &QCheckBox::clicked, check, shown(check, [&box](bool) {
-        box.setValue(box.value() == CheckBox::kCleared ? CheckBox::kChecked : CheckBox::kCleared);
-      }));
+  QObject::connect(check, &QCheckBox::clicked, check, shown(check, [&box](bool) { box.press(); }));
   return check;
 }
 
@@ -226,11 +223,11 @@ class TreeWidget : public QTreeWidget {
     setMinimumSize(240, 240);
     // While the form's nodes have changed and are not shown yet, the items are none of theirs.
     connect(this, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {
-      if (item != nullptr && !stale_) quietly([&] { tree_.select(indexOf(*item)); });
+      if (item != nullptr && !stale_) tree_.quietly([&] { tree_.select(indexOf(*item)); });
     });
     connect(this, &QTreeWidget::itemExpanded, this, [this](QTreeWidgetItem* item) {
       if (stale_) return;
-      quietly([&] { tree_.expand(indexOf(*item)); });
+      tree_.quietly([&] { tree_.expand(indexOf(*item)); });
       showImage(*item);
     });
     connect(this, &QTreeWidget::itemCollapsed, this, [this](QTreeWidgetItem* item) {
@@ -270,18 +267,8 @@ class TreeWidget : public QTreeWidget {
  private:
   static int indexOf(const QTreeWidgetItem& item) { return item.data(0, Qt::UserRole).toInt(); }
 
-  // Changes the tree's state as the widget has changed already.
-  template <typename Change>
-  void quietly(Change change) {
-    auto hook = std::exchange(tree_.changed, nullptr);
-    change();
-    tree_.changed = std::move(hook);
-  }
-
   void showImage(QTreeWidgetItem& item) const {
-    const TreeView::Node& node = tree_.node(indexOf(item));
-    const int image = node.expanded && node.expandedImage != 0 ? node.expandedImage : node.image;
-    const int offset = std::max(image, 1) - 1;
+    const int offset = tree_.node(indexOf(item)).shownImage() - 1;
     const auto picture = static_cast<Picture>(static_cast<int>(Picture::OpenRoot) + offset);
     item.setIcon(0, pixmapOf(picture, 16, devicePixelRatioF()));
   }

@@ -150,10 +150,10 @@ class TreeWidget : public Widget {
     const auto& change = reinterpret_cast<const NMTREEVIEWW&>(header);
     const auto index = static_cast<int>(change.itemNew.lParam);
     if (header.code == TVN_SELCHANGEDW) {
-      quietly([&] { tree().select(index); });
+      tree().quietly([&] { tree().select(index); });
     } else if (header.code == TVN_ITEMEXPANDEDW) {
       const bool expanded = (change.itemNew.state & TVIS_EXPANDED) != 0;
-      quietly([&] {
+      tree().quietly([&] {
         if (expanded) {
           tree().expand(index);
         } else {
@@ -170,19 +170,7 @@ class TreeWidget : public Widget {
   [[nodiscard]] HTREEITEM itemOf(int index) const {
     return items_[static_cast<std::size_t>(index)];
   }
-  [[nodiscard]] int imageOf(int index) const {
-    const TreeView::Node& node = tree().node(index);
-    const int image = node.expanded && node.expandedImage != 0 ? node.expandedImage : node.image;
-    return std::max(image, 1) - 1;
-  }
-
-  // Changes the tree's state as the window has changed already.
-  template <typename Change>
-  void quietly(Change change) {
-    auto hook = std::exchange(tree().changed, nullptr);
-    change();
-    tree().changed = std::move(hook);
-  }
+  [[nodiscard]] int imageOf(int index) const { return tree().node(index).shownImage() - 1; }
 
   void insert(int index) {
     const TreeView::Node& node = tree().node(index);

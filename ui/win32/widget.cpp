@@ -127,8 +127,7 @@ class CheckWidget : public Widget {
     send(BM_SETCHECK, static_cast<WPARAM>(box().value()));  // the values are the same numbers
   }
   void commanded(UINT code) override {
-    if (code != BN_CLICKED) return;
-    box().setValue(box().value() == CheckBox::kCleared ? CheckBox::kChecked : CheckBox::kCleared);
+    if (code == BN_CLICKED) box().press();
   }
 
  private:

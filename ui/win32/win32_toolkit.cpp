@@ -1,5 +1,6 @@
 #include "ui/win32/win32_toolkit.h"
 
+#include "ui/listed.h"
 #include "windows/text.h"
 
 namespace vlout::ui::win32 {
@@ -35,20 +36,6 @@ class Disabled {
 
  private:
   std::vector<HWND> windows_;
-};
-
-// Keeps a window in the list of open ones.
-class Listed {
- public:
-  Listed(std::vector<FormWindow*>& list, FormWindow& window) : list_(list) {
-    list_.push_back(&window);
-  }
-  ~Listed() { list_.pop_back(); }
-  Listed(const Listed&) = delete;
-  Listed& operator=(const Listed&) = delete;
-
- private:
-  std::vector<FormWindow*>& list_;
 };
 
 UINT iconFlag(MessageIcon icon) {
