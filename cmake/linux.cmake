@@ -16,6 +16,7 @@ add_library(vlout_linux STATIC
   store/sqlite/sqlite_connection.cpp
   outlook/vcard/card_file.cpp
   outlook/vcard/card_text.cpp
+  outlook/vcard/folder.cpp
   outlook/vcard/vcard_contact.cpp
   outlook/vcard/vcard_store.cpp
   outlook/vcard/vcard_syntax.cpp

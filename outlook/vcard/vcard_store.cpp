@@ -7,7 +7,7 @@ namespace vlout::outlook::vcard {
 bool VCardStore::connect() {
   if (folder_) return true;
   try {
-    folder_ = std::make_unique<Folder>(path_);
+    folder_ = makeFolder_(path_);
   } catch (const ContactStoreError& error) {
     connectFailure_ = error.what();
     return false;

@@ -3,18 +3,27 @@
 // folder is read once when it is opened and is this process's alone from `connect` on.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "outlook/contact_store.h"
 #include "outlook/vcard/card_file.h"
+#include "outlook/vcard/folder.h"
 
 namespace vlout::outlook::vcard {
 
 class VCardStore : public ContactStore {
  public:
-  explicit VCardStore(std::string folder) : path_(std::move(folder)) {}
+  using FolderMaker = std::function<std::unique_ptr<Folder>(const std::string& path)>;
+
+  explicit VCardStore(
+      std::string folder,
+      FolderMaker makeFolder = [](const std::string& path) {
+        return std::make_unique<Folder>(path);
+      })
+      : path_(std::move(folder)), makeFolder_(std::move(makeFolder)) {}
 
   [[nodiscard]] bool connect() override;
   [[nodiscard]] std::string connectFailure() const override { return connectFailure_; }
@@ -64,6 +73,7 @@ class VCardStore : public ContactStore {
                                         std::optional<std::string> vlid);
 
   std::string path_;
+  FolderMaker makeFolder_;
   std::string connectFailure_;
   std::unique_ptr<Folder> folder_;
   std::vector<File> files_;

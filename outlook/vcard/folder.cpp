@@ -1,0 +1,248 @@
+#include "outlook/vcard/folder.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <filesystem>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include "outlook/contact_store.h"
+#include "text/ascii.h"
+
+namespace vlout::outlook::vcard {
+namespace {
+
+// Hidden, and not a vCard by its name, so that no other program takes it for one. The folder is
+// locked while it is open, so one name is enough.
+constexpr const char* kTemporary = ".vloutsync.tmp";
+
+// No address book comes near it; a sparse file of terabytes must not be read into memory.
+constexpr off_t kLargestFile = off_t{1} << 30;
+
+class Descriptor {
+ public:
+  explicit Descriptor(int value) : value_(value) {}
+  ~Descriptor() {
+    if (value_ >= 0) ::close(value_);
+  }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  [[nodiscard]] int get() const { return value_; }
+
+ private:
+  int value_;
+};
+
+bool writeAll(int descriptor, std::string_view text) {
+  while (!text.empty()) {
+    const ssize_t written = ::write(descriptor, text.data(), text.size());
+    if (written < 0 && errno == EINTR) continue;
+    if (written <= 0) return false;
+    text.remove_prefix(static_cast<std::size_t>(written));
+  }
+  return true;
+}
+
+// Looking leaves no access time behind, where the system lets this user look that way.
+int openForReading(int folder, const char* name, int flags) {
+  const int file = ::openat(folder, name, flags | O_RDONLY | O_CLOEXEC | O_NOATIME);
+  if (file >= 0 || errno != EPERM) return file;
+  return ::openat(folder, name, flags | O_RDONLY | O_CLOEXEC);
+}
+
+// The temporary file of one save, which is gone again unless it was renamed.
+class Temporary {
+ public:
+  Temporary(int folder, unsigned mode) : folder_(folder) {
+    constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
+    file_ = ::openat(folder, kTemporary, kFlags, 0600);
+    if (file_ < 0 && errno == EEXIST && ::unlinkat(folder, kTemporary, 0) == 0) {
+      file_ = ::openat(folder, kTemporary, kFlags, 0600);
+    }
+    if (file_ >= 0 && mode != 0600 && ::fchmod(file_, mode) != 0) errno = 0;  // stays private
+  }
+  ~Temporary() {
+    if (file_ < 0) return;
+    const int error = errno;  // of what failed before
+    ::close(file_);
+    if (!renamed_) ::unlinkat(folder_, kTemporary, 0);
+    errno = error;
+  }
+  Temporary(const Temporary&) = delete;
+  Temporary& operator=(const Temporary&) = delete;
+
+  [[nodiscard]] int file() const { return file_; }
+  bool rename(const std::string& name) {
+    renamed_ = ::renameat(folder_, kTemporary, folder_, name.c_str()) == 0;
+    return renamed_;
+  }
+
+ private:
+  int folder_;
+  int file_ = -1;
+  bool renamed_ = false;
+};
+
+void keepOwner(int file, const struct stat& status) {
+  // Only root can give a file away; for anyone else the owner is right already.
+  if (::fchown(file, status.st_uid, status.st_gid) != 0) errno = 0;
+}
+
+void keepSecondOf(int file, const struct stat& status) {
+  const timespec time{status.st_mtim.tv_sec, nextInSecond(status.st_mtim.tv_nsec)};
+  const timespec times[2] = {{0, UTIME_NOW}, time};
+  if (::futimens(file, times) != 0) errno = 0;  // then the file is merely newer
+}
+
+}  // namespace
+
+FileState stateOf(const struct stat& status) {
+  return {status.st_ino, status.st_size, status.st_mtim.tv_sec,
+          static_cast<std::int32_t>(status.st_mtim.tv_nsec)};
+}
+
+bool isCardFile(std::string_view name) {
+  constexpr std::string_view kEnding = ".vcf";
+  return name.size() > kEnding.size() && name.front() != '.' &&
+         text::equalsIgnoringAsciiCase(name.substr(name.size() - kEnding.size()), kEnding);
+}
+
+std::int32_t nextInSecond(std::int64_t nanoseconds) {
+  return static_cast<std::int32_t>((nanoseconds + 1) % 1'000'000'000);
+}
+
+Folder::Folder(const std::string& path) : path_(path) {
+  descriptor_ = openForReading(AT_FDCWD, path.c_str(), O_DIRECTORY);
+  if (descriptor_ < 0) fail("");
+  if (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
+    ::close(descriptor_);
+    throw ContactStoreError(path_ + ": 다른 실행이 이 폴더를 사용하고 있습니다");
+  }
+  if (::faccessat(descriptor_, ".", W_OK | X_OK, AT_EACCESS) != 0) {
+    const int error = errno;
+    ::close(descriptor_);
+    errno = error;
+    fail("");
+  }
+}
+
+Folder::~Folder() {
+  ::close(descriptor_);
+}
+
+void Folder::fail(const std::string& name) const {
+  const std::string reason = std::strerror(errno);
+  throw ContactStoreError((name.empty() ? path_ : path_ + "/" + name) + ": " + reason);
+}
+
+void Folder::failAsChanged(const std::string& name) const {
+  throw ContactStoreError(path_ + "/" + name + ": 그 사이에 다른 프로그램이 바꾸었습니다");
+}
+
+std::vector<std::string> Folder::cardFiles() {
+  ::unlinkat(descriptor_, kTemporary, 0);
+  return listCardFiles();
+}
+
+std::vector<std::string> Folder::listCardFiles() const {
+  struct CloseDirectory {
+    void operator()(DIR* directory) const { ::closedir(directory); }
+  };
+  const int copy = openForReading(descriptor_, ".", O_DIRECTORY);
+  const std::unique_ptr<DIR, CloseDirectory> directory(copy < 0 ? nullptr : ::fdopendir(copy));
+  if (!directory) fail("");
+  std::vector<std::string> names;
+  while (const dirent* const entry = ::readdir(directory.get())) {
+    if (isCardFile(entry->d_name)) names.emplace_back(entry->d_name);
+  }
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+std::optional<FileState> Folder::read(const std::string& name, std::string& text) {
+  // Without O_NONBLOCK a named pipe in the folder would hold the run up for ever.
+  const Descriptor file(openForReading(descriptor_, name.c_str(), O_NONBLOCK));
+  struct stat status {};
+  if (file.get() < 0 && errno == ENOENT) return std::nullopt;  // deleted meanwhile
+  if (file.get() < 0 || ::fstat(file.get(), &status) != 0) fail(name);
+  if (!S_ISREG(status.st_mode)) return std::nullopt;
+  if (status.st_size > kLargestFile) {
+    errno = EFBIG;
+    fail(name);
+  }
+  text.resize(static_cast<std::size_t>(status.st_size));
+  std::size_t filled = 0;
+  while (filled < text.size()) {
+    const ssize_t count = ::read(file.get(), text.data() + filled, text.size() - filled);
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) fail(name);
+    if (count == 0) break;
+    filled += static_cast<std::size_t>(count);
+  }
+  text.resize(filled);
+  return stateOf(status);
+}
+
+Folder::Target Folder::targetOf(const std::string& name) const {
+  struct stat status {};
+  const bool isLink = ::fstatat(descriptor_, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+                      S_ISLNK(status.st_mode);
+  if (!isLink) return {nullptr, name};
+  std::error_code error;
+  const auto target = std::filesystem::canonical(std::filesystem::path(path_) / name, error);
+  if (error) throw ContactStoreError(path_ + "/" + name + ": " + error.message());
+  const std::string file = target.filename().string();
+  if (target.parent_path() == std::filesystem::canonical(path_, error)) return {nullptr, file};
+  return {std::make_unique<Folder>(target.parent_path().string()), file};
+}
+
+struct stat Folder::requireReplaceable(const std::string& name, const FileState& before) const {
+  struct stat status {};
+  // A rename would go through for a file that is protected from writing, against its owner's wish.
+  if (::fstatat(descriptor_, name.c_str(), &status, 0) != 0 ||
+      ::faccessat(descriptor_, name.c_str(), W_OK, AT_EACCESS) != 0) {
+    fail(name);
+  }
+  if (stateOf(status) != before) failAsChanged(name);
+  return status;
+}
+
+FileState Folder::replace(const std::string& name, std::string_view text,
+                          const std::optional<FileState>& before, bool keepSecond) {
+  return replaceFile(name, text, before, keepSecond, [](const FileState&) {});
+}
+
+FileState Folder::replaceFile(const std::string& name, std::string_view text,
+                              const std::optional<FileState>& before, bool keepSecond,
+                              const std::function<void(const FileState&)>& completed) const {
+  struct stat status {};
+  unsigned mode = 0600;
+  std::string file = name;
+  if (before) {
+    // A link keeps pointing where it does: the file behind it is replaced, in its own folder.
+    const Target target = targetOf(name);
+    if (target.elsewhere) {
+      return target.elsewhere->replaceFile(target.name, text, before, keepSecond, completed);
+    }
+    file = target.name;
+    status = requireReplaceable(file, *before);
+    mode = status.st_mode & 07777;
+  }
+  Temporary temporary(descriptor_, mode);
+  if (temporary.file() < 0 || !writeAll(temporary.file(), text)) fail(file);
+  if (before) keepOwner(temporary.file(), status);
+  if (keepSecond) keepSecondOf(temporary.file(), status);
+  if (::fstat(temporary.file(), &status) != 0) fail(file);
+  completed(stateOf(status));
+  if (!temporary.rename(file)) fail(file);
+  return stateOf(status);
+}
+
+void Folder::flush() {
+  ::syncfs(descriptor_);
+}
+
+}  // namespace vlout::outlook::vcard
