@@ -13,15 +13,19 @@ target_sources(vlout_core PRIVATE entry/cli/ini_file.cpp)
 
 add_library(vlout_linux STATIC
   "${PROJECT_BINARY_DIR}/schema_sql.cpp"
+  store/sqlite/preview_connection.cpp
   store/sqlite/sqlite_connection.cpp
   outlook/vcard/card_file.cpp
   outlook/vcard/card_text.cpp
   outlook/vcard/folder.cpp
+  outlook/vcard/preview_store.cpp
   outlook/vcard/vcard_contact.cpp
   outlook/vcard/vcard_store.cpp
   outlook/vcard/vcard_syntax.cpp
   ui/terminal/terminal_toolkit.cpp
   entry/cli/component_folder.cpp
+  entry/cli/platform.cpp
+  entry/cli/preview.cpp
   entry/cli/run_command.cpp
   entry/cli/sample_cards.cpp
   entry/cli/sample_picture.cpp

@@ -18,10 +18,15 @@ void Runtime::loadOptions() {
   options_ = entry::loadOptions(folder_);
 }
 
+void Runtime::previewOnly() {
+  previewOnly_ = true;
+  preview_ = platform_.makePreview();
+}
+
 void Runtime::connectDatabase() {
-  connection_ = platform_.makeConnection();
+  if (!previewOnly_) connection_ = platform_.makeConnection();
   try {
-    connection_->open({.componentFolder = folder_});
+    connection().open({.componentFolder = folder_});
   } catch (const store::DatabaseError& error) {
     databaseFailure_ = error.what();
     // Start-up goes on: the closed connection tells every later caller the reason.
@@ -34,7 +39,12 @@ ui::frmOutlookSync& Runtime::mainWindow() {
   return *mainWindow_;
 }
 
+store::Connection& Runtime::connection() {
+  return preview_ ? preview_->connection() : *connection_;
+}
+
 outlook::ContactStore& Runtime::contacts() {
+  if (preview_) return preview_->contacts();
   if (!contacts_) contacts_ = platform_.makeContacts();
   return *contacts_;
 }
@@ -44,7 +54,32 @@ void Runtime::releaseMainWindow() {
   contacts_.reset();
 }
 
+void Runtime::beginPreview() {
+  if (preview_) return;
+  contacts_.reset();  // the view on the contacts has to have them to itself
+  preview_ = platform_.makePreview();
+  try {
+    preview_->connection().open({.componentFolder = folder_});
+  } catch (const store::DatabaseError&) {
+    preview_.reset();
+    throw;
+  }
+}
+
+void Runtime::endPreview() {
+  if (!previewOnly_) preview_.reset();
+}
+
+std::vector<ui::FieldChange> Runtime::takeChanges() {
+  return preview_ ? preview_->takeChanges() : std::vector<ui::FieldChange>();
+}
+
+std::filesystem::path Runtime::temporaryFolder() const {
+  return preview_ ? preview_->temporaryFolder() : Component::temporaryFolder();
+}
+
 void Runtime::saveOptions() {
+  if (previewOnly_) return;
   entry::saveOptions(folder_, options_);
 }
 

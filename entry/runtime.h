@@ -14,16 +14,35 @@
 
 namespace vlout::entry {
 
+// Views on both stores that keep what a run writes to themselves.
+class Preview {
+ public:
+  Preview() = default;
+  Preview(const Preview&) = delete;
+  Preview& operator=(const Preview&) = delete;
+  virtual ~Preview() = default;
+
+  [[nodiscard]] virtual store::Connection& connection() = 0;
+  [[nodiscard]] virtual outlook::ContactStore& contacts() = 0;
+  [[nodiscard]] virtual const std::filesystem::path& temporaryFolder() const = 0;
+  [[nodiscard]] virtual std::vector<ui::FieldChange> takeChanges() = 0;
+};
+
 // The adapters of a platform.
 struct Platform {
   std::function<std::unique_ptr<store::Connection>()> makeConnection;
   std::function<std::unique_ptr<outlook::ContactStore>()> makeContacts;
   std::unique_ptr<ui::Toolkit> toolkit;
+  std::function<std::unique_ptr<Preview>()> makePreview = {};  // where runs can be previewed
 };
 
 class Runtime : public ui::Component {
  public:
   Runtime(std::filesystem::path componentFolder, Platform platform);
+
+  // From now on there are only previews: the real stores and the option file are never opened for
+  // writing. To be called first.
+  void previewOnly();
 
   void loadOptions();
 
@@ -41,7 +60,7 @@ class Runtime : public ui::Component {
   [[nodiscard]] ui::frmOutlookSync& mainWindow();
   void releaseMainWindow();
 
-  [[nodiscard]] store::Connection& connection() override { return *connection_; }
+  [[nodiscard]] store::Connection& connection() override;
   [[nodiscard]] outlook::ContactStore& contacts() override;
   [[nodiscard]] ui::OptionValues& options() override { return options_; }
   void saveOptions() override;
@@ -50,6 +69,11 @@ class Runtime : public ui::Component {
   [[nodiscard]] ui::WindowResults& results() override { return results_; }
   [[nodiscard]] std::int16_t skinTheme() override;
   [[nodiscard]] const std::filesystem::path& folder() const override { return folder_; }
+  [[nodiscard]] std::filesystem::path temporaryFolder() const override;
+  [[nodiscard]] bool canPreview() const override { return platform_.makePreview != nullptr; }
+  void beginPreview() override;
+  void endPreview() override;
+  [[nodiscard]] std::vector<ui::FieldChange> takeChanges() override;
   [[nodiscard]] std::int32_t& selectedGroupParent() override { return selectedGroupParent_; }
 
  private:
@@ -62,6 +86,8 @@ class Runtime : public ui::Component {
   ui::WindowResults results_;
   std::int32_t selectedGroupParent_ = 1;
   std::unique_ptr<outlook::ContactStore> contacts_;
+  std::unique_ptr<Preview> preview_;  // while one is shown
+  bool previewOnly_ = false;
   std::unique_ptr<ui::frmOutlookSync> mainWindow_;
 };
 

@@ -75,6 +75,52 @@ constexpr auto kWriteIndexes = [] {
 }();
 constexpr std::size_t kCategories = fieldIndex("Categories");
 
+struct Caption {
+  std::string_view column;
+  std::string_view text;
+};
+constexpr auto kCaptions = std::to_array<Caption>({
+    {"FullName", "이름"},
+    {"Gender", "성별"},
+    {"CompanyName", "회사"},
+    {"Department", "부서"},
+    {"JobTitle", "직책"},
+    {"cellphone", "휴대폰"},
+    {"email", "이메일 1"},
+    {"email2", "이메일 2"},
+    {"company_phone1", "회사전화 1"},
+    {"company_phone2", "회사전화 2"},
+    {"home_phone", "집전화"},
+    {"company_fax1", "회사팩스"},
+    {"etc_fax", "기타팩스"},
+    {"home_fax", "집팩스"},
+    {"company_addr", "회사주소"},
+    {"company_zipcode", "회사우편번호"},
+    {"etc_addr", "기타주소"},
+    {"etc_zipcode", "기타우편번호"},
+    {"home_addr", "집주소"},
+    {"home_zipcode", "집우편번호"},
+    {"Webpage", "웹페이지 1"},
+    {"Webpage2", "웹페이지 2"},
+    {"Birthday", "생일"},
+    {"LifePartner", "배우자"},
+    {"Anniversary", "기념일"},
+    {"Categories", "범주"},
+    {"Memo_", "메모"},
+    {"company_nation", "회사주소 국가"},
+    {"company_sido", "회사주소 시/도"},
+    {"company_sigungu", "회사주소 시/군/구"},
+    {"company_addr2", "회사주소 상세"},
+    {"etc_nation", "기타주소 국가"},
+    {"etc_sido", "기타주소 시/도"},
+    {"etc_sigungu", "기타주소 시/군/구"},
+    {"etc_addr2", "기타주소 상세"},
+    {"home_nation", "집주소 국가"},
+    {"home_sido", "집주소 시/도"},
+    {"home_sigungu", "집주소 시/군/구"},
+    {"home_addr2", "집주소 상세"},
+});
+
 struct AddressProperties {
   P street;
   P city;
@@ -157,6 +203,12 @@ std::string companyForRow(std::string_view company) {
 }
 
 }  // namespace
+
+std::string_view fieldCaption(std::string_view column) {
+  const auto* const found = std::find_if(kCaptions.begin(), kCaptions.end(),
+                                         [&](const Caption& c) { return c.column == column; });
+  return found == kCaptions.end() ? std::string_view() : found->text;
+}
 
 std::span<const MappedField> mappedFields() {
   return kFields;

@@ -36,6 +36,10 @@ struct MappedField {
 // All mapped columns except the name, in the order in which a row is updated from a contact.
 [[nodiscard]] std::span<const MappedField> mappedFields();
 
+// What people call a column of the row that holds something of a person; an empty text for any
+// other column.
+[[nodiscard]] std::string_view fieldCaption(std::string_view column);
+
 // How a contact is written from a row.
 enum class ContactWrite {
   Create,             // a new contact: fax numbers always go along

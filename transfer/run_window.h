@@ -3,6 +3,7 @@
 // sees a form.
 #pragma once
 
+#include <stdexcept>
 #include <string_view>
 
 namespace vlout::transfer {
@@ -29,6 +30,12 @@ class RunWindow {
 
   // Lets the window repaint and take input. True when the user has asked the run to stop.
   [[nodiscard]] virtual bool yield() = 0;
+};
+
+// Ends a run at once, where another failure would only cost it a record. The text says why.
+class RunAborted : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
 };
 
 // How a run ended; a run that failed ends with an exception instead.

@@ -99,6 +99,8 @@ void Transfer::guarded(std::string_view name, Step step) {
   record_ = name;
   try {
     step();
+  } catch (const RunAborted&) {
+    throw;
   } catch (const std::exception& error) {
     if (!connection_.isOpen()) throw;
     reportFailure(record_, error.what());

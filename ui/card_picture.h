@@ -1,5 +1,5 @@
 // Puts a name card's stored picture onto its contact as a file attachment, by way of a temporary
-// JPEG file in the component folder, and the helper that writes a binary field to a file.
+// JPEG file, and the helper that writes a binary field to a file.
 #pragma once
 
 #include <filesystem>
@@ -11,8 +11,9 @@ namespace vlout::ui {
 
 class CardPictureFiles : public outlook::CardPictures {
  public:
-  explicit CardPictureFiles(const std::filesystem::path& componentFolder)
-      : folder_(componentFolder / "temp") {}
+  // `temporaryFolder` is made when there is none.
+  explicit CardPictureFiles(std::filesystem::path temporaryFolder)
+      : folder_(std::move(temporaryFolder)) {}
 
   // Replaces the attachment of the row's `Fname`, compared without regard to case; a row without a
   // picture changes nothing. The attachment carries `Fname` as its name, or the temporary file's

@@ -35,6 +35,28 @@ struct WindowResults {
   std::int16_t conflictOutcome = 0;  // the compare window's
 };
 
+// A field that a previewed run changes on one side of a pair.
+struct FieldChange {
+  bool onCard = false;  // of the card; otherwise of the contact
+  std::string caption;
+  std::string before;
+  std::string after;
+};
+
+// What is known of a run when it begins. The words are those of the command line.
+struct RunDescription {
+  std::string mode;           // import, export or sync
+  std::string range;          // of an export
+  bool addsContacts = false;  // cards that have no contact get one
+  bool preview = false;
+};
+
+struct RunOutcome {
+  enum End { Completed, Stopped, NothingToDo, Failed };
+  End end = Completed;
+  std::string text;  // the counts of a run, or why it failed
+};
+
 class Component {
  public:
   Component() = default;
@@ -44,6 +66,25 @@ class Component {
 
   [[nodiscard]] virtual store::Connection& connection() = 0;
   [[nodiscard]] virtual outlook::ContactStore& contacts() = 0;
+
+  // Where a run puts its temporary files.
+  [[nodiscard]] virtual std::filesystem::path temporaryFolder() const { return folder() / "temp"; }
+
+  // Between `beginPreview` and `endPreview` the connection and the contact store are views on the
+  // real ones: a run finds everything, and what it writes is kept from them. `takeChanges` gives
+  // the fields that it has changed since the last call. `beginPreview` throws DatabaseError.
+  [[nodiscard]] virtual bool canPreview() const { return false; }
+  virtual void beginPreview() {}
+  virtual void endPreview() {}
+  [[nodiscard]] virtual std::vector<FieldChange> takeChanges() { return {}; }
+
+  // The frame of every run: `runBegins` gives a reason not to start it, or an empty text, and then
+  // `runEnded` follows.
+  [[nodiscard]] virtual std::string runBegins(const RunDescription& run) {
+    static_cast<void>(run);
+    return {};
+  }
+  virtual void runEnded(const RunOutcome& outcome) { static_cast<void>(outcome); }
 
   // The shared option values; `saveOptions` writes them to the option file.
   [[nodiscard]] virtual OptionValues& options() = 0;

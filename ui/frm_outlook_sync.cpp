@@ -65,7 +65,7 @@ const std::array<frmOutlookSync::OptionBox, 10> frmOutlookSync::kOptionBoxes{{
 }};
 
 frmOutlookSync::frmOutlookSync(Toolkit& toolkit, Component& component)
-    : Form(toolkit), component_(component), pictures_(component.folder()) {
+    : Form(toolkit), component_(component) {
   caption = "벨모라 - 아웃룩 연락처 교환";
   width = 9000;
   height = 7800;
@@ -106,6 +106,7 @@ void frmOutlookSync::setCaptions() {
   Command7.setText("그룹선택");
   Command4.setText("충돌 데이터란?");
   Command5.setText("힌트");
+  Command8.setText("미리보기");
   chadd.setValue(CheckBox::kChecked);
   Text1.setLocked(true);  // a name typed over the chosen group's would file cards under a wrong one
 }
@@ -125,6 +126,8 @@ Layout frmOutlookSync::layout() {
             space()})});
   const auto syncPanel = column({control("Sync_Check2", Sync_Check2).keyed('1'),
                                  row({control("Command4", Command4).keyed('F'), space()})});
+  const auto preview =
+      component_.canPreview() ? control("Command8", Command8).wide(12).keyed('V') : space();
   return column(
       {row({control("Image2", Image2), label("Label7", Label7).stretched(1)}),
        grid(2, {label("Label3", Label3).keyed('M'),
@@ -144,7 +147,7 @@ Layout frmOutlookSync::layout() {
                      control("Check1", Check1).keyed('K'), space()})}),
        label("Label5", Label5), control("ListView1", ListView1).high(8).stretched(1),
        control("ProgressBar1", ProgressBar1),
-       row({control("Command6", Command6).wide(10).keyed('U'), space(),
+       row({control("Command6", Command6).wide(10).keyed('U'), space(), preview,
             control("Command2", Command2).wide(12).keyed('S'),
             control("Command3", Command3).wide(12).keyed('C')}),
        statusBar("StatusBar1", StatusBar1)});
@@ -164,7 +167,8 @@ void frmOutlookSync::connectEvents() {
   }
   Sync_Check2.clicked = [this] { optionChanged(kSync); };
   ch_faxnosync.clicked = [this] { Command2.setEnabled(true); };
-  Command2.clicked = [this] { run(); };
+  Command2.clicked = [this] { run(Purpose::Transfer); };
+  Command8.clicked = [this] { run(Purpose::Preview); };
   Command3.clicked = [this] { requestClose(); };
   Command7.clicked = [this] { pickGroup(); };
   Command4.clicked = [this] {
@@ -313,32 +317,73 @@ void frmOutlookSync::refuse(std::string_view text) {
 
 // --- running ------------------------------------------------------------------------------------
 
-void frmOutlookSync::run() {
+void frmOutlookSync::run(Purpose purpose) {
   if (running_) return;
   if (!chadd.isChecked()) {
     refuse("작업 대상을 선택해 주십시오!");
     return;
   }
   running_ = true;
+  previewing_ = purpose == Purpose::Preview;
+  const bool canStart = Command2.enabled();
   enableModeChoice(false);
-  if (connectContacts()) {
-    try {
-      runMode();
-    } catch (const outlook::ContactStoreError& error) {
-      refuse(withCause(kStoreFailed, error.what()));
-    } catch (const std::exception& error) {
-      refuse(withCause(kDatabaseFailed, error.what()));
-    }
+  try {
+    if (previewing_) component_.beginPreview();
+    if (connectContacts()) runRecorded();
+  } catch (const store::DatabaseError& error) {
+    refuse(withCause(kDatabaseFailed, error.what()));
+  }
+  if (previewing_) {
+    component_.endPreview();
+    Command2.setEnabled(canStart);
   }
   running_ = false;
   enableModeChoice(true);
   if (closeRequested_) unload();
 }
 
+void frmOutlookSync::runRecorded() {
+  const std::string objection = component_.runBegins(description());
+  if (!objection.empty()) {
+    refuse(objection);
+    return;
+  }
+  outcome_ = {};
+  pictures_.emplace(component_.temporaryFolder());
+  const auto failed = [this](const std::string& message, const char* cause) {
+    outcome_ = {RunOutcome::Failed, cause};
+    refuse(message);
+  };
+  try {
+    runMode();
+  } catch (const transfer::RunAborted& error) {
+    failed(error.what(), error.what());
+  } catch (const outlook::ContactStoreError& error) {
+    failed(withCause(kStoreFailed, error.what()), error.what());
+  } catch (const std::exception& error) {
+    failed(withCause(kDatabaseFailed, error.what()), error.what());
+  }
+  component_.runEnded(outcome_);
+}
+
+RunDescription frmOutlookSync::description() {
+  RunDescription run;
+  run.preview = previewing_;
+  run.mode = Combo1.index() == kImport ? "import" : Combo1.index() == kExport ? "export" : "sync";
+  if (Combo1.index() == kExport) {
+    const bool group = Combo2.index() == kGroup;
+    run.range = Combo2.index() == kAllCards ? "all" : group ? "group" : "selected";
+    if (group) run.range += "(" + exportFolder_.name + (Check3.isChecked() ? "…" : "") + ")";
+    run.addsContacts = Export_Check1.isChecked();
+  }
+  return run;
+}
+
 // Another mode would clear the list that the run writes its lines into.
 void frmOutlookSync::enableModeChoice(bool enabled) {
   Combo1.setEnabled(enabled);
   for (const Mode mode : {kImport, kExport, kSync}) optionButton(mode).setEnabled(enabled);
+  Command8.setEnabled(enabled);
 }
 
 bool frmOutlookSync::connectContacts() {
@@ -390,7 +435,7 @@ void frmOutlookSync::runSync() {
 outlook::MapOptions frmOutlookSync::mapOptions() {
   return {.splitName = Check2.isChecked(),
           .protectFax = ch_faxnosync.isChecked(),
-          .pictures = &pictures_};
+          .pictures = pictures_ ? &*pictures_ : nullptr};
 }
 
 void frmOutlookSync::runExport() {
@@ -432,11 +477,15 @@ bool frmOutlookSync::isRefused(std::string_view outcome, std::string_view noData
   } else {
     return false;
   }
+  outcome_.end = RunOutcome::NothingToDo;
   return true;
 }
 
 void frmOutlookSync::finish(Mode mode, transfer::RunEnd end) {
-  if (end != transfer::RunEnd::Completed) return;
+  const bool completed = end == transfer::RunEnd::Completed;
+  outcome_ = {completed ? RunOutcome::Completed : RunOutcome::Stopped,
+              ListView1.rows().back().cells[1]};
+  if (!completed || previewing_) return;
   done_[static_cast<std::size_t>(mode)] = -1;
   optionButton(mode).setTag("OK");
   Command2.setEnabled(false);
@@ -446,6 +495,8 @@ void frmOutlookSync::finish(Mode mode, transfer::RunEnd end) {
 
 int frmOutlookSync::resolve(const transfer::ConflictPair& pair) {
   // A fresh window each time, so that no edit survives from one conflict to the next.
+  // A preview only lists what the run would ask about, unless something else answers than a user.
+  if (previewing_ && toolkit().hasUser()) return transfer::kSkipPair;
   RunWindow& messages = *this;
   conflictWindow_ =
       std::make_unique<frmOutlookSyncModify>(toolkit(), component_, messages, mapOptions());
@@ -472,6 +523,18 @@ std::size_t frmOutlookSync::addResult(std::string_view text) {
 
 void frmOutlookSync::setResultCell(std::size_t row, std::size_t column, std::string_view text) {
   ListView1.setCell(row, column, text);
+  constexpr std::size_t kState = 2;  // with it the line is final, and what it stands for is done
+  if (previewing_ && column == kState) addChanges();
+}
+
+void frmOutlookSync::addChanges() {
+  const auto shown = [](const std::string& value) { return value.empty() ? "(없음)" : value; };
+  for (const FieldChange& change : component_.takeChanges()) {
+    const std::size_t row = ListView1.addRow("  " + change.caption + ": " + shown(change.before) +
+                                             " → " + shown(change.after));
+    ListView1.setCell(row, 1, change.onCard ? "명함" : "연락처");
+    ListView1.setCell(row, 2, "변경");
+  }
 }
 
 void frmOutlookSync::selectResult(std::size_t row) {
@@ -491,7 +554,9 @@ void frmOutlookSync::enableRunButton(bool enabled) {
 }
 
 void frmOutlookSync::message(MessageIcon icon, std::string_view text) {
-  toolkit().messageBox(icon, text);
+  const bool closing = previewing_ && icon == MessageIcon::Information;
+  toolkit().messageBox(
+      icon, closing ? withCause(text, "\r\n미리보기입니다. 아무것도 바꾸지 않았습니다.") : text);
 }
 
 bool frmOutlookSync::yield() {

@@ -7,6 +7,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -56,6 +57,7 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   ProgressBar ProgressBar1;
   StatusBar StatusBar1;
   Button Command1, Command2, Command3, Command4, Command5, Command6, Command7;
+  Button Command8;  // where the component can preview runs
 
   // Hidden lists: the cards that take part, the positions of the contacts that an import will add,
   // and the ids that the host had selected.
@@ -89,16 +91,20 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   void explain(std::string_view text);
   void refuse(std::string_view text);
 
-  void run();
+  enum class Purpose { Transfer, Preview };
+  void run(Purpose purpose);
   void enableModeChoice(bool enabled);
   bool connectContacts();
+  void runRecorded();
   void runMode();
+  [[nodiscard]] RunDescription description();
   void runImport();
   void runExport();
   void runSync();
   std::string_view loadForExport();
   [[nodiscard]] bool isRefused(std::string_view outcome, std::string_view noDataText);
   void finish(Mode mode, transfer::RunEnd end);
+  void addChanges();
   [[nodiscard]] outlook::MapOptions mapOptions();
   void pickGroup();
 
@@ -118,11 +124,13 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   bool saveOutlookSide(const transfer::ConflictPair& pair) override;
 
   Component& component_;
-  CardPictureFiles pictures_;
+  std::optional<CardPictureFiles> pictures_;              // of a run
   std::unique_ptr<frmOutlookSyncModify> conflictWindow_;  // while a conflict is being settled
   ExportFolder exportFolder_;
   std::array<std::int16_t, 3> done_{};
+  RunOutcome outcome_;
   bool running_ = false;
+  bool previewing_ = false;
   bool closeRequested_ = false;
 };
 

@@ -39,7 +39,6 @@ std::string shownDay(std::string_view stored) {
 
 struct frmOutlookSyncModify::FieldBoxes {
   std::string_view column;
-  std::string_view caption;
   Box card;
   Box outlook;
 };
@@ -53,34 +52,33 @@ struct frmOutlookSyncModify::AddressBlock {
 };
 
 const std::array<frmOutlookSyncModify::FieldBoxes, 27> frmOutlookSyncModify::kFields{{
-    {"FullName", "이름", &frmOutlookSyncModify::Text1, &frmOutlookSyncModify::Text50},
-    {"Gender", "성별", &frmOutlookSyncModify::Text52, &frmOutlookSyncModify::Text51},
-    {"CompanyName", "회사", &frmOutlookSyncModify::Text2, &frmOutlookSyncModify::Text49},
-    {"Department", "부서", &frmOutlookSyncModify::Text3, &frmOutlookSyncModify::Text48},
-    {"JobTitle", "직책", &frmOutlookSyncModify::Text4, &frmOutlookSyncModify::Text47},
-    {"cellphone", "휴대폰", &frmOutlookSyncModify::Text5, &frmOutlookSyncModify::Text46},
-    {"email", "이메일 1", &frmOutlookSyncModify::Text6, &frmOutlookSyncModify::Text45},
-    {"email2", "이메일 2", &frmOutlookSyncModify::Text9, &frmOutlookSyncModify::Text44},
-    {"company_phone1", "회사전화 1", &frmOutlookSyncModify::Text10, &frmOutlookSyncModify::Text43},
-    {"company_phone2", "회사전화 2", &frmOutlookSyncModify::Text11, &frmOutlookSyncModify::Text42},
-    {"home_phone", "집전화", &frmOutlookSyncModify::Text12, &frmOutlookSyncModify::Text41},
-    {"company_fax1", "회사팩스", &frmOutlookSyncModify::Text7, &frmOutlookSyncModify::Text40},
-    {"etc_fax", "기타팩스", &frmOutlookSyncModify::Text8, &frmOutlookSyncModify::Text39},
-    {"home_fax", "집팩스", &frmOutlookSyncModify::Text13, &frmOutlookSyncModify::Text38},
-    {"company_addr", "회사주소", &frmOutlookSyncModify::Text14, &frmOutlookSyncModify::Text37},
-    {"company_zipcode", "회사우편번호", &frmOutlookSyncModify::Text15,
-     &frmOutlookSyncModify::Text36},
-    {"etc_addr", "기타주소", &frmOutlookSyncModify::Text16, &frmOutlookSyncModify::Text35},
-    {"etc_zipcode", "기타우편번호", &frmOutlookSyncModify::Text17, &frmOutlookSyncModify::Text34},
-    {"home_addr", "집주소", &frmOutlookSyncModify::Text18, &frmOutlookSyncModify::Text33},
-    {"home_zipcode", "집우편번호", &frmOutlookSyncModify::Text19, &frmOutlookSyncModify::Text32},
-    {"Webpage", "웹페이지 1", &frmOutlookSyncModify::Text20, &frmOutlookSyncModify::Text31},
-    {"Webpage2", "웹페이지 2", &frmOutlookSyncModify::Text21, &frmOutlookSyncModify::Text30},
-    {"Birthday", "생일", &frmOutlookSyncModify::Text22, &frmOutlookSyncModify::Text29},
-    {"LifePartner", "배우자", &frmOutlookSyncModify::Text23, &frmOutlookSyncModify::Text28},
-    {"Anniversary", "기념일", &frmOutlookSyncModify::Text24, &frmOutlookSyncModify::Text27},
-    {"Categories", "범주", &frmOutlookSyncModify::Text54, &frmOutlookSyncModify::Text53},
-    {"Memo_", "메모", &frmOutlookSyncModify::Text25, &frmOutlookSyncModify::Text26},
+    {"FullName", &frmOutlookSyncModify::Text1, &frmOutlookSyncModify::Text50},
+    {"Gender", &frmOutlookSyncModify::Text52, &frmOutlookSyncModify::Text51},
+    {"CompanyName", &frmOutlookSyncModify::Text2, &frmOutlookSyncModify::Text49},
+    {"Department", &frmOutlookSyncModify::Text3, &frmOutlookSyncModify::Text48},
+    {"JobTitle", &frmOutlookSyncModify::Text4, &frmOutlookSyncModify::Text47},
+    {"cellphone", &frmOutlookSyncModify::Text5, &frmOutlookSyncModify::Text46},
+    {"email", &frmOutlookSyncModify::Text6, &frmOutlookSyncModify::Text45},
+    {"email2", &frmOutlookSyncModify::Text9, &frmOutlookSyncModify::Text44},
+    {"company_phone1", &frmOutlookSyncModify::Text10, &frmOutlookSyncModify::Text43},
+    {"company_phone2", &frmOutlookSyncModify::Text11, &frmOutlookSyncModify::Text42},
+    {"home_phone", &frmOutlookSyncModify::Text12, &frmOutlookSyncModify::Text41},
+    {"company_fax1", &frmOutlookSyncModify::Text7, &frmOutlookSyncModify::Text40},
+    {"etc_fax", &frmOutlookSyncModify::Text8, &frmOutlookSyncModify::Text39},
+    {"home_fax", &frmOutlookSyncModify::Text13, &frmOutlookSyncModify::Text38},
+    {"company_addr", &frmOutlookSyncModify::Text14, &frmOutlookSyncModify::Text37},
+    {"company_zipcode", &frmOutlookSyncModify::Text15, &frmOutlookSyncModify::Text36},
+    {"etc_addr", &frmOutlookSyncModify::Text16, &frmOutlookSyncModify::Text35},
+    {"etc_zipcode", &frmOutlookSyncModify::Text17, &frmOutlookSyncModify::Text34},
+    {"home_addr", &frmOutlookSyncModify::Text18, &frmOutlookSyncModify::Text33},
+    {"home_zipcode", &frmOutlookSyncModify::Text19, &frmOutlookSyncModify::Text32},
+    {"Webpage", &frmOutlookSyncModify::Text20, &frmOutlookSyncModify::Text31},
+    {"Webpage2", &frmOutlookSyncModify::Text21, &frmOutlookSyncModify::Text30},
+    {"Birthday", &frmOutlookSyncModify::Text22, &frmOutlookSyncModify::Text29},
+    {"LifePartner", &frmOutlookSyncModify::Text23, &frmOutlookSyncModify::Text28},
+    {"Anniversary", &frmOutlookSyncModify::Text24, &frmOutlookSyncModify::Text27},
+    {"Categories", &frmOutlookSyncModify::Text54, &frmOutlookSyncModify::Text53},
+    {"Memo_", &frmOutlookSyncModify::Text25, &frmOutlookSyncModify::Text26},
 }};
 
 const std::array<frmOutlookSyncModify::AddressBlock, 6> frmOutlookSyncModify::kAddresses{{
@@ -213,7 +211,7 @@ Layout frmOutlookSyncModify::fieldsLayout(std::size_t first, std::size_t last) {
   using namespace layout;
   Parts parts{fixed(""), fixed("벨모라"), fixed("아웃룩")};
   for (std::size_t i = first; i < last; ++i) {
-    parts.push_back(fixed(kFields[i].caption));
+    parts.push_back(fixed(outlook::fieldCaption(kFields[i].column)));
     parts.push_back(boxLayout(kFields[i].card));
     parts.push_back(boxLayout(kFields[i].outlook));
   }

@@ -34,6 +34,9 @@ class Toolkit {
 
   [[nodiscard]] virtual ScreenSize screenSize() const = 0;
 
+  // False where a script answers in place of a user.
+  [[nodiscard]] virtual bool hasUser() const { return true; }
+
   // Gives the component's windows the look of a skin file, or the usual one for an empty path.
   // Does nothing where windows have no skins.
   virtual void applySkin(const std::filesystem::path& skinFile) { static_cast<void>(skinFile); }

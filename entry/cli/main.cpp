@@ -50,6 +50,7 @@ struct Arguments {
   bool subgroups = false;
   std::vector<std::string> boxes;
   std::string onConflict = "skip";
+  bool preview = false;
 };
 
 void addFolderOption(CLI::App& command, Arguments& arguments) {
@@ -86,6 +87,8 @@ CLI::App* addRunCommand(CLI::App& app, Arguments& arguments) {
   run->add_option("--on-conflict", arguments.onConflict,
                   "상호갱신의 충돌 처리: skip, newer, card, outlook, stop")
       ->check(CLI::IsMember({"skip", "newer", "card", "outlook", "stop"}));
+  run->add_flag("--preview", arguments.preview,
+                "결과와 바뀔 값을 보여 주기만 하고 아무것도 쓰지 않습니다.");
   return run;
 }
 
@@ -110,6 +113,7 @@ int runTransfer(const Arguments& arguments) {
   request.contacts = cli::contactFolder(arguments.contacts, request.folder);
   if (!arguments.range.empty()) request.range = ranges.at(arguments.range);
   request.subgroups = arguments.subgroups;
+  request.preview = arguments.preview;
   for (const std::string& box : arguments.boxes) {
     request.boxes.push_back(cli::parseBoxSetting(box).value());
   }

@@ -4,10 +4,9 @@
 #include <memory>
 #include <string_view>
 
+#include "entry/cli/platform.h"
 #include "entry/orun.h"
 #include "entry/text_file.h"
-#include "outlook/vcard/vcard_store.h"
-#include "store/sqlite/sqlite_connection.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -49,7 +48,7 @@ void press(frmOutlookSync& window, const RunRequest& request) {
   for (const BoxSetting& setting : request.boxes) {
     (window.*findBox(setting.name)->box).setValue(setting.value);
   }
-  window.Command2.press();
+  (request.preview ? window.Command8 : window.Command2).press();
 }
 
 // The window says that the host's list gives it nothing; the terminal can say why.
@@ -87,13 +86,11 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
       explainExportList(request, *component, errors);
     }
   };
-  Platform platform{
-      .makeConnection = [] { return std::make_unique<store::SqliteConnection>(); },
-      .makeContacts =
-          [&] { return std::make_unique<outlook::vcard::VCardStore>(request.contacts.string()); },
-      .toolkit = std::make_unique<ui::TerminalToolkit>(results, errors, progressWidth, interrupted,
-                                                       request.onConflict, script)};
-  Runtime runtime(request.folder, std::move(platform));
+  Runtime runtime(request.folder,
+                  makePlatform(request.contacts, std::make_unique<ui::TerminalToolkit>(
+                                                     results, errors, progressWidth, interrupted,
+                                                     request.onConflict, script)));
+  if (request.preview) runtime.previewOnly();
   component = &runtime;
   try {
     ORUN(runtime).OUTSYNCRUN();

@@ -27,6 +27,7 @@ struct RunRequest {
   std::optional<ui::frmOutlookSync::Range> range;
   bool subgroups = false;
   std::vector<BoxSetting> boxes;
+  bool preview = false;  // show what the run would do, and write nothing
   ui::TerminalToolkit::OnConflict onConflict = ui::TerminalToolkit::OnConflict::Skip;
 };
 

@@ -8,9 +8,8 @@
 #include <exception>
 #include <iostream>
 
+#include "entry/cli/platform.h"
 #include "entry/orun.h"
-#include "outlook/vcard/vcard_store.h"
-#include "store/sqlite/sqlite_connection.h"
 #include "text/file_path.h"
 #include "ui/qt/pictures.h"
 #include "ui/qt/qt_toolkit.h"
@@ -47,15 +46,8 @@ QIcon icon() {
 void run(const std::filesystem::path& folder, const std::filesystem::path& contacts) {
   auto toolkit = std::make_unique<vlout::ui::qt::QtToolkit>();
   auto& messages = *toolkit;
-  vlout::entry::Platform platform{
-      .makeConnection = [] { return std::make_unique<vlout::store::SqliteConnection>(); },
-      .makeContacts =
-          [&] {
-            return std::make_unique<vlout::outlook::vcard::VCardStore>(
-                vlout::text::pathText(contacts));
-          },
-      .toolkit = std::move(toolkit)};
-  vlout::entry::Runtime runtime(folder, std::move(platform));
+  vlout::entry::Runtime runtime(folder,
+                                vlout::entry::cli::makePlatform(contacts, std::move(toolkit)));
   try {
     vlout::entry::ORUN(runtime).OUTSYNCRUN();
   } catch (const std::exception& error) {

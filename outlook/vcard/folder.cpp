@@ -6,6 +6,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <filesystem>
+#include <memory>
 #include <sys/file.h>
 #include <unistd.h>
 
@@ -190,13 +191,13 @@ Folder::Target Folder::targetOf(const std::string& name) const {
   struct stat status {};
   const bool isLink = ::fstatat(descriptor_, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
                       S_ISLNK(status.st_mode);
-  if (!isLink) return {nullptr, name};
+  if (!isLink) return {"", name};
   std::error_code error;
   const auto target = std::filesystem::canonical(std::filesystem::path(path_) / name, error);
   if (error) throw ContactStoreError(path_ + "/" + name + ": " + error.message());
   const std::string file = target.filename().string();
-  if (target.parent_path() == std::filesystem::canonical(path_, error)) return {nullptr, file};
-  return {std::make_unique<Folder>(target.parent_path().string()), file};
+  if (target.parent_path() == std::filesystem::canonical(path_, error)) return {"", file};
+  return {target.parent_path().string(), file};
 }
 
 struct stat Folder::requireReplaceable(const std::string& name, const FileState& before) const {
@@ -224,8 +225,8 @@ FileState Folder::replaceFile(const std::string& name, std::string_view text,
   if (before) {
     // A link keeps pointing where it does: the file behind it is replaced, in its own folder.
     const Target target = targetOf(name);
-    if (target.elsewhere) {
-      return target.elsewhere->replaceFile(target.name, text, before, keepSecond, completed);
+    if (!target.folder.empty()) {
+      return Folder(target.folder).replaceFile(target.name, text, before, keepSecond, completed);
     }
     file = target.name;
     status = requireReplaceable(file, *before);

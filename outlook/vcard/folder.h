@@ -1,10 +1,9 @@
-// A folder of vCard files: listing it, reading a file whole and replacing one whole. The store works
-// on it, and so do those who watch its writes or keep them from the disk.
+// A folder of vCard files: listing it, reading a file whole and replacing one whole. The store
+// works on it, and so do those who watch its writes or keep them from the disk.
 #pragma once
 
 #include <cstdint>
 #include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -56,6 +55,10 @@ class Folder {
   virtual FileState replace(const std::string& name, std::string_view text,
                             const std::optional<FileState>& before, bool keepSecond);
 
+  // Throws unless the file may be written and is still in that state; what it is like.
+  [[nodiscard]] struct stat requireReplaceable(const std::string& name,
+                                               const FileState& before) const;
+
   // Waits until what was written is on the disk.
   virtual void flush();
 
@@ -63,16 +66,12 @@ class Folder {
   // The file that a save of `name` replaces: the one behind a link, which may lie in a folder
   // elsewhere, or the file of that name itself.
   struct Target {
-    std::unique_ptr<Folder> elsewhere;
+    std::string folder;  // empty for this one
     std::string name;
   };
   [[nodiscard]] Target targetOf(const std::string& name) const;
 
   [[nodiscard]] std::vector<std::string> listCardFiles() const;
-
-  // Throws unless the file may be written and is still in that state; what it is like.
-  [[nodiscard]] struct stat requireReplaceable(const std::string& name,
-                                               const FileState& before) const;
 
   // `replace` that calls `completed` with the new file's state before it takes the old one's place.
   FileState replaceFile(const std::string& name, std::string_view text,

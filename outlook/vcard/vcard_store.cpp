@@ -45,10 +45,13 @@ void VCardStore::addFile(const std::string& name, std::string& buffer) {
   files_.push_back({name, *state, text.cards.size()});
 }
 
+void VCardStore::requireItem(std::size_t index) const {
+  if (index >= 1 && index <= items_.size()) return;
+  throw ContactStoreError(path_ + ": 연락처가 없습니다 #" + std::to_string(index));
+}
+
 std::unique_ptr<Contact> VCardStore::item(std::size_t index) {
-  if (index < 1 || index > items_.size()) {
-    throw ContactStoreError(path_ + ": 연락처가 없습니다 #" + std::to_string(index));
-  }
+  requireItem(index);
   return std::make_unique<VCardContact>(*this, index);
 }
 

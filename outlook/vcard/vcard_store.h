@@ -20,9 +20,8 @@ class VCardStore : public ContactStore {
 
   explicit VCardStore(
       std::string folder,
-      FolderMaker makeFolder = [](const std::string& path) {
-        return std::make_unique<Folder>(path);
-      })
+      FolderMaker makeFolder =
+          [](const std::string& path) { return std::make_unique<Folder>(path); })
       : path_(std::move(folder)), makeFolder_(std::move(makeFolder)) {}
 
   [[nodiscard]] bool connect() override;
@@ -36,6 +35,10 @@ class VCardStore : public ContactStore {
   [[nodiscard]] std::unique_ptr<Contact> create() override;
   [[nodiscard]] std::string chooseCategories() override;
   void flush() override;
+
+ protected:
+  // Throws ContactStoreError when there is no item at that position.
+  void requireItem(std::size_t index) const;
 
  private:
   friend class VCardContact;

@@ -204,17 +204,21 @@ void SqliteConnection::open(const ConnectionSettings& settings) {
           "Jet(Access) 데이터베이스입니다. 이 프로그램은 SQLite 데이터베이스만 사용하며, 이 파일은 "
           "변경하지 않았습니다");
     }
-    std::unique_ptr<sqlite3, Closer> database(openFile(file, SQLITE_OPEN_READWRITE));
-    configure(database.get());
-    if (sqlite3_db_readonly(database.get(), "main") != 0) {
-      // Transfers would write contacts and could not record it.
-      throw DatabaseError("읽기 전용 데이터베이스입니다");
-    }
-    database_ = std::move(database);
+    database_ = openDatabase(file);
   } catch (const DatabaseError& error) {
     closedBecause_ = file.string() + ": " + error.what();
     throw DatabaseError(closedBecause_);
   }
+}
+
+SqliteConnection::Database SqliteConnection::openDatabase(const std::filesystem::path& file) {
+  Database database(openFile(file, SQLITE_OPEN_READWRITE));
+  configure(database.get());
+  if (sqlite3_db_readonly(database.get(), "main") != 0) {
+    // Transfers would write contacts and could not record it.
+    throw DatabaseError("읽기 전용 데이터베이스입니다");
+  }
+  return database;
 }
 
 void SqliteConnection::fail(std::string_view sql) const {

@@ -31,10 +31,19 @@ class SqliteConnection : public Connection {
   std::int64_t execute(std::string_view sql) override;
   std::unique_ptr<Recordset> query(std::string_view sql) override;
 
- private:
+ protected:
   struct Closer {
     void operator()(sqlite3* database) const;
   };
+  using Database = std::unique_ptr<sqlite3, Closer>;
+
+  // Opens the file for `open`, with the adapter's settings. Throws DatabaseError.
+  [[nodiscard]] virtual Database openDatabase(const std::filesystem::path& file);
+
+  // The open database; nullptr when there is none.
+  [[nodiscard]] sqlite3* database() const { return database_.get(); }
+
+ private:
   struct Finalizer {
     void operator()(sqlite3_stmt* statement) const;
   };
@@ -48,7 +57,7 @@ class SqliteConnection : public Connection {
   Prepared& prepare(std::string_view sql);
   [[noreturn]] void fail(std::string_view sql) const;
 
-  std::unique_ptr<sqlite3, Closer> database_;
+  Database database_;
   std::unordered_map<std::string, Prepared> prepared_;  // by statement shape
   std::string closedBecause_ = "데이터베이스가 열려 있지 않습니다.";
 };

@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 
+#include "entry/cli/platform.h"
 #include "outlook/vcard/vcard_contact.h"
 #include "store/sql.h"
 #include "text/ascii.h"
@@ -19,14 +20,8 @@ ComponentFixture::ComponentFixture(std::unique_ptr<ui::Toolkit> shown) {
   const store::ConnectionSettings settings{.componentFolder = folder()};
   store::createDatabase(settings.databaseFile());
   database.open(settings);
-  entry::Platform platform{
-      .makeConnection = [] { return std::make_unique<store::SqliteConnection>(); },
-      .makeContacts =
-          [this] {
-            return std::make_unique<outlook::vcard::VCardStore>(contactsFolder().string());
-          },
-      .toolkit = std::move(shown)};
-  runtime = std::make_unique<entry::Runtime>(folder(), std::move(platform));
+  runtime = std::make_unique<entry::Runtime>(
+      folder(), entry::cli::makePlatform(contactsFolder(), std::move(shown)));
 }
 
 void ComponentFixture::open(const std::function<void(ui::frmOutlookSync&)>& user) {
@@ -53,20 +48,34 @@ void ComponentFixture::startAfresh() {
   toolkit->messages.clear();
 }
 
-std::vector<std::string> ComponentFixture::run(
-    ui::frmOutlookSync::Mode mode, const std::function<void(ui::frmOutlookSync&)>& prepare) {
+std::vector<std::string> ComponentFixture::press(
+    ui::Button ui::frmOutlookSync::*button, ui::frmOutlookSync::Mode mode,
+    const std::function<void(ui::frmOutlookSync&)>& prepare) {
   std::vector<std::string> lines;
   toolkit->messages.clear();
   open([&](ui::frmOutlookSync& window) {
     window.Combo1.setIndex(mode);
     window.Combo2.setIndex(ui::frmOutlookSync::kAllCards);
     prepare(window);
-    window.Command2.press();
+    const bool preview = button == &ui::frmOutlookSync::Command8;
+    const std::string before = preview ? contentOf(folder()) : "";
+    (window.*button).press();
+    EXPECT_TRUE(!preview || contentOf(folder()) == before) << "the preview changed something";
     for (const auto& row : window.ListView1.rows()) {
       lines.push_back(row.cells[0] + "|" + row.cells[1] + "|" + row.cells[2]);
     }
   });
   return lines;
+}
+
+std::vector<std::string> ComponentFixture::run(
+    ui::frmOutlookSync::Mode mode, const std::function<void(ui::frmOutlookSync&)>& prepare) {
+  return press(&ui::frmOutlookSync::Command2, mode, prepare);
+}
+
+std::vector<std::string> ComponentFixture::preview(
+    ui::frmOutlookSync::Mode mode, const std::function<void(ui::frmOutlookSync&)>& prepare) {
+  return press(&ui::frmOutlookSync::Command8, mode, prepare);
 }
 
 void ComponentFixture::addCard(int id,

@@ -69,6 +69,12 @@ class ComponentFixture : public testing::Test {
       ui::frmOutlookSync::Mode mode,
       const std::function<void(ui::frmOutlookSync&)>& prepare = [](ui::frmOutlookSync&) {});
 
+  // The same for a preview: its lines are those of the run, with the fields that it would change.
+  // Fails the test when the preview touches anything in the component folder.
+  std::vector<std::string> preview(
+      ui::frmOutlookSync::Mode mode,
+      const std::function<void(ui::frmOutlookSync&)>& prepare = [](ui::frmOutlookSync&) {});
+
   // An INSERT of a card from "column=value" pairs; f_idx and p_idx have defaults.
   void addCard(int id, const std::vector<std::pair<std::string, std::string>>& columns);
   void execute(const std::string& sql) { database.execute(sql); }
@@ -94,6 +100,11 @@ class ComponentFixture : public testing::Test {
   store::SqliteConnection database;  // the test's own view of the component's database
   ScriptedToolkit* toolkit = nullptr;
   std::unique_ptr<entry::Runtime> runtime;
+
+ private:
+  std::vector<std::string> press(ui::Button ui::frmOutlookSync::*button,
+                                 ui::frmOutlookSync::Mode mode,
+                                 const std::function<void(ui::frmOutlookSync&)>& prepare);
 };
 
 // The bytes of a vCard contact's attachment.

@@ -5,6 +5,7 @@
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+#include <sys/stat.h>
 
 namespace vlout::tests {
 
@@ -36,6 +37,26 @@ std::vector<std::string> fileNames(const std::filesystem::path& folder) {
   }
   std::sort(names.begin(), names.end());
   return names;
+}
+
+std::string contentOf(const std::filesystem::path& folder) {
+  std::vector<std::string> files;
+  const auto add = [&](const std::filesystem::path& path) {
+    struct stat status {};
+    if (lstat(path.c_str(), &status) != 0) throw std::runtime_error(path.string());
+    std::string text = path.string() + '|';
+    for (const timespec& time : {status.st_mtim, status.st_ctim}) {
+      text += std::to_string(time.tv_sec) + '.' + std::to_string(time.tv_nsec) + '|';
+    }
+    if (S_ISREG(status.st_mode)) text += readFile(path);
+    files.push_back(std::move(text));
+  };
+  add(folder);
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) add(entry.path());
+  std::sort(files.begin(), files.end());
+  std::string all;
+  for (const std::string& file : files) all += file + '\n';
+  return all;
 }
 
 }  // namespace vlout::tests

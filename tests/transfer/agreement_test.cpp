@@ -1,6 +1,7 @@
 // Many rounds of random edits on both sides and random transfers. A model that knows nothing of the
 // engines predicts every count and every value; after each run both sides must look like it, and
-// the same run again must change nothing.
+// the same run again must change nothing. Before each run a preview must give its very lines, with
+// the fields that the model says will change, and touch nothing.
 #include <cstdlib>
 #include <fstream>
 #include <map>
@@ -92,6 +93,7 @@ class AgreementTest : public tests::ComponentFixture {
   // the file knows: 0 stands for it until then.
   std::string predict(const ModelRun& run) {
     int added = 0, toRow = 0, toContact = 0, conflicts = 0;
+    changes.clear();
     for (auto& [id, pair] : model) {
       if (!pair.hasContact) {
         if (run.mode != frmOutlookSync::kExport || !run.add) continue;
@@ -114,6 +116,11 @@ class AgreementTest : public tests::ComponentFixture {
         ++conflicts;
         continue;
       }
+      if (pair.rowTitle != pair.contactTitle) {
+        changes.insert(rowNewer
+                           ? "  직책: " + pair.contactTitle + " → " + pair.rowTitle + "|연락처|변경"
+                           : "  직책: " + pair.rowTitle + " → " + pair.contactTitle + "|명함|변경");
+      }
       (rowNewer ? pair.contactTitle : pair.rowTitle) = rowNewer ? pair.rowTitle : pair.contactTitle;
       ++(rowNewer ? toContact : toRow);
       pair.last = pair.outlook = pair.sync = pair.contact = 0;
@@ -127,14 +134,26 @@ class AgreementTest : public tests::ComponentFixture {
   }
 
   std::string transfer(const ModelRun& run) {
-    const auto lines = this->run(run.mode, [&](frmOutlookSync& window) {
+    const auto setBoxes = [&](frmOutlookSync& window) {
       window.import_check2.setValue(run.update);
       window.Export_Check1.setValue(run.add);
       window.Export_Check2.setValue(run.update);
       window.import_check3.setValue(run.ignoreConflicts);
       window.Export_Check3.setValue(run.ignoreConflicts);
       window.Sync_Check2.setValue(run.showConflicts);
-    });
+    };
+    std::vector<std::string> previewed;
+    std::multiset<std::string> changed;
+    for (const std::string& line : preview(run.mode, setBoxes)) {
+      if (line.ends_with("|변경")) {
+        changed.insert(line);
+      } else {
+        previewed.push_back(line);
+      }
+    }
+    const auto lines = this->run(run.mode, setBoxes);
+    EXPECT_EQ(previewed, lines);
+    EXPECT_EQ(changed, changes);
     const std::string& last = lines.back();
     return last.substr(last.find('|') + 1, last.rfind('|') - last.find('|') - 1);
   }
@@ -193,7 +212,8 @@ class AgreementTest : public tests::ComponentFixture {
   std::mt19937_64 generator{7};
   std::map<int, ModelPair> model;
   std::map<int, std::string> files;
-  std::set<int> kept;  // cards whose contact has a property that is none of ours
+  std::multiset<std::string> changes;  // the fields that the next run will change
+  std::set<int> kept;                  // cards whose contact has a property that is none of ours
   std::int64_t clock = text::localNow().seconds + 86'400;
 };
 
@@ -229,6 +249,7 @@ TEST_F(AgreementTest, EveryRoundEndsAsTheModelSays) {
     ASSERT_EQ(transfer(run), predicted) << "round " << round << ", mode " << run.mode;
     ASSERT_NO_FATAL_FAILURE(compareWithModel()) << "round " << round << ", mode " << run.mode;
     const std::string before = everything();
+    changes.clear();
     transfer(run);
     ASSERT_EQ(everything() == before, true)
         << "round " << round << ": the run again changed something";

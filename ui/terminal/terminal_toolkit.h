@@ -30,6 +30,7 @@ class TerminalToolkit : public Toolkit {
   void showModal(Form& form) override;
   void messageBox(MessageIcon icon, std::string_view text) override;
   [[nodiscard]] ScreenSize screenSize() const override { return {}; }
+  [[nodiscard]] bool hasUser() const override { return false; }
   void pump() override;
 
  private:

@@ -1,0 +1,134 @@
+#include "outlook/vcard/preview_store.h"
+
+#include <ctime>
+#include <map>
+
+#include "outlook/field_map.h"
+#include "outlook/vcard/vcard_contact.h"
+
+namespace vlout::outlook::vcard {
+namespace {
+
+// The folder with its saves in memory. What the real one refuses is refused here too.
+class PreviewFolder : public Folder {
+ public:
+  using Folder::Folder;
+
+  std::vector<std::string> cardFiles() override {
+    std::vector<std::string> names = listCardFiles();
+    for (const std::string& name : new_) names.push_back(name);
+    return names;
+  }
+
+  std::optional<FileState> read(const std::string& name, std::string& text) override {
+    const auto saved = saved_.empty() ? saved_.end() : saved_.find(keyOf(targetOf(name)));
+    if (saved == saved_.end()) return Folder::read(name, text);
+    text = saved->second.text;
+    return saved->second.state;
+  }
+
+  FileState replace(const std::string& name, std::string_view text,
+                    const std::optional<FileState>& before, bool keepSecond) override {
+    const Target target = targetOf(name);
+    const std::string key = keyOf(target);
+    const auto saved = saved_.find(key);
+    if (before && saved == saved_.end()) requireTarget(target, *before);
+    if (before && saved != saved_.end() && saved->second.state != *before) failAsChanged(name);
+    if (!before) new_.push_back(name);
+
+    timespec now{};
+    ::clock_gettime(CLOCK_REALTIME, &now);
+    // No file of the disk has such a number.
+    FileState state{~std::uint64_t{0} - ++saves_, static_cast<std::int64_t>(text.size()),
+                    now.tv_sec, static_cast<std::int32_t>(now.tv_nsec)};
+    if (keepSecond && before) {
+      state.seconds = before->seconds;
+      state.nanoseconds = nextInSecond(before->nanoseconds);
+    }
+    saved_.insert_or_assign(key, Saved{std::string(text), state});
+    return state;
+  }
+
+  void flush() override {}
+
+ private:
+  struct Saved {
+    std::string text;
+    FileState state;
+  };
+
+  static std::string keyOf(const Target& target) {
+    return target.folder.empty() ? target.name : target.folder + "/" + target.name;
+  }
+  void requireTarget(const Target& target, const FileState& before) const {
+    static_cast<void>(target.folder.empty()
+                          ? requireReplaceable(target.name, before)
+                          : Folder(target.folder).requireReplaceable(target.name, before));
+  }
+
+  std::map<std::string, Saved> saved_;
+  std::vector<std::string> new_;
+  std::uint64_t saves_ = 0;
+};
+
+// The files attached to a contact, the pictures among them.
+struct Attachments {
+  std::string names;
+  std::vector<std::string> contents;
+};
+
+Attachments attachmentsOf(VCardContact& contact) {
+  Attachments result;
+  for (std::size_t i = 1; i <= contact.attachmentCount(); ++i) {
+    if (i > 1) result.names += ", ";
+    result.names += contact.attachmentName(i);
+    result.contents.push_back(contact.attachmentContent(i));
+  }
+  return result;
+}
+
+// Compares what is about to be saved with what the folder holds.
+class PreviewContact : public VCardContact {
+ public:
+  PreviewContact(VCardStore& store, std::size_t position, const PreviewStore::Changed& changed)
+      : VCardContact(store, position), store_(store), position_(position), changed_(changed) {}
+
+  void save() override {
+    VCardContact before(store_, position_);
+    compare(fieldCaption("FullName"), before.text(ContactProperty::FullName),
+            text(ContactProperty::FullName));
+    for (const MappedField& field : mappedFields()) {
+      compare(fieldCaption(field.column), fieldTextFromContact(before, field),
+              fieldTextFromContact(*this, field));
+    }
+    const Attachments old = attachmentsOf(before);
+    const Attachments now = attachmentsOf(*this);
+    if (old.contents != now.contents || old.names != now.names) {
+      changed_("사진", old.names, now.names + (old.names == now.names ? " (새 사진)" : ""));
+    }
+    VCardContact::save();
+  }
+
+ private:
+  void compare(std::string_view caption, const std::string& before, const std::string& after) {
+    if (before != after) changed_(caption, before, after);
+  }
+
+  VCardStore& store_;
+  std::size_t position_;
+  const PreviewStore::Changed& changed_;
+};
+
+}  // namespace
+
+PreviewStore::PreviewStore(std::string folder, Changed changed)
+    : VCardStore(std::move(folder),
+                 [](const std::string& path) { return std::make_unique<PreviewFolder>(path); }),
+      changed_(std::move(changed)) {}
+
+std::unique_ptr<Contact> PreviewStore::item(std::size_t index) {
+  requireItem(index);
+  return std::make_unique<PreviewContact>(*this, index, changed_);
+}
+
+}  // namespace vlout::outlook::vcard

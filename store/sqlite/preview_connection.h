@@ -1,0 +1,35 @@
+// A connection that works on a private copy of the database: statements run as they would, and the
+// database itself stays untouched to the last byte. It tells what they change in the cards.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "store/sqlite/sqlite_connection.h"
+
+namespace vlout::store {
+
+class PreviewConnection : public SqliteConnection {
+ public:
+  // A column of a card that a statement changes, with its old and its new text.
+  using Changed = std::function<void(const std::string& column, const std::string& before,
+                                     const std::string& after)>;
+
+  // `temporaryFolder` holds the copy while it is being opened.
+  PreviewConnection(std::filesystem::path temporaryFolder, Changed changed)
+      : temporaryFolder_(std::move(temporaryFolder)), changed_(std::move(changed)) {}
+
+ protected:
+  [[nodiscard]] Database openDatabase(const std::filesystem::path& file) override;
+
+ private:
+  void watchChanges(sqlite3* database);
+  void reportUpdate(sqlite3* database) const;
+
+  std::filesystem::path temporaryFolder_;
+  Changed changed_;
+  std::vector<std::string> columns_;  // of the cards' table
+};
+
+}  // namespace vlout::store
