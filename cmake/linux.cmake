@@ -22,8 +22,14 @@ add_library(vlout_linux STATIC
   outlook/vcard/vcard_contact.cpp
   outlook/vcard/vcard_store.cpp
   outlook/vcard/vcard_syntax.cpp
+  history/restore_point.cpp
+  history/rows.cpp
+  history/run_recorder.cpp
+  history/runs.cpp
+  history/undo.cpp
   ui/terminal/terminal_toolkit.cpp
   entry/cli/component_folder.cpp
+  entry/cli/history_command.cpp
   entry/cli/platform.cpp
   entry/cli/preview.cpp
   entry/cli/run_command.cpp

@@ -74,6 +74,14 @@ std::vector<ui::FieldChange> Runtime::takeChanges() {
   return preview_ ? preview_->takeChanges() : std::vector<ui::FieldChange>();
 }
 
+std::string Runtime::runBegins(const ui::RunDescription& run) {
+  return platform_.runBegins ? platform_.runBegins(run) : std::string();
+}
+
+void Runtime::runEnded(const ui::RunOutcome& outcome) {
+  if (platform_.runEnded) platform_.runEnded(outcome);
+}
+
 std::filesystem::path Runtime::temporaryFolder() const {
   return preview_ ? preview_->temporaryFolder() : Component::temporaryFolder();
 }

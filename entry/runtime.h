@@ -33,7 +33,10 @@ struct Platform {
   std::function<std::unique_ptr<store::Connection>()> makeConnection;
   std::function<std::unique_ptr<outlook::ContactStore>()> makeContacts;
   std::unique_ptr<ui::Toolkit> toolkit;
-  std::function<std::unique_ptr<Preview>()> makePreview = {};  // where runs can be previewed
+  // Where runs can be previewed, and where they are recorded.
+  std::function<std::unique_ptr<Preview>()> makePreview = {};
+  std::function<std::string(const ui::RunDescription&)> runBegins = {};
+  std::function<void(const ui::RunOutcome&)> runEnded = {};
 };
 
 class Runtime : public ui::Component {
@@ -74,6 +77,8 @@ class Runtime : public ui::Component {
   void beginPreview() override;
   void endPreview() override;
   [[nodiscard]] std::vector<ui::FieldChange> takeChanges() override;
+  [[nodiscard]] std::string runBegins(const ui::RunDescription& run) override;
+  void runEnded(const ui::RunOutcome& outcome) override;
   [[nodiscard]] std::int32_t& selectedGroupParent() override { return selectedGroupParent_; }
 
  private:

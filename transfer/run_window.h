@@ -4,6 +4,7 @@
 #pragma once
 
 #include <stdexcept>
+#include <string>
 #include <string_view>
 
 namespace vlout::transfer {
@@ -40,6 +41,20 @@ class RunAborted : public std::runtime_error {
 
 // How a run ended; a run that failed ends with an exception instead.
 enum class RunEnd { Completed, Stopped };
+
+// What is known of a run when it begins. The words are those of the command line.
+struct RunDescription {
+  std::string mode;           // import, export or sync
+  std::string range;          // of an export
+  bool addsContacts = false;  // cards that have no contact get one
+  bool preview = false;
+};
+
+struct RunOutcome {
+  enum End { Completed, Stopped, NothingToDo, Failed };
+  End end = Completed;
+  std::string text;  // the counts of a run, or why it failed
+};
 
 // Keeps the run button disabled for the length of a run, whatever ends it.
 class RunButtonDisabled {

@@ -12,6 +12,7 @@
 
 #include "outlook/contact_store.h"
 #include "store/connection.h"
+#include "transfer/run_window.h"
 
 namespace vlout::ui {
 
@@ -43,19 +44,8 @@ struct FieldChange {
   std::string after;
 };
 
-// What is known of a run when it begins. The words are those of the command line.
-struct RunDescription {
-  std::string mode;           // import, export or sync
-  std::string range;          // of an export
-  bool addsContacts = false;  // cards that have no contact get one
-  bool preview = false;
-};
-
-struct RunOutcome {
-  enum End { Completed, Stopped, NothingToDo, Failed };
-  End end = Completed;
-  std::string text;  // the counts of a run, or why it failed
-};
+using transfer::RunDescription;
+using transfer::RunOutcome;
 
 class Component {
  public:

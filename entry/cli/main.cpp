@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "entry/cli/component_folder.h"
+#include "entry/cli/history_command.h"
 #include "entry/cli/run_command.h"
 #include "entry/cli/window_command.h"
 
@@ -51,6 +52,9 @@ struct Arguments {
   std::vector<std::string> boxes;
   std::string onConflict = "skip";
   bool preview = false;
+  bool yes = false;
+  bool force = false;
+  int run = 0;
 };
 
 void addFolderOption(CLI::App& command, Arguments& arguments) {
@@ -89,7 +93,38 @@ CLI::App* addRunCommand(CLI::App& app, Arguments& arguments) {
       ->check(CLI::IsMember({"skip", "newer", "card", "outlook", "stop"}));
   run->add_flag("--preview", arguments.preview,
                 "결과와 바뀔 값을 보여 주기만 하고 아무것도 쓰지 않습니다.");
+  run->add_flag("--yes", arguments.yes,
+                "지난 작업 때와 달리 비어 있는 연락처 폴더에도 내보냅니다.");
   return run;
+}
+
+CLI::App* addUndoCommand(CLI::App& app, Arguments& arguments) {
+  CLI::App* const undo = app.add_subcommand(
+      "undo", "양쪽을 어느 작업 전의 상태로 되돌립니다. 무엇이 바뀌는지 먼저 말합니다.");
+  undo->add_option("run", arguments.run, "작업 번호 (기본값: 무엇인가 바꾼 마지막 작업)")
+      ->check(CLI::PositiveNumber);
+  addFolderOption(*undo, arguments);
+  undo->add_flag("--preview", arguments.preview, "무엇이 바뀌는지 말하기만 합니다.");
+  undo->add_flag("--force", arguments.force, "그 뒤에 바뀐 것이 사라져도 되돌립니다.");
+  undo->add_flag("--yes", arguments.yes, "터미널에서 묻지 않습니다.");
+  return undo;
+}
+
+bool confirmUndo() {
+  if (isatty(STDIN_FILENO) == 0) return true;
+  std::cerr << "되돌릴까요? [y/N] " << std::flush;
+  std::string answer;
+  std::getline(std::cin, answer);
+  return answer == "y" || answer == "Y" || answer == "예";
+}
+
+int runUndo(const Arguments& arguments) {
+  const cli::UndoRequest request{.folder = cli::componentFolder(arguments.folder),
+                                 .run = arguments.run,
+                                 .force = arguments.force,
+                                 .preview = arguments.preview};
+  const auto confirm = [&] { return arguments.yes || confirmUndo(); };
+  return cli::undoRun(request, confirm, std::cout, std::cerr) ? kDone : kRefused;
 }
 
 int runTransfer(const Arguments& arguments) {
@@ -114,6 +149,7 @@ int runTransfer(const Arguments& arguments) {
   if (!arguments.range.empty()) request.range = ranges.at(arguments.range);
   request.subgroups = arguments.subgroups;
   request.preview = arguments.preview;
+  request.goOn = arguments.yes;
   for (const std::string& box : arguments.boxes) {
     request.boxes.push_back(cli::parseBoxSetting(box).value());
   }
@@ -141,6 +177,9 @@ int run(int argc, char** argv) {
   sample->add_option("--seed", arguments.seed, "같은 값은 같은 명함을 만듭니다.")
       ->capture_default_str();
   CLI::App* const transfer = addRunCommand(app, arguments);
+  CLI::App* const history = app.add_subcommand("history", "지금까지의 작업을 보여 줍니다.");
+  addFolderOption(*history, arguments);
+  CLI::App* const undo = addUndoCommand(app, arguments);
   CLI::App* const window =
       app.add_subcommand("window", "창을 엽니다. 명령이 없을 때도 그렇습니다.");
   addFolderOption(*window, arguments);
@@ -151,7 +190,12 @@ int run(int argc, char** argv) {
     return app.exit(error) == 0 ? kDone : kWrongArguments;
   }
   if (transfer->parsed()) return runTransfer(arguments);
+  if (undo->parsed()) return runUndo(arguments);
   const auto folder = cli::componentFolder(arguments.folder);
+  if (history->parsed()) {
+    cli::printHistory(folder, std::cout);
+    return kDone;
+  }
   if (init->parsed()) {
     cli::initializeFolder(folder);
   } else if (!sample->parsed()) {

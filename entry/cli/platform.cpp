@@ -1,20 +1,33 @@
 #include "entry/cli/platform.h"
 
+#include <utility>
+
 #include "entry/cli/preview.h"
 #include "outlook/vcard/vcard_store.h"
-#include "store/sqlite/sqlite_connection.h"
 #include "text/file_path.h"
 
 namespace vlout::entry::cli {
 
-Platform makePlatform(const std::filesystem::path& contacts, std::unique_ptr<ui::Toolkit> toolkit) {
-  return {.makeConnection = [] { return std::make_unique<store::SqliteConnection>(); },
-          .makeContacts =
-              [contacts] {
-                return std::make_unique<outlook::vcard::VCardStore>(text::pathText(contacts));
-              },
-          .toolkit = std::move(toolkit),
-          .makePreview = [contacts] { return std::make_unique<StorePreview>(contacts); }};
+Platform makePlatform(const std::filesystem::path& componentFolder,
+                      const std::filesystem::path& contacts, std::unique_ptr<ui::Toolkit> toolkit,
+                      const history::EmptiedFolder& emptied) {
+  const auto recorder = std::make_shared<history::RunRecorder>(componentFolder, contacts, emptied);
+  const auto makeFolder = [recorder](const std::string& path) {
+    return std::make_unique<history::RecordedFolder>(path, recorder);
+  };
+  return {
+      .makeConnection =
+          [recorder] { return std::make_unique<history::RecordedConnection>(recorder); },
+      .makeContacts =
+          [contacts, makeFolder] {
+            return std::make_unique<outlook::vcard::VCardStore>(text::pathText(contacts),
+                                                                makeFolder);
+          },
+      .toolkit = std::move(toolkit),
+      .makePreview = [contacts] { return std::make_unique<StorePreview>(contacts); },
+      .runBegins = [recorder](const ui::RunDescription& run) { return recorder->begins(run); },
+      .runEnded = [recorder](const ui::RunOutcome& outcome) { recorder->ended(outcome); },
+  };
 }
 
 }  // namespace vlout::entry::cli

@@ -86,10 +86,12 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
       explainExportList(request, *component, errors);
     }
   };
+  auto toolkit = std::make_unique<ui::TerminalToolkit>(results, errors, progressWidth, interrupted,
+                                                       request.onConflict, script);
+  const history::EmptiedFolder emptied{.goOn = request.goOn,
+                                       .howToGoOn = "그래도 내보내려면 --yes 를 붙이십시오."};
   Runtime runtime(request.folder,
-                  makePlatform(request.contacts, std::make_unique<ui::TerminalToolkit>(
-                                                     results, errors, progressWidth, interrupted,
-                                                     request.onConflict, script)));
+                  makePlatform(request.folder, request.contacts, std::move(toolkit), emptied));
   if (request.preview) runtime.previewOnly();
   component = &runtime;
   try {

@@ -28,6 +28,7 @@ struct RunRequest {
   bool subgroups = false;
   std::vector<BoxSetting> boxes;
   bool preview = false;  // show what the run would do, and write nothing
+  bool goOn = false;     // export even into a folder that has lost its contacts
   ui::TerminalToolkit::OnConflict onConflict = ui::TerminalToolkit::OnConflict::Skip;
 };
 

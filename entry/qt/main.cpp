@@ -46,8 +46,10 @@ QIcon icon() {
 void run(const std::filesystem::path& folder, const std::filesystem::path& contacts) {
   auto toolkit = std::make_unique<vlout::ui::qt::QtToolkit>();
   auto& messages = *toolkit;
-  vlout::entry::Runtime runtime(folder,
-                                vlout::entry::cli::makePlatform(contacts, std::move(toolkit)));
+  const vlout::history::EmptiedFolder emptied{
+      .askAgain = true, .howToGoOn = "그래도 내보내려면 한 번 더 시작하십시오."};
+  vlout::entry::Runtime runtime(
+      folder, vlout::entry::cli::makePlatform(folder, contacts, std::move(toolkit), emptied));
   try {
     vlout::entry::ORUN(runtime).OUTSYNCRUN();
   } catch (const std::exception& error) {

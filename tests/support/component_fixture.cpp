@@ -21,7 +21,8 @@ ComponentFixture::ComponentFixture(std::unique_ptr<ui::Toolkit> shown) {
   store::createDatabase(settings.databaseFile());
   database.open(settings);
   runtime = std::make_unique<entry::Runtime>(
-      folder(), entry::cli::makePlatform(contactsFolder(), std::move(shown)));
+      folder(),
+      entry::cli::makePlatform(folder(), contactsFolder(), std::move(shown), {.goOn = true}));
 }
 
 void ComponentFixture::open(const std::function<void(ui::frmOutlookSync&)>& user) {

@@ -1,0 +1,198 @@
+#include "history/restore_point.h"
+
+#include <cerrno>
+#include <charconv>
+#include <cstring>
+#include <dirent.h>
+#include <fcntl.h>
+#include <fstream>
+#include <iterator>
+#include <memory>
+#include <sstream>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+#include "history/rows.h"
+#include "outlook/contact_store.h"
+
+namespace vlout::history {
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void fail(const fs::path& path) {
+  throw std::system_error(errno, std::generic_category(), path.string());
+}
+
+// Entries of both files end with a character that no file name holds.
+constexpr char kEnd = '\0';
+
+std::string entryOf(const FileState& state, const std::string& name) {
+  return std::to_string(state.size) + ' ' + std::to_string(state.seconds) + ' ' +
+         std::to_string(state.nanoseconds) + ' ' + name;
+}
+
+bool readEntry(std::istream& entry, FileState& state, std::string& name) {
+  entry >> state.size >> state.seconds >> state.nanoseconds;
+  entry.ignore(1);
+  return static_cast<bool>(std::getline(entry, name, kEnd));
+}
+
+// Calls `use` with each whole entry of a file; the last one may have been cut off.
+template <typename Use>
+void forEachEntry(const fs::path& path, Use use) {
+  std::ifstream file(path, std::ios::binary);
+  for (std::string entry; std::getline(file, entry, kEnd) && !file.eof();) {
+    std::istringstream stream(entry);
+    use(stream);
+  }
+}
+
+dev_t deviceOf(const fs::path& path) {
+  struct stat status {};
+  return ::stat(path.c_str(), &status) == 0 ? status.st_dev : 0;
+}
+
+std::uint64_t sizeOf(const fs::path& file) {
+  std::error_code none;
+  const auto size = fs::file_size(file, none);
+  return none ? 0 : size;
+}
+
+}  // namespace
+
+FileStates cardFilesIn(const fs::path& folder) {
+  struct Close {
+    void operator()(DIR* directory) const { ::closedir(directory); }
+  };
+  const std::unique_ptr<DIR, Close> directory(::opendir(folder.c_str()));
+  if (!directory) {
+    throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
+  }
+  FileStates states;
+  while (const dirent* const entry = ::readdir(directory.get())) {
+    struct stat status {};
+    if (!outlook::vcard::isCardFile(entry->d_name) ||
+        ::fstatat(::dirfd(directory.get()), entry->d_name, &status, 0) != 0) {
+      continue;
+    }
+    if (S_ISREG(status.st_mode)) states.emplace(entry->d_name, outlook::vcard::stateOf(status));
+  }
+  return states;
+}
+
+bool isSame(const FileState& a, const FileState& b) {
+  return a.size == b.size && a.seconds == b.seconds && a.nanoseconds == b.nanoseconds;
+}
+
+void linkOrCopy(const fs::path& file, const fs::path& link) {
+  if (::linkat(AT_FDCWD, file.c_str(), AT_FDCWD, link.c_str(), AT_SYMLINK_FOLLOW) == 0) return;
+  if (errno != EXDEV && errno != EPERM && errno != EMLINK && errno != EOPNOTSUPP) fail(link);
+  fs::copy_file(file, link);
+  struct stat status {};
+  if (::stat(file.c_str(), &status) != 0) fail(file);
+  const timespec times[2] = {status.st_atim, status.st_mtim};
+  if (::utimensat(AT_FDCWD, link.c_str(), times, 0) != 0) fail(link);
+}
+
+std::uint64_t RestorePoint::spaceFor(const fs::path& runsFolder, const fs::path& database,
+                                     const fs::path& contacts) {
+  constexpr std::uint64_t kMargin = std::uint64_t{1} << 20;
+  fs::path wal = database;
+  wal += "-wal";
+  std::uint64_t size = sizeOf(database) + sizeOf(wal) + kMargin;
+  const bool copies = deviceOf(runsFolder) != deviceOf(contacts);
+  for (const auto& [name, state] : cardFilesIn(contacts)) {
+    // A link costs its name in a folder and in a list.
+    size += 2 * name.size() + 64;
+    if (copies) size += static_cast<std::uint64_t>(state.size) + 4096;
+  }
+  return size;
+}
+
+void RestorePoint::take(const fs::path& database, const fs::path& contacts) const {
+  const fs::path draft = run_ / "point.new";
+  fs::remove_all(draft);
+  fs::create_directories(draft / "contacts");
+  fs::permissions(draft, fs::perms::owner_all);
+  backUpDatabase(database, draft / this->database().filename());
+  std::ofstream list(draft / "contacts.list", std::ios::binary);
+  for (const auto& [name, state] : cardFilesIn(contacts)) {
+    linkOrCopy(contacts / name, draft / "contacts" / name);
+    list << entryOf(state, name) << kEnd;
+  }
+  list.close();
+  if (!list) fail(draft / "contacts.list");
+  fs::rename(draft, run_ / "point");
+}
+
+bool RestorePoint::exists() const {
+  return fs::exists(run_ / "point");
+}
+
+void RestorePoint::drop() const {
+  std::error_code next;
+  for (const char* const part : {"point", "point.new", "written"}) {
+    fs::remove_all(run_ / part, next);
+  }
+}
+
+FileStates RestorePoint::contacts() const {
+  FileStates states;
+  forEachEntry(run_ / "point" / "contacts.list", [&](std::istream& entry) {
+    FileState state;
+    std::string name;
+    if (readEntry(entry, state, name)) states.insert_or_assign(name, state);
+  });
+  return states;
+}
+
+Written Written::read(const fs::path& log) {
+  Written written;
+  forEachEntry(log, [&](std::istream& entry) {
+    std::string kind;
+    std::string name;
+    entry >> kind;
+    entry.ignore(1);
+    if (kind == "file") {
+      FileState state;
+      if (readEntry(entry, state, name)) written.files.insert_or_assign(name, state);
+    } else if (kind == "nofile") {
+      if (std::getline(entry, name, kEnd)) written.files.insert_or_assign(name, std::nullopt);
+    } else if (kind == "row" || kind == "norow") {
+      RowKey key;
+      std::uint64_t hash = 0;
+      entry >> key.table >> key.row >> hash;
+      if (!entry) return;
+      written.rows.insert_or_assign(key, kind == "row" ? std::optional(hash) : std::nullopt);
+    }
+  });
+  return written;
+}
+
+WrittenLog::WrittenLog(const fs::path& log)
+    : path_(log),
+      descriptor_(::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600)) {
+  if (descriptor_ < 0) fail(log);
+}
+
+WrittenLog::~WrittenLog() {
+  ::close(descriptor_);
+}
+
+void WrittenLog::file(const std::string& name, const std::optional<FileState>& state) {
+  append(state ? "file " + entryOf(*state, name) : "nofile " + name);
+}
+
+void WrittenLog::row(const RowKey& key, const std::optional<std::uint64_t>& hash) {
+  append((hash ? "row " : "norow ") + key.table + ' ' + std::to_string(key.row) + ' ' +
+         std::to_string(hash.value_or(0)));
+}
+
+void WrittenLog::append(const std::string& entry) const {
+  const auto size = static_cast<ssize_t>(entry.size() + 1);  // with its end
+  if (::write(descriptor_, entry.c_str(), entry.size() + 1) != size) fail(path_);
+}
+
+}  // namespace vlout::history

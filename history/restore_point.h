@@ -1,0 +1,94 @@
+// What takes a run back: both sides as they were before its first write, and what the run itself
+// wrote, so that later edits can be told from it. Contact files are kept as hard links, since a
+// save replaces a file and never changes it in place; where links cannot be made they are copied.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+
+#include "outlook/vcard/folder.h"
+
+namespace vlout::history {
+
+using outlook::vcard::FileState;
+using FileStates = std::map<std::string, FileState>;  // by name
+
+// The vCard files of a folder as they are now. Throws ContactStoreError.
+[[nodiscard]] FileStates cardFilesIn(const std::filesystem::path& folder);
+
+// Whether two states are of the same content. A copy has another inode.
+[[nodiscard]] bool isSame(const FileState& a, const FileState& b);
+
+// Makes `link` another name of `file`, or a copy with the same modification time.
+void linkOrCopy(const std::filesystem::path& file, const std::filesystem::path& link);
+
+class RestorePoint {
+ public:
+  // `runFolder` is the folder of the run that the point belongs to.
+  explicit RestorePoint(std::filesystem::path runFolder) : run_(std::move(runFolder)) {}
+
+  // The bytes of free disk that `take` needs beside the run.
+  [[nodiscard]] static std::uint64_t spaceFor(const std::filesystem::path& runsFolder,
+                                              const std::filesystem::path& database,
+                                              const std::filesystem::path& contacts);
+
+  // Keeps both sides as they are. A point is there whole or not at all. Throws std::system_error,
+  // DatabaseError or ContactStoreError.
+  void take(const std::filesystem::path& database, const std::filesystem::path& contacts) const;
+
+  [[nodiscard]] bool exists() const;
+  // Deletes it, whole or half made.
+  void drop() const;
+
+  [[nodiscard]] std::filesystem::path database() const { return run_ / "point" / "VelmoraDB.vdb"; }
+  [[nodiscard]] std::filesystem::path contact(const std::string& name) const {
+    return run_ / "point" / "contacts" / name;
+  }
+  // The contact files as they were when they were kept.
+  [[nodiscard]] FileStates contacts() const;
+
+  [[nodiscard]] std::filesystem::path writtenLog() const { return run_ / "written"; }
+
+ private:
+  std::filesystem::path run_;
+};
+
+// A row of one of the tables.
+struct RowKey {
+  std::string table;
+  std::int64_t row = 0;
+  auto operator<=>(const RowKey&) const = default;
+};
+
+// What a run wrote, as its log tells: the state that each file and each row was left in. A file or
+// row that the run removed has none.
+struct Written {
+  std::map<std::string, std::optional<FileState>> files;
+  std::map<RowKey, std::optional<std::uint64_t>> rows;  // the hash of the row's content
+
+  [[nodiscard]] static Written read(const std::filesystem::path& log);
+};
+
+// Appends to the log of a run. Each entry is there for good once the call returns, even when the
+// program is killed then. All throw std::system_error.
+class WrittenLog {
+ public:
+  explicit WrittenLog(const std::filesystem::path& log);
+  ~WrittenLog();
+  WrittenLog(const WrittenLog&) = delete;
+  WrittenLog& operator=(const WrittenLog&) = delete;
+
+  void file(const std::string& name, const std::optional<FileState>& state);
+  void row(const RowKey& key, const std::optional<std::uint64_t>& hash);
+
+ private:
+  void append(const std::string& entry) const;
+
+  std::filesystem::path path_;
+  int descriptor_;
+};
+
+}  // namespace vlout::history

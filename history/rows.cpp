@@ -1,0 +1,220 @@
+#include "history/rows.h"
+
+#include <array>
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <unistd.h>
+
+#include "store/connection.h"
+
+namespace vlout::history {
+namespace {
+
+struct Table {
+  const char* name;
+  const char* caption;  // the column that people know a row by
+};
+constexpr std::array<Table, 2> kTables{
+    {{"tbl_namecard", "FullName"}, {"tbl_folder", "folder_name"}}};
+
+[[noreturn]] void fail(sqlite3* database) {
+  throw store::DatabaseError(sqlite3_errmsg(database));
+}
+
+std::string quoted(const std::string& name) {
+  std::string result = "\"";
+  for (const char c : name) result.append(c == '"' ? 2 : 1, c);
+  return result + '"';
+}
+
+std::string joined(const std::vector<std::string>& columns) {
+  std::string result;
+  for (const std::string& column : columns) result += (result.empty() ? "" : ",") + column;
+  return result;
+}
+
+std::string selectRow(const std::string& schema, const std::string& columns,
+                      const std::string& table) {
+  return "SELECT " + columns + " FROM " + schema + "." + table + " WHERE rowid=?1";
+}
+
+// FNV-1a: tells contents apart, and is the same in every build.
+class Hash {
+ public:
+  void add(const void* bytes, std::size_t size) {
+    for (const auto* byte = static_cast<const unsigned char*>(bytes); size > 0; --size, ++byte) {
+      value_ = (value_ ^ *byte) * 0x100000001B3;
+    }
+  }
+  [[nodiscard]] std::uint64_t value() const { return value_; }
+
+ private:
+  std::uint64_t value_ = 0xCBF29CE484222325;
+};
+
+}  // namespace
+
+StoredDatabase::StoredDatabase(const std::filesystem::path& file) {
+  sqlite3* database = nullptr;
+  const int result = sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READONLY, nullptr);
+  database_.reset(database);
+  if (result != SQLITE_OK) {
+    throw store::DatabaseError(file.string() + ": " + sqlite3_errstr(result));
+  }
+  sqlite3_busy_timeout(database, store::ConnectionSettings::kTimeoutSeconds * 1000);
+}
+
+void StoredDatabase::Closer::operator()(sqlite3* database) const {
+  sqlite3_close_v2(database);
+}
+
+void backUpDatabase(const std::filesystem::path& from, const std::filesystem::path& to) {
+  const StoredDatabase source(from);
+  // Made with its mode first, so that it is never readable by others.
+  ::close(::open(to.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600));
+  sqlite3* target = nullptr;
+  int result = sqlite3_open_v2(to.c_str(), &target, SQLITE_OPEN_READWRITE, nullptr);
+  if (result == SQLITE_OK) {
+    sqlite3_backup* const backup = sqlite3_backup_init(target, "main", source.get(), "main");
+    if (backup != nullptr) {
+      result = sqlite3_backup_step(backup, -1);
+      sqlite3_backup_finish(backup);
+    }
+    // No files beside it when it is read again.
+    if (result == SQLITE_DONE) {
+      result = sqlite3_exec(target, "PRAGMA journal_mode=DELETE", nullptr, nullptr, nullptr);
+    }
+  }
+  const std::string reason = sqlite3_errmsg(target);
+  sqlite3_close_v2(target);
+  if (result != SQLITE_OK) throw store::DatabaseError(to.string() + ": " + reason);
+}
+
+Statement::Statement(sqlite3* database, const std::string& sql) : database_(database) {
+  sqlite3_stmt* statement = nullptr;
+  if (sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) {
+    fail(database);
+  }
+  statement_.reset(statement);
+}
+
+void Statement::Finalizer::operator()(sqlite3_stmt* statement) const {
+  sqlite3_finalize(statement);
+}
+
+Statement& Statement::bind(int index, std::int64_t value) {
+  if (sqlite3_bind_int64(statement_.get(), index, value) != SQLITE_OK) fail(database_);
+  return *this;
+}
+
+Statement& Statement::bind(int index, std::string_view value) {
+  if (sqlite3_bind_text(statement_.get(), index, value.data(), static_cast<int>(value.size()),
+                        SQLITE_TRANSIENT) != SQLITE_OK) {
+    fail(database_);
+  }
+  return *this;
+}
+
+bool Statement::next() {
+  const int result = sqlite3_step(statement_.get());
+  if (result == SQLITE_ROW) return true;
+  if (result != SQLITE_DONE) fail(database_);
+  sqlite3_reset(statement_.get());
+  return false;
+}
+
+std::int64_t Statement::number(int column) const {
+  return sqlite3_column_int64(statement_.get(), column);
+}
+
+std::string Statement::text(int column) const {
+  const auto* const text =
+      reinterpret_cast<const char*>(sqlite3_column_text(statement_.get(), column));
+  return text == nullptr ? "" : text;
+}
+
+std::uint64_t Statement::hash() const {
+  Hash hash;
+  for (int i = 0; i < sqlite3_column_count(statement_.get()); ++i) {
+    const int type = sqlite3_column_type(statement_.get(), i);
+    const void* const bytes = type == SQLITE_BLOB ? sqlite3_column_blob(statement_.get(), i)
+                                                  : sqlite3_column_text(statement_.get(), i);
+    const int size = sqlite3_column_bytes(statement_.get(), i);
+    hash.add(&type, sizeof type);
+    hash.add(&size, sizeof size);
+    if (bytes != nullptr) hash.add(bytes, static_cast<std::size_t>(size));
+  }
+  return hash.value();
+}
+
+void execute(sqlite3* database, const std::string& sql) {
+  if (sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) fail(database);
+}
+
+std::optional<std::uint64_t> hashOf(sqlite3* database, const RowKey& key) {
+  Statement row(database, selectRow("main", "*", key.table));
+  row.bind(1, key.row);
+  if (!row.next()) return std::nullopt;
+  return row.hash();
+}
+
+OtherState::OtherState(sqlite3* database, const std::filesystem::path& file) : database_(database) {
+  Statement(database, "ATTACH ?1 AS other").bind(1, std::string_view(file.native())).next();
+}
+
+OtherState::~OtherState() {
+  sqlite3_exec(database_, "DETACH other", nullptr, nullptr, nullptr);
+}
+
+// A column that only one of the states has is not compared and not put back.
+std::vector<std::string> OtherState::columns(const std::string& table) const {
+  Statement names(database_,
+                  "SELECT m.name FROM pragma_table_info(?1,'main') m JOIN "
+                  "pragma_table_info(?1,'other') o ON o.name=m.name ORDER BY m.cid");
+  names.bind(1, std::string_view(table));
+  std::vector<std::string> result;
+  while (names.next()) result.push_back(quoted(names.text(0)));
+  if (result.empty()) throw store::DatabaseError(table + ": 표가 없습니다");
+  return result;
+}
+
+std::vector<RowChange> OtherState::changesSince() const {
+  std::vector<RowChange> changes;
+  for (const auto& [name, caption] : kTables) {
+    const std::string table = name;
+    std::string differs = "o.rowid IS NULL";
+    for (const std::string& column : columns(table)) {
+      differs += " OR m." + column + " COLLATE BINARY IS NOT o." + column;
+    }
+    Statement now(database_, std::string("SELECT m.rowid,o.rowid IS NULL,m.") + caption +
+                                 " FROM main." + table + " m LEFT JOIN other." + table +
+                                 " o ON o.rowid=m.rowid WHERE " + differs);
+    while (now.next()) {
+      const RowKey key{table, now.number(0)};
+      changes.push_back({key, now.number(1) != 0 ? Change::Added : Change::Changed, now.text(2),
+                         hashOf(database_, key)});
+    }
+    Statement then(database_, std::string("SELECT rowid,") + caption + " FROM other." + table +
+                                  " WHERE rowid NOT IN (SELECT rowid FROM main." + table + ")");
+    while (then.next()) {
+      changes.push_back({{table, then.number(0)}, Change::Removed, then.text(1), std::nullopt});
+    }
+  }
+  return changes;
+}
+
+void OtherState::putBack(const RowChange& change) const {
+  const std::string& table = change.key.table;
+  std::string sql = "DELETE FROM main." + table + " WHERE rowid=?1";
+  if (change.change != Change::Added) {
+    const std::string names = joined(columns(table));
+    const std::string then = selectRow("other", names, table);
+    sql = change.change == Change::Removed
+              ? "INSERT INTO main." + table + "(rowid," + names + ") " +
+                    selectRow("other", "rowid," + names, table)
+              : "UPDATE main." + table + " SET (" + names + ")=(" + then + ") WHERE rowid=?1";
+  }
+  Statement(database_, sql).bind(1, change.key.row).next();
+}
+
+}  // namespace vlout::history

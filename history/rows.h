@@ -1,0 +1,95 @@
+// The rows of the database as restore points need them: kept by a backup, told apart by a hash of
+// their content, and compared between two states of the database.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "history/restore_point.h"
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace vlout::history {
+
+// Copies the database with what other connections have committed to it. All functions throw
+// DatabaseError.
+void backUpDatabase(const std::filesystem::path& from, const std::filesystem::path& to);
+
+// A prepared statement of this subsystem's own text.
+class Statement {
+ public:
+  Statement(sqlite3* database, const std::string& sql);
+  // The statement with other values for its parameters; numbers and texts.
+  Statement& bind(int index, std::int64_t value);
+  Statement& bind(int index, std::string_view value);
+  // Moves on to the next row; false at the end, when the statement is ready to be run again.
+  bool next();
+  [[nodiscard]] std::int64_t number(int column) const;
+  [[nodiscard]] std::string text(int column) const;
+  // The hash of the current row's content.
+  [[nodiscard]] std::uint64_t hash() const;
+
+ private:
+  struct Finalizer {
+    void operator()(sqlite3_stmt* statement) const;
+  };
+  sqlite3* database_;
+  std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
+};
+
+void execute(sqlite3* database, const std::string& sql);
+
+// The hash of a row as it is now; nothing when there is no such row.
+[[nodiscard]] std::optional<std::uint64_t> hashOf(sqlite3* database, const RowKey& key);
+
+enum class Change { Changed, Added, Removed };
+
+// A row that is not what it was.
+struct RowChange {
+  RowKey key;
+  Change change = Change::Changed;
+  std::string name;
+  std::optional<std::uint64_t> hash;  // of its content now
+
+  bool operator==(const RowChange&) const = default;
+};
+
+// Another state of the database, attached to a connection for as long as the object lives.
+class OtherState {
+ public:
+  OtherState(sqlite3* database, const std::filesystem::path& file);
+  ~OtherState();
+  OtherState(const OtherState&) = delete;
+  OtherState& operator=(const OtherState&) = delete;
+
+  // How the connection's database differs from that state.
+  [[nodiscard]] std::vector<RowChange> changesSince() const;
+  // Gives a row the content that it has in that state.
+  void putBack(const RowChange& change) const;
+
+ private:
+  [[nodiscard]] std::vector<std::string> columns(const std::string& table) const;
+
+  sqlite3* database_;
+};
+
+// A database file opened for reading alone.
+class StoredDatabase {
+ public:
+  explicit StoredDatabase(const std::filesystem::path& file);
+  [[nodiscard]] sqlite3* get() const { return database_.get(); }
+
+ private:
+  struct Closer {
+    void operator()(sqlite3* database) const;
+  };
+  std::unique_ptr<sqlite3, Closer> database_;
+};
+
+}  // namespace vlout::history

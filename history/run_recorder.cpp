@@ -1,0 +1,170 @@
+#include "history/run_recorder.h"
+
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <sqlite3.h>
+
+#include "history/rows.h"
+#include "text/date_time.h"
+#include "text/file_path.h"
+
+namespace vlout::history {
+namespace {
+
+constexpr std::string_view kCards = "tbl_namecard";
+
+RunState stateAfter(transfer::RunOutcome::End end) {
+  using transfer::RunOutcome;
+  switch (end) {
+    case RunOutcome::Completed:
+      return RunState::Completed;
+    case RunOutcome::Stopped:
+      return RunState::Stopped;
+    case RunOutcome::NothingToDo:
+      return RunState::NothingToDo;
+    default:
+      return RunState::Failed;
+  }
+}
+
+std::string megabytes(std::uint64_t bytes) {
+  constexpr std::uint64_t kMegabyte = std::uint64_t{1} << 20;
+  return std::to_string((bytes + kMegabyte - 1) / kMegabyte) + " MB";
+}
+
+}  // namespace
+
+RunRecorder::RunRecorder(std::filesystem::path componentFolder, std::filesystem::path contacts,
+                         EmptiedFolder emptied)
+    : folder_(std::move(componentFolder)),
+      database_(store::ConnectionSettings{.componentFolder = folder_}.databaseFile()),
+      contacts_(std::filesystem::absolute(contacts)),
+      emptied_(std::move(emptied)),
+      runs_(folder_) {}
+
+std::string RunRecorder::begins(const transfer::RunDescription& run) {
+  try {
+    if (run.addsContacts) {
+      if (auto objection = objectionToEmptied(run.preview); !objection.empty()) return objection;
+    }
+    if (run.preview) return {};
+    if (auto objection = objectionToSpace(); !objection.empty()) return objection;
+    start(run);
+  } catch (const std::exception& error) {
+    return std::string("작업 기록을 만들 수 없어 시작하지 않습니다.\r\n") + error.what();
+  }
+  return {};
+}
+
+// A folder that held contacts at the last run and holds none now is more likely not mounted, or
+// another one, than meant.
+std::string RunRecorder::objectionToEmptied(bool preview) {
+  if (emptied_.goOn || warned_ || !cardFilesIn(contacts_).empty()) return {};
+  const auto runs = runs_.list();
+  const auto last = std::find_if(runs.rbegin(), runs.rend(),
+                                 [](const RunRecord& run) { return run.contactFiles.has_value(); });
+  if (last == runs.rend() || *last->contactFiles == 0) return {};
+  warned_ = emptied_.askAgain && !preview;
+  return "연락처 폴더가 비어 있습니다: " + text::pathText(contacts_) + "\r\n지난 작업(" +
+         last->started + ") 때에는 연락처 파일이 " + std::to_string(*last->contactFiles) +
+         "개 있었습니다(" + last->contacts +
+         ").\r\n폴더가 연결되지 않았거나 다른 폴더라면 모든 명함이 새 연락처로 다시 추가됩니다. " +
+         emptied_.howToGoOn;
+}
+
+std::string RunRecorder::objectionToSpace() const {
+  const std::uint64_t needed = RestorePoint::spaceFor(folder_, database_, contacts_);
+  const std::uint64_t free = std::filesystem::space(folder_).available;
+  if (free >= needed) return {};
+  return "디스크에 복원 지점을 둘 자리가 없어 시작하지 않습니다: " + text::pathText(folder_) +
+         " (필요 " + megabytes(needed) + ", 남음 " + megabytes(free) + ")";
+}
+
+void RunRecorder::start(const transfer::RunDescription& run) {
+  RunRecord record;
+  record.started = text::formatStamp(text::localNow());
+  record.mode = run.mode;
+  record.range = run.range;
+  record.contacts = text::pathText(contacts_);
+  runs_.begin(record);
+  record_ = std::move(record);
+}
+
+void RunRecorder::beforeWriting() {
+  if (!record_ || log_) return;
+  try {
+    const RestorePoint point(runs_.folderOf(record_->number));
+    point.take(database_, contacts_);
+    record_->wrote = true;
+    runs_.save(*record_);
+    log_.emplace(point.writtenLog());
+  } catch (const std::exception& error) {
+    throw transfer::RunAborted(
+        std::string("복원 지점을 만들지 못하여 아무것도 쓰지 않고 끝냅니다.\r\n") + error.what());
+  }
+}
+
+void RunRecorder::file(const std::string& name, const std::optional<FileState>& state) {
+  if (log_) log_->file(name, state);
+}
+
+void RunRecorder::row(const RowKey& key, const std::optional<std::uint64_t>& hash) {
+  if (log_) log_->row(key, hash);
+}
+
+void RunRecorder::ended(const transfer::RunOutcome& outcome) {
+  if (!record_) return;
+  RunRecord record = std::move(*record_);
+  record_.reset();
+  log_.reset();
+  record.state = stateAfter(outcome.end);
+  record.text = outcome.text;
+  try {
+    record.contactFiles = cardFilesIn(contacts_).size();
+    runs_.save(record);
+    runs_.prune();
+  } catch (const std::exception&) {
+    // The run itself has ended as it did; its record stays an unfinished one.
+  }
+}
+
+std::int64_t RecordedConnection::execute(std::string_view sql) {
+  if (!isOpen() || !recorder_->isRecording()) return SqliteConnection::execute(sql);
+  recorder_->beforeWriting();
+  // The log has the row before the row is there for good: a run that is killed in between has not
+  // changed it.
+  touched_.clear();
+  history::execute(database(), "BEGIN IMMEDIATE");
+  try {
+    const std::int64_t count = SqliteConnection::execute(sql);
+    for (const RowKey& key : touched_) recorder_->row(key, hashOf(database(), key));
+    history::execute(database(), "COMMIT");
+    return count;
+  } catch (...) {
+    sqlite3_exec(database(), "ROLLBACK", nullptr, nullptr, nullptr);
+    throw;
+  }
+}
+
+store::SqliteConnection::Database RecordedConnection::openDatabase(
+    const std::filesystem::path& file) {
+  Database database = SqliteConnection::openDatabase(file);
+  sqlite3_update_hook(
+      database.get(),
+      [](void* self, int, const char*, const char* table, sqlite3_int64 row) {
+        if (table == kCards)
+          static_cast<RecordedConnection*>(self)->touched_.push_back({table, row});
+      },
+      this);
+  return database;
+}
+
+FileState RecordedFolder::replace(const std::string& name, std::string_view text,
+                                  const std::optional<FileState>& before, bool keepSecond) {
+  recorder_->beforeWriting();
+  return replaceFile(name, text, before, keepSecond,
+                     [&](const FileState& state) { recorder_->file(name, state); });
+}
+
+}  // namespace vlout::history

@@ -1,0 +1,87 @@
+// Records every run and takes its restore point before its first write. The adapters below tell it
+// of each write before it counts; the frame of the run comes from the main window.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "history/restore_point.h"
+#include "history/runs.h"
+#include "outlook/vcard/folder.h"
+#include "store/sqlite/sqlite_connection.h"
+#include "transfer/run_window.h"
+
+namespace vlout::history {
+
+// What to do about an export into a folder that has lost its contacts.
+struct EmptiedFolder {
+  bool goOn = false;      // it is meant
+  bool askAgain = false;  // a second attempt means it
+  std::string howToGoOn{}; // for the user
+};
+
+class RunRecorder {
+ public:
+  RunRecorder(std::filesystem::path componentFolder, std::filesystem::path contacts,
+              EmptiedFolder emptied);
+
+  // A reason not to start, or an empty text; then `ended` follows, unless it is a preview.
+  [[nodiscard]] std::string begins(const transfer::RunDescription& run);
+  void ended(const transfer::RunOutcome& outcome);
+
+  [[nodiscard]] bool isRecording() const { return record_.has_value(); }
+  // The number of the run under way.
+  [[nodiscard]] int number() const { return record_->number; }
+
+  // Before each write. Throws RunAborted when there can be no restore point.
+  void beforeWriting();
+  // Each write, while it can still be undone or has not yet been made.
+  void file(const std::string& name, const std::optional<FileState>& state);
+  void row(const RowKey& key, const std::optional<std::uint64_t>& hash);
+
+ private:
+  [[nodiscard]] std::string objectionToEmptied(bool preview);
+  [[nodiscard]] std::string objectionToSpace() const;
+  void start(const transfer::RunDescription& run);
+
+  std::filesystem::path folder_;
+  std::filesystem::path database_;
+  std::filesystem::path contacts_;
+  EmptiedFolder emptied_;
+  Runs runs_;
+  std::optional<RunRecord> record_;  // while a run is under way
+  std::optional<WrittenLog> log_;    // once it writes
+  bool warned_ = false;
+};
+
+// The database of a run.
+class RecordedConnection : public store::SqliteConnection {
+ public:
+  explicit RecordedConnection(std::shared_ptr<RunRecorder> recorder)
+      : recorder_(std::move(recorder)) {}
+  std::int64_t execute(std::string_view sql) override;
+
+ protected:
+  [[nodiscard]] Database openDatabase(const std::filesystem::path& file) override;
+
+ private:
+  std::shared_ptr<RunRecorder> recorder_;
+  std::vector<RowKey> touched_;  // by the statement that runs
+};
+
+// The contact folder of a run.
+class RecordedFolder : public outlook::vcard::Folder {
+ public:
+  RecordedFolder(const std::string& path, std::shared_ptr<RunRecorder> recorder)
+      : Folder(path), recorder_(std::move(recorder)) {}
+  FileState replace(const std::string& name, std::string_view text,
+                    const std::optional<FileState>& before, bool keepSecond) override;
+
+ private:
+  std::shared_ptr<RunRecorder> recorder_;
+};
+
+}  // namespace vlout::history

@@ -1,0 +1,126 @@
+#include "history/runs.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <fstream>
+#include <system_error>
+
+#include "history/restore_point.h"
+#include "text/ascii.h"
+#include "text/date_time.h"
+
+namespace vlout::history {
+namespace {
+
+constexpr std::size_t kMostPoints = 20;
+constexpr std::size_t kMostRecords = 1000;
+constexpr std::int64_t kOldest = std::int64_t{30} * 24 * 60 * 60;  // seconds
+
+constexpr std::array<std::string_view, 5> kStates{"unfinished", "completed", "stopped", "nothing",
+                                                  "failed"};
+
+RunState stateOf(std::string_view word) {
+  const auto* const found = std::find(kStates.begin(), kStates.end(), word);
+  return found == kStates.end() ? RunState::Unfinished
+                                : static_cast<RunState>(found - kStates.begin());
+}
+
+std::string oneLine(std::string text) {
+  std::replace_if(
+      text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
+  return text;
+}
+
+void readLine(const std::string& line, RunRecord& record) {
+  const std::size_t equals = line.find('=');
+  if (equals == std::string::npos) return;
+  const std::string key = line.substr(0, equals);
+  const std::string value = line.substr(equals + 1);
+  const auto number = text::parseInteger(value);
+  if (key == "started") record.started = value;
+  if (key == "mode") record.mode = value;
+  if (key == "range") record.range = value;
+  if (key == "contacts") record.contacts = value;
+  if (key == "state") record.state = stateOf(value);
+  if (key == "text") record.text = value;
+  if (key == "wrote") record.wrote = value == "1";
+  if (key == "contactFiles" && number) record.contactFiles = static_cast<std::size_t>(*number);
+  if (key == "undoneBy" && number) record.undoneBy = static_cast<int>(*number);
+}
+
+}  // namespace
+
+std::filesystem::path Runs::folderOf(int number) const {
+  return folder_ / std::to_string(number);
+}
+
+std::vector<int> Runs::numbers() const {
+  std::vector<int> result;
+  std::error_code none;
+  for (const auto& entry : std::filesystem::directory_iterator(folder_, none)) {
+    const auto number = text::parseInteger(entry.path().filename().string());
+    if (number && *number > 0 && entry.is_directory()) result.push_back(static_cast<int>(*number));
+  }
+  std::sort(result.begin(), result.end());
+  return result;
+}
+
+std::vector<RunRecord> Runs::list() const {
+  std::vector<RunRecord> result;
+  for (const int number : numbers()) {
+    RunRecord record;
+    record.number = number;
+    std::ifstream file(folderOf(number) / "run");
+    for (std::string line; std::getline(file, line);) readLine(line, record);
+    result.push_back(std::move(record));
+  }
+  return result;
+}
+
+void Runs::begin(RunRecord& record) const {
+  if (std::filesystem::create_directories(folder_)) {
+    std::filesystem::permissions(folder_, std::filesystem::perms::owner_all);
+  }
+  const auto known = numbers();
+  record.number = known.empty() ? 1 : known.back() + 1;
+  // Another run may begin at the same moment, on another contact folder.
+  while (!std::filesystem::create_directory(folderOf(record.number))) ++record.number;
+  save(record);
+}
+
+void Runs::save(const RunRecord& record) const {
+  const auto file = folderOf(record.number) / "run";
+  auto draft = file;
+  draft += ".new";
+  std::ofstream stream(draft, std::ios::binary | std::ios::trunc);
+  stream << "started=" << record.started << "\nmode=" << record.mode
+         << "\nrange=" << oneLine(record.range) << "\ncontacts=" << oneLine(record.contacts)
+         << "\nstate=" << kStates.at(static_cast<std::size_t>(record.state))
+         << "\ntext=" << oneLine(record.text) << "\nwrote=" << (record.wrote ? 1 : 0) << '\n';
+  if (record.contactFiles) stream << "contactFiles=" << *record.contactFiles << '\n';
+  if (record.undoneBy != 0) stream << "undoneBy=" << record.undoneBy << '\n';
+  stream.close();
+  if (!stream) throw std::system_error(errno, std::generic_category(), draft.string());
+  std::filesystem::rename(draft, file);
+}
+
+void Runs::prune() const {
+  auto runs = list();
+  std::reverse(runs.begin(), runs.end());
+  const std::int64_t now = text::localNow().seconds;
+  std::size_t points = 0;
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    const RunRecord& run = runs[i];
+    const auto started = text::parseDateTime(run.started);
+    const bool old = !started || now - started->seconds > kOldest;
+    if (run.wrote) ++points;
+    const bool keepsPoint = run.wrote && (points == 1 || (!old && points <= kMostPoints));
+    if (keepsPoint || i == 0) continue;
+    RestorePoint(folderOf(run.number)).drop();
+    std::error_code next;
+    if (old || i >= kMostRecords) std::filesystem::remove_all(folderOf(run.number), next);
+  }
+}
+
+}  // namespace vlout::history

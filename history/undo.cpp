@@ -1,0 +1,281 @@
+#include "history/undo.h"
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <fstream>
+#include <iterator>
+#include <sys/stat.h>
+#include <system_error>
+
+#include "outlook/contact_store.h"
+#include "outlook/vcard/card_text.h"
+#include "outlook/vcard/vcard_syntax.h"
+#include "text/ascii.h"
+#include "text/file_path.h"
+
+namespace vlout::history {
+namespace {
+
+namespace fs = std::filesystem;
+
+// Beside the file that it becomes; removed by the next run when an undo was killed.
+constexpr const char* kTemporary = ".vloutsync.tmp";
+
+constexpr std::array<const char*, 3> kEdited{"고침", "추가", "삭제"};
+
+std::string editOf(const char* what, Change change, const std::string& name,
+                   const std::string& when) {
+  return std::string(what) + " " + kEdited.at(static_cast<std::size_t>(change)) + ": " + name +
+         when;
+}
+
+// The name on a card, for people to know it by.
+std::string personIn(const fs::path& file) {
+  std::ifstream stream(file, std::ios::binary);
+  const std::string text{std::istreambuf_iterator<char>(stream), {}};
+  outlook::vcard::LineReader reader(text);
+  while (!reader.atEnd()) {
+    const std::string_view line = reader.next();
+    if (!text::equalsIgnoringAsciiCase(outlook::vcard::lineName(line), "FN")) continue;
+    return outlook::vcard::readProperty(line, outlook::vcard::Version::V30).whole();
+  }
+  return {};
+}
+
+std::string personAndFile(const fs::path& folder, const std::string& name) {
+  const std::string person = personIn(folder / text::pathOf(name));
+  return person.empty() ? name : person + " (" + name + ")";
+}
+
+// The files of a folder after a run that found `before` there.
+FileStates after(FileStates before, const Written& written) {
+  for (const auto& [name, state] : written.files) {
+    if (state) {
+      before.insert_or_assign(name, *state);
+    } else {
+      before.erase(name);
+    }
+  }
+  return before;
+}
+
+// Calls `use(name, change)` for each file of `now` that is not what it was `then`.
+template <typename Use>
+void compareFiles(const FileStates& then, const FileStates& now, Use use) {
+  for (const auto& [name, state] : now) {
+    const auto old = then.find(name);
+    if (old == then.end()) {
+      use(name, Change::Added);
+    } else if (!isSame(old->second, state)) {
+      use(name, Change::Changed);
+    }
+  }
+  for (const auto& [name, state] : then) {
+    if (!now.contains(name)) use(name, Change::Removed);
+  }
+}
+
+std::optional<FileState> stateOf(const fs::path& file) {
+  struct stat status {};
+  if (::stat(file.c_str(), &status) != 0) return std::nullopt;
+  return outlook::vcard::stateOf(status);
+}
+
+}  // namespace
+
+// The live database.
+class Undo::Connection : public store::SqliteConnection {
+ public:
+  using SqliteConnection::database;
+};
+
+Undo::~Undo() = default;
+
+Undo::Undo(const fs::path& componentFolder, int run) : folder_(componentFolder), runs_(folder_) {
+  chooseRun(run);
+  for (const RunRecord& later : later_) {
+    if (RestorePoint(runs_.folderOf(later.number)).exists()) continue;
+    throw UndoError("작업 " + std::to_string(later.number) +
+                    "의 복원 지점이 이미 지워져 되돌릴 수 없습니다.");
+  }
+  point_.emplace(runs_.folderOf(later_.front().number));
+  contacts_ = text::pathOf(later_.front().contacts);
+  lock_ = std::make_unique<outlook::vcard::Folder>(contacts_.string());
+  found_ = cardFilesIn(contacts_);
+  connection_ = std::make_unique<Connection>();
+  connection_->open({.componentFolder = folder_});
+  findEdits();
+  findChanges();
+}
+
+void Undo::chooseRun(int number) {
+  const auto runs = runs_.list();
+  const auto chosen = std::find_if(runs.rbegin(), runs.rend(), [&](const RunRecord& run) {
+    return number != 0 ? run.number == number
+                       : run.wrote && run.undoneBy == 0 && run.mode != kUndoMode;
+  });
+  if (chosen == runs.rend()) {
+    throw UndoError(number == 0 ? "되돌릴 작업이 없습니다."
+                                : "작업 " + std::to_string(number) + "이(가) 기록에 없습니다.");
+  }
+  run_ = *chosen;
+  for (const RunRecord& run : runs) {
+    if (run.number >= run_.number && run.wrote) later_.push_back(run);
+  }
+  if (later_.empty()) {
+    throw UndoError("작업 " + std::to_string(run_.number) + "부터는 바뀐 것이 없습니다.");
+  }
+}
+
+// What differs between the end of one run and the beginning of the next, or now, is an edit.
+void Undo::findEdits() {
+  for (std::size_t i = 0; i < later_.size(); ++i) {
+    const RunRecord& run = later_[i];
+    const RestorePoint point(runs_.folderOf(run.number));
+    const Written written = Written::read(point.writtenLog());
+    const std::string when = " [작업 " + std::to_string(run.number) + " 뒤]";
+    const bool last = i + 1 == later_.size();
+    if (last) {
+      const OtherState before(connection_->database(), point.database());
+      addRowEdits(before.changesSince(), written, when);
+    } else {
+      const StoredDatabase next(RestorePoint(runs_.folderOf(later_[i + 1].number)).database());
+      const OtherState before(next.get(), point.database());
+      addRowEdits(before.changesSince(), written, when);
+    }
+    if (text::pathOf(run.contacts) != contacts_) {
+      edits_.push_back(
+          "작업 " + std::to_string(run.number) +
+          "은(는) 다른 연락처 폴더를 썼습니다. 그 폴더는 되돌리지 않습니다: " + run.contacts);
+      continue;
+    }
+    const auto next = std::find_if(
+        later_.begin() + static_cast<std::ptrdiff_t>(i) + 1, later_.end(),
+        [&](const RunRecord& other) { return text::pathOf(other.contacts) == contacts_; });
+    addFileEdits(
+        after(point.contacts(), written),
+        next == later_.end() ? found_ : RestorePoint(runs_.folderOf(next->number)).contacts(),
+        when);
+  }
+}
+
+void Undo::addRowEdits(const std::vector<RowChange>& changes, const Written& written,
+                       const std::string& when) {
+  for (const RowChange& change : changes) {
+    const auto row = written.rows.find(change.key);
+    if (row != written.rows.end() && row->second == change.hash) continue;
+    const bool isCard = change.key.table == "tbl_namecard";
+    edits_.push_back(editOf(isCard ? "명함" : "그룹", change.change, change.name, when));
+  }
+}
+
+void Undo::addFileEdits(const FileStates& expected, const FileStates& found,
+                        const std::string& when) {
+  compareFiles(expected, found, [&](const std::string& name, Change change) {
+    edits_.push_back(editOf("연락처", change, personAndFile(contacts_, name), when));
+  });
+}
+
+void Undo::findChanges() {
+  rows_ = OtherState(connection_->database(), point_->database()).changesSince();
+  const FileStates then = point_->contacts();
+  compareFiles(then, found_, [&](const std::string& name, Change change) {
+    FileChange file{.name = name, .change = change};
+    const fs::path kept = point_->contact(name);
+    file.person = personIn(change == Change::Removed ? kept : contacts_ / text::pathOf(name));
+    if (change != Change::Added) {
+      const auto state = stateOf(kept);
+      file.lost = !state || !isSame(*state, then.at(name));
+    }
+    files_.push_back(std::move(file));
+  });
+}
+
+void Undo::perform() {
+  RunRecorder recorder(folder_, contacts_, {.goOn = true});
+  transfer::RunDescription description;
+  description.mode = kUndoMode;
+  description.range = std::to_string(run_.number);
+  const std::string objection = recorder.begins(description);
+  if (!objection.empty()) throw UndoError(objection);
+  const int number = recorder.number();
+  try {
+    requireUnchanged();
+    recorder.beforeWriting();
+    putRowsBack(recorder);
+    for (const FileChange& file : files_) putFileBack(file, recorder);
+    lock_->flush();
+  } catch (const std::exception& error) {
+    recorder.ended({transfer::RunOutcome::Failed, error.what()});
+    throw;
+  }
+  recorder.ended({transfer::RunOutcome::Completed, "명함=" + std::to_string(rows_.size()) +
+                                                       "/연락처=" + std::to_string(files_.size())});
+  markRuns(number);
+}
+
+void Undo::requireUnchanged() const {
+  for (const FileChange& file : files_) {
+    const auto state = stateOf(contacts_ / text::pathOf(file.name));
+    const auto seen = found_.find(file.name);
+    const bool same = state && seen != found_.end() ? isSame(*state, seen->second)
+                                                    : !state && seen == found_.end();
+    if (!same) throw UndoError("그 사이에 연락처가 바뀌었습니다. 다시 실행하십시오: " + file.name);
+  }
+}
+
+void Undo::putRowsBack(RunRecorder& recorder) {
+  sqlite3* const database = connection_->database();
+  const OtherState before(database, point_->database());
+  execute(database, "BEGIN IMMEDIATE");
+  try {
+    if (before.changesSince() != rows_) {
+      throw UndoError("그 사이에 데이터베이스가 바뀌었습니다. 다시 실행하십시오.");
+    }
+    for (const RowChange& change : rows_) {
+      before.putBack(change);
+      recorder.row(change.key, hashOf(database, change.key));
+    }
+    execute(database, "COMMIT");
+  } catch (...) {
+    connection_->execute("ROLLBACK");
+    throw;
+  }
+}
+
+// A kept file gets its place back as what it was, with its modification time: it must not look as
+// if it had been edited.
+void Undo::putFileBack(const FileChange& file, RunRecorder& recorder) const {
+  fs::path target = contacts_ / text::pathOf(file.name);
+  if (file.change == Change::Added) {
+    recorder.file(file.name, std::nullopt);
+    fs::remove(target);
+    return;
+  }
+  if (file.lost && file.change == Change::Changed) return;  // it is already what is kept
+  if (fs::is_symlink(target)) target = fs::canonical(target);
+  const fs::path temporary = target.parent_path() / kTemporary;
+  fs::remove(temporary);
+  linkOrCopy(point_->contact(file.name), temporary);
+  recorder.file(file.name, stateOf(temporary));
+  // Two names of one file: the rename would do nothing and leave both.
+  if (fs::exists(target) && fs::equivalent(temporary, target)) fs::remove(target);
+  fs::rename(temporary, target);
+}
+
+// The runs that are gone now, and those that an undo among them had taken back.
+void Undo::markRuns(int undoNumber) const {
+  for (RunRecord run : runs_.list()) {
+    if (run.number >= run_.number && run.number < undoNumber && run.undoneBy == 0) {
+      run.undoneBy = undoNumber;
+    } else if (run.number < run_.number && run.undoneBy >= run_.number) {
+      run.undoneBy = 0;
+    } else {
+      continue;
+    }
+    runs_.save(run);
+  }
+}
+
+}  // namespace vlout::history

@@ -1,0 +1,82 @@
+// Puts both sides back as they were before a run. What it would change, and what was edited since
+// the runs that it goes back over, is known before anything is touched. An undo is a run of its
+// own, with a restore point of its own: it can be taken back too, and repeated when it was killed.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include "history/rows.h"
+#include "history/run_recorder.h"
+#include "history/runs.h"
+#include "outlook/vcard/folder.h"
+#include "store/sqlite/sqlite_connection.h"
+
+namespace vlout::history {
+
+// Why there is nothing to undo, or no way to.
+class UndoError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+struct FileChange {
+  std::string name;
+  Change change = Change::Changed;
+  std::string person{};
+  bool lost = false;  // the kept file was changed in place, by another program
+};
+
+class Undo {
+ public:
+  // `run` is the run to go back before, or 0 for the last one that wrote and was not taken back.
+  // Holds the contact folder from here on. Throws UndoError, ContactStoreError, DatabaseError.
+  Undo(const std::filesystem::path& componentFolder, int run);
+
+  [[nodiscard]] const RunRecord& run() const { return run_; }
+  [[nodiscard]] const std::vector<RowChange>& rows() const { return rows_; }
+  [[nodiscard]] const std::vector<FileChange>& files() const { return files_; }
+  // What was edited since, a line each: going back loses it.
+  [[nodiscard]] const std::vector<std::string>& edits() const { return edits_; }
+  [[nodiscard]] bool changesNothing() const { return rows_.empty() && files_.empty(); }
+
+  // Throws as the constructor does, and RunAborted when there can be no restore point.
+  void perform();
+
+  ~Undo();
+  Undo(const Undo&) = delete;
+  Undo& operator=(const Undo&) = delete;
+
+ private:
+  class Connection;
+
+  void chooseRun(int number);
+  void findEdits();
+  void addFileEdits(const FileStates& expected, const FileStates& found, const std::string& when);
+  void addRowEdits(const std::vector<RowChange>& changes, const Written& written,
+                   const std::string& when);
+  void findChanges();
+  void requireUnchanged() const;
+  void putRowsBack(RunRecorder& recorder);
+  void putFileBack(const FileChange& file, RunRecorder& recorder) const;
+  void markRuns(int undoNumber) const;
+
+  std::filesystem::path folder_;
+  Runs runs_;
+  std::vector<RunRecord> later_;  // the run and those after it that wrote, oldest first
+  RunRecord run_;
+  std::optional<RestorePoint> point_;
+  std::filesystem::path contacts_;
+  std::unique_ptr<outlook::vcard::Folder> lock_;
+  std::unique_ptr<Connection> connection_;
+  FileStates found_;  // the contact files as they are
+  std::vector<RowChange> rows_;
+  std::vector<FileChange> files_;
+  std::vector<std::string> edits_;
+};
+
+}  // namespace vlout::history
