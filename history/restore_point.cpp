@@ -49,6 +49,20 @@ void forEachEntry(const fs::path& path, Use use) {
   }
 }
 
+template <typename Use>
+void forEachCardFile(const fs::path& folder, Use use) {
+  struct Close {
+    void operator()(DIR* directory) const { ::closedir(directory); }
+  };
+  const std::unique_ptr<DIR, Close> directory(::opendir(folder.c_str()));
+  if (!directory) {
+    throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
+  }
+  while (const dirent* const entry = ::readdir(directory.get())) {
+    if (outlook::vcard::isCardFile(entry->d_name)) use(::dirfd(directory.get()), entry->d_name);
+  }
+}
+
 dev_t deviceOf(const fs::path& path) {
   struct stat status {};
   return ::stat(path.c_str(), &status) == 0 ? status.st_dev : 0;
@@ -63,23 +77,20 @@ std::uint64_t sizeOf(const fs::path& file) {
 }  // namespace
 
 FileStates cardFilesIn(const fs::path& folder) {
-  struct Close {
-    void operator()(DIR* directory) const { ::closedir(directory); }
-  };
-  const std::unique_ptr<DIR, Close> directory(::opendir(folder.c_str()));
-  if (!directory) {
-    throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
-  }
   FileStates states;
-  while (const dirent* const entry = ::readdir(directory.get())) {
+  forEachCardFile(folder, [&](int directory, const char* name) {
     struct stat status {};
-    if (!outlook::vcard::isCardFile(entry->d_name) ||
-        ::fstatat(::dirfd(directory.get()), entry->d_name, &status, 0) != 0) {
-      continue;
+    if (::fstatat(directory, name, &status, 0) == 0 && S_ISREG(status.st_mode)) {
+      states.emplace(name, outlook::vcard::stateOf(status));
     }
-    if (S_ISREG(status.st_mode)) states.emplace(entry->d_name, outlook::vcard::stateOf(status));
-  }
+  });
   return states;
+}
+
+std::size_t countCardFiles(const fs::path& folder) {
+  std::size_t count = 0;
+  forEachCardFile(folder, [&](int, const char*) { ++count; });
+  return count;
 }
 
 bool isSame(const FileState& a, const FileState& b) {
@@ -102,11 +113,12 @@ std::uint64_t RestorePoint::spaceFor(const fs::path& runsFolder, const fs::path&
   fs::path wal = database;
   wal += "-wal";
   std::uint64_t size = sizeOf(database) + sizeOf(wal) + kMargin;
-  const bool copies = deviceOf(runsFolder) != deviceOf(contacts);
+  constexpr std::uint64_t kLink = 512;  // its name in a folder and in a list, amply
+  size += kLink * countCardFiles(contacts);
+  if (deviceOf(runsFolder) == deviceOf(contacts)) return size;
+  constexpr std::uint64_t kBlock = 4096;
   for (const auto& [name, state] : cardFilesIn(contacts)) {
-    // A link costs its name in a folder and in a list.
-    size += 2 * name.size() + 64;
-    if (copies) size += static_cast<std::uint64_t>(state.size) + 4096;
+    size += static_cast<std::uint64_t>(state.size) + kBlock;
   }
   return size;
 }
@@ -169,6 +181,10 @@ Written Written::read(const fs::path& log) {
     }
   });
   return written;
+}
+
+std::string Written::counts() const {
+  return "명함=" + std::to_string(rows.size()) + "/연락처=" + std::to_string(files.size());
 }
 
 WrittenLog::WrittenLog(const fs::path& log)

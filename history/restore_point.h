@@ -19,6 +19,9 @@ using FileStates = std::map<std::string, FileState>;  // by name
 // The vCard files of a folder as they are now. Throws ContactStoreError.
 [[nodiscard]] FileStates cardFilesIn(const std::filesystem::path& folder);
 
+// Their number; without a look at each.
+[[nodiscard]] std::size_t countCardFiles(const std::filesystem::path& folder);
+
 // Whether two states are of the same content. A copy has another inode.
 [[nodiscard]] bool isSame(const FileState& a, const FileState& b);
 
@@ -70,6 +73,8 @@ struct Written {
   std::map<RowKey, std::optional<std::uint64_t>> rows;  // the hash of the row's content
 
   [[nodiscard]] static Written read(const std::filesystem::path& log);
+  // How many rows and files there are.
+  [[nodiscard]] std::string counts() const;
 };
 
 // Appends to the log of a run. Each entry is there for good once the call returns, even when the

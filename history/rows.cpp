@@ -123,6 +123,10 @@ bool Statement::next() {
   return false;
 }
 
+void Statement::reset() {
+  sqlite3_reset(statement_.get());
+}
+
 std::int64_t Statement::number(int column) const {
   return sqlite3_column_int64(statement_.get(), column);
 }
@@ -151,11 +155,16 @@ void execute(sqlite3* database, const std::string& sql) {
   if (sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) fail(database);
 }
 
-std::optional<std::uint64_t> hashOf(sqlite3* database, const RowKey& key) {
-  Statement row(database, selectRow("main", "*", key.table));
-  row.bind(1, key.row);
-  if (!row.next()) return std::nullopt;
-  return row.hash();
+std::optional<std::uint64_t> RowHashes::of(const RowKey& key) {
+  auto found = rows_.find(key.table);
+  if (found == rows_.end()) {
+    found = rows_.emplace(key.table, Statement(database_, selectRow("main", "*", key.table))).first;
+  }
+  Statement& row = found->second;
+  if (!row.bind(1, key.row).next()) return std::nullopt;
+  const std::uint64_t hash = row.hash();
+  row.reset();
+  return hash;
 }
 
 OtherState::OtherState(sqlite3* database, const std::filesystem::path& file) : database_(database) {
@@ -163,6 +172,7 @@ OtherState::OtherState(sqlite3* database, const std::filesystem::path& file) : d
 }
 
 OtherState::~OtherState() {
+  putBack_.clear();  // statements in use would hold the other state
   sqlite3_exec(database_, "DETACH other", nullptr, nullptr, nullptr);
 }
 
@@ -180,6 +190,7 @@ std::vector<std::string> OtherState::columns(const std::string& table) const {
 
 std::vector<RowChange> OtherState::changesSince() const {
   std::vector<RowChange> changes;
+  RowHashes hashes(database_);
   for (const auto& [name, caption] : kTables) {
     const std::string table = name;
     std::string differs = "o.rowid IS NULL";
@@ -191,8 +202,8 @@ std::vector<RowChange> OtherState::changesSince() const {
                                  " o ON o.rowid=m.rowid WHERE " + differs);
     while (now.next()) {
       const RowKey key{table, now.number(0)};
-      changes.push_back({key, now.number(1) != 0 ? Change::Added : Change::Changed, now.text(2),
-                         hashOf(database_, key)});
+      changes.push_back(
+          {key, now.number(1) != 0 ? Change::Added : Change::Changed, now.text(2), hashes.of(key)});
     }
     Statement then(database_, std::string("SELECT rowid,") + caption + " FROM other." + table +
                                   " WHERE rowid NOT IN (SELECT rowid FROM main." + table + ")");
@@ -203,18 +214,27 @@ std::vector<RowChange> OtherState::changesSince() const {
   return changes;
 }
 
-void OtherState::putBack(const RowChange& change) const {
-  const std::string& table = change.key.table;
-  std::string sql = "DELETE FROM main." + table + " WHERE rowid=?1";
-  if (change.change != Change::Added) {
-    const std::string names = joined(columns(table));
-    const std::string then = selectRow("other", names, table);
-    sql = change.change == Change::Removed
-              ? "INSERT INTO main." + table + "(rowid," + names + ") " +
-                    selectRow("other", "rowid," + names, table)
-              : "UPDATE main." + table + " SET (" + names + ")=(" + then + ") WHERE rowid=?1";
+std::string OtherState::putBackSql(const std::string& table, Change change) const {
+  const std::string names = joined(columns(table));
+  switch (change) {
+    case Change::Added:
+      return "DELETE FROM main." + table + " WHERE rowid=?1";
+    case Change::Removed:
+      return "INSERT INTO main." + table + "(rowid," + names + ") " +
+             selectRow("other", "rowid," + names, table);
+    default:
+      return "UPDATE main." + table + " SET (" + names + ")=(" + selectRow("other", names, table) +
+             ") WHERE rowid=?1";
   }
-  Statement(database_, sql).bind(1, change.key.row).next();
+}
+
+void OtherState::putBack(const RowChange& change) {
+  const std::pair kind{change.key.table, change.change};
+  auto found = putBack_.find(kind);
+  if (found == putBack_.end()) {
+    found = putBack_.emplace(kind, Statement(database_, putBackSql(kind.first, kind.second))).first;
+  }
+  found->second.bind(1, change.key.row).next();
 }
 
 }  // namespace vlout::history

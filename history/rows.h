@@ -4,10 +4,12 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "history/restore_point.h"
@@ -25,7 +27,7 @@ void backUpDatabase(const std::filesystem::path& from, const std::filesystem::pa
 class Statement {
  public:
   Statement(sqlite3* database, const std::string& sql);
-  // The statement with other values for its parameters; numbers and texts.
+  // Gives a parameter its value for the next run; numbers and texts.
   Statement& bind(int index, std::int64_t value);
   Statement& bind(int index, std::string_view value);
   // Moves on to the next row; false at the end, when the statement is ready to be run again.
@@ -34,6 +36,8 @@ class Statement {
   [[nodiscard]] std::string text(int column) const;
   // The hash of the current row's content.
   [[nodiscard]] std::uint64_t hash() const;
+  // Ends a run of the statement before its last row.
+  void reset();
 
  private:
   struct Finalizer {
@@ -45,8 +49,17 @@ class Statement {
 
 void execute(sqlite3* database, const std::string& sql);
 
-// The hash of a row as it is now; nothing when there is no such row.
-[[nodiscard]] std::optional<std::uint64_t> hashOf(sqlite3* database, const RowKey& key);
+// The hashes of rows as they are.
+class RowHashes {
+ public:
+  explicit RowHashes(sqlite3* database) : database_(database) {}
+  // Nothing when there is no such row.
+  [[nodiscard]] std::optional<std::uint64_t> of(const RowKey& key);
+
+ private:
+  sqlite3* database_;
+  std::map<std::string, Statement> rows_;  // by table
+};
 
 enum class Change { Changed, Added, Removed };
 
@@ -71,12 +84,14 @@ class OtherState {
   // How the connection's database differs from that state.
   [[nodiscard]] std::vector<RowChange> changesSince() const;
   // Gives a row the content that it has in that state.
-  void putBack(const RowChange& change) const;
+  void putBack(const RowChange& change);
 
  private:
   [[nodiscard]] std::vector<std::string> columns(const std::string& table) const;
+  [[nodiscard]] std::string putBackSql(const std::string& table, Change change) const;
 
   sqlite3* database_;
+  std::map<std::pair<std::string, Change>, Statement> putBack_;
 };
 
 // A database file opened for reading alone.

@@ -60,7 +60,7 @@ std::string RunRecorder::begins(const transfer::RunDescription& run) {
 // A folder that held contacts at the last run and holds none now is more likely not mounted, or
 // another one, than meant.
 std::string RunRecorder::objectionToEmptied(bool preview) {
-  if (emptied_.goOn || warned_ || !cardFilesIn(contacts_).empty()) return {};
+  if (emptied_.goOn || warned_ || countCardFiles(contacts_) > 0) return {};
   const auto runs = runs_.list();
   const auto last = std::find_if(runs.rbegin(), runs.rend(),
                                  [](const RunRecord& run) { return run.contactFiles.has_value(); });
@@ -121,7 +121,11 @@ void RunRecorder::ended(const transfer::RunOutcome& outcome) {
   record.state = stateAfter(outcome.end);
   record.text = outcome.text;
   try {
-    record.contactFiles = cardFilesIn(contacts_).size();
+    if (record.wrote && record.state != RunState::Completed) {
+      const RestorePoint point(runs_.folderOf(record.number));
+      record.text += " " + Written::read(point.writtenLog()).counts();
+    }
+    record.contactFiles = countCardFiles(contacts_);
     runs_.save(record);
     runs_.prune();
   } catch (const std::exception&) {
@@ -138,7 +142,7 @@ std::int64_t RecordedConnection::execute(std::string_view sql) {
   history::execute(database(), "BEGIN IMMEDIATE");
   try {
     const std::int64_t count = SqliteConnection::execute(sql);
-    for (const RowKey& key : touched_) recorder_->row(key, hashOf(database(), key));
+    for (const RowKey& key : touched_) recorder_->row(key, hashes_->of(key));
     history::execute(database(), "COMMIT");
     return count;
   } catch (...) {
@@ -149,7 +153,9 @@ std::int64_t RecordedConnection::execute(std::string_view sql) {
 
 store::SqliteConnection::Database RecordedConnection::openDatabase(
     const std::filesystem::path& file) {
+  hashes_.reset();
   Database database = SqliteConnection::openDatabase(file);
+  hashes_.emplace(database.get());
   sqlite3_update_hook(
       database.get(),
       [](void* self, int, const char*, const char* table, sqlite3_int64 row) {

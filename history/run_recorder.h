@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "history/restore_point.h"
+#include "history/rows.h"
 #include "history/runs.h"
 #include "outlook/vcard/folder.h"
 #include "store/sqlite/sqlite_connection.h"
@@ -18,9 +19,9 @@ namespace vlout::history {
 
 // What to do about an export into a folder that has lost its contacts.
 struct EmptiedFolder {
-  bool goOn = false;      // it is meant
-  bool askAgain = false;  // a second attempt means it
-  std::string howToGoOn{}; // for the user
+  bool goOn = false;        // it is meant
+  bool askAgain = false;    // a second attempt means it
+  std::string howToGoOn{};  // for the user
 };
 
 class RunRecorder {
@@ -69,6 +70,7 @@ class RecordedConnection : public store::SqliteConnection {
 
  private:
   std::shared_ptr<RunRecorder> recorder_;
+  std::optional<RowHashes> hashes_;
   std::vector<RowKey> touched_;  // by the statement that runs
 };
 

@@ -227,7 +227,8 @@ void Undo::requireUnchanged() const {
 
 void Undo::putRowsBack(RunRecorder& recorder) {
   sqlite3* const database = connection_->database();
-  const OtherState before(database, point_->database());
+  OtherState before(database, point_->database());
+  RowHashes hashes(database);
   execute(database, "BEGIN IMMEDIATE");
   try {
     if (before.changesSince() != rows_) {
@@ -235,7 +236,7 @@ void Undo::putRowsBack(RunRecorder& recorder) {
     }
     for (const RowChange& change : rows_) {
       before.putBack(change);
-      recorder.row(change.key, hashOf(database, change.key));
+      recorder.row(change.key, hashes.of(change.key));
     }
     execute(database, "COMMIT");
   } catch (...) {

@@ -18,7 +18,7 @@ constexpr std::array<const char*, 5> kStates{"끝나지 않음", "완료", "중�
 constexpr std::array<const char*, 3> kPutBack{"되돌림", "삭제", "되살림"};
 
 std::string wayBack(const history::Runs& runs, const RunRecord& run) {
-  if (run.undoneBy != 0) return "작업 " + std::to_string(run.undoneBy) + "이 되돌림";
+  if (run.undoneBy != 0) return "작업 " + std::to_string(run.undoneBy) + "에서 되돌림";
   if (!run.wrote) return "바뀐 것 없음";
   const bool kept = history::RestorePoint(runs.folderOf(run.number)).exists();
   return kept ? "되돌릴 수 있음" : "복원 지점 지워짐";
@@ -55,7 +55,12 @@ void printChanges(const history::Undo& undo, std::ostream& out) {
 
 void printHistory(const std::filesystem::path& folder, std::ostream& out) {
   const history::Runs runs(folder);
-  for (const RunRecord& run : runs.list()) {
+  for (RunRecord run : runs.list()) {
+    // One that was killed could not say what it had done.
+    if (run.state == history::RunState::Unfinished && run.wrote) {
+      const history::RestorePoint point(runs.folderOf(run.number));
+      run.text = history::Written::read(point.writtenLog()).counts();
+    }
     out << run.number << '\t' << run.started << '\t' << run.mode;
     if (!run.range.empty()) out << ' ' << run.range;
     out << '\t' << kStates.at(static_cast<std::size_t>(run.state)) << '\t' << run.text << '\t'

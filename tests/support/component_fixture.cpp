@@ -59,9 +59,9 @@ std::vector<std::string> ComponentFixture::press(
     window.Combo2.setIndex(ui::frmOutlookSync::kAllCards);
     prepare(window);
     const bool preview = button == &ui::frmOutlookSync::Command8;
-    const std::string before = preview ? contentOf(folder()) : "";
+    const std::string before = preview ? stampsOf(folder()) : "";
     (window.*button).press();
-    EXPECT_TRUE(!preview || contentOf(folder()) == before) << "the preview changed something";
+    EXPECT_TRUE(!preview || stampsOf(folder()) == before) << "the preview changed something";
     for (const auto& row : window.ListView1.rows()) {
       lines.push_back(row.cells[0] + "|" + row.cells[1] + "|" + row.cells[2]);
     }

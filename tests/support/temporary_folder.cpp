@@ -39,16 +39,15 @@ std::vector<std::string> fileNames(const std::filesystem::path& folder) {
   return names;
 }
 
-std::string contentOf(const std::filesystem::path& folder) {
+std::string stampsOf(const std::filesystem::path& folder) {
   std::vector<std::string> files;
   const auto add = [&](const std::filesystem::path& path) {
     struct stat status {};
     if (lstat(path.c_str(), &status) != 0) throw std::runtime_error(path.string());
-    std::string text = path.string() + '|';
+    std::string text = path.string() + '|' + std::to_string(status.st_size);
     for (const timespec& time : {status.st_mtim, status.st_ctim}) {
-      text += std::to_string(time.tv_sec) + '.' + std::to_string(time.tv_nsec) + '|';
+      text += '|' + std::to_string(time.tv_sec) + '.' + std::to_string(time.tv_nsec);
     }
-    if (S_ISREG(status.st_mode)) text += readFile(path);
     files.push_back(std::move(text));
   };
   add(folder);

@@ -27,7 +27,8 @@ void writeFile(const std::filesystem::path& file, std::string_view content);
 // The names of everything in a folder, sorted, hidden files too.
 [[nodiscard]] std::vector<std::string> fileNames(const std::filesystem::path& folder);
 
-// Everything in a folder and below: names, contents and the times of the last changes.
-[[nodiscard]] std::string contentOf(const std::filesystem::path& folder);
+// Everything in a folder and below with its size and the times of its last changes, which no write
+// leaves as they were.
+[[nodiscard]] std::string stampsOf(const std::filesystem::path& folder);
 
 }  // namespace vlout::tests

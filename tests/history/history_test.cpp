@@ -1,0 +1,217 @@
+// Runs that are recorded and taken back, on real files: what an undo puts back, what it tells of
+// edits made since, and how long its means are kept.
+#include <fcntl.h>
+#include <fstream>
+#include <string>
+#include <sys/mount.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "history/undo.h"
+#include "tests/support/component_fixture.h"
+#include "text/ascii.h"
+
+namespace vlout::history {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::SizeIs;
+using ui::frmOutlookSync;
+
+class HistoryTest : public tests::ComponentFixture {
+ protected:
+  // Both sides, with the times of the files.
+  std::string everything() {
+    std::string all;
+    for (const std::string& name : cardFiles()) {
+      struct stat status {};
+      EXPECT_EQ(stat((contactsFolder() / name).c_str(), &status), 0);
+      all += name + '|' + std::to_string(status.st_mtim.tv_sec) + '.' +
+             std::to_string(status.st_mtim.tv_nsec) + '|' + contactText(name);
+    }
+    for (const char* table : {"tbl_namecard", "tbl_folder"}) {
+      const auto columns =
+          database.query(std::string("SELECT name FROM pragma_table_info('") + table + "')");
+      std::string list;
+      for (; !columns->atEnd(); columns->moveNext()) {
+        list += (list.empty() ? "quote(" : "||quote(") + std::string(*columns->field("name")) + ")";
+      }
+      const auto rows = database.query("SELECT " + list + " AS row FROM " + table);
+      for (; !rows->atEnd(); rows->moveNext()) all += std::string(*rows->field("row")) + '\n';
+    }
+    return all;
+  }
+
+  // Three pairs and a card without a contact; every side has something that is newer.
+  void makePairs() {
+    for (const char* id : {"1", "2", "3"}) {
+      addCard(
+          std::stoi(id),
+          {{"FullName", std::string("사람") + id}, {"JobTitle", "행"}, {"Memo_", "It's\r\nlong"}});
+      setStamps(std::stoi(id), "2025/01/01 10:00:00", "2025/01/01 10:00:00", "2025/01/01 10:00:00");
+      writeContact(std::string(id) + ".vcf",
+                   std::string("FN:사람") + id + "\r\nN:사람" + id +
+                       ";;;;\r\nTITLE:행\r\nX-VLID:" + id + "\r\n",
+                   "2025/01/01 10:00:00");
+    }
+    execute(
+        "UPDATE tbl_namecard SET JobTitle='새 행',Last_moddate='2025/02/01 10:00:00' where "
+        "i_idx=1");
+    editContact("2.vcf", "새 연락처");
+    addCard(4, {{"FullName", "새사람"}});
+    writeContact("5.vcf", "FN:다섯\r\nN:다섯;;;;\r\n", "2025/03/01 10:00:00");
+  }
+
+  void editContact(const std::string& file, const std::string& title) {
+    const auto path = contactsFolder() / file;
+    const std::string text = tests::readFile(path);
+    std::filesystem::remove(path);
+    tests::writeFile(path, text::replaceAll(text, "TITLE:행", "TITLE:" + title));
+    tests::setModified(path, "2025/02/01 10:00:00");
+  }
+
+  std::vector<RunRecord> runs() { return Runs(folder()).list(); }
+};
+
+TEST_F(HistoryTest, UndoPutsBothSidesBackAndCanItselfBeUndone) {
+  for (const auto mode :
+       {frmOutlookSync::kExport, frmOutlookSync::kImport, frmOutlookSync::kSync}) {
+    startAfresh();
+    makePairs();
+    const std::string before = everything();
+    run(mode);
+    const std::string after = everything();
+    ASSERT_NE(after, before) << mode;
+    const int number = runs().back().number;
+    {
+      Undo undo(folder(), 0);
+      EXPECT_EQ(undo.run().number, number);
+      EXPECT_THAT(undo.edits(), IsEmpty());
+      undo.perform();
+    }
+    EXPECT_EQ(everything(), before) << mode;
+    EXPECT_EQ(runs().back().mode, "undo");
+    EXPECT_EQ(runs()[runs().size() - 2].undoneBy, runs().back().number);
+    Undo(folder(), runs().back().number).perform();
+    EXPECT_EQ(everything(), after) << mode;
+    EXPECT_EQ(runs()[runs().size() - 3].undoneBy, 0);
+    run(mode);  // and a run again finds nothing to do
+    EXPECT_FALSE(runs().back().wrote) << mode;
+  }
+}
+
+TEST_F(HistoryTest, EditsMadeSinceAreTold) {
+  struct Case {
+    const char* told;  // nothing for what is no edit
+    std::function<void()> edit;
+  };
+  const std::vector<Case> cases{
+      {nullptr, [] {}},
+      {nullptr, [&] { run(frmOutlookSync::kSync); }},
+      {nullptr, [&] { execute("UPDATE tbl_namecard SET JobTitle=JobTitle"); }},
+      {"명함 고침: 사람2", [&] { execute("UPDATE tbl_namecard SET email='A' where i_idx=2"); }},
+      {"명함 고침: 사람1",
+       [&] {
+         execute(
+             "UPDATE tbl_namecard SET FullName='사람1',Fname='' where "
+             "i_idx=1");
+       }},
+      {"명함 추가: 나중",
+       [&] {
+         addCard(9, {{"FullName", "나중"}});
+       }},
+      {"명함 삭제: 사람3", [&] { execute("DELETE FROM tbl_namecard where i_idx=3"); }},
+      {"그룹 추가: 거래처", [&] { execute("INSERT INTO tbl_folder VALUES(9,1,'거래처')"); }},
+      {"연락처 고침: 사람3 (3.vcf)", [&] { editContact("3.vcf", "고침"); }},
+      {"연락처 고침: 사람1 (1.vcf)",
+       [&] { std::ofstream(contactsFolder() / "1.vcf", std::ios::app) << "\r\n"; }},
+      {"연락처 추가: 나중 (n.vcf)",
+       [&] { writeContact("n.vcf", "FN:나중\r\n", "2025/03/01 10:00:00"); }},
+      {"연락처 삭제: 2.vcf", [&] { std::filesystem::remove(contactsFolder() / "2.vcf"); }},
+      {"연락처 고침: 사람3 (3.vcf)",  // before another run that takes it over
+       [&] {
+         editContact("3.vcf", "고침");
+         run(frmOutlookSync::kSync);
+       }},
+  };
+  for (const Case& c : cases) {
+    startAfresh();
+    execute("DELETE FROM tbl_folder where f_idx=9");
+    std::filesystem::remove_all(folder() / "history");
+    makePairs();
+    const std::string before = everything();
+    run(frmOutlookSync::kSync);
+    c.edit();
+    Undo undo(folder(), 1);
+    if (c.told == nullptr) {
+      EXPECT_THAT(undo.edits(), IsEmpty());
+    } else {
+      EXPECT_THAT(undo.edits(), ElementsAre(HasSubstr(c.told)));
+    }
+    undo.perform();  // as when it is forced
+    EXPECT_EQ(everything(), before) << (c.told == nullptr ? "" : c.told);
+  }
+}
+
+TEST_F(HistoryTest, AFileThatWasChangedInPlaceStaysAsItIs) {
+  makePairs();
+  run(frmOutlookSync::kSync);
+  // Another program wrote into the very file that the restore point keeps.
+  std::ofstream(contactsFolder() / "3.vcf", std::ios::app) << "X-LATER:1\r\n";
+  const std::string edited = contactText("3.vcf");
+  Undo undo(folder(), 0);
+  EXPECT_THAT(undo.edits(), ElementsAre(HasSubstr("3.vcf")));
+  undo.perform();
+  EXPECT_EQ(contactText("3.vcf"), edited);
+  EXPECT_THAT(contactText("1.vcf"), HasSubstr("TITLE:행\r\n"));
+}
+
+TEST_F(HistoryTest, OldAndManyPointsAreDropped) {
+  const Runs list(folder());
+  const auto fill = [&](int runs, const std::string& started) {
+    for (int i = 0; i < runs; ++i) {
+      RunRecord record;
+      record.started = started;
+      record.wrote = true;
+      list.begin(record);
+      std::filesystem::create_directory(list.folderOf(record.number) / "point");
+    }
+  };
+  const auto points = [&] {
+    std::vector<int> kept;
+    for (const RunRecord& run : list.list()) {
+      if (RestorePoint(list.folderOf(run.number)).exists()) kept.push_back(run.number);
+    }
+    return kept;
+  };
+  fill(2, "2001/01/01 10:00:00");
+  list.prune();
+  EXPECT_THAT(points(), ElementsAre(2));  // old, but the newest
+  fill(22, text::formatStamp(text::localNow()));
+  list.prune();
+  EXPECT_THAT(points(), SizeIs(20));
+  EXPECT_EQ(points().front(), 5);
+  EXPECT_EQ(list.list().front().number, 3);  // the record stays longer than its point
+  EXPECT_THROW(Undo(folder(), 3), UndoError);
+  EXPECT_THROW(Undo(folder(), 99), UndoError);
+}
+
+TEST_F(HistoryTest, AFolderOnAnotherDiskIsCopied) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can mount a file system";
+  ASSERT_EQ(mount("tmpfs", contactsFolder().c_str(), "tmpfs", 0, "size=4m"), 0);
+  makePairs();
+  const std::string before = everything();
+  run(frmOutlookSync::kExport);
+  EXPECT_NE(everything(), before);
+  Undo(folder(), 0).perform();
+  EXPECT_EQ(everything(), before);
+  umount(contactsFolder().c_str());
+}
+
+}  // namespace
+}  // namespace vlout::history
