@@ -3,11 +3,9 @@
 #include <cerrno>
 #include <charconv>
 #include <cstring>
-#include <dirent.h>
 #include <fcntl.h>
 #include <fstream>
 #include <iterator>
-#include <memory>
 #include <sstream>
 #include <sys/stat.h>
 #include <system_error>
@@ -15,6 +13,7 @@
 
 #include "history/rows.h"
 #include "outlook/contact_store.h"
+#include "text/file_descriptor.h"
 
 namespace vlout::history {
 namespace {
@@ -49,17 +48,13 @@ void forEachEntry(const fs::path& path, Use use) {
   }
 }
 
+// Calls `use(directory, name)` for each vCard file of a folder.
 template <typename Use>
 void forEachCardFile(const fs::path& folder, Use use) {
-  struct Close {
-    void operator()(DIR* directory) const { ::closedir(directory); }
-  };
-  const std::unique_ptr<DIR, Close> directory(::opendir(folder.c_str()));
-  if (!directory) {
+  const text::FileDescriptor directory(text::openUnnoticed(folder.c_str(), O_DIRECTORY));
+  if (!outlook::vcard::forEachCardFile(directory.get(),
+                                       [&](const char* name) { use(directory.get(), name); })) {
     throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
-  }
-  while (const dirent* const entry = ::readdir(directory.get())) {
-    if (outlook::vcard::isCardFile(entry->d_name)) use(::dirfd(directory.get()), entry->d_name);
   }
 }
 

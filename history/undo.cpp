@@ -19,9 +19,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// Beside the file that it becomes; removed by the next run when an undo was killed.
-constexpr const char* kTemporary = ".vloutsync.tmp";
-
 constexpr std::array<const char*, 3> kEdited{"고침", "추가", "삭제"};
 
 std::string editOf(const char* what, Change change, const std::string& name,
@@ -201,6 +198,7 @@ void Undo::perform() {
   if (!objection.empty()) throw UndoError(objection);
   const int number = recorder.number();
   try {
+    lock_->tidy();
     requireUnchanged();
     recorder.beforeWriting();
     putRowsBack(recorder);
@@ -256,7 +254,7 @@ void Undo::putFileBack(const FileChange& file, RunRecorder& recorder) const {
   }
   if (file.lost && file.change == Change::Changed) return;  // it is already what is kept
   if (fs::is_symlink(target)) target = fs::canonical(target);
-  const fs::path temporary = target.parent_path() / kTemporary;
+  const fs::path temporary = target.parent_path() / outlook::vcard::kTemporaryName;
   fs::remove(temporary);
   linkOrCopy(point_->contact(file.name), temporary);
   recorder.file(file.name, stateOf(temporary));

@@ -52,7 +52,7 @@ struct RunDescription {
 
 struct RunOutcome {
   enum End { Completed, Stopped, NothingToDo, Failed };
-  End end = Completed;
+  End end = Failed;
   std::string text;  // the counts of a run, or why it failed
 };
 

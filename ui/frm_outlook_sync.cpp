@@ -324,6 +324,7 @@ void frmOutlookSync::run(Purpose purpose) {
     return;
   }
   running_ = true;
+  outcome_ = {};
   previewing_ = purpose == Purpose::Preview;
   const bool canStart = Command2.enabled();
   enableModeChoice(false);
@@ -348,7 +349,6 @@ void frmOutlookSync::runRecorded() {
     refuse(objection);
     return;
   }
-  outcome_ = {};
   pictures_.emplace(component_.temporaryFolder());
   const auto failed = [this](const std::string& message, const char* cause) {
     outcome_ = {RunOutcome::Failed, cause};

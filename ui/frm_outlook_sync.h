@@ -37,6 +37,8 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
 
   // Whether that mode has run to its closing message since the window was opened.
   [[nodiscard]] bool isDone(Mode mode) const { return done_[static_cast<std::size_t>(mode)] != 0; }
+  // Whether the last run or preview has.
+  [[nodiscard]] bool hasCompleted() const { return outcome_.end == RunOutcome::Completed; }
   [[nodiscard]] bool isRunning() const { return running_; }
 
   ComboBox Combo1;

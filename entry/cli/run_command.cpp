@@ -81,7 +81,7 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
     // The component's own message does not say which file it was.
     if (!component->connection().isOpen()) errors << component->databaseFailure() << '\n';
     press(window, request);
-    completed = window.isDone(request.mode);
+    completed = window.hasCompleted();
     if (window.chadd.isChecked() && interrupted == 0) {
       explainExportList(request, *component, errors);
     }

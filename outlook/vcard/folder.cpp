@@ -12,30 +12,13 @@
 
 #include "outlook/contact_store.h"
 #include "text/ascii.h"
+#include "text/file_descriptor.h"
 
 namespace vlout::outlook::vcard {
 namespace {
 
-// Hidden, and not a vCard by its name, so that no other program takes it for one. The folder is
-// locked while it is open, so one name is enough.
-constexpr const char* kTemporary = ".vloutsync.tmp";
-
 // No address book comes near it; a sparse file of terabytes must not be read into memory.
 constexpr off_t kLargestFile = off_t{1} << 30;
-
-class Descriptor {
- public:
-  explicit Descriptor(int value) : value_(value) {}
-  ~Descriptor() {
-    if (value_ >= 0) ::close(value_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  [[nodiscard]] int get() const { return value_; }
-
- private:
-  int value_;
-};
 
 bool writeAll(int descriptor, std::string_view text) {
   while (!text.empty()) {
@@ -47,21 +30,14 @@ bool writeAll(int descriptor, std::string_view text) {
   return true;
 }
 
-// Looking leaves no access time behind, where the system lets this user look that way.
-int openForReading(int folder, const char* name, int flags) {
-  const int file = ::openat(folder, name, flags | O_RDONLY | O_CLOEXEC | O_NOATIME);
-  if (file >= 0 || errno != EPERM) return file;
-  return ::openat(folder, name, flags | O_RDONLY | O_CLOEXEC);
-}
-
 // The temporary file of one save, which is gone again unless it was renamed.
 class Temporary {
  public:
   Temporary(int folder, unsigned mode) : folder_(folder) {
     constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    file_ = ::openat(folder, kTemporary, kFlags, 0600);
-    if (file_ < 0 && errno == EEXIST && ::unlinkat(folder, kTemporary, 0) == 0) {
-      file_ = ::openat(folder, kTemporary, kFlags, 0600);
+    file_ = ::openat(folder, kTemporaryName, kFlags, 0600);
+    if (file_ < 0 && errno == EEXIST && ::unlinkat(folder, kTemporaryName, 0) == 0) {
+      file_ = ::openat(folder, kTemporaryName, kFlags, 0600);
     }
     if (file_ >= 0 && mode != 0600 && ::fchmod(file_, mode) != 0) errno = 0;  // stays private
   }
@@ -69,7 +45,7 @@ class Temporary {
     if (file_ < 0) return;
     const int error = errno;  // of what failed before
     ::close(file_);
-    if (!renamed_) ::unlinkat(folder_, kTemporary, 0);
+    if (!renamed_) ::unlinkat(folder_, kTemporaryName, 0);
     errno = error;
   }
   Temporary(const Temporary&) = delete;
@@ -77,7 +53,7 @@ class Temporary {
 
   [[nodiscard]] int file() const { return file_; }
   bool rename(const std::string& name) {
-    renamed_ = ::renameat(folder_, kTemporary, folder_, name.c_str()) == 0;
+    renamed_ = ::renameat(folder_, kTemporaryName, folder_, name.c_str()) == 0;
     return renamed_;
   }
 
@@ -86,6 +62,12 @@ class Temporary {
   int file_ = -1;
   bool renamed_ = false;
 };
+
+bool isCardFile(std::string_view name) {
+  constexpr std::string_view kEnding = ".vcf";
+  return name.size() > kEnding.size() && name.front() != '.' &&
+         text::equalsIgnoringAsciiCase(name.substr(name.size() - kEnding.size()), kEnding);
+}
 
 void keepOwner(int file, const struct stat& status) {
   // Only root can give a file away; for anyone else the owner is right already.
@@ -105,10 +87,17 @@ FileState stateOf(const struct stat& status) {
           static_cast<std::int32_t>(status.st_mtim.tv_nsec)};
 }
 
-bool isCardFile(std::string_view name) {
-  constexpr std::string_view kEnding = ".vcf";
-  return name.size() > kEnding.size() && name.front() != '.' &&
-         text::equalsIgnoringAsciiCase(name.substr(name.size() - kEnding.size()), kEnding);
+bool forEachCardFile(int folder, const std::function<void(const char* name)>& use) {
+  struct CloseDirectory {
+    void operator()(DIR* directory) const { ::closedir(directory); }
+  };
+  const int copy = text::openUnnoticed(".", O_DIRECTORY, folder);
+  const std::unique_ptr<DIR, CloseDirectory> directory(copy < 0 ? nullptr : ::fdopendir(copy));
+  if (!directory) return false;
+  while (const dirent* const entry = ::readdir(directory.get())) {
+    if (isCardFile(entry->d_name)) use(entry->d_name);
+  }
+  return true;
 }
 
 std::int32_t nextInSecond(std::int64_t nanoseconds) {
@@ -116,7 +105,7 @@ std::int32_t nextInSecond(std::int64_t nanoseconds) {
 }
 
 Folder::Folder(const std::string& path) : path_(path) {
-  descriptor_ = openForReading(AT_FDCWD, path.c_str(), O_DIRECTORY);
+  descriptor_ = text::openUnnoticed(path.c_str(), O_DIRECTORY);
   if (descriptor_ < 0) fail("");
   if (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     ::close(descriptor_);
@@ -143,29 +132,25 @@ void Folder::failAsChanged(const std::string& name) const {
   throw ContactStoreError(path_ + "/" + name + ": 그 사이에 다른 프로그램이 바꾸었습니다");
 }
 
+void Folder::tidy() const {
+  ::unlinkat(descriptor_, kTemporaryName, 0);
+}
+
 std::vector<std::string> Folder::cardFiles() {
-  ::unlinkat(descriptor_, kTemporary, 0);
+  tidy();
   return listCardFiles();
 }
 
 std::vector<std::string> Folder::listCardFiles() const {
-  struct CloseDirectory {
-    void operator()(DIR* directory) const { ::closedir(directory); }
-  };
-  const int copy = openForReading(descriptor_, ".", O_DIRECTORY);
-  const std::unique_ptr<DIR, CloseDirectory> directory(copy < 0 ? nullptr : ::fdopendir(copy));
-  if (!directory) fail("");
   std::vector<std::string> names;
-  while (const dirent* const entry = ::readdir(directory.get())) {
-    if (isCardFile(entry->d_name)) names.emplace_back(entry->d_name);
-  }
+  if (!forEachCardFile(descriptor_, [&](const char* name) { names.emplace_back(name); })) fail("");
   std::sort(names.begin(), names.end());
   return names;
 }
 
 std::optional<FileState> Folder::read(const std::string& name, std::string& text) {
   // Without O_NONBLOCK a named pipe in the folder would hold the run up for ever.
-  const Descriptor file(openForReading(descriptor_, name.c_str(), O_NONBLOCK));
+  const text::FileDescriptor file(text::openUnnoticed(name.c_str(), O_NONBLOCK, descriptor_));
   struct stat status {};
   if (file.get() < 0 && errno == ENOENT) return std::nullopt;  // deleted meanwhile
   if (file.get() < 0 || ::fstat(file.get(), &status) != 0) fail(name);

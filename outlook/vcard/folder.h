@@ -24,8 +24,13 @@ struct FileState {
 
 [[nodiscard]] FileState stateOf(const struct stat& status);
 
-// Whether a file of that name is one of the folder's.
-[[nodiscard]] bool isCardFile(std::string_view name);
+// The file that becomes another one by its renaming. Hidden, and not a vCard by its name, so that
+// no other program takes it for one; a folder is locked while it is open, so one name is enough.
+inline constexpr const char* kTemporaryName = ".vloutsync.tmp";
+
+// Calls `use` with the name of each vCard file of an open folder, in no order. False when the
+// folder cannot be read; `errno` tells why.
+bool forEachCardFile(int folder, const std::function<void(const char* name)>& use);
 
 // Moves only the fraction of a modification time, so that it is another one and yet the same
 // second.
@@ -58,6 +63,9 @@ class Folder {
   // Throws unless the file may be written and is still in that state; what it is like.
   [[nodiscard]] struct stat requireReplaceable(const std::string& name,
                                                const FileState& before) const;
+
+  // Removes what an interrupted save has left behind.
+  void tidy() const;
 
   // Waits until what was written is on the disk.
   virtual void flush();

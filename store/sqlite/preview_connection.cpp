@@ -15,6 +15,8 @@
 #include <tuple>
 #include <unistd.h>
 
+#include "text/file_descriptor.h"
+
 namespace vlout::store {
 namespace {
 
@@ -23,31 +25,16 @@ constexpr std::string_view kCards = "tbl_namecard";
 // The database and what may lie beside it with the newest of its content.
 constexpr std::array<const char*, 3> kSuffixes{"", "-wal", "-journal"};
 
-class Descriptor {
- public:
-  explicit Descriptor(int value) : value_(value) {}
-  ~Descriptor() {
-    if (value_ >= 0) ::close(value_);
-  }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  [[nodiscard]] int get() const { return value_; }
-
- private:
-  int value_;
-};
-
 [[noreturn]] void failWithSystemText() {
   throw DatabaseError(std::strerror(errno));
 }
 
 // Copies a file without leaving an access time on it; false when there is none.
 bool copyFile(const std::string& from, const std::string& to) {
-  int descriptor = ::open(from.c_str(), O_RDONLY | O_CLOEXEC | O_NOATIME);
-  if (descriptor < 0 && errno == EPERM) descriptor = ::open(from.c_str(), O_RDONLY | O_CLOEXEC);
-  const Descriptor source(descriptor);
+  const text::FileDescriptor source(text::openUnnoticed(from.c_str()));
   if (source.get() < 0 && errno == ENOENT) return false;
-  const Descriptor target(::open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+  const text::FileDescriptor target(
+      ::open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
   if (source.get() < 0 || target.get() < 0) failWithSystemText();
   constexpr std::size_t kPiece = std::size_t{1} << 24;
   ssize_t copied = 0;

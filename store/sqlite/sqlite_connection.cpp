@@ -6,13 +6,13 @@
 #include <cstdlib>
 #include <cstring>
 #include <fcntl.h>
-#include <fstream>
 #include <sqlite3.h>
 #include <unistd.h>
 #include <vector>
 
 #include "store/statement_text.h"
 #include "text/ascii.h"
+#include "text/file_descriptor.h"
 
 namespace vlout::store {
 namespace {
@@ -23,10 +23,10 @@ constexpr std::size_t kMostPrepared = 64;
 
 bool isJetFile(const std::filesystem::path& file) {
   std::array<char, 20> head{};
-  std::ifstream stream(file, std::ios::binary);
-  stream.read(head.data(), head.size());
+  const text::FileDescriptor stream(text::openUnnoticed(file.c_str()));
+  const ssize_t count = ::read(stream.get(), head.data(), head.size());
   const std::string_view mark(head.data() + 4, 15);
-  return stream.gcount() == static_cast<std::streamsize>(head.size()) &&
+  return count == static_cast<ssize_t>(head.size()) &&
          (mark == "Standard Jet DB" || mark == "Standard ACE DB");
 }
 

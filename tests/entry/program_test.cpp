@@ -384,6 +384,132 @@ TEST_F(ProgramTest, AKilledSyncIsTakenUpAgain) {
   EXPECT_EQ(uneven->rowCount(), 0U);
 }
 
+// A preview reads what a crash has left beside the database, and leaves not even a time of access.
+TEST_F(ProgramTest, APreviewTouchesNothing) {
+  sample(20);
+  run(exportAll());
+  const std::string crashed = folder() + "2";
+  {
+    store::SqliteConnection connection;
+    connection.open({.componentFolder = folder()});
+    connection.execute(
+        "UPDATE tbl_namecard SET [JobTitle]='새 직함',[Last_moddate]='2099/01/01 00:00:00' where "
+        "i_idx=7");
+    std::filesystem::copy(folder(), crashed, std::filesystem::copy_options::recursive);
+  }
+  ASSERT_GT(std::filesystem::file_size(crashed + "/VelmoraDB.vdb-wal"), 0U);
+  constexpr timespec kLongAgo{1'000'000'000, 0};
+  const auto files = [&] {
+    std::vector<std::filesystem::path> all{crashed, crashed + "/contacts"};
+    for (const auto& name : tests::fileNames(crashed + "/contacts")) {
+      all.push_back(crashed + "/contacts/" + name);
+    }
+    for (const char* name : {"/VelmoraDB.vdb", "/VelmoraDB.vdb-wal"}) all.push_back(crashed + name);
+    return all;
+  }();
+  for (const auto& file : files) {
+    const timespec times[2] = {kLongAgo, {0, UTIME_OMIT}};
+    ASSERT_EQ(utimensat(AT_FDCWD, file.c_str(), times, 0), 0);
+  }
+  const std::vector<std::string> arguments{"run", "export",    "--folder", crashed,       "--range",
+                                           "all", "--preview", "--set",    "OUT_CHECK7=0"};
+  const Result preview = run(arguments);
+  EXPECT_EQ(preview.status, 0) << preview.err;
+  EXPECT_THAT(preview.out, AllOf(HasSubstr("→ 새 직함\t연락처\t변경\n"),
+                                 HasSubstr("내보내기 완료\t추가=0/갱신=1")));
+  EXPECT_THAT(preview.err, HasSubstr("아무것도 바꾸지 않았습니다"));
+  for (const auto& file : files) {
+    struct stat status {};
+    ASSERT_EQ(stat(file.c_str(), &status), 0);
+    EXPECT_EQ(status.st_atim.tv_sec, kLongAgo.tv_sec) << file;
+  }
+  const std::string before = tests::stampsOf(crashed);  // its own look moves folders' access times
+  run(arguments);
+  EXPECT_EQ(tests::stampsOf(crashed), before);
+  const Result refused =
+      run({"run", "export", "--folder", folder() + "3", "--range", "all", "--preview"});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.err, HasSubstr("VelmoraDB.vdb"));
+}
+
+// An export that was killed and an undo that is killed again and again end as if neither had been.
+TEST_F(ProgramTest, AKilledRunIsUndoneByAnUndoThatIsKilled) {
+  sample(3000);
+  const auto database = [&] {
+    store::SqliteConnection connection;
+    connection.open({.componentFolder = folder()});
+    std::string all;
+    for (const auto rows = connection.query("SELECT * FROM tbl_namecard"); !rows->atEnd();
+         rows->moveNext()) {
+      for (const char* column : {"FullName", "Last_moddate", "Outlook_modate", "Thumbnail"}) {
+        all += std::string(rows->field(column).value_or("NULL")) + '|';
+      }
+    }
+    return all;
+  };
+  const std::string before = database();
+  const pid_t child = start(exportAll());
+  while (tests::fileNames(contacts()).size() < 1000) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  kill(child, SIGKILL);
+  finish(child);
+  EXPECT_THAT(run({"history", "--folder", folder()}).out,
+              AllOf(HasSubstr("1\t"), HasSubstr("export all\t끝나지 않음\t명함=")));
+  // No --force: what the killed run wrote is known to be its own.
+  killThenFinish({"undo", "1", "--folder", folder()}, 20);
+  EXPECT_THAT(tests::fileNames(contacts()), IsEmpty());
+  EXPECT_EQ(database(), before);
+}
+
+TEST_F(ProgramTest, UndoSaysWhatItWillChangeAndMindsLaterEdits) {
+  sample(5);
+  run(exportAll());
+  const Result said = run({"undo", "--folder", folder(), "--preview"});
+  EXPECT_EQ(said.status, 0);
+  EXPECT_THAT(said.out, AllOf(HasSubstr("명함: 되돌림=5 삭제=0 되살림=0\n"),
+                              HasSubstr("연락처: 되돌림=0 삭제=5 되살림=0\n")));
+  std::filesystem::remove(contacts() / tests::fileNames(contacts()).front());
+  const std::vector<std::string> undo{"undo", "--folder", folder()};
+  const std::string before = tests::stampsOf(contacts());
+  const Result refused = run(undo);
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.out, HasSubstr("연락처 삭제: "));
+  EXPECT_THAT(refused.err, HasSubstr("--force"));
+  EXPECT_EQ(tests::stampsOf(contacts()), before);
+  EXPECT_EQ(run({"undo", "--force", "--folder", folder()}).status, 0);
+  EXPECT_THAT(tests::fileNames(contacts()), IsEmpty());
+  const Result nothing = run(undo);
+  EXPECT_EQ(nothing.status, 1);
+  EXPECT_THAT(nothing.err, HasSubstr("되돌릴 작업이 없습니다"));
+}
+
+TEST_F(ProgramTest, AnEmptiedContactFolderIsNotFilledAgain) {
+  sample(5);
+  EXPECT_EQ(run(exportAll()).status, 0);  // one that never held any may be filled
+  for (const auto& name : tests::fileNames(contacts())) std::filesystem::remove(contacts() / name);
+  auto arguments = exportAll();
+  const Result refused = run(arguments);
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.err, AllOf(HasSubstr("5개"), HasSubstr("--yes")));
+  EXPECT_THAT(tests::fileNames(contacts()), IsEmpty());
+  arguments.emplace_back("--yes");
+  EXPECT_THAT(run(arguments).out, HasSubstr("추가=5/갱신=0"));
+}
+
+TEST_F(ProgramTest, WithoutRoomForARestorePointNoRunBegins) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can mount a small file system";
+  std::filesystem::create_directory(folder());
+  ASSERT_EQ(mount("tmpfs", folder().c_str(), "tmpfs", 0, "size=2m"), 0);
+  sample(1000);
+  const Result refused = run(exportAll());
+  const auto names = tests::fileNames(contacts());
+  umount(folder().c_str());
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.err, HasSubstr("복원 지점을 둘 자리가 없어"));
+  EXPECT_THAT(names, IsEmpty());
+}
+
 TEST_F(ProgramTest, AFullDiskLeavesNothingByHalves) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can mount a small file system";
   sample(300);
