@@ -126,8 +126,12 @@ Layout frmOutlookSync::layout() {
             space()})});
   const auto syncPanel = column({control("Sync_Check2", Sync_Check2).keyed('1'),
                                  row({control("Command4", Command4).keyed('F'), space()})});
-  const auto preview =
-      component_.canPreview() ? control("Command8", Command8).wide(12).keyed('V') : space();
+  std::vector<Layout> buttons{control("Command6", Command6).wide(10).keyed('U'), space()};
+  if (component_.canPreview()) {
+    buttons.push_back(control("Command8", Command8).wide(12).keyed('V'));
+  }
+  buttons.push_back(control("Command2", Command2).wide(12).keyed('S'));
+  buttons.push_back(control("Command3", Command3).wide(12).keyed('C'));
   return column(
       {row({control("Image2", Image2), label("Label7", Label7).stretched(1)}),
        grid(2, {label("Label3", Label3).keyed('M'),
@@ -146,10 +150,7 @@ Layout frmOutlookSync::layout() {
                 row({control("ch_faxnosync", ch_faxnosync).keyed('P'),
                      control("Check1", Check1).keyed('K'), space()})}),
        label("Label5", Label5), control("ListView1", ListView1).high(8).stretched(1),
-       control("ProgressBar1", ProgressBar1),
-       row({control("Command6", Command6).wide(10).keyed('U'), space(), preview,
-            control("Command2", Command2).wide(12).keyed('S'),
-            control("Command3", Command3).wide(12).keyed('C')}),
+       control("ProgressBar1", ProgressBar1), row(std::move(buttons)),
        statusBar("StatusBar1", StatusBar1)});
 }
 

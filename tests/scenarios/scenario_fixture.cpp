@@ -111,7 +111,7 @@ void expectLine(const ui::ListView& list, const std::string& text) {
 
 std::vector<std::filesystem::path> scenarioFiles() {
   std::vector<std::filesystem::path> files;
-  for (const auto& entry : std::filesystem::directory_iterator(VLOUT_SCENARIOS)) {
+  for (const auto& entry : std::filesystem::recursive_directory_iterator(VLOUT_SCENARIOS)) {
     if (entry.path().extension() != ".scenario") continue;
     if (Scenario::read(entry.path()).sections.contains("[only under Wine]")) continue;
     files.push_back(entry.path());
