@@ -92,14 +92,16 @@ bool isSame(const FileState& a, const FileState& b) {
   return a.size == b.size && a.seconds == b.seconds && a.nanoseconds == b.nanoseconds;
 }
 
-void linkOrCopy(const fs::path& file, const fs::path& link) {
-  if (::linkat(AT_FDCWD, file.c_str(), AT_FDCWD, link.c_str(), AT_SYMLINK_FOLLOW) == 0) return;
+bool linkOrCopy(const fs::path& file, const fs::path& link) {
+  if (::linkat(AT_FDCWD, file.c_str(), AT_FDCWD, link.c_str(), AT_SYMLINK_FOLLOW) == 0) return true;
+  if (errno == ENOENT) return false;
   if (errno != EXDEV && errno != EPERM && errno != EMLINK && errno != EOPNOTSUPP) fail(link);
   fs::copy_file(file, link);
   struct stat status {};
   if (::stat(file.c_str(), &status) != 0) fail(file);
   const timespec times[2] = {status.st_atim, status.st_mtim};
   if (::utimensat(AT_FDCWD, link.c_str(), times, 0) != 0) fail(link);
+  return true;
 }
 
 std::uint64_t RestorePoint::spaceFor(const fs::path& runsFolder, const fs::path& database,
@@ -126,8 +128,10 @@ void RestorePoint::take(const fs::path& database, const fs::path& contacts) cons
   backUpDatabase(database, draft / this->database().filename());
   std::ofstream list(draft / "contacts.list", std::ios::binary);
   for (const auto& [name, state] : cardFilesIn(contacts)) {
-    linkOrCopy(contacts / name, draft / "contacts" / name);
-    list << entryOf(state, name) << kEnd;
+    // One that another program has just deleted was not there for the run either.
+    if (linkOrCopy(contacts / name, draft / "contacts" / name)) {
+      list << entryOf(state, name) << kEnd;
+    }
   }
   list.close();
   if (!list) fail(draft / "contacts.list");

@@ -25,8 +25,9 @@ using FileStates = std::map<std::string, FileState>;  // by name
 // Whether two states are of the same content. A copy has another inode.
 [[nodiscard]] bool isSame(const FileState& a, const FileState& b);
 
-// Makes `link` another name of `file`, or a copy with the same modification time.
-void linkOrCopy(const std::filesystem::path& file, const std::filesystem::path& link);
+// Makes `link` another name of `file`, or a copy with the same modification time. False when there
+// is no such file.
+bool linkOrCopy(const std::filesystem::path& file, const std::filesystem::path& link);
 
 class RestorePoint {
  public:

@@ -125,7 +125,9 @@ void RunRecorder::ended(const transfer::RunOutcome& outcome) {
       const RestorePoint point(runs_.folderOf(record.number));
       record.text += " " + Written::read(point.writtenLog()).counts();
     }
-    record.contactFiles = countCardFiles(contacts_);
+    // A run that only found the folder empty must not be the one that made it so.
+    const std::size_t files = countCardFiles(contacts_);
+    if (files > 0 || record.wrote) record.contactFiles = files;
     runs_.save(record);
     runs_.prune();
   } catch (const std::exception&) {

@@ -26,12 +26,6 @@ RunState stateOf(std::string_view word) {
                                 : static_cast<RunState>(found - kStates.begin());
 }
 
-std::string oneLine(std::string text) {
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
-  return text;
-}
-
 void readLine(const std::string& line, RunRecord& record) {
   const std::size_t equals = line.find('=');
   if (equals == std::string::npos) return;
@@ -95,9 +89,11 @@ void Runs::save(const RunRecord& record) const {
   draft += ".new";
   std::ofstream stream(draft, std::ios::binary | std::ios::trunc);
   stream << "started=" << record.started << "\nmode=" << record.mode
-         << "\nrange=" << oneLine(record.range) << "\ncontacts=" << oneLine(record.contacts)
+         << "\nrange=" << text::onOneLine(record.range)
+         << "\ncontacts=" << text::onOneLine(record.contacts)
          << "\nstate=" << kStates.at(static_cast<std::size_t>(record.state))
-         << "\ntext=" << oneLine(record.text) << "\nwrote=" << (record.wrote ? 1 : 0) << '\n';
+         << "\ntext=" << text::onOneLine(record.text) << "\nwrote=" << (record.wrote ? 1 : 0)
+         << '\n';
   if (record.contactFiles) stream << "contactFiles=" << *record.contactFiles << '\n';
   if (record.undoneBy != 0) stream << "undoneBy=" << record.undoneBy << '\n';
   stream.close();

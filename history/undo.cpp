@@ -200,7 +200,7 @@ void Undo::perform() {
   try {
     lock_->tidy();
     requireUnchanged();
-    recorder.beforeWriting();
+    if (!changesNothing()) recorder.beforeWriting();
     putRowsBack(recorder);
     for (const FileChange& file : files_) putFileBack(file, recorder);
     lock_->flush();
@@ -256,7 +256,9 @@ void Undo::putFileBack(const FileChange& file, RunRecorder& recorder) const {
   if (fs::is_symlink(target)) target = fs::canonical(target);
   const fs::path temporary = target.parent_path() / outlook::vcard::kTemporaryName;
   fs::remove(temporary);
-  linkOrCopy(point_->contact(file.name), temporary);
+  if (!linkOrCopy(point_->contact(file.name), temporary)) {
+    throw UndoError("보관한 연락처가 없습니다: " + file.name);
+  }
   recorder.file(file.name, stateOf(temporary));
   // Two names of one file: the rename would do nothing and leave both.
   if (fs::exists(target) && fs::equivalent(temporary, target)) fs::remove(target);

@@ -6,6 +6,7 @@
 #include "history/restore_point.h"
 #include "history/runs.h"
 #include "history/undo.h"
+#include "text/ascii.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -40,14 +41,14 @@ void printChanges(const history::Undo& undo, std::ostream& out) {
   for (const auto& row : undo.rows()) {
     const bool isCard = row.key.table == "tbl_namecard";
     out << (isCard ? "명함\t" : "그룹\t") << kPutBack.at(static_cast<std::size_t>(row.change))
-        << '\t' << row.name << '\n';
+        << '\t' << text::onOneLine(row.name) << '\n';
   }
   for (const auto& file : undo.files()) {
     const bool stays = file.lost && file.change == Change::Changed;
     out << "연락처\t"
         << (stays ? "그대로 둠(원본이 제자리에서 바뀌었음)"
                   : kPutBack.at(static_cast<std::size_t>(file.change)))
-        << '\t' << file.person << '\t' << file.name << '\n';
+        << '\t' << text::onOneLine(file.person) << '\t' << text::onOneLine(file.name) << '\n';
   }
 }
 
@@ -76,7 +77,7 @@ bool undoRun(const UndoRequest& request, const std::function<bool()>& confirm, s
   printChanges(undo, out);
   if (!undo.edits().empty()) {
     out << "그 뒤에 바뀐 것(되돌리면 사라집니다):\n";
-    for (const std::string& edit : undo.edits()) out << "  " << edit << '\n';
+    for (const std::string& edit : undo.edits()) out << "  " << text::onOneLine(edit) << '\n';
   }
   out.flush();
   if (request.preview) return true;

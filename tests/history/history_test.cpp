@@ -201,6 +201,22 @@ TEST_F(HistoryTest, OldAndManyPointsAreDropped) {
   EXPECT_THROW(Undo(folder(), 99), UndoError);
 }
 
+TEST_F(HistoryTest, AskedAgainAnExportFillsAnEmptiedFolder) {
+  makePairs();
+  run(frmOutlookSync::kExport);
+  for (const auto& name : cardFiles()) std::filesystem::remove(contactsFolder() / name);
+  RunRecorder recorder(folder(), contactsFolder(), {.askAgain = true, .howToGoOn = "다시!"});
+  transfer::RunDescription description;
+  EXPECT_EQ(recorder.begins(description), "");  // one that adds nothing
+  recorder.ended({});
+  description.addsContacts = true;
+  description.preview = true;
+  EXPECT_THAT(recorder.begins(description), HasSubstr("다시!"));
+  description.preview = false;
+  EXPECT_THAT(recorder.begins(description), HasSubstr("다시!"));
+  EXPECT_EQ(recorder.begins(description), "");
+}
+
 TEST_F(HistoryTest, AFolderOnAnotherDiskIsCopied) {
   if (geteuid() != 0) GTEST_SKIP() << "only root can mount a file system";
   ASSERT_EQ(mount("tmpfs", contactsFolder().c_str(), "tmpfs", 0, "size=4m"), 0);

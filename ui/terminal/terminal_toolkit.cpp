@@ -10,14 +10,6 @@ namespace {
 
 constexpr std::size_t kStateColumn = 2;
 
-// A cell on one line of its own column: what would break either becomes a blank.
-std::string cellText(std::string_view cell) {
-  std::string text(cell);
-  std::replace_if(
-      text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x20; }, ' ');
-  return text;
-}
-
 }  // namespace
 
 TerminalToolkit::TerminalToolkit(std::ostream& results, std::ostream& errors, int progressWidth,
@@ -103,8 +95,8 @@ void TerminalToolkit::printIfFinal(std::size_t row, std::size_t column) {
 void TerminalToolkit::printRow(std::size_t row) {
   clearProgress();
   const ListView& list = form_->ListView1;
-  results_ << cellText(list.cell(row, 0)) << '\t' << cellText(list.cell(row, 1)) << '\t'
-           << cellText(list.cell(row, 2)) << '\n'
+  results_ << text::onOneLine(list.cell(row, 0)) << '\t' << text::onOneLine(list.cell(row, 1))
+           << '\t' << text::onOneLine(list.cell(row, 2)) << '\n'
            << std::flush;
   printed_[row] = true;
 }
