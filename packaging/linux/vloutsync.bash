@@ -3,7 +3,7 @@ _vloutsync() {
   local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local choices=
   case $previous in
-    vloutsync) choices="init sample run window --help --version" ;;
+    vloutsync) choices="init sample run history undo window --help --version" ;;
     run) choices="import export sync" ;;
     --range) choices="selected group all" ;;
     --on-conflict) choices="skip newer card outlook stop" ;;
@@ -15,9 +15,10 @@ _vloutsync() {
     --cards | --seed) return ;;
     *)
       case ${COMP_WORDS[1]} in
-        run) choices="--folder --contacts --range --subgroups --set --on-conflict" ;;
+        run) choices="--folder --contacts --range --subgroups --set --on-conflict --preview --yes" ;;
+        undo) choices="--folder --preview --force --yes" ;;
         window) choices="--folder --contacts" ;;
-        init) choices="--folder" ;;
+        init | history) choices="--folder" ;;
         sample) choices="--folder --cards --seed" ;;
       esac
       ;;
