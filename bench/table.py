@@ -7,6 +7,9 @@ FLOORS = {
     "exportNew": ["floorNewSafe", "floorNewPlain"],
     "exportOneInTen": ["floorOneInTenSafe"],
     "importNew": ["floorImport"],
+    "exportPreview": ["exportComponent"],
+    "importPreview": ["importComponent"],
+    "syncPreview": ["syncComponent"],
     "syncOneCardInTen": ["floorOneInTenSafe"],
     "syncOneContactInTen": ["floorOneInTenSafe"],
 }

@@ -20,6 +20,7 @@
 
 #include "entry/cli/component_folder.h"
 #include "entry/cli/run_command.h"
+#include "history/undo.h"
 #include "outlook/vcard/vcard_store.h"
 #include "store/sqlite/sqlite_connection.h"
 #include "transfer/change_detection.h"
@@ -215,6 +216,49 @@ void syncOneContactInTen(benchmark::State& state) {
   }
 }
 
+// --- previews and undo: whole runs of the component, history and all -----------------------------
+
+void runComponent(Scene& scene, ui::frmOutlookSync::Mode mode, bool preview) {
+  std::ostringstream lines;
+  const volatile std::sig_atomic_t interrupted = 0;
+  entry::cli::RunRequest request;
+  request.mode = mode;
+  request.folder = scene.folder();
+  request.contacts = scene.contactFolder();
+  request.range = ui::frmOutlookSync::kAllCards;
+  request.preview = preview;
+  if (!entry::cli::runTransfer(request, lines, lines, 0, interrupted)) {
+    throw std::runtime_error(lines.str());
+  }
+}
+
+void componentNothingToDo(benchmark::State& state, ui::frmOutlookSync::Mode mode, bool preview) {
+  Scene scene(state.range(0));
+  scene.exportAll();
+  for (auto _ : state) measure(state, [&] { runComponent(scene, mode, preview); });
+}
+
+void takeRestorePoint(benchmark::State& state) {
+  Scene scene(state.range(0));
+  scene.exportAll();
+  const auto database = store::ConnectionSettings{.componentFolder = scene.folder()}.databaseFile();
+  int round = 0;
+  for (auto _ : state) {
+    const auto run = scene.folder() / "history" / std::to_string(++round);
+    measure(state, [&] { history::RestorePoint(run).take(database, scene.contactFolder()); });
+  }
+}
+
+void undoOneInTen(benchmark::State& state) {
+  Scene scene(state.range(0));
+  scene.exportAll();
+  for (auto _ : state) {
+    scene.editOneInTen();
+    runComponent(scene, ui::frmOutlookSync::kExport, false);
+    measure(state, [&] { history::Undo(scene.folder(), 0).perform(); });
+  }
+}
+
 // --- floors -------------------------------------------------------------------------------------
 
 enum class Writing { Plain, Safe };
@@ -313,5 +357,20 @@ BENCHMARK(importNothingToDo)->Apply(configure);
 BENCHMARK(syncNothingToDo)->Apply(configure);
 BENCHMARK(syncOneCardInTen)->Apply(configure);
 BENCHMARK(syncOneContactInTen)->Apply(configure);
+// Whole runs that find nothing to do, and their previews.
+void configureComponent(const char* name, ui::frmOutlookSync::Mode mode, bool preview) {
+  configure(benchmark::RegisterBenchmark(name, componentNothingToDo, mode, preview));
+}
+const bool kComponentRuns = [] {
+  configureComponent("exportComponent", ui::frmOutlookSync::kExport, false);
+  configureComponent("exportPreview", ui::frmOutlookSync::kExport, true);
+  configureComponent("importComponent", ui::frmOutlookSync::kImport, false);
+  configureComponent("importPreview", ui::frmOutlookSync::kImport, true);
+  configureComponent("syncComponent", ui::frmOutlookSync::kSync, false);
+  configureComponent("syncPreview", ui::frmOutlookSync::kSync, true);
+  return true;
+}();
+BENCHMARK(takeRestorePoint)->Apply(configure);
+BENCHMARK(undoOneInTen)->Apply(configure);
 
 }  // namespace
