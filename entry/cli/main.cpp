@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "entry/cli/component_folder.h"
+#include "entry/cli/convert_jet.h"
 #include "entry/cli/run_command.h"
 #include "entry/cli/window_command.h"
 
@@ -50,6 +51,7 @@ struct Arguments {
   bool subgroups = false;
   std::vector<std::string> boxes;
   std::string onConflict = "skip";
+  std::string jetFile;
 };
 
 void addFolderOption(CLI::App& command, Arguments& arguments) {
@@ -87,6 +89,22 @@ CLI::App* addRunCommand(CLI::App& app, Arguments& arguments) {
                   "상호갱신의 충돌 처리: skip, newer, card, outlook, stop")
       ->check(CLI::IsMember({"skip", "newer", "card", "outlook", "stop"}));
   return run;
+}
+
+CLI::App* addConvertCommand(CLI::App& app, Arguments& arguments) {
+  CLI::App* const convert = app.add_subcommand(
+      "convert-jet", "Jet(Access) 데이터베이스를 읽어 새 구성 요소 폴더를 만듭니다.");
+  convert->add_option("file", arguments.jetFile, "Jet 파일. 읽기만 합니다.")->required();
+  addFolderOption(*convert, arguments);
+  return convert;
+}
+
+int convertJet(const Arguments& arguments) {
+  const auto folder = cli::componentFolder(arguments.folder);
+  handleInterrupts();
+  cli::convertJet(arguments.jetFile, folder, std::cout, interrupted);
+  std::cout << folder.string() << std::endl;
+  return std::cout ? kDone : kRefused;
 }
 
 int runTransfer(const Arguments& arguments) {
@@ -137,6 +155,7 @@ int run(int argc, char** argv) {
   sample->add_option("--seed", arguments.seed, "같은 값은 같은 명함을 만듭니다.")
       ->capture_default_str();
   CLI::App* const transfer = addRunCommand(app, arguments);
+  CLI::App* const convert = addConvertCommand(app, arguments);
   CLI::App* const window =
       app.add_subcommand("window", "창을 엽니다. 명령이 없을 때도 그렇습니다.");
   addFolderOption(*window, arguments);
@@ -147,6 +166,7 @@ int run(int argc, char** argv) {
     return app.exit(error) == 0 ? kDone : kWrongArguments;
   }
   if (transfer->parsed()) return runTransfer(arguments);
+  if (convert->parsed()) return convertJet(arguments);
   const auto folder = cli::componentFolder(arguments.folder);
   if (init->parsed()) {
     cli::initializeFolder(folder);
