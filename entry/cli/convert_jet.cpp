@@ -130,11 +130,7 @@ class Mover : public store::JetRows {
       if (columns_[i].type != JetType::Unknown) appendValue(sql, columns_[i], row[i]);
     }
     sql.back() = ')';
-    try {
-      connection_.execute(sql);
-    } catch (const DatabaseError& error) {
-      fail(table_ + "의 행 " + std::string(key_) + "=" + *key + ": " + error.what());
-    }
+    execute(sql, "행 " + std::string(key_) + "=" + *key);
     ++(table_ == kCards ? cards_ : folders_);
   }
 
@@ -153,13 +149,23 @@ class Mover : public store::JetRows {
   }
 
  private:
+  // `subject` is the part of the table that the statement is about.
+  void execute(const std::string& sql, const std::string& subject) {
+    try {
+      connection_.execute(sql);
+    } catch (const DatabaseError& error) {
+      fail(table_ + "의 " + subject + ": " + error.what());
+    }
+  }
+
   [[noreturn]] void fail(const std::string& what) const {
     throw DatabaseError(source_ + ": " + what);
   }
 
   void addColumn(const JetColumn& column) {
-    connection_.execute("ALTER TABLE " + table_ + " ADD COLUMN " + quotedName(column.name) + " " +
-                        std::string(sqlType(column.type)));
+    execute("ALTER TABLE " + table_ + " ADD COLUMN " + quotedName(column.name) + " " +
+                std::string(sqlType(column.type)),
+            "열 " + column.name);
     added_.push_back(table_ + "." + column.name);
   }
 

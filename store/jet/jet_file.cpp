@@ -241,7 +241,8 @@ class JetFile::Reader {
       case MDB_MONEY:
         return {.text = jetMoney(*field)};
       case MDB_NUMERIC:
-        return {.text = jetNumeric(*field, column.col_scale)};
+        // The library calls the digits after the point the precision, and the precision the scale.
+        return {.text = jetNumeric(*field, column.col_prec)};
       case MDB_DATETIME:
         return jetDateTime(*field);
       case MDB_REPID:
