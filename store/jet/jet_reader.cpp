@@ -24,7 +24,7 @@ constexpr char kFailed = 'F';
 constexpr char kDone = 'D';
 
 struct FileCloser {
-  void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
+  void operator()(std::FILE* file) const { std::fclose(file); }  // NOLINT: this is its owner
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 

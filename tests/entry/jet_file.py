@@ -7,7 +7,13 @@ BOOL, BYTE, INT, LONG, MONEY, FLOAT, DOUBLE, DATE, BINARY, TEXT, OLE, MEMO = ran
 GUID, NUMERIC = 15, 16
 FIXED = {BOOL: "", BYTE: "<B", INT: "<h", LONG: "<i", MONEY: "<q", FLOAT: "<f", DOUBLE: "<d", DATE: "<d",
          GUID: "16s", NUMERIC: "17s"}
-DELETED, POINTER = 0x8000, 0x4000
+
+
+class Flag(int):
+    """What a row may have before its values."""
+
+
+DELETED, POINTER = Flag(0x8000), Flag(0x4000)
 
 
 def rc4(key, data):
@@ -104,20 +110,20 @@ class JetFile:
         owner, used, on_page = struct.pack("<I", definition), [], []
         encoded = []
         for values in rows:
-            flags = values[0] if values and values[0] in (DELETED, POINTER) else 0
+            flags = values[0] if isinstance(values[0], Flag) else 0
             row = self.row(columns, values[1:] if flags else values)
-            if flags == POINTER:  # to where the row has moved
+            if flags is POINTER:  # to where the row has moved
                 page = self.rows_page(owner, [(row, DELETED)])
                 used.append(page)
                 row = struct.pack("<I", page << 8)
-            encoded.append((row, DELETED | POINTER if flags == DELETED else flags))
+            encoded.append((row, DELETED | POINTER if flags is DELETED else flags))
         for row in encoded + [None]:
             if row is None or sum(len(r) + 2 for r, _ in on_page + [row]) > self.size - 32:
                 used.append(self.rows_page(owner, on_page))
                 on_page = []
             on_page.append(row)
         bits = sum(1 << page for page in used)
-        self.maps.append(b"\0\0\0\0\0" + bits.to_bytes(64, "little"))
+        self.maps.append(b"\0\0\0\0\0" + bits.to_bytes(max(64, (bits.bit_length() + 7) // 8), "little"))
         self.catalog.append((definition, name, kind, 0, None))
         if count is None:
             count = sum(flags != DELETED | POINTER for _, flags in encoded)
