@@ -1,5 +1,6 @@
 #include "store/jet/jet_file.h"
 
+#include <algorithm>
 #include <cstdlib>
 #include <mdbtools.h>
 #include <string>
@@ -62,6 +63,43 @@ Item* itemAt(const GPtrArray* array, unsigned int index) {
   return static_cast<Item*>(array->pdata[index]);
 }
 
+struct CatalogRow {
+  unsigned long page;  // of the table's definition
+  std::int64_t type;
+  std::string name;
+};
+
+// Picks the tables out of the catalog's rows.
+class CatalogRows : public JetRows {
+ public:
+  void beginTable(std::string_view /*name*/, const std::vector<JetColumn>& columns) override {
+    const auto find = [&](std::string_view name) {
+      const auto found = std::find_if(columns.begin(), columns.end(),
+                                      [&](const JetColumn& column) { return column.name == name; });
+      if (found == columns.end()) failDamaged("표의 목록");
+      return static_cast<std::size_t>(found - columns.begin());
+    };
+    id_ = find("Id");
+    name_ = find("Name");
+    type_ = find("Type");
+  }
+
+  void addRow(const JetRow& row) override {
+    constexpr std::int64_t kPage = 0xFFFFFF;
+    const auto id = text::parseInteger(row[id_].text.value_or(""));
+    const auto type = text::parseInteger(row[type_].text.value_or(""));
+    if (!id || !type || !row[name_].text) return;
+    tables.push_back({static_cast<unsigned long>(*id & kPage), *type, *row[name_].text});
+  }
+
+  std::vector<CatalogRow> tables;
+
+ private:
+  std::size_t id_ = 0;
+  std::size_t name_ = 0;
+  std::size_t type_ = 0;
+};
+
 // The name of the character set of a Jet 3 file. A file that names none comes from a host of before
 // that was done, and those were Korean.
 std::string charsetOf(const MdbHandle& handle) {
@@ -85,25 +123,13 @@ class JetFile::Reader {
       decoder_ = std::make_unique<JetTextDecoder>("UTF-16LE", 2);
     }
     fileSize_ = std::filesystem::file_size(file);
-    if (mdb_read_catalog(handle_.get(), MDB_ANY) == nullptr || handle_->num_catalog == 0) {
-      throw DatabaseError("표의 목록을 읽을 수 없습니다: 손상되었거나 암호화된 파일입니다");
-    }
+    readCatalog();
   }
 
   void readTable(std::string_view name, JetRows& rows) {
-    MdbCatalogEntry* const entry = findTable(name);
-    if (entry == nullptr) return;
-    table_.reset(mdb_read_table(entry));
-    constexpr unsigned int kMostColumns = 255;
-    if (!table_ || table_->num_cols == 0 || table_->num_cols > kMostColumns ||
-        mdb_read_columns(table_.get()) == nullptr) {
-      failDamaged("표의 정의: " + std::string(name));
-    }
-    rows_ = &rows;
-    rowsRead_ = 0;
-    rows.beginTable(name, columns());
-    unsigned int page = 0;
-    while ((page = nextPage(page)) != 0) readPage(page);
+    const CatalogRow* const found = findTable(name);
+    if (found == nullptr) return;
+    scan(name, found->page, rows);
     if (rowsRead_ < table_->num_rows) {
       failDamaged(std::string(name) + "의 행 " + std::to_string(table_->num_rows) + "개 가운데 " +
                   std::to_string(rowsRead_) + "개만 있습니다");
@@ -113,16 +139,46 @@ class JetFile::Reader {
  private:
   [[nodiscard]] bool isJet3() const { return IS_JET3(handle_); }
 
-  MdbCatalogEntry* findTable(std::string_view name) {
-    for (unsigned int i = 0; i < handle_->num_catalog; ++i) {
-      auto* const entry = itemAt<MdbCatalogEntry>(handle_->catalog, i);
-      if (!text::equalsIgnoringAsciiCase(entry->object_name, name)) continue;
-      if (entry->object_type == MDB_TABLE) return entry;
-      if (entry->object_type == MDB_LINKED_TABLE) {
+  // The catalog is a table like any other. The library's own reading of it walks through the
+  // properties of every object as well, and in a damaged file without end.
+  void readCatalog() {
+    constexpr unsigned long kCatalogPage = 2;
+    try {
+      scan("MSysObjects", kCatalogPage, catalog_);
+    } catch (const DatabaseError&) {
+      catalog_.tables.clear();
+    }
+    if (catalog_.tables.empty()) {
+      throw DatabaseError("표의 목록을 읽을 수 없습니다: 손상되었거나 암호화된 파일입니다");
+    }
+  }
+
+  const CatalogRow* findTable(std::string_view name) const {
+    for (const CatalogRow& row : catalog_.tables) {
+      if (!text::equalsIgnoringAsciiCase(row.name, name)) continue;
+      if (row.type == MDB_TABLE) return &row;
+      if (row.type == MDB_LINKED_TABLE) {
         throw DatabaseError("표가 다른 파일에 있습니다: " + std::string(name));
       }
     }
     return nullptr;
+  }
+
+  void scan(std::string_view name, unsigned long definition, JetRows& rows) {
+    constexpr unsigned int kMostColumns = 255;
+    entry_.mdb = handle_.get();
+    entry_.object_type = MDB_TABLE;
+    entry_.table_pg = definition;
+    table_.reset(mdb_read_table(&entry_));
+    if (!table_ || table_->num_cols == 0 || table_->num_cols > kMostColumns ||
+        mdb_read_columns(table_.get()) == nullptr) {
+      failDamaged("표의 정의: " + std::string(name));
+    }
+    rows_ = &rows;
+    rowsRead_ = 0;
+    rows.beginTable(name, columns());
+    unsigned int page = 0;
+    while ((page = nextPage(page)) != 0) readPage(page);
   }
 
   [[nodiscard]] std::vector<JetColumn> columns() const {
@@ -141,7 +197,7 @@ class JetFile::Reader {
     return static_cast<unsigned int>(next);
   }
 
-  int pageNumber16(int offset) { return mdb_get_int16(handle_->pg_buf, offset); }
+  int int16At(int offset) { return mdb_get_int16(handle_->pg_buf, offset); }
   [[nodiscard]] int rowPlace(int row) const { return handle_->fmt->row_count_offset + 2 + row * 2; }
 
   void readPage(unsigned int page) {
@@ -152,10 +208,10 @@ class JetFile::Reader {
     // missing.
     const auto owner = static_cast<unsigned long>(mdb_get_int32(handle_->pg_buf, 4));
     if (handle_->pg_buf[0] != MDB_PAGE_DATA || owner != table_->entry->table_pg) return;
-    const int count = pageNumber16(handle_->fmt->row_count_offset);
+    const int count = int16At(handle_->fmt->row_count_offset);
     if (rowPlace(count) > handle_->fmt->pg_size) failDamaged("쪽 " + std::to_string(page));
     for (int row = 0; row < count; ++row) {
-      if ((pageNumber16(rowPlace(row)) & kDeleted) == 0) readRow(row);
+      if ((int16At(rowPlace(row)) & kDeleted) == 0) readRow(row);
     }
   }
 
@@ -194,7 +250,10 @@ class JetFile::Reader {
     if (isElsewhere) mdb_swap_pgbuf(handle_.get());
     JetRow values;
     for (unsigned int i = 0; i < table_->num_cols; ++i) {
-      values.push_back(decode(*itemAt<MdbColumn>(table_->columns, i), fields[i]));
+      const auto& column = *itemAt<MdbColumn>(table_->columns, i);
+      // Of the catalog nothing but names and numbers is wanted.
+      const bool isLeft = rows_ == &catalog_ && column.col_type == MDB_OLE;
+      values.push_back(isLeft ? JetValue{} : decode(column, fields[i]));
     }
     ++rowsRead_;
     rows_->addRow(values);
@@ -305,6 +364,8 @@ class JetFile::Reader {
   }
 
   Handle handle_;
+  CatalogRows catalog_;
+  MdbCatalogEntry entry_{};  // of the table in hand, which points to it
   std::unique_ptr<JetTextDecoder> decoder_;
   std::uintmax_t fileSize_ = 0;
   Table table_;

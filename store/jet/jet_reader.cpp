@@ -75,7 +75,11 @@ class Sender : public JetRows {
 // The child has nothing but the file and the pipe; what the library prints is of no use to users.
 [[noreturn]] void runChild(const std::filesystem::path& file,
                            const std::vector<std::string>& tables, int descriptor) {
-  constexpr rlim_t kMostSeconds = 300;  // of computing, which a damaged file could make endless
+  // A damaged file could make the computing endless, and the memory with it.
+  constexpr rlim_t kMostSeconds = 300;
+  constexpr rlim_t kMostMemory = rlim_t{1} << 30U;
+  std::error_code ignored;  // who cannot tell the size of a file cannot read it either
+  const rlim_t content = 4 * std::filesystem::file_size(file, ignored);
   const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
   dup2(nowhere, STDOUT_FILENO);
   dup2(nowhere, STDERR_FILENO);
@@ -83,6 +87,10 @@ class Sender : public JetRows {
   const rlimit seconds{kMostSeconds, kMostSeconds};
   setrlimit(RLIMIT_CORE, &noCore);
   setrlimit(RLIMIT_CPU, &seconds);
+#ifndef __SANITIZE_ADDRESS__  // the sanitizer takes more than any limit
+  const rlimit memory{kMostMemory + content, kMostMemory + content};
+  setrlimit(RLIMIT_AS, &memory);
+#endif
   std::signal(SIGINT, SIG_IGN);  // the parent's to answer
   for (const char* variable : {"MDBOPTS", "MDB_ICONV", "MDB_JET3_CHARSET"}) unsetenv(variable);
   Sender sender(fdopen(descriptor, "w"));

@@ -31,8 +31,8 @@ def rc4(key, data):
 
 
 class JetFile:
-    def __init__(self, version=4, code_page=949, password="", key=0):
-        self.jet4, self.code_page, self.password, self.key = version == 4, code_page, password, key
+    def __init__(self, version=4, code_page=949, password="", key=0, hides=True):
+        self.jet4, self.code_page, self.password, self.key, self.hides = version == 4, code_page, password, key, hides
         self.size = 4096 if self.jet4 else 2048
         self.pages = [None, None, None]  # the header, the usage maps, the catalog's definition
         self.maps, self.catalog = [], []
@@ -165,5 +165,5 @@ class JetFile:
         self.page(b"\0\1\0\0Standard Jet DB\0" + struct.pack("<I", self.jet4) + rc4(b"\xC7\xDA\x39\x6B", head), at=0)
         with open(path, "wb") as file:
             for number, page in enumerate(self.pages):
-                hidden = self.key and number
+                hidden = self.key and self.hides and number
                 file.write(rc4(struct.pack("<I", self.key ^ number), page) if hidden else page)
