@@ -22,7 +22,7 @@ def check(condition, text):
 
 
 def run(*arguments):
-    result = subprocess.run([sys.argv[1], *arguments], capture_output=True, text=True, env={"LC_ALL": "C"}, timeout=300)
+    result = subprocess.run([sys.argv[1], *arguments], capture_output=True, encoding="utf-8", env={"LC_ALL": "C"}, timeout=300)
     check(result.returncode in (0, 1), f"{arguments}: ended with {result.returncode}")
     return result
 
@@ -124,11 +124,19 @@ def check_refusals(base):
         make(source)
         os.truncate(source, 4096 * pages)
 
+    def point_nowhere():
+        """The place of the table's list of pages, which the library follows off its page, to its end."""
+        make(source)
+        with open(source, "r+b") as file:
+            file.seek(3 * 4096 + 55)
+            file.write(b"\xff")
+
     for said, damage in [
             ("없습니다", lambda: None), ("폴더입니다", lambda: os.mkdir(source)),
             ("SQLite", lambda: sqlite3.connect(source).execute("create table a(b)").connection.close()),
             ("Jet(Access) 데이터베이스가 아닙니다", lambda: open(source, "w").write("no database")),
             ("손상", lambda: cut(1)), ("손상", lambda: cut(3)), ("손상", lambda: cut(9)),
+            ("손상된 파일입니다", point_nowhere),
             ("암호화", lambda: make(source, key=5, hides=False)), ("tbl_namecard가 없습니다", lambda: make(source, cards_table=False)),
             ("i_idx가 없습니다", lambda: table([(1, "a")], key="id")), ("번호(i_idx)가 없는", lambda: table([(None, "a")])),
             ("i_idx=1", lambda: table([(1, "a"), (1, "b")])), ("행 3개 가운데 2개", lambda: table([(1, "a"), (2, "b")], count=3)),
