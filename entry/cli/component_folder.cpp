@@ -54,6 +54,15 @@ class NewFolders {
   throw store::DatabaseError(database.string() + ": 이미 있는 데이터베이스는 덮어쓰지 않습니다");
 }
 
+void requireFree(const std::filesystem::path& database) {
+  if (std::filesystem::exists(std::filesystem::symlink_status(database))) failExists(database);
+  // SQLite would take the log of a database that is gone for the new one's and write it into it.
+  const std::filesystem::path log = database.string() + "-wal";
+  if (std::filesystem::exists(log)) {
+    throw store::DatabaseError(log.string() + ": 없어진 데이터베이스의 기록이 남아 있습니다");
+  }
+}
+
 // Gives the finished database its name, unless something has that name by now.
 void place(const std::filesystem::path& finished, const std::filesystem::path& database) {
   if (std::filesystem::exists(finished.string() + "-wal")) {
@@ -62,9 +71,10 @@ void place(const std::filesystem::path& finished, const std::filesystem::path& d
   if (renameat2(AT_FDCWD, finished.c_str(), AT_FDCWD, database.c_str(), RENAME_NOREPLACE) == 0) {
     return;
   }
-  if (errno == EEXIST || std::filesystem::exists(database)) failExists(database);
-  if (errno != EINVAL && errno != ENOSYS) {
-    throw std::system_error(errno, std::generic_category(), database.string());
+  const int failure = errno;
+  if (failure == EEXIST || std::filesystem::exists(database)) failExists(database);
+  if (failure != EINVAL && failure != ENOSYS) {
+    throw std::system_error(failure, std::generic_category(), database.string());
   }
   std::filesystem::rename(finished, database);  // a file system that knows the plain one only
 }
@@ -104,7 +114,7 @@ void initializeFolder(const std::filesystem::path& folder) {
 void initializeFolder(const std::filesystem::path& folder,
                       const std::function<void(store::Connection&)>& fill) {
   const auto database = store::ConnectionSettings{.componentFolder = folder}.databaseFile();
-  if (std::filesystem::exists(std::filesystem::symlink_status(database))) failExists(database);
+  requireFree(database);
   NewFolders made;
   made.make(folder);
   made.make(folder / "contacts");
