@@ -72,14 +72,11 @@ class Sender : public JetRows {
   std::FILE* pipe_;
 };
 
-// The child has nothing but the file and the pipe; what the library prints is of no use to users.
+// The child needs nothing but the file and the pipe; what the library prints is of no use to users.
 [[noreturn]] void runChild(const std::filesystem::path& file,
                            const std::vector<std::string>& tables, int descriptor) {
   // A damaged file could make the computing endless, and the memory with it.
   constexpr rlim_t kMostSeconds = 300;
-  constexpr rlim_t kMostMemory = rlim_t{1} << 30U;
-  std::error_code ignored;  // who cannot tell the size of a file cannot read it either
-  const rlim_t content = 4 * std::filesystem::file_size(file, ignored);
   const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
   dup2(nowhere, STDOUT_FILENO);
   dup2(nowhere, STDERR_FILENO);
@@ -88,7 +85,10 @@ class Sender : public JetRows {
   setrlimit(RLIMIT_CORE, &noCore);
   setrlimit(RLIMIT_CPU, &seconds);
 #ifndef __SANITIZE_ADDRESS__  // the sanitizer takes more than any limit
-  const rlimit memory{kMostMemory + content, kMostMemory + content};
+  constexpr rlim_t kLeastMemory = rlim_t{1} << 30U;
+  std::error_code ignored;  // who cannot tell the size of a file cannot read it either
+  const rlim_t most = kLeastMemory + 4 * std::filesystem::file_size(file, ignored);
+  const rlimit memory{most, most};
   setrlimit(RLIMIT_AS, &memory);
 #endif
   std::signal(SIGINT, SIG_IGN);  // the parent's to answer
@@ -100,9 +100,11 @@ class Sender : public JetRows {
     sender.finish();
     for (const std::string& table : tables) jet.readTable(table, sender);
     sender.sendLetter(kDone);
-  } catch (const std::exception& error) {
+  } catch (const DatabaseError& error) {
     sender.sendLetter(kFailed);
     sender.sendText(error.what());
+  } catch (...) {
+    _exit(1);  // no memory: the same as being stopped by the system
   }
   sender.finish();
   _exit(0);
