@@ -2,6 +2,7 @@
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3>=3.40)
 pkg_check_modules(EBOOK REQUIRED IMPORTED_TARGET libebook-contacts-1.2>=3.46)
+pkg_check_modules(MDB REQUIRED IMPORTED_TARGET libmdb>=1.0)
 find_package(JPEG REQUIRED)
 find_package(CLI11 REQUIRED)
 
@@ -15,6 +16,9 @@ add_library(vlout_linux STATIC
   "${PROJECT_BINARY_DIR}/schema_sql.cpp"
   store/sqlite/preview_connection.cpp
   store/sqlite/sqlite_connection.cpp
+  store/jet/jet_file.cpp
+  store/jet/jet_reader.cpp
+  store/jet/jet_value.cpp
   outlook/vcard/card_file.cpp
   outlook/vcard/card_text.cpp
   outlook/vcard/folder.cpp
@@ -29,6 +33,7 @@ add_library(vlout_linux STATIC
   history/undo.cpp
   ui/terminal/terminal_toolkit.cpp
   entry/cli/component_folder.cpp
+  entry/cli/convert_jet.cpp
   entry/cli/history_command.cpp
   entry/cli/platform.cpp
   entry/cli/preview.cpp
@@ -36,7 +41,7 @@ add_library(vlout_linux STATIC
   entry/cli/sample_cards.cpp
   entry/cli/sample_picture.cpp
   entry/cli/window_command.cpp)
-target_link_libraries(vlout_linux PUBLIC vlout_core PkgConfig::SQLITE PRIVATE PkgConfig::EBOOK JPEG::JPEG)
+target_link_libraries(vlout_linux PUBLIC vlout_core PkgConfig::SQLITE PRIVATE PkgConfig::EBOOK PkgConfig::MDB JPEG::JPEG)
 
 add_executable(vloutsync entry/cli/main.cpp)
 target_link_libraries(vloutsync PRIVATE vlout_linux CLI11::CLI11)

@@ -1,6 +1,7 @@
 #include "store/statement_text.h"
 
 #include <algorithm>
+#include <charconv>
 
 #include "store/connection.h"
 #include "text/ascii.h"
@@ -64,9 +65,9 @@ class StatementReader {
     return previous_ == '=' || (inValues_ && depth_ == 1 && (previous_ == '(' || previous_ == ','));
   }
 
-  void lift(bool isNumber, std::string value) {
+  void lift(Literal::Kind kind, std::string value) {
     result_.shape += "? ";  // the blank keeps it apart from a number that wrongly follows
-    result_.literals.push_back({isNumber, std::move(value)});
+    result_.literals.push_back({kind, std::move(value)});
     previous_ = '?';
   }
 
@@ -84,13 +85,31 @@ class StatementReader {
       ++position_;
     }
     if (mayLift()) {
-      lift(false, std::move(value));
+      lift(Literal::Kind::Text, std::move(value));
       return;
     }
     // SQLite would end the statement at a NUL; only a bound value can hold one.
     if (value.find('\0') != std::string::npos) fail("NUL 문자가 있습니다");
     result_.shape.append(sql_, start, position_ - start);
     previous_ = '\'';
+  }
+
+  // X'...' whose quote stands at `quote`; false when it is none, which is the database's to say.
+  bool readBytes(std::size_t quote) {
+    const std::size_t end = sql_.find('\'', quote + 1);
+    if (quote >= sql_.size() || sql_[quote] != '\'' || end == std::string_view::npos) return false;
+    const std::string_view digits = sql_.substr(quote + 1, end - quote - 1);
+    std::string value(digits.size() / 2, '\0');
+    for (std::size_t i = 0; i < value.size(); ++i) {
+      unsigned int byte = 0;
+      const char* const pair = digits.data() + 2 * i;
+      if (std::from_chars(pair, pair + 2, byte, 16).ptr != pair + 2) return false;
+      value[i] = static_cast<char>(byte);
+    }
+    if (digits.size() % 2 != 0) return false;
+    position_ = end + 1;
+    lift(Literal::Kind::Bytes, std::move(value));
+    return true;
   }
 
   void copyQuoted(char close) {
@@ -108,7 +127,7 @@ class StatementReader {
     position_ = end;
     // A number past 64 bits is the database's to read.
     if (mayLift() && text::parseInteger(number)) {
-      lift(true, std::string(number));
+      lift(Literal::Kind::Number, std::string(number));
       return;
     }
     result_.shape += number;
@@ -119,6 +138,7 @@ class StatementReader {
     std::size_t end = position_;
     while (end < sql_.size() && isWordCharacter(sql_[end])) ++end;
     const std::string_view word = sql_.substr(position_, end - position_);
+    if (mayLift() && (word == "X" || word == "x") && readBytes(end)) return;
     if (text::equalsIgnoringAsciiCase(word, "VALUES")) inValues_ = true;
     result_.shape += word;
     position_ = end;

@@ -11,8 +11,9 @@
 namespace vlout::store {
 
 struct Literal {
-  bool isNumber = false;
-  std::string value;  // a number as written, a text without its quotes
+  enum class Kind { Text, Number, Bytes };
+  Kind kind = Kind::Text;
+  std::string value;  // a number as written, a text without its quotes, the bytes of X'...'
 };
 
 struct StatementText {

@@ -1,8 +1,13 @@
 #include "entry/cli/component_folder.h"
 
+#include <cerrno>
+#include <cstdio>
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <system_error>
+#include <unistd.h>
+#include <vector>
 
 #include "entry/cli/sample_cards.h"
 #include "store/sqlite/sqlite_connection.h"
@@ -15,11 +20,63 @@ std::filesystem::path fromEnvironment(const char* variable) {
   return value == nullptr ? "" : value;
 }
 
-// A folder for the user's own eyes; one that exists keeps the mode that it has.
-void makePrivateFolder(const std::filesystem::path& folder) {
-  if (std::filesystem::create_directories(folder)) {
-    std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
+// A folder for the user's own eyes; one that exists keeps the mode that it has. True when it was
+// made.
+bool makePrivateFolder(const std::filesystem::path& folder) {
+  if (!std::filesystem::create_directories(folder)) return false;
+  std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
+  return true;
+}
+
+// Folders that go again, with all that is in them, unless they are kept.
+class NewFolders {
+ public:
+  NewFolders() = default;
+  ~NewFolders() {
+    std::error_code ignored;  // the failure to report is the one that led here
+    for (auto folder = made_.rbegin(); folder != made_.rend(); ++folder) {
+      std::filesystem::remove_all(*folder, ignored);
+    }
   }
+  NewFolders(const NewFolders&) = delete;
+  NewFolders& operator=(const NewFolders&) = delete;
+
+  void make(const std::filesystem::path& folder) {
+    if (makePrivateFolder(folder)) made_.push_back(folder);
+  }
+  void keep() { made_.clear(); }
+
+ private:
+  std::vector<std::filesystem::path> made_;
+};
+
+[[noreturn]] void failExists(const std::filesystem::path& database) {
+  throw store::DatabaseError(database.string() + ": 이미 있는 데이터베이스는 덮어쓰지 않습니다");
+}
+
+void requireFree(const std::filesystem::path& database) {
+  if (std::filesystem::exists(std::filesystem::symlink_status(database))) failExists(database);
+  // SQLite would take the log of a database that is gone for the new one's and write it into it.
+  const std::filesystem::path log = database.string() + "-wal";
+  if (std::filesystem::exists(log)) {
+    throw store::DatabaseError(log.string() + ": 없어진 데이터베이스의 기록이 남아 있습니다");
+  }
+}
+
+// Gives the finished database its name, unless something has that name by now.
+void place(const std::filesystem::path& finished, const std::filesystem::path& database) {
+  if (std::filesystem::exists(finished.string() + "-wal")) {
+    throw store::DatabaseError(finished.string() + ": 데이터베이스를 다 쓰지 못했습니다");
+  }
+  if (renameat2(AT_FDCWD, finished.c_str(), AT_FDCWD, database.c_str(), RENAME_NOREPLACE) == 0) {
+    return;
+  }
+  const int failure = errno;
+  if (failure == EEXIST || std::filesystem::exists(database)) failExists(database);
+  if (failure != EINVAL && failure != ENOSYS) {
+    throw std::system_error(failure, std::generic_category(), database.string());
+  }
+  std::filesystem::rename(finished, database);  // a file system that knows the plain one only
 }
 
 void writeExportList(const std::filesystem::path& folder, const SampleSelection& selection) {
@@ -52,6 +109,27 @@ void initializeFolder(const std::filesystem::path& folder) {
   makePrivateFolder(folder);
   store::createDatabase(store::ConnectionSettings{.componentFolder = folder}.databaseFile());
   makePrivateFolder(folder / "contacts");
+}
+
+void initializeFolder(const std::filesystem::path& folder,
+                      const std::function<void(store::Connection&)>& fill) {
+  const auto database = store::ConnectionSettings{.componentFolder = folder}.databaseFile();
+  requireFree(database);
+  NewFolders made;
+  made.make(folder);
+  made.make(folder / "contacts");
+  NewFolders workshop;
+  const store::ConnectionSettings inWorkshop{.componentFolder =
+                                                 folder / (".new-" + std::to_string(getpid()))};
+  workshop.make(inWorkshop.componentFolder);
+  store::createDatabase(inWorkshop.databaseFile());
+  {
+    store::SqliteConnection connection;
+    connection.open(inWorkshop);
+    fill(connection);
+  }
+  place(inWorkshop.databaseFile(), database);
+  made.keep();
 }
 
 void makeSampleFolder(const std::filesystem::path& folder, int cards, std::uint64_t seed) {

@@ -4,6 +4,9 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
+
+#include "store/connection.h"
 
 namespace vlout::entry::cli {
 
@@ -19,8 +22,13 @@ namespace vlout::entry::cli {
 // folder cannot be made.
 void initializeFolder(const std::filesystem::path& folder);
 
-// The same, filled with `cards` sample cards and an export list. When that fails, the database is
-// taken away again.
+// The same with a database that `fill` has worked on. The database is made in a place of its own
+// and appears in the folder only once it is whole; when `fill` throws, nothing is left.
+void initializeFolder(const std::filesystem::path& folder,
+                      const std::function<void(store::Connection&)>& fill);
+
+// The same as the first, filled with `cards` sample cards and an export list. When that fails, the
+// database is taken away again.
 void makeSampleFolder(const std::filesystem::path& folder, int cards, std::uint64_t seed);
 
 }  // namespace vlout::entry::cli

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "entry/cli/component_folder.h"
+#include "entry/cli/convert_jet.h"
 #include "entry/cli/history_command.h"
 #include "entry/cli/run_command.h"
 #include "entry/cli/window_command.h"
@@ -55,6 +56,7 @@ struct Arguments {
   bool yes = false;
   bool force = false;
   int run = 0;
+  std::string jetFile;
 };
 
 void addFolderOption(CLI::App& command, Arguments& arguments) {
@@ -127,6 +129,22 @@ int runUndo(const Arguments& arguments) {
   return cli::undoRun(request, confirm, std::cout, std::cerr) ? kDone : kRefused;
 }
 
+CLI::App* addConvertCommand(CLI::App& app, Arguments& arguments) {
+  CLI::App* const convert = app.add_subcommand(
+      "convert-jet", "Jet(Access) 데이터베이스를 읽어 새 구성 요소 폴더를 만듭니다.");
+  convert->add_option("file", arguments.jetFile, "Jet 파일. 읽기만 합니다.")->required();
+  addFolderOption(*convert, arguments);
+  return convert;
+}
+
+int convertJet(const Arguments& arguments) {
+  const auto folder = cli::componentFolder(arguments.folder);
+  handleInterrupts();
+  cli::convertJet(arguments.jetFile, folder, std::cout, interrupted);
+  std::cout << folder.string() << std::endl;
+  return std::cout ? kDone : kRefused;
+}
+
 int runTransfer(const Arguments& arguments) {
   using OnConflict = vlout::ui::TerminalToolkit::OnConflict;
   const std::map<std::string, frmOutlookSync::Mode> modes{{"import", frmOutlookSync::kImport},
@@ -180,6 +198,7 @@ int run(int argc, char** argv) {
   CLI::App* const history = app.add_subcommand("history", "지금까지의 작업을 보여 줍니다.");
   addFolderOption(*history, arguments);
   CLI::App* const undo = addUndoCommand(app, arguments);
+  CLI::App* const convert = addConvertCommand(app, arguments);
   CLI::App* const window =
       app.add_subcommand("window", "창을 엽니다. 명령이 없을 때도 그렇습니다.");
   addFolderOption(*window, arguments);
@@ -191,6 +210,7 @@ int run(int argc, char** argv) {
   }
   if (transfer->parsed()) return runTransfer(arguments);
   if (undo->parsed()) return runUndo(arguments);
+  if (convert->parsed()) return convertJet(arguments);
   const auto folder = cli::componentFolder(arguments.folder);
   if (history->parsed()) {
     cli::printHistory(folder, std::cout);

@@ -3,7 +3,7 @@ _vloutsync() {
   local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local choices=
   case $previous in
-    vloutsync) choices="init sample run history undo window --help --version" ;;
+    vloutsync) choices="init sample convert-jet run history undo window --help --version" ;;
     run) choices="import export sync" ;;
     --range) choices="selected group all" ;;
     --on-conflict) choices="skip newer card outlook stop" ;;
@@ -13,12 +13,16 @@ _vloutsync() {
       return
       ;;
     --cards | --seed) return ;;
+    convert-jet)
+      compopt -o default
+      return
+      ;;
     *)
       case ${COMP_WORDS[1]} in
         run) choices="--folder --contacts --range --subgroups --set --on-conflict --preview --yes" ;;
         undo) choices="--folder --preview --force --yes" ;;
         window) choices="--folder --contacts" ;;
-        init | history) choices="--folder" ;;
+        init | history | convert-jet) choices="--folder" ;;
         sample) choices="--folder --cards --seed" ;;
       esac
       ;;

@@ -249,10 +249,18 @@ SqliteConnection::Prepared& SqliteConnection::prepare(std::string_view sql) {
   for (const Literal& literal : text.literals) {
     ++index;
     const auto size = static_cast<sqlite3_uint64>(literal.value.size());
-    const auto number = literal.isNumber ? text::parseInteger(literal.value) : std::nullopt;
-    const int result = number ? sqlite3_bind_int64(statement, index, *number)
-                              : sqlite3_bind_text64(statement, index, literal.value.data(), size,
-                                                    SQLITE_TRANSIENT, SQLITE_UTF8);
+    const char* const value = literal.value.data();
+    int result = SQLITE_OK;
+    switch (literal.kind) {
+      case Literal::Kind::Number:
+        result = sqlite3_bind_int64(statement, index, text::parseInteger(literal.value).value());
+        break;
+      case Literal::Kind::Bytes:
+        result = sqlite3_bind_blob64(statement, index, value, size, SQLITE_TRANSIENT);
+        break;
+      case Literal::Kind::Text:
+        result = sqlite3_bind_text64(statement, index, value, size, SQLITE_TRANSIENT, SQLITE_UTF8);
+    }
     if (result != SQLITE_OK) fail(sql);
   }
   return found->second;

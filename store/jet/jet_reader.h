@@ -1,0 +1,40 @@
+// Reads tables out of a Jet (Access) file in a process of its own, so that a damaged file can at
+// worst end that process. The converter calls it; the file is opened for reading only.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "store/jet/jet_file.h"
+
+namespace vlout::store {
+
+class JetReader {
+ public:
+  // Opens the file and starts reading the tables of these names. Throws DatabaseError, which names
+  // the file, when it is no Jet file or cannot be read at all.
+  JetReader(const std::filesystem::path& file, const std::vector<std::string>& tables);
+  ~JetReader();  // ends the process, wherever it is
+  JetReader(const JetReader&) = delete;
+  JetReader& operator=(const JetReader&) = delete;
+
+  // Hands over the tables in the order in which they were named; one that the file lacks is passed
+  // over. Throws DatabaseError, which names the file, when it cannot be read to its end; rows that
+  // were handed over before are not to be kept then.
+  void readAll(JetRows& rows);
+
+ private:
+  class Child;
+  class Frames;
+  [[noreturn]] void fail(const std::string& reason) const;
+  [[noreturn]] void failEnded() const;
+
+  std::filesystem::path file_;
+  std::unique_ptr<Child> child_;
+  std::unique_ptr<Frames> frames_;
+};
+
+}  // namespace vlout::store
