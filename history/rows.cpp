@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include "store/connection.h"
+#include "text/ascii.h"
 
 namespace vlout::history {
 namespace {
@@ -31,11 +32,6 @@ std::string joined(const std::vector<std::string>& columns) {
   std::string result;
   for (const std::string& column : columns) result += (result.empty() ? "" : ",") + column;
   return result;
-}
-
-std::string selectRow(const std::string& schema, const std::string& columns,
-                      const std::string& table) {
-  return "SELECT " + columns + " FROM " + schema + "." + table + " WHERE rowid=?1";
 }
 
 // FNV-1a: tells contents apart, and is the same in every build.
@@ -158,7 +154,8 @@ void execute(sqlite3* database, const std::string& sql) {
 std::optional<std::uint64_t> RowHashes::of(const RowKey& key) {
   auto found = rows_.find(key.table);
   if (found == rows_.end()) {
-    found = rows_.emplace(key.table, Statement(database_, selectRow("main", "*", key.table))).first;
+    const std::string sql = "SELECT * FROM main." + key.table + " WHERE rowid=?1";
+    found = rows_.emplace(key.table, Statement(database_, sql)).first;
   }
   Statement& row = found->second;
   if (!row.bind(1, key.row).next()) return std::nullopt;
@@ -193,20 +190,23 @@ std::vector<RowChange> OtherState::changesSince() const {
   RowHashes hashes(database_);
   for (const auto& [name, caption] : kTables) {
     const std::string table = name;
-    std::string differs = "o.rowid IS NULL";
+    const auto filled = [&, caption = caption](std::string_view sql) {
+      return text::replaceAll(text::replaceAll(sql, "%table", table), "%caption", caption);
+    };
+    std::string sql = filled(
+        "SELECT m.rowid,o.rowid IS NULL,m.%caption FROM main.%table m "
+        "LEFT JOIN other.%table o ON o.rowid=m.rowid WHERE o.rowid IS NULL");
     for (const std::string& column : columns(table)) {
-      differs += " OR m." + column + " COLLATE BINARY IS NOT o." + column;
+      sql.append(" OR m.").append(column).append(" COLLATE BINARY IS NOT o.").append(column);
     }
-    Statement now(database_, std::string("SELECT m.rowid,o.rowid IS NULL,m.") + caption +
-                                 " FROM main." + table + " m LEFT JOIN other." + table +
-                                 " o ON o.rowid=m.rowid WHERE " + differs);
+    Statement now(database_, sql);
     while (now.next()) {
       const RowKey key{table, now.number(0)};
       changes.push_back(
           {key, now.number(1) != 0 ? Change::Added : Change::Changed, now.text(2), hashes.of(key)});
     }
-    Statement then(database_, std::string("SELECT rowid,") + caption + " FROM other." + table +
-                                  " WHERE rowid NOT IN (SELECT rowid FROM main." + table + ")");
+    Statement then(database_, filled("SELECT rowid,%caption FROM other.%table WHERE rowid NOT IN "
+                                     "(SELECT rowid FROM main.%table)"));
     while (then.next()) {
       changes.push_back({{table, then.number(0)}, Change::Removed, then.text(1), std::nullopt});
     }
@@ -215,17 +215,16 @@ std::vector<RowChange> OtherState::changesSince() const {
 }
 
 std::string OtherState::putBackSql(const std::string& table, Change change) const {
-  const std::string names = joined(columns(table));
-  switch (change) {
-    case Change::Added:
-      return "DELETE FROM main." + table + " WHERE rowid=?1";
-    case Change::Removed:
-      return "INSERT INTO main." + table + "(rowid," + names + ") " +
-             selectRow("other", "rowid," + names, table);
-    default:
-      return "UPDATE main." + table + " SET (" + names + ")=(" + selectRow("other", names, table) +
-             ") WHERE rowid=?1";
+  const char* sql =
+      "UPDATE main.%table SET (%names)=(SELECT %names FROM other.%table WHERE "
+      "rowid=?1) WHERE rowid=?1";
+  if (change == Change::Added) sql = "DELETE FROM main.%table WHERE rowid=?1";
+  if (change == Change::Removed) {
+    sql =
+        "INSERT INTO main.%table(rowid,%names) SELECT rowid,%names FROM other.%table WHERE "
+        "rowid=?1";
   }
+  return text::replaceAll(text::replaceAll(sql, "%table", table), "%names", joined(columns(table)));
 }
 
 void OtherState::putBack(const RowChange& change) {

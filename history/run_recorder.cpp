@@ -35,8 +35,8 @@ std::string megabytes(std::uint64_t bytes) {
 
 }  // namespace
 
-RunRecorder::RunRecorder(std::filesystem::path componentFolder, std::filesystem::path contacts,
-                         EmptiedFolder emptied)
+RunRecorder::RunRecorder(std::filesystem::path componentFolder,
+                         const std::filesystem::path& contacts, EmptiedFolder emptied)
     : folder_(std::move(componentFolder)),
       database_(store::ConnectionSettings{.componentFolder = folder_}.databaseFile()),
       contacts_(std::filesystem::absolute(contacts)),

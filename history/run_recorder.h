@@ -26,7 +26,7 @@ struct EmptiedFolder {
 
 class RunRecorder {
  public:
-  RunRecorder(std::filesystem::path componentFolder, std::filesystem::path contacts,
+  RunRecorder(std::filesystem::path componentFolder, const std::filesystem::path& contacts,
               EmptiedFolder emptied);
 
   // A reason not to start, or an empty text; then `ended` follows, unless it is a preview.
