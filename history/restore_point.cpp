@@ -1,5 +1,6 @@
 #include "history/restore_point.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
 #include <cstring>
@@ -88,8 +89,9 @@ std::size_t countCardFiles(const fs::path& folder) {
   return count;
 }
 
-bool isSame(const FileState& a, const FileState& b) {
-  return a.size == b.size && a.seconds == b.seconds && a.nanoseconds == b.nanoseconds;
+bool isSame(const std::optional<FileState>& a, const std::optional<FileState>& b) {
+  if (!a || !b) return !a && !b;
+  return a->size == b->size && a->seconds == b->seconds && a->nanoseconds == b->nanoseconds;
 }
 
 bool linkOrCopy(const fs::path& file, const fs::path& link) {
@@ -168,18 +170,31 @@ Written Written::read(const fs::path& log) {
     entry.ignore(1);
     if (kind == "file") {
       FileState state;
-      if (readEntry(entry, state, name)) written.files.insert_or_assign(name, state);
+      if (readEntry(entry, state, name)) written.files[name].emplace_back(state);
     } else if (kind == "nofile") {
-      if (std::getline(entry, name, kEnd)) written.files.insert_or_assign(name, std::nullopt);
+      if (std::getline(entry, name, kEnd)) written.files[name].emplace_back();
     } else if (kind == "row" || kind == "norow") {
       RowKey key;
       std::uint64_t hash = 0;
       entry >> key.table >> key.row >> hash;
       if (!entry) return;
-      written.rows.insert_or_assign(key, kind == "row" ? std::optional(hash) : std::nullopt);
+      written.rows[key].push_back(kind == "row" ? std::optional(hash) : std::nullopt);
     }
   });
   return written;
+}
+
+bool Written::left(const std::string& file, const std::optional<FileState>& state) const {
+  const auto found = files.find(file);
+  return found != files.end() &&
+         std::any_of(found->second.begin(), found->second.end(),
+                     [&](const auto& given) { return isSame(given, state); });
+}
+
+bool Written::left(const RowKey& row, const std::optional<std::uint64_t>& hash) const {
+  const auto found = rows.find(row);
+  return found != rows.end() &&
+         std::find(found->second.begin(), found->second.end(), hash) != found->second.end();
 }
 
 std::string Written::counts() const {

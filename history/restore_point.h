@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "outlook/vcard/folder.h"
 
@@ -22,8 +23,8 @@ using FileStates = std::map<std::string, FileState>;  // by name
 // Their number; without a look at each.
 [[nodiscard]] std::size_t countCardFiles(const std::filesystem::path& folder);
 
-// Whether two states are of the same content. A copy has another inode.
-[[nodiscard]] bool isSame(const FileState& a, const FileState& b);
+// Whether two states are of the same content, or both of no file. A copy has another inode.
+[[nodiscard]] bool isSame(const std::optional<FileState>& a, const std::optional<FileState>& b);
 
 // Makes `link` another name of `file`, or a copy with the same modification time. False when there
 // is no such file.
@@ -67,13 +68,17 @@ struct RowKey {
   auto operator<=>(const RowKey&) const = default;
 };
 
-// What a run wrote, as its log tells: the state that each file and each row was left in. A file or
-// row that the run removed has none.
+// What a run wrote, as its log tells: the states that each file and each row was given, one after
+// another; nothing stands for a removal. A run that was killed may have been about to write the
+// last of them.
 struct Written {
-  std::map<std::string, std::optional<FileState>> files;
-  std::map<RowKey, std::optional<std::uint64_t>> rows;  // the hash of the row's content
+  std::map<std::string, std::vector<std::optional<FileState>>> files;
+  std::map<RowKey, std::vector<std::optional<std::uint64_t>>> rows;  // hashes of the row's content
 
   [[nodiscard]] static Written read(const std::filesystem::path& log);
+  // Whether the run may have left the file or row like that.
+  [[nodiscard]] bool left(const std::string& file, const std::optional<FileState>& state) const;
+  [[nodiscard]] bool left(const RowKey& row, const std::optional<std::uint64_t>& hash) const;
   // How many rows and files there are.
   [[nodiscard]] std::string counts() const;
 };

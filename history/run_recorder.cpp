@@ -68,7 +68,7 @@ std::string RunRecorder::objectionToEmptied(bool preview) {
   warned_ = emptied_.askAgain && !preview;
   return "연락처 폴더가 비어 있습니다: " + text::pathText(contacts_) + "\r\n지난 작업(" +
          last->started + ") 때에는 연락처 파일이 " + std::to_string(*last->contactFiles) +
-         "개 있었습니다(" + last->contacts +
+         "개 있었습니다(" + text::pathText(runs_.contactsOf(*last)) +
          ").\r\n폴더가 연결되지 않았거나 다른 폴더라면 모든 명함이 새 연락처로 다시 추가됩니다. " +
          emptied_.howToGoOn;
 }
@@ -86,7 +86,7 @@ void RunRecorder::start(const transfer::RunDescription& run) {
   record.started = text::formatStamp(text::localNow());
   record.mode = run.mode;
   record.range = run.range;
-  record.contacts = text::pathText(contacts_);
+  record.contacts = runs_.nameOf(contacts_);
   runs_.begin(record);
   record_ = std::move(record);
 }

@@ -9,6 +9,7 @@
 #include "history/restore_point.h"
 #include "text/ascii.h"
 #include "text/date_time.h"
+#include "text/file_path.h"
 
 namespace vlout::history {
 namespace {
@@ -47,6 +48,17 @@ void readLine(const std::string& line, RunRecord& record) {
 
 std::filesystem::path Runs::folderOf(int number) const {
   return folder_ / std::to_string(number);
+}
+
+std::filesystem::path Runs::contactsOf(const RunRecord& record) const {
+  return component_ / text::pathOf(record.contacts);
+}
+
+// A component folder may be moved with its contacts.
+std::string Runs::nameOf(const std::filesystem::path& contacts) const {
+  const auto whole = std::filesystem::weakly_canonical(contacts);
+  const auto within = whole.lexically_relative(component_);
+  return text::pathText(within.empty() || *within.begin() == ".." ? whole : within);
 }
 
 std::vector<int> Runs::numbers() const {

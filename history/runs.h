@@ -21,7 +21,7 @@ struct RunRecord {
   std::string started;   // on the local clock, "yyyy/mm/dd hh:mm:ss"
   std::string mode;      // import, export, sync or undo
   std::string range;     // of an export; of an undo, the run that it went back before
-  std::string contacts;  // the contact folder
+  std::string contacts;  // the contact folder; relative to the component folder where it lies there
   RunState state = RunState::Unfinished;
   std::string text;                         // the counts, or why it failed
   bool wrote = false;                       // a restore point was taken
@@ -32,7 +32,8 @@ struct RunRecord {
 class Runs {
  public:
   explicit Runs(const std::filesystem::path& componentFolder)
-      : folder_(componentFolder / "history") {}
+      : component_(std::filesystem::weakly_canonical(componentFolder)),
+        folder_(component_ / "history") {}
 
   // Oldest first. A record that cannot be read counts as an unfinished run.
   [[nodiscard]] std::vector<RunRecord> list() const;
@@ -43,6 +44,10 @@ class Runs {
 
   [[nodiscard]] std::filesystem::path folderOf(int number) const;
 
+  // The contact folder of a run, in a form that can be compared, and how a record names a folder.
+  [[nodiscard]] std::filesystem::path contactsOf(const RunRecord& record) const;
+  [[nodiscard]] std::string nameOf(const std::filesystem::path& contacts) const;
+
   // Drops the restore points that are too old or too many, and records that are older still. What
   // cannot be deleted stays for the next time.
   void prune() const;
@@ -50,6 +55,7 @@ class Runs {
  private:
   [[nodiscard]] std::vector<int> numbers() const;
 
+  std::filesystem::path component_;
   std::filesystem::path folder_;
 };
 

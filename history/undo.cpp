@@ -45,16 +45,18 @@ std::string personAndFile(const fs::path& folder, const std::string& name) {
   return person.empty() ? name : person + " (" + name + ")";
 }
 
-// The files of a folder after a run that found `before` there.
-FileStates after(FileStates before, const Written& written) {
-  for (const auto& [name, state] : written.files) {
-    if (state) {
-      before.insert_or_assign(name, *state);
-    } else {
-      before.erase(name);
-    }
+// The files of a folder after a run that found `states` there.
+FileStates after(FileStates states, const Written& written) {
+  for (const auto& [name, given] : written.files) {
+    states.erase(name);
+    if (given.back()) states.emplace(name, *given.back());
   }
-  return before;
+  return states;
+}
+
+std::optional<FileState> stateIn(const FileStates& states, const std::string& name) {
+  const auto found = states.find(name);
+  return found == states.end() ? std::nullopt : std::optional(found->second);
 }
 
 // Calls `use(name, change)` for each file of `now` that is not what it was `then`.
@@ -97,7 +99,7 @@ Undo::Undo(const fs::path& componentFolder, int run) : folder_(componentFolder),
                     "의 복원 지점이 이미 지워져 되돌릴 수 없습니다.");
   }
   point_.emplace(runs_.folderOf(later_.front().number));
-  contacts_ = text::pathOf(later_.front().contacts);
+  contacts_ = runs_.contactsOf(later_.front());
   lock_ = std::make_unique<outlook::vcard::Folder>(contacts_.string());
   found_ = cardFilesIn(contacts_);
   connection_ = std::make_unique<Connection>();
@@ -125,7 +127,8 @@ void Undo::chooseRun(int number) {
   }
 }
 
-// What differs between the end of one run and the beginning of the next, or now, is an edit.
+// What differs between the beginning of one run and that of the next, or now, and was not written
+// by the run, is an edit.
 void Undo::findEdits() {
   for (std::size_t i = 0; i < later_.size(); ++i) {
     const RunRecord& run = later_[i];
@@ -141,35 +144,36 @@ void Undo::findEdits() {
       const OtherState before(next.get(), point.database());
       addRowEdits(before.changesSince(), written, when);
     }
-    if (text::pathOf(run.contacts) != contacts_) {
+    if (runs_.contactsOf(run) != contacts_) {
       edits_.push_back(
           "작업 " + std::to_string(run.number) +
           "은(는) 다른 연락처 폴더를 썼습니다. 그 폴더는 되돌리지 않습니다: " + run.contacts);
       continue;
     }
-    const auto next = std::find_if(
-        later_.begin() + static_cast<std::ptrdiff_t>(i) + 1, later_.end(),
-        [&](const RunRecord& other) { return text::pathOf(other.contacts) == contacts_; });
+    const auto next =
+        std::find_if(later_.begin() + static_cast<std::ptrdiff_t>(i) + 1, later_.end(),
+                     [&](const RunRecord& other) { return runs_.contactsOf(other) == contacts_; });
     addFileEdits(
         after(point.contacts(), written),
         next == later_.end() ? found_ : RestorePoint(runs_.folderOf(next->number)).contacts(),
-        when);
+        written, when);
   }
 }
 
 void Undo::addRowEdits(const std::vector<RowChange>& changes, const Written& written,
                        const std::string& when) {
   for (const RowChange& change : changes) {
-    const auto row = written.rows.find(change.key);
-    if (row != written.rows.end() && row->second == change.hash) continue;
+    if (written.left(change.key, change.hash)) continue;
     const bool isCard = change.key.table == "tbl_namecard";
     edits_.push_back(editOf(isCard ? "명함" : "그룹", change.change, change.name, when));
   }
 }
 
-void Undo::addFileEdits(const FileStates& expected, const FileStates& found,
+void Undo::addFileEdits(const FileStates& before, const FileStates& found, const Written& written,
                         const std::string& when) {
-  compareFiles(expected, found, [&](const std::string& name, Change change) {
+  compareFiles(after(before, written), found, [&](const std::string& name, Change change) {
+    const auto now = stateIn(found, name);
+    if (written.left(name, now) || isSame(now, stateIn(before, name))) return;
     edits_.push_back(editOf("연락처", change, personAndFile(contacts_, name), when));
   });
 }
@@ -182,8 +186,7 @@ void Undo::findChanges() {
     const fs::path kept = point_->contact(name);
     file.person = personIn(change == Change::Removed ? kept : contacts_ / text::pathOf(name));
     if (change != Change::Added) {
-      const auto state = stateOf(kept);
-      file.lost = !state || !isSame(*state, then.at(name));
+      file.lost = !isSame(stateOf(kept), then.at(name));
     }
     files_.push_back(std::move(file));
   });
@@ -216,10 +219,8 @@ void Undo::perform() {
 void Undo::requireUnchanged() const {
   for (const FileChange& file : files_) {
     const auto state = stateOf(contacts_ / text::pathOf(file.name));
-    const auto seen = found_.find(file.name);
-    const bool same = state && seen != found_.end() ? isSame(*state, seen->second)
-                                                    : !state && seen == found_.end();
-    if (!same) throw UndoError("그 사이에 연락처가 바뀌었습니다. 다시 실행하십시오: " + file.name);
+    if (isSame(state, stateIn(found_, file.name))) continue;
+    throw UndoError("그 사이에 연락처가 바뀌었습니다. 다시 실행하십시오: " + file.name);
   }
 }
 

@@ -56,7 +56,8 @@ class Undo {
 
   void chooseRun(int number);
   void findEdits();
-  void addFileEdits(const FileStates& expected, const FileStates& found, const std::string& when);
+  void addFileEdits(const FileStates& before, const FileStates& found, const Written& written,
+                    const std::string& when);
   void addRowEdits(const std::vector<RowChange>& changes, const Written& written,
                    const std::string& when);
   void findChanges();

@@ -54,9 +54,11 @@ void printChanges(const history::Undo& undo, std::ostream& out) {
 
 }  // namespace
 
-void printHistory(const std::filesystem::path& folder, std::ostream& out) {
+void printHistory(const std::filesystem::path& folder, std::ostream& out, std::ostream& errors) {
   const history::Runs runs(folder);
-  for (RunRecord run : runs.list()) {
+  const auto list = runs.list();
+  if (list.empty()) errors << folder.string() << ": 아직 작업이 없습니다.\n";
+  for (RunRecord run : list) {
     // One that was killed could not say what it had done.
     if (run.state == history::RunState::Unfinished && run.wrote) {
       const history::RestorePoint point(runs.folderOf(run.number));

@@ -9,7 +9,7 @@
 namespace vlout::entry::cli {
 
 // A line for each run, the newest last.
-void printHistory(const std::filesystem::path& folder, std::ostream& out);
+void printHistory(const std::filesystem::path& folder, std::ostream& out, std::ostream& errors);
 
 struct UndoRequest {
   std::filesystem::path folder;

@@ -213,7 +213,7 @@ int run(int argc, char** argv) {
   if (convert->parsed()) return convertJet(arguments);
   const auto folder = cli::componentFolder(arguments.folder);
   if (history->parsed()) {
-    cli::printHistory(folder, std::cout);
+    cli::printHistory(folder, std::cout, std::cerr);
     return kDone;
   }
   if (init->parsed()) {

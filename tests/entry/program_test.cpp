@@ -469,16 +469,21 @@ TEST_F(ProgramTest, UndoSaysWhatItWillChangeAndMindsLaterEdits) {
   EXPECT_EQ(said.status, 0);
   EXPECT_THAT(said.out, AllOf(HasSubstr("명함: 되돌림=5 삭제=0 되살림=0\n"),
                               HasSubstr("연락처: 되돌림=0 삭제=5 되살림=0\n")));
-  std::filesystem::remove(contacts() / tests::fileNames(contacts()).front());
-  const std::vector<std::string> undo{"undo", "--folder", folder()};
-  const std::string before = tests::stampsOf(contacts());
+  // The folder may be moved with everything in it.
+  const std::string moved = folder() + "2";
+  const auto cards = std::filesystem::path(moved) / "contacts";
+  std::filesystem::rename(folder(), moved);
+  const auto edited = cards / tests::fileNames(cards).front();
+  tests::writeFile(edited, tests::readFile(edited) + "\r\n");
+  const std::vector<std::string> undo{"undo", "--folder", moved};
+  const std::string before = tests::stampsOf(cards);
   const Result refused = run(undo);
   EXPECT_EQ(refused.status, 1);
-  EXPECT_THAT(refused.out, HasSubstr("연락처 삭제: "));
+  EXPECT_THAT(refused.out, HasSubstr("연락처 고침: "));
   EXPECT_THAT(refused.err, HasSubstr("--force"));
-  EXPECT_EQ(tests::stampsOf(contacts()), before);
-  EXPECT_EQ(run({"undo", "--force", "--folder", folder()}).status, 0);
-  EXPECT_THAT(tests::fileNames(contacts()), IsEmpty());
+  EXPECT_EQ(tests::stampsOf(cards), before);
+  EXPECT_EQ(run({"undo", "--force", "--folder", moved}).status, 0);
+  EXPECT_THAT(tests::fileNames(cards), IsEmpty());
   const Result nothing = run(undo);
   EXPECT_EQ(nothing.status, 1);
   EXPECT_THAT(nothing.err, HasSubstr("되돌릴 작업이 없습니다"));
