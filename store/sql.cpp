@@ -24,6 +24,17 @@ std::string sqlLiteral(std::string_view value) {
   return "'" + sqlQuote(value) + "'";
 }
 
+std::string sqlBytes(std::string_view bytes) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  std::string sql = "X'";
+  for (const char c : bytes) {
+    const auto byte = static_cast<unsigned char>(c);
+    sql += kDigits[byte >> 4U];
+    sql += kDigits[byte & 15U];
+  }
+  return sql + "'";
+}
+
 bool cardExists(Connection& connection, std::string_view cardId) {
   requireNumber(cardId, "명함 번호");
   const auto rows =

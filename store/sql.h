@@ -21,6 +21,9 @@ namespace vlout::store {
 // The value through `sqlQuote` and between single quotes.
 [[nodiscard]] std::string sqlLiteral(std::string_view value);
 
+// The bytes of a binary column: X'…'.
+[[nodiscard]] std::string sqlBytes(std::string_view bytes);
+
 // The id as a number. Ids stand bare in statements, so nothing but a number may get there: throws
 // DatabaseError, which calls the id `what`, for any other text.
 std::int64_t requireNumber(std::string_view id, std::string_view what);

@@ -11,6 +11,7 @@
 #include "entry/cli/component_folder.h"
 #include "store/connection.h"
 #include "store/jet/jet_reader.h"
+#include "store/sql.h"
 #include "text/ascii.h"
 
 namespace vlout::entry::cli {
@@ -56,17 +57,6 @@ std::string_view sqlType(JetType type) {
 
 std::string quotedName(std::string_view name) {
   return '"' + text::replaceAll(name, "\"", "\"\"") + '"';
-}
-
-std::string bytesLiteral(std::string_view bytes) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  std::string sql = "X'";
-  for (const char c : bytes) {
-    const auto byte = static_cast<unsigned char>(c);
-    sql += kDigits[byte >> 4U];
-    sql += kDigits[byte & 15U];
-  }
-  return sql + "'";
 }
 
 // "yyyy/mm/dd hh:mm:ss" in the form of that column; elsewhere a day alone is one without a time.
@@ -176,7 +166,7 @@ class Mover : public store::JetRows {
       return;
     }
     if (column.type == JetType::Binary) {
-      sql += bytesLiteral(*value.text);
+      sql += store::sqlBytes(*value.text);
     } else {
       const bool isDate = column.type == JetType::DateTime && value.isWhole;
       const std::string text = isDate ? dateFor(column.name, *value.text) : *value.text;

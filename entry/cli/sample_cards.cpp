@@ -388,14 +388,7 @@ class Row {
     if (value) addText(column, *value);
   }
   void addBytes(std::string_view column, std::string_view bytes) {
-    constexpr std::string_view kDigits = "0123456789ABCDEF";
-    std::string sql = "X'";
-    for (const char c : bytes) {
-      const auto byte = static_cast<unsigned char>(c);
-      sql += kDigits[byte >> 4U];
-      sql += kDigits[byte & 15U];
-    }
-    addSql(column, sql + "'");
+    addSql(column, store::sqlBytes(bytes));
   }
 
   [[nodiscard]] std::string insertInto(std::string_view table) const {
