@@ -14,6 +14,7 @@ target_sources(vlout_core PRIVATE entry/cli/ini_file.cpp)
 
 add_library(vlout_linux STATIC
   "${PROJECT_BINARY_DIR}/schema_sql.cpp"
+  store/sqlite/backup.cpp
   store/sqlite/preview_connection.cpp
   store/sqlite/sqlite_connection.cpp
   store/jet/jet_file.cpp

@@ -57,13 +57,9 @@ void Runtime::releaseMainWindow() {
 void Runtime::beginPreview() {
   if (preview_) return;
   contacts_.reset();  // the view on the contacts has to have them to itself
-  preview_ = platform_.makePreview();
-  try {
-    preview_->connection().open({.componentFolder = folder_});
-  } catch (const store::DatabaseError&) {
-    preview_.reset();
-    throw;
-  }
+  auto preview = platform_.makePreview();
+  preview->connection().open({.componentFolder = folder_});
+  preview_ = std::move(preview);
 }
 
 void Runtime::endPreview() {

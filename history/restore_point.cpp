@@ -12,8 +12,8 @@
 #include <system_error>
 #include <unistd.h>
 
-#include "history/rows.h"
 #include "outlook/contact_store.h"
+#include "store/sqlite/backup.h"
 #include "text/file_descriptor.h"
 
 namespace vlout::history {
@@ -27,6 +27,8 @@ namespace fs = std::filesystem;
 
 // Entries of both files end with a character that no file name holds.
 constexpr char kEnd = '\0';
+// What stands before the number of files at the end of their list.
+constexpr std::string_view kListEnd = "= ";
 
 std::string entryOf(const FileState& state, const std::string& name) {
   return std::to_string(state.size) + ' ' + std::to_string(state.seconds) + ' ' +
@@ -101,6 +103,8 @@ bool linkOrCopy(const fs::path& file, const fs::path& link) {
   fs::copy_file(file, link);
   struct stat status {};
   if (::stat(file.c_str(), &status) != 0) fail(file);
+  // Only root can give a file away; for anyone else the owner is right already.
+  if (::chown(link.c_str(), status.st_uid, status.st_gid) != 0) errno = 0;
   const timespec times[2] = {status.st_atim, status.st_mtim};
   if (::utimensat(AT_FDCWD, link.c_str(), times, 0) != 0) fail(link);
   return true;
@@ -109,7 +113,7 @@ bool linkOrCopy(const fs::path& file, const fs::path& link) {
 std::uint64_t RestorePoint::spaceFor(const fs::path& runsFolder, const fs::path& database,
                                      const fs::path& contacts) {
   constexpr std::uint64_t kMargin = std::uint64_t{1} << 20;
-  fs::path wal = database;
+  fs::path wal = fs::weakly_canonical(database);  // beside the file itself
   wal += "-wal";
   std::uint64_t size = sizeOf(database) + sizeOf(wal) + kMargin;
   constexpr std::uint64_t kLink = 512;  // its name in a folder and in a list, amply
@@ -125,18 +129,28 @@ std::uint64_t RestorePoint::spaceFor(const fs::path& runsFolder, const fs::path&
 void RestorePoint::take(const fs::path& database, const fs::path& contacts) const {
   const fs::path draft = run_ / "point.new";
   fs::remove_all(draft);
-  fs::create_directories(draft / "contacts");
-  fs::permissions(draft, fs::perms::owner_all);
-  backUpDatabase(database, draft / this->database().filename());
+  for (const fs::path& folder : {draft, draft / "contacts"}) {
+    fs::create_directory(folder);
+    fs::permissions(folder, fs::perms::owner_all);
+  }
+  store::backUpDatabase(database, draft / this->database().filename());
   std::ofstream list(draft / "contacts.list", std::ios::binary);
+  std::size_t count = 0;
   for (const auto& [name, state] : cardFilesIn(contacts)) {
     // One that another program has just deleted was not there for the run either.
     if (linkOrCopy(contacts / name, draft / "contacts" / name)) {
       list << entryOf(state, name) << kEnd;
+      ++count;
     }
   }
+  list << kListEnd << count << kEnd;
   list.close();
   if (!list) fail(draft / "contacts.list");
+  // A point that a power cut has left half written must not pass for a whole one.
+  for (const char* const part : {"contacts.list", "contacts", ""}) {
+    const text::FileDescriptor written(text::openUnnoticed((draft / part).c_str()));
+    if (written.get() < 0 || ::fsync(written.get()) != 0) fail(draft / part);
+  }
   fs::rename(draft, run_ / "point");
 }
 
@@ -153,11 +167,20 @@ void RestorePoint::drop() const {
 
 FileStates RestorePoint::contacts() const {
   FileStates states;
+  std::optional<std::size_t> count;
   forEachEntry(run_ / "point" / "contacts.list", [&](std::istream& entry) {
     FileState state;
     std::string name;
-    if (readEntry(entry, state, name)) states.insert_or_assign(name, state);
+    if (entry.peek() == kListEnd.front()) {
+      entry.ignore(kListEnd.size());
+      entry >> count.emplace();
+    } else if (readEntry(entry, state, name)) {
+      states.insert_or_assign(name, state);
+    }
   });
+  if (count != states.size()) {
+    throw outlook::ContactStoreError((run_ / "point").string() + ": 복원 지점이 손상되었습니다");
+  }
   return states;
 }
 
@@ -220,9 +243,19 @@ void WrittenLog::row(const RowKey& key, const std::optional<std::uint64_t>& hash
          std::to_string(hash.value_or(0)));
 }
 
+// Half an entry would spoil the next one.
 void WrittenLog::append(const std::string& entry) const {
-  const auto size = static_cast<ssize_t>(entry.size() + 1);  // with its end
-  if (::write(descriptor_, entry.c_str(), entry.size() + 1) != size) fail(path_);
+  const std::size_t size = entry.size() + 1;  // with its end
+  ssize_t written = 0;
+  do {
+    written = ::write(descriptor_, entry.c_str(), size);
+  } while (written < 0 && errno == EINTR);
+  if (written == static_cast<ssize_t>(size)) return;
+  const int error = written < 0 ? errno : ENOSPC;
+  const off_t end = ::lseek(descriptor_, 0, SEEK_END);
+  const bool isMended = written <= 0 || ::ftruncate(descriptor_, end - written) == 0;
+  errno = isMended ? error : EIO;
+  fail(path_);
 }
 
 }  // namespace vlout::history

@@ -52,7 +52,8 @@ class RestorePoint {
   [[nodiscard]] std::filesystem::path contact(const std::string& name) const {
     return run_ / "point" / "contacts" / name;
   }
-  // The contact files as they were when they were kept.
+  // The contact files as they were when they were kept. Throws ContactStoreError when it is not
+  // known of all.
   [[nodiscard]] FileStates contacts() const;
 
   [[nodiscard]] std::filesystem::path writtenLog() const { return run_ / "written"; }

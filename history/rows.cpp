@@ -1,9 +1,7 @@
 #include "history/rows.h"
 
 #include <array>
-#include <fcntl.h>
 #include <sqlite3.h>
-#include <unistd.h>
 
 #include "store/connection.h"
 #include "text/ascii.h"
@@ -49,42 +47,6 @@ class Hash {
 };
 
 }  // namespace
-
-StoredDatabase::StoredDatabase(const std::filesystem::path& file) {
-  sqlite3* database = nullptr;
-  const int result = sqlite3_open_v2(file.c_str(), &database, SQLITE_OPEN_READONLY, nullptr);
-  database_.reset(database);
-  if (result != SQLITE_OK) {
-    throw store::DatabaseError(file.string() + ": " + sqlite3_errstr(result));
-  }
-  sqlite3_busy_timeout(database, store::ConnectionSettings::kTimeoutSeconds * 1000);
-}
-
-void StoredDatabase::Closer::operator()(sqlite3* database) const {
-  sqlite3_close_v2(database);
-}
-
-void backUpDatabase(const std::filesystem::path& from, const std::filesystem::path& to) {
-  const StoredDatabase source(from);
-  // Made with its mode first, so that it is never readable by others.
-  ::close(::open(to.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600));
-  sqlite3* target = nullptr;
-  int result = sqlite3_open_v2(to.c_str(), &target, SQLITE_OPEN_READWRITE, nullptr);
-  if (result == SQLITE_OK) {
-    sqlite3_backup* const backup = sqlite3_backup_init(target, "main", source.get(), "main");
-    if (backup != nullptr) {
-      result = sqlite3_backup_step(backup, -1);
-      sqlite3_backup_finish(backup);
-    }
-    // No files beside it when it is read again.
-    if (result == SQLITE_DONE) {
-      result = sqlite3_exec(target, "PRAGMA journal_mode=DELETE", nullptr, nullptr, nullptr);
-    }
-  }
-  const std::string reason = sqlite3_errmsg(target);
-  sqlite3_close_v2(target);
-  if (result != SQLITE_OK) throw store::DatabaseError(to.string() + ": " + reason);
-}
 
 Statement::Statement(sqlite3* database, const std::string& sql) : database_(database) {
   sqlite3_stmt* statement = nullptr;
@@ -137,6 +99,9 @@ std::uint64_t Statement::hash() const {
   Hash hash;
   for (int i = 0; i < sqlite3_column_count(statement_.get()); ++i) {
     const int type = sqlite3_column_type(statement_.get(), i);
+    if (type == SQLITE_NULL) continue;  // as good as a column that is not there
+    const std::string_view name = sqlite3_column_name(statement_.get(), i);
+    hash.add(name.data(), name.size());
     const void* const bytes = type == SQLITE_BLOB ? sqlite3_column_blob(statement_.get(), i)
                                                   : sqlite3_column_text(statement_.get(), i);
     const int size = sqlite3_column_bytes(statement_.get(), i);
@@ -149,6 +114,12 @@ std::uint64_t Statement::hash() const {
 
 void execute(sqlite3* database, const std::string& sql) {
   if (sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) fail(database);
+}
+
+void rollBack(sqlite3* database) {
+  if (sqlite3_get_autocommit(database) == 0) {
+    sqlite3_exec(database, "ROLLBACK", nullptr, nullptr, nullptr);
+  }
 }
 
 std::optional<std::uint64_t> RowHashes::of(const RowKey& key) {

@@ -1,4 +1,4 @@
-// The rows of the database as restore points need them: kept by a backup, told apart by a hash of
+// The rows of the database as restore points need them: told apart by a hash of
 // their content, and compared between two states of the database.
 #pragma once
 
@@ -13,15 +13,12 @@
 #include <vector>
 
 #include "history/restore_point.h"
+#include "store/sqlite/backup.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
 
 namespace vlout::history {
-
-// Copies the database with what other connections have committed to it. All functions throw
-// DatabaseError.
-void backUpDatabase(const std::filesystem::path& from, const std::filesystem::path& to);
 
 // A prepared statement of this subsystem's own text.
 class Statement {
@@ -34,7 +31,7 @@ class Statement {
   bool next();
   [[nodiscard]] std::int64_t number(int column) const;
   [[nodiscard]] std::string text(int column) const;
-  // The hash of the current row's content.
+  // The hash of the current row's content. A column that is added empty does not change it.
   [[nodiscard]] std::uint64_t hash() const;
   // Ends a run of the statement before its last row.
   void reset();
@@ -48,6 +45,9 @@ class Statement {
 };
 
 void execute(sqlite3* database, const std::string& sql);
+
+// Ends a transaction, if the database has not done so itself.
+void rollBack(sqlite3* database);
 
 // The hashes of rows as they are.
 class RowHashes {
@@ -92,19 +92,6 @@ class OtherState {
 
   sqlite3* database_;
   std::map<std::pair<std::string, Change>, Statement> putBack_;
-};
-
-// A database file opened for reading alone.
-class StoredDatabase {
- public:
-  explicit StoredDatabase(const std::filesystem::path& file);
-  [[nodiscard]] sqlite3* get() const { return database_.get(); }
-
- private:
-  struct Closer {
-    void operator()(sqlite3* database) const;
-  };
-  std::unique_ptr<sqlite3, Closer> database_;
 };
 
 }  // namespace vlout::history

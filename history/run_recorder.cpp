@@ -1,11 +1,13 @@
 #include "history/run_recorder.h"
 
-#include <algorithm>
-#include <array>
+#include <cerrno>
+#include <cstring>
 #include <exception>
 #include <sqlite3.h>
+#include <unistd.h>
 
 #include "history/rows.h"
+#include "text/ascii.h"
 #include "text/date_time.h"
 #include "text/file_path.h"
 
@@ -48,32 +50,57 @@ std::string RunRecorder::begins(const transfer::RunDescription& run) {
     if (run.addsContacts) {
       if (auto objection = objectionToEmptied(run.preview); !objection.empty()) return objection;
     }
-    if (run.preview) return {};
+    // Makes room, too; but an undo needs what there is.
+    if (!run.preview && run.mode != kUndoMode) runs_.prune();
     if (auto objection = objectionToSpace(); !objection.empty()) return objection;
-    start(run);
+    if (!run.preview) start(run);
   } catch (const std::exception& error) {
     return std::string("작업 기록을 만들 수 없어 시작하지 않습니다.\r\n") + error.what();
   }
   return {};
 }
 
+// The files that a run left; one that was killed could not count them. Nothing for a run that only
+// found none: it must not be the one that made the folder empty.
+std::optional<std::size_t> RunRecorder::filesLeftBy(const RunRecord& run) const {
+  if (run.contactFiles || run.state != RunState::Unfinished || !run.wrote) return run.contactFiles;
+  const RestorePoint point(runs_.folderOf(run.number));
+  FileStates files = point.contacts();
+  for (const auto& [name, given] : Written::read(point.writtenLog()).files) {
+    files.erase(name);
+    if (given.back()) files.emplace(name, *given.back());
+  }
+  return files.size();
+}
+
 // A folder that held contacts at the last run and holds none now is more likely not mounted, or
 // another one, than meant.
 std::string RunRecorder::objectionToEmptied(bool preview) {
-  if (emptied_.goOn || warned_ || countCardFiles(contacts_) > 0) return {};
+  const bool isEmpty = countCardFiles(contacts_) == 0;
+  if (!isEmpty) warned_ = false;
+  if (!isEmpty || emptied_.goOn || warned_) return {};
   const auto runs = runs_.list();
-  const auto last = std::find_if(runs.rbegin(), runs.rend(),
-                                 [](const RunRecord& run) { return run.contactFiles.has_value(); });
-  if (last == runs.rend() || *last->contactFiles == 0) return {};
-  warned_ = emptied_.askAgain && !preview;
-  return "연락처 폴더가 비어 있습니다: " + text::pathText(contacts_) + "\r\n지난 작업(" +
-         last->started + ") 때에는 연락처 파일이 " + std::to_string(*last->contactFiles) +
-         "개 있었습니다(" + text::pathText(runs_.contactsOf(*last)) +
-         ").\r\n폴더가 연결되지 않았거나 다른 폴더라면 모든 명함이 새 연락처로 다시 추가됩니다. " +
-         emptied_.howToGoOn;
+  for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
+    const auto files = filesLeftBy(*run);
+    if (!files) continue;
+    if (*files == 0) break;
+    warned_ = emptied_.askAgain && !preview;
+    return "연락처 폴더가 비어 있습니다: " + text::pathText(contacts_) + "\r\n지난 작업(" +
+           run->started + ") 때에는 연락처 파일이 " + std::to_string(*files) + "개 있었습니다(" +
+           text::pathText(runs_.contactsOf(*run)) +
+           ").\r\n폴더가 연결되지 않았거나 다른 폴더라면 모든 명함이 새 연락처로 다시 "
+           "추가됩니다. " +
+           emptied_.howToGoOn;
+  }
+  return {};
 }
 
 std::string RunRecorder::objectionToSpace() const {
+  for (const std::filesystem::path& folder : {folder_, folder_ / "history"}) {
+    if (::access(folder.c_str(), W_OK | X_OK) == 0 || errno == ENOENT) continue;
+    return "복원 지점을 둘 수 없어 시작하지 않습니다: " + text::pathText(folder) + ": " +
+           std::strerror(errno);
+  }
   const std::uint64_t needed = RestorePoint::spaceFor(folder_, database_, contacts_);
   const std::uint64_t free = std::filesystem::space(folder_).available;
   if (free >= needed) return {};
@@ -93,13 +120,14 @@ void RunRecorder::start(const transfer::RunDescription& run) {
 
 void RunRecorder::beforeWriting() {
   if (!record_ || log_) return;
+  const RestorePoint point(runs_.folderOf(record_->number));
   try {
-    const RestorePoint point(runs_.folderOf(record_->number));
     point.take(database_, contacts_);
     record_->wrote = true;
     runs_.save(*record_);
     log_.emplace(point.writtenLog());
   } catch (const std::exception& error) {
+    point.drop();
     throw transfer::RunAborted(
         std::string("복원 지점을 만들지 못하여 아무것도 쓰지 않고 끝냅니다.\r\n") + error.what());
   }
@@ -125,7 +153,6 @@ void RunRecorder::ended(const transfer::RunOutcome& outcome) {
       const RestorePoint point(runs_.folderOf(record.number));
       record.text += " " + Written::read(point.writtenLog()).counts();
     }
-    // A run that only found the folder empty must not be the one that made it so.
     const std::size_t files = countCardFiles(contacts_);
     if (files > 0 || record.wrote) record.contactFiles = files;
     runs_.save(record);
@@ -148,7 +175,7 @@ std::int64_t RecordedConnection::execute(std::string_view sql) {
     history::execute(database(), "COMMIT");
     return count;
   } catch (...) {
-    sqlite3_exec(database(), "ROLLBACK", nullptr, nullptr, nullptr);
+    rollBack(database());
     throw;
   }
 }
@@ -161,8 +188,9 @@ store::SqliteConnection::Database RecordedConnection::openDatabase(
   sqlite3_update_hook(
       database.get(),
       [](void* self, int, const char*, const char* table, sqlite3_int64 row) {
-        if (table == kCards)
-          static_cast<RecordedConnection*>(self)->touched_.push_back({table, row});
+        if (text::equalsIgnoringAsciiCase(table, kCards)) {
+          static_cast<RecordedConnection*>(self)->touched_.push_back({std::string(kCards), row});
+        }
       },
       this);
   return database;

@@ -44,6 +44,7 @@ class RunRecorder {
   void row(const RowKey& key, const std::optional<std::uint64_t>& hash);
 
  private:
+  [[nodiscard]] std::optional<std::size_t> filesLeftBy(const RunRecord& run) const;
   [[nodiscard]] std::string objectionToEmptied(bool preview);
   [[nodiscard]] std::string objectionToSpace() const;
   void start(const transfer::RunDescription& run);

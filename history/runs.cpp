@@ -4,6 +4,7 @@
 #include <array>
 #include <cerrno>
 #include <fstream>
+#include <limits>
 #include <system_error>
 
 #include "history/restore_point.h"
@@ -16,7 +17,9 @@ namespace {
 
 constexpr std::size_t kMostPoints = 20;
 constexpr std::size_t kMostRecords = 1000;
-constexpr std::int64_t kOldest = std::int64_t{30} * 24 * 60 * 60;  // seconds
+constexpr std::int64_t kLongestRun = std::int64_t{24} * 60 * 60;  // seconds
+constexpr std::int64_t kOldest = 30 * kLongestRun;
+constexpr std::int64_t kLastNumber = 1'000'000'000;
 
 constexpr std::array<std::string_view, 5> kStates{"unfinished", "completed", "stopped", "nothing",
                                                   "failed"};
@@ -25,6 +28,21 @@ RunState stateOf(std::string_view word) {
   const auto* const found = std::find(kStates.begin(), kStates.end(), word);
   return found == kStates.end() ? RunState::Unfinished
                                 : static_cast<RunState>(found - kStates.begin());
+}
+
+// A path on one line, whatever its name.
+std::string escaped(std::string_view path) {
+  return text::replaceAll(text::replaceAll(path, "%", "%25"), "\n", "%0A");
+}
+
+std::string unescaped(std::string_view value) {
+  return text::replaceAll(text::replaceAll(value, "%0A", "\n"), "%25", "%");
+}
+
+// In seconds. A damaged record is nobody's to judge: it counts as new.
+std::int64_t ageOf(const RunRecord& run) {
+  const auto started = text::parseDateTime(run.started);
+  return started ? text::localNow().seconds - started->seconds : 0;
 }
 
 void readLine(const std::string& line, RunRecord& record) {
@@ -36,7 +54,7 @@ void readLine(const std::string& line, RunRecord& record) {
   if (key == "started") record.started = value;
   if (key == "mode") record.mode = value;
   if (key == "range") record.range = value;
-  if (key == "contacts") record.contacts = value;
+  if (key == "contacts") record.contacts = unescaped(value);
   if (key == "state") record.state = stateOf(value);
   if (key == "text") record.text = value;
   if (key == "wrote") record.wrote = value == "1";
@@ -66,7 +84,8 @@ std::vector<int> Runs::numbers() const {
   std::error_code none;
   for (const auto& entry : std::filesystem::directory_iterator(folder_, none)) {
     const auto number = text::parseInteger(entry.path().filename().string());
-    if (number && *number > 0 && entry.is_directory()) result.push_back(static_cast<int>(*number));
+    if (number && *number > 0 && *number < kLastNumber && entry.is_directory())
+      result.push_back(static_cast<int>(*number));
   }
   std::sort(result.begin(), result.end());
   return result;
@@ -79,19 +98,20 @@ std::vector<RunRecord> Runs::list() const {
     record.number = number;
     std::ifstream file(folderOf(number) / "run");
     for (std::string line; std::getline(file, line);) readLine(line, record);
+    if (record.started.empty()) record.wrote = RestorePoint(folderOf(number)).exists();
     result.push_back(std::move(record));
   }
   return result;
 }
 
 void Runs::begin(RunRecord& record) const {
-  if (std::filesystem::create_directories(folder_)) {
-    std::filesystem::permissions(folder_, std::filesystem::perms::owner_all);
-  }
+  std::filesystem::create_directories(folder_);
+  std::filesystem::permissions(folder_, std::filesystem::perms::owner_all);
   const auto known = numbers();
   record.number = known.empty() ? 1 : known.back() + 1;
   // Another run may begin at the same moment, on another contact folder.
   while (!std::filesystem::create_directory(folderOf(record.number))) ++record.number;
+  std::filesystem::permissions(folderOf(record.number), std::filesystem::perms::owner_all);
   save(record);
 }
 
@@ -101,8 +121,7 @@ void Runs::save(const RunRecord& record) const {
   draft += ".new";
   std::ofstream stream(draft, std::ios::binary | std::ios::trunc);
   stream << "started=" << record.started << "\nmode=" << record.mode
-         << "\nrange=" << text::onOneLine(record.range)
-         << "\ncontacts=" << text::onOneLine(record.contacts)
+         << "\nrange=" << text::onOneLine(record.range) << "\ncontacts=" << escaped(record.contacts)
          << "\nstate=" << kStates.at(static_cast<std::size_t>(record.state))
          << "\ntext=" << text::onOneLine(record.text) << "\nwrote=" << (record.wrote ? 1 : 0)
          << '\n';
@@ -113,18 +132,35 @@ void Runs::save(const RunRecord& record) const {
   std::filesystem::rename(draft, file);
 }
 
+// The first run whose point an undo may still need: one that did not come to its end is repeated.
+int Runs::neededFrom(const std::vector<RunRecord>& runs) {
+  int from = std::numeric_limits<int>::max();
+  for (const RunRecord& run : runs) {
+    if (run.mode != kUndoMode || ageOf(run) > kOldest) continue;
+    const int target = static_cast<int>(text::parseInteger(run.range).value_or(0));
+    if (run.state != RunState::Completed) {
+      from = std::min(from, target);
+    } else if (target <= from) {
+      from = std::numeric_limits<int>::max();
+    }
+  }
+  return from;
+}
+
 void Runs::prune() const {
   auto runs = list();
+  const int needed = neededFrom(runs);
   std::reverse(runs.begin(), runs.end());
-  const std::int64_t now = text::localNow().seconds;
   std::size_t points = 0;
   for (std::size_t i = 0; i < runs.size(); ++i) {
     const RunRecord& run = runs[i];
-    const auto started = text::parseDateTime(run.started);
-    const bool old = !started || now - started->seconds > kOldest;
+    const std::int64_t age = ageOf(run);
+    const bool old = age > kOldest;
     if (run.wrote) ++points;
+    // Another run may be under way, on another contact folder.
+    const bool underWay = run.state == RunState::Unfinished && age < kLongestRun;
     const bool keepsPoint = run.wrote && (points == 1 || (!old && points <= kMostPoints));
-    if (keepsPoint || i == 0) continue;
+    if (keepsPoint || underWay || run.number >= needed || i == 0) continue;
     RestorePoint(folderOf(run.number)).drop();
     std::error_code next;
     if (old || i >= kMostRecords) std::filesystem::remove_all(folderOf(run.number), next);

@@ -48,12 +48,14 @@ class Runs {
   [[nodiscard]] std::filesystem::path contactsOf(const RunRecord& record) const;
   [[nodiscard]] std::string nameOf(const std::filesystem::path& contacts) const;
 
-  // Drops the restore points that are too old or too many, and records that are older still. What
-  // cannot be deleted stays for the next time.
+  // Drops the restore points that are too old or too many, and the records of runs that are too
+  // old. The newest point stays, and what an undo needs that has to be repeated. What cannot be
+  // deleted stays for the next time.
   void prune() const;
 
  private:
   [[nodiscard]] std::vector<int> numbers() const;
+  [[nodiscard]] static int neededFrom(const std::vector<RunRecord>& runs);
 
   std::filesystem::path component_;
   std::filesystem::path folder_;

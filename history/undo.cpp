@@ -29,6 +29,8 @@ std::string editOf(const char* what, Change change, const std::string& name,
 
 // The name on a card, for people to know it by.
 std::string personIn(const fs::path& file) {
+  std::error_code none;
+  if (!fs::is_regular_file(file, none)) return {};
   std::ifstream stream(file, std::ios::binary);
   const std::string text{std::istreambuf_iterator<char>(stream), {}};
   outlook::vcard::LineReader reader(text);
@@ -81,19 +83,24 @@ std::optional<FileState> stateOf(const fs::path& file) {
   return outlook::vcard::stateOf(status);
 }
 
-}  // namespace
-
 // The live database.
-class Undo::Connection : public store::SqliteConnection {
+class Connection : public store::SqliteConnection {
  public:
   using SqliteConnection::database;
 };
 
-Undo::~Undo() = default;
+}  // namespace
 
-Undo::Undo(const fs::path& componentFolder, int run) : folder_(componentFolder), runs_(folder_) {
+Undo::Undo(const fs::path& componentFolder, int run)
+    : folder_(componentFolder),
+      database_(store::ConnectionSettings{.componentFolder = folder_}.databaseFile()),
+      runs_(folder_) {
   chooseRun(run);
   for (const RunRecord& later : later_) {
+    if (later.contacts.empty()) {
+      throw UndoError("작업 " + std::to_string(later.number) +
+                      "의 기록이 손상되어 되돌릴 수 없습니다.");
+    }
     if (RestorePoint(runs_.folderOf(later.number)).exists()) continue;
     throw UndoError("작업 " + std::to_string(later.number) +
                     "의 복원 지점이 이미 지워져 되돌릴 수 없습니다.");
@@ -102,10 +109,8 @@ Undo::Undo(const fs::path& componentFolder, int run) : folder_(componentFolder),
   contacts_ = runs_.contactsOf(later_.front());
   lock_ = std::make_unique<outlook::vcard::Folder>(contacts_.string());
   found_ = cardFilesIn(contacts_);
-  connection_ = std::make_unique<Connection>();
-  connection_->open({.componentFolder = folder_});
-  findEdits();
   findChanges();
+  findEdits();
 }
 
 void Undo::chooseRun(int number) {
@@ -136,14 +141,9 @@ void Undo::findEdits() {
     const Written written = Written::read(point.writtenLog());
     const std::string when = " [작업 " + std::to_string(run.number) + " 뒤]";
     const bool last = i + 1 == later_.size();
-    if (last) {
-      const OtherState before(connection_->database(), point.database());
-      addRowEdits(before.changesSince(), written, when);
-    } else {
-      const StoredDatabase next(RestorePoint(runs_.folderOf(later_[i + 1].number)).database());
-      const OtherState before(next.get(), point.database());
-      addRowEdits(before.changesSince(), written, when);
-    }
+    const store::StoredDatabase then(
+        last ? database_ : RestorePoint(runs_.folderOf(later_[i + 1].number)).database());
+    addRowEdits(OtherState(then.get(), point.database()).changesSince(), written, when);
     if (runs_.contactsOf(run) != contacts_) {
       edits_.push_back(
           "작업 " + std::to_string(run.number) +
@@ -173,23 +173,26 @@ void Undo::addFileEdits(const FileStates& before, const FileStates& found, const
                         const std::string& when) {
   compareFiles(after(before, written), found, [&](const std::string& name, Change change) {
     const auto now = stateIn(found, name);
-    if (written.left(name, now) || isSame(now, stateIn(before, name))) return;
+    if (written.left(name, now) || isSame(now, stateIn(before, name)) || isLost(name)) return;
     edits_.push_back(editOf("연락처", change, personAndFile(contacts_, name), when));
   });
 }
 
 void Undo::findChanges() {
-  rows_ = OtherState(connection_->database(), point_->database()).changesSince();
+  const store::StoredDatabase now(database_);
+  rows_ = OtherState(now.get(), point_->database()).changesSince();
   const FileStates then = point_->contacts();
   compareFiles(then, found_, [&](const std::string& name, Change change) {
     FileChange file{.name = name, .change = change};
     const fs::path kept = point_->contact(name);
     file.person = personIn(change == Change::Removed ? kept : contacts_ / text::pathOf(name));
-    if (change != Change::Added) {
-      file.lost = !isSame(stateOf(kept), then.at(name));
-    }
-    files_.push_back(std::move(file));
+    const bool lost = change != Change::Added && !isSame(stateOf(kept), then.at(name));
+    (lost ? lost_ : files_).push_back(std::move(file));
   });
+}
+
+bool Undo::isLost(const std::string& name) const {
+  return std::any_of(lost_.begin(), lost_.end(), [&](const auto& f) { return f.name == name; });
 }
 
 void Undo::perform() {
@@ -205,7 +208,7 @@ void Undo::perform() {
     requireUnchanged();
     if (!changesNothing()) recorder.beforeWriting();
     putRowsBack(recorder);
-    for (const FileChange& file : files_) putFileBack(file, recorder);
+    putFilesBack(recorder);
     lock_->flush();
   } catch (const std::exception& error) {
     recorder.ended({transfer::RunOutcome::Failed, error.what()});
@@ -225,7 +228,9 @@ void Undo::requireUnchanged() const {
 }
 
 void Undo::putRowsBack(RunRecorder& recorder) {
-  sqlite3* const database = connection_->database();
+  Connection connection;
+  connection.open({.componentFolder = folder_});
+  sqlite3* const database = connection.database();
   OtherState before(database, point_->database());
   RowHashes hashes(database);
   execute(database, "BEGIN IMMEDIATE");
@@ -237,11 +242,30 @@ void Undo::putRowsBack(RunRecorder& recorder) {
       before.putBack(change);
       recorder.row(change.key, hashes.of(change.key));
     }
+    // Something of the host's own, a trigger, could have changed other rows along with these.
+    if (!before.changesSince().empty()) {
+      throw UndoError("명함을 그대로 되돌릴 수 없어 아무것도 바꾸지 않았습니다.");
+    }
     execute(database, "COMMIT");
   } catch (...) {
-    connection_->execute("ROLLBACK");
+    rollBack(database);
     throw;
   }
+}
+
+// One file that cannot be put back does not keep the others from it.
+void Undo::putFilesBack(RunRecorder& recorder) const {
+  std::string failures;
+  for (const FileChange& file : files_) {
+    try {
+      putFileBack(file, recorder);
+    } catch (const std::exception& error) {
+      failures += "\n" + file.name + ": " + error.what();
+    }
+  }
+  if (failures.empty()) return;
+  lock_->tidy();
+  throw UndoError("되돌리지 못한 연락처가 있습니다. 고친 뒤에 다시 실행하십시오." + failures);
 }
 
 // A kept file gets its place back as what it was, with its modification time: it must not look as
@@ -253,7 +277,6 @@ void Undo::putFileBack(const FileChange& file, RunRecorder& recorder) const {
     fs::remove(target);
     return;
   }
-  if (file.lost && file.change == Change::Changed) return;  // it is already what is kept
   if (fs::is_symlink(target)) target = fs::canonical(target);
   const fs::path temporary = target.parent_path() / outlook::vcard::kTemporaryName;
   fs::remove(temporary);

@@ -28,18 +28,21 @@ struct FileChange {
   std::string name;
   Change change = Change::Changed;
   std::string person{};
-  bool lost = false;  // the kept file was changed in place, by another program
 };
 
 class Undo {
  public:
   // `run` is the run to go back before, or 0 for the last one that wrote and was not taken back.
-  // Holds the contact folder from here on. Throws UndoError, ContactStoreError, DatabaseError.
+  // Holds the contact folder from here on. Changes nothing. Throws UndoError, ContactStoreError,
+  // DatabaseError.
   Undo(const std::filesystem::path& componentFolder, int run);
 
   [[nodiscard]] const RunRecord& run() const { return run_; }
   [[nodiscard]] const std::vector<RowChange>& rows() const { return rows_; }
   [[nodiscard]] const std::vector<FileChange>& files() const { return files_; }
+  // Files that cannot be put back and stay as they are: another program has changed in place what
+  // was kept.
+  [[nodiscard]] const std::vector<FileChange>& lost() const { return lost_; }
   // What was edited since, a line each: going back loses it.
   [[nodiscard]] const std::vector<std::string>& edits() const { return edits_; }
   [[nodiscard]] bool changesNothing() const { return rows_.empty() && files_.empty(); }
@@ -47,13 +50,7 @@ class Undo {
   // Throws as the constructor does, and RunAborted when there can be no restore point.
   void perform();
 
-  ~Undo();
-  Undo(const Undo&) = delete;
-  Undo& operator=(const Undo&) = delete;
-
  private:
-  class Connection;
-
   void chooseRun(int number);
   void findEdits();
   void addFileEdits(const FileStates& before, const FileStates& found, const Written& written,
@@ -61,22 +58,25 @@ class Undo {
   void addRowEdits(const std::vector<RowChange>& changes, const Written& written,
                    const std::string& when);
   void findChanges();
+  [[nodiscard]] bool isLost(const std::string& name) const;
   void requireUnchanged() const;
   void putRowsBack(RunRecorder& recorder);
+  void putFilesBack(RunRecorder& recorder) const;
   void putFileBack(const FileChange& file, RunRecorder& recorder) const;
   void markRuns(int undoNumber) const;
 
   std::filesystem::path folder_;
+  std::filesystem::path database_;
   Runs runs_;
   std::vector<RunRecord> later_;  // the run and those after it that wrote, oldest first
   RunRecord run_;
   std::optional<RestorePoint> point_;
   std::filesystem::path contacts_;
   std::unique_ptr<outlook::vcard::Folder> lock_;
-  std::unique_ptr<Connection> connection_;
   FileStates found_;  // the contact files as they are
   std::vector<RowChange> rows_;
   std::vector<FileChange> files_;
+  std::vector<FileChange> lost_;
   std::vector<std::string> edits_;
 };
 

@@ -332,7 +332,7 @@ void frmOutlookSync::run(Purpose purpose) {
   try {
     if (previewing_) component_.beginPreview();
     if (connectContacts()) runRecorded();
-  } catch (const store::DatabaseError& error) {
+  } catch (const std::exception& error) {
     refuse(withCause(kDatabaseFailed, error.what()));
   }
   if (previewing_) {
@@ -529,7 +529,10 @@ void frmOutlookSync::setResultCell(std::size_t row, std::size_t column, std::str
 }
 
 void frmOutlookSync::addChanges() {
-  const auto shown = [](const std::string& value) { return value.empty() ? "(없음)" : value; };
+  const auto shown = [](const std::string& value) {
+    if (value.empty()) return std::string("(없음)");
+    return text::replaceAll(text::replaceAll(value, "\r\n", "\n"), "\n", "⏎");
+  };
   for (const FieldChange& change : component_.takeChanges()) {
     const std::size_t row = ListView1.addRow("  " + change.caption + ": " + shown(change.before) +
                                              " → " + shown(change.after));

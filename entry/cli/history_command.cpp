@@ -11,7 +11,6 @@
 namespace vlout::entry::cli {
 namespace {
 
-using history::Change;
 using history::RunRecord;
 
 // In the order of history::RunState and history::Change.
@@ -43,13 +42,14 @@ void printChanges(const history::Undo& undo, std::ostream& out) {
     out << (isCard ? "명함\t" : "그룹\t") << kPutBack.at(static_cast<std::size_t>(row.change))
         << '\t' << text::onOneLine(row.name) << '\n';
   }
+  const auto print = [&](const history::FileChange& file, const char* what) {
+    out << "연락처\t" << what << '\t' << text::onOneLine(file.person) << '\t'
+        << text::onOneLine(file.name) << '\n';
+  };
   for (const auto& file : undo.files()) {
-    const bool stays = file.lost && file.change == Change::Changed;
-    out << "연락처\t"
-        << (stays ? "그대로 둠(원본이 제자리에서 바뀌었음)"
-                  : kPutBack.at(static_cast<std::size_t>(file.change)))
-        << '\t' << text::onOneLine(file.person) << '\t' << text::onOneLine(file.name) << '\n';
+    print(file, kPutBack.at(static_cast<std::size_t>(file.change)));
   }
+  for (const auto& file : undo.lost()) print(file, "그대로 둠(보관한 파일이 제자리에서 바뀌었음)");
 }
 
 }  // namespace

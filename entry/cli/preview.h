@@ -11,7 +11,8 @@
 
 namespace vlout::entry::cli {
 
-// A folder for this user's eyes that goes with the object. Throws std::system_error.
+// A folder for this user's eyes that goes with the object. Throws std::runtime_error when it cannot
+// be made.
 class PrivateFolder {
  public:
   PrivateFolder();

@@ -87,7 +87,7 @@ Attachments attachmentsOf(VCardContact& contact) {
   return result;
 }
 
-// Compares what is about to be saved with what the folder holds.
+// Compares what the folder held before a save with what it holds then.
 class PreviewContact : public VCardContact {
  public:
   PreviewContact(VCardStore& store, std::size_t position, const PreviewStore::Changed& changed)
@@ -95,18 +95,20 @@ class PreviewContact : public VCardContact {
 
   void save() override {
     VCardContact before(store_, position_);
+    static_cast<void>(before.text(ContactProperty::FullName));  // reads the card
+    VCardContact::save();
+    VCardContact after(store_, position_);
     compare(fieldCaption("FullName"), before.text(ContactProperty::FullName),
-            text(ContactProperty::FullName));
+            after.text(ContactProperty::FullName));
     for (const MappedField& field : mappedFields()) {
       compare(fieldCaption(field.column), fieldTextFromContact(before, field),
-              fieldTextFromContact(*this, field));
+              fieldTextFromContact(after, field));
     }
     const Attachments old = attachmentsOf(before);
-    const Attachments now = attachmentsOf(*this);
+    const Attachments now = attachmentsOf(after);
     if (old.contents != now.contents || old.names != now.names) {
       changed_("사진", old.names, now.names + (old.names == now.names ? " (새 사진)" : ""));
     }
-    VCardContact::save();
   }
 
  private:

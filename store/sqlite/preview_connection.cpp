@@ -3,18 +3,24 @@
 
 #include "store/sqlite/preview_connection.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <chrono>
 #include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <optional>
 #include <sqlite3.h>
 #include <string_view>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
+#include <thread>
 #include <tuple>
 #include <unistd.h>
 
+#include "store/sqlite/backup.h"
+#include "text/ascii.h"
 #include "text/file_descriptor.h"
 
 namespace vlout::store {
@@ -57,19 +63,38 @@ std::array<State, kSuffixes.size()> statesOf(const std::string& file) {
   return states;
 }
 
-// Another program may be writing: what was copied counts only if nothing moved meanwhile.
-void copyDatabase(const std::string& from, const std::string& to) {
+// Times of files move in ticks: a file that was written within the last one may be written again
+// without showing it.
+bool isSettled(const std::array<State, kSuffixes.size()>& states) {
+  constexpr std::int64_t kTick = 20'000'000;  // nanoseconds, amply
+  constexpr std::int64_t kSecond = 1'000'000'000;
+  timespec now{};
+  ::clock_gettime(CLOCK_REALTIME, &now);
+  return std::none_of(states.begin(), states.end(), [&](const State& state) {
+    const std::int64_t age =
+        (now.tv_sec - std::get<2>(state)) * kSecond + now.tv_nsec - std::get<3>(state);
+    return age >= 0 && age < kTick;
+  });
+}
+
+// Another program may be writing: what was copied counts only if nothing moved meanwhile. False
+// when it never stands still.
+bool copyDatabase(const std::string& from, const std::string& to) {
   constexpr int kTries = 10;
+  constexpr std::chrono::milliseconds kPause(25);
   for (int i = 0; i < kTries; ++i) {
     const auto before = statesOf(from);
-    for (const char* const suffix : kSuffixes) {
-      const bool copied = copyFile(from + suffix, to + suffix);
-      if (!copied && *suffix == '\0') failWithSystemText();
-      if (!copied) ::unlink((to + suffix).c_str());
+    if (isSettled(before)) {
+      for (const char* const suffix : kSuffixes) {
+        const bool copied = copyFile(from + suffix, to + suffix);
+        if (!copied && *suffix == '\0') failWithSystemText();
+        if (!copied) ::unlink((to + suffix).c_str());
+      }
+      if (statesOf(from) == before) return true;
     }
-    if (statesOf(from) == before) return;
+    std::this_thread::sleep_for(kPause);
   }
-  throw DatabaseError("다른 프로그램이 데이터베이스를 쓰고 있습니다");
+  return false;
 }
 
 std::string textOf(sqlite3_value* value) {
@@ -81,16 +106,30 @@ std::string textOf(sqlite3_value* value) {
 }  // namespace
 
 SqliteConnection::Database PreviewConnection::openDatabase(const std::filesystem::path& file) {
-  if (::access(file.c_str(), W_OK) != 0 && errno != ENOENT) failWithSystemText();
-  const auto copy = temporaryFolder_ / file.filename();
-  copyDatabase(file.string(), copy.string());
+  if (::access(file.c_str(), W_OK) != 0) failWithSystemText();
+  const auto source = std::filesystem::canonical(file);  // its log lies beside the file itself
+  const auto copy = temporaryFolder_ / source.filename();
+  if (!copyDatabase(source.string(), copy.string())) {
+    // Where others keep writing there are their log and its index, and a reader adds nothing.
+    for (const char* const suffix : kSuffixes) ::unlink((copy.string() + suffix).c_str());
+    backUpDatabase(source, copy);
+  }
   Database database = SqliteConnection::openDatabase(copy);
-  // Open files live on without their names; people's data must not lie about after a crash.
+  // Open files live on without their names; people's data must not lie about after a crash. The
+  // first look opens what belongs to the database.
+  sqlite3_exec(database.get(), "SELECT 1 FROM sqlite_master", nullptr, nullptr, nullptr);
   for (const char* const suffix : {"", "-wal", "-shm", "-journal"}) {
     ::unlink((copy.string() + suffix).c_str());
   }
   watchChanges(database.get());
   return database;
+}
+
+std::int64_t PreviewConnection::execute(std::string_view sql) {
+  changes_.clear();
+  const std::int64_t count = SqliteConnection::execute(sql);  // one that fails has changed nothing
+  for (const Change& change : changes_) changed_(change.column, change.before, change.after);
+  return count;
 }
 
 void PreviewConnection::watchChanges(sqlite3* database) {
@@ -107,14 +146,14 @@ void PreviewConnection::watchChanges(sqlite3* database) {
       [](void* self, sqlite3* changing, int operation, const char* schema, const char* table,
          sqlite3_int64, sqlite3_int64) {
         static_cast<void>(schema);
-        if (operation == SQLITE_UPDATE && table == kCards) {
-          static_cast<PreviewConnection*>(self)->reportUpdate(changing);
+        if (operation == SQLITE_UPDATE && text::equalsIgnoringAsciiCase(table, kCards)) {
+          static_cast<PreviewConnection*>(self)->noteUpdate(changing);
         }
       },
       this);
 }
 
-void PreviewConnection::reportUpdate(sqlite3* database) const {
+void PreviewConnection::noteUpdate(sqlite3* database) {
   for (std::size_t i = 0; i < columns_.size(); ++i) {
     sqlite3_value* before = nullptr;
     sqlite3_value* after = nullptr;
@@ -123,9 +162,9 @@ void PreviewConnection::reportUpdate(sqlite3* database) const {
         sqlite3_preupdate_new(database, column, &after) != SQLITE_OK) {
       return;  // the table has changed since; the statement itself goes on
     }
-    const std::string old = textOf(before);
-    const std::string now = textOf(after);
-    if (old != now) changed_(columns_[i], old, now);
+    std::string old = textOf(before);
+    std::string now = textOf(after);
+    if (old != now) changes_.push_back({columns_[i], std::move(old), std::move(now)});
   }
 }
 

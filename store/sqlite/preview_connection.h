@@ -20,16 +20,24 @@ class PreviewConnection : public SqliteConnection {
   PreviewConnection(std::filesystem::path temporaryFolder, Changed changed)
       : temporaryFolder_(std::move(temporaryFolder)), changed_(std::move(changed)) {}
 
+  std::int64_t execute(std::string_view sql) override;
+
  protected:
   [[nodiscard]] Database openDatabase(const std::filesystem::path& file) override;
 
  private:
   void watchChanges(sqlite3* database);
-  void reportUpdate(sqlite3* database) const;
+  void noteUpdate(sqlite3* database);
 
   std::filesystem::path temporaryFolder_;
   Changed changed_;
   std::vector<std::string> columns_;  // of the cards' table
+  struct Change {
+    std::string column;
+    std::string before;
+    std::string after;
+  };
+  std::vector<Change> changes_;  // of the statement that runs
 };
 
 }  // namespace vlout::store

@@ -1,0 +1,28 @@
+// Database files of which a copy is made, or that are only looked at.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+
+struct sqlite3;
+
+namespace vlout::store {
+
+// A database file opened for reading alone. Throws DatabaseError, which names the file.
+class StoredDatabase {
+ public:
+  explicit StoredDatabase(const std::filesystem::path& file);
+  [[nodiscard]] sqlite3* get() const { return database_.get(); }
+
+ private:
+  struct Closer {
+    void operator()(sqlite3* database) const;
+  };
+  std::unique_ptr<sqlite3, Closer> database_;
+};
+
+// Copies the database into a new file, readable by its owner only, with all that other connections
+// have committed to it. Throws DatabaseError.
+void backUpDatabase(const std::filesystem::path& from, const std::filesystem::path& to);
+
+}  // namespace vlout::store
