@@ -395,6 +395,12 @@ TEST_F(ProgramTest, APreviewTouchesNothing) {
     connection.execute(
         "UPDATE tbl_namecard SET [JobTitle]='새 직함',[Last_moddate]='2099/01/01 00:00:00' where "
         "i_idx=7");
+    // Line ends are another matter in the card than in the row; they are no change.
+    connection.execute("UPDATE tbl_namecard SET [Memo_]='한\r\n줄' where i_idx=7");
+    run(exportAll());
+    connection.execute(
+        "UPDATE tbl_namecard SET [JobTitle]='더 새 직함',[Last_moddate]='2099/01/01 00:00:00' "
+        "where i_idx=7");
     std::filesystem::copy(folder(), crashed, std::filesystem::copy_options::recursive);
   }
   ASSERT_GT(std::filesystem::file_size(crashed + "/VelmoraDB.vdb-wal"), 0U);
@@ -415,7 +421,8 @@ TEST_F(ProgramTest, APreviewTouchesNothing) {
                                            "all", "--preview", "--set",    "OUT_CHECK7=0"};
   const Result preview = run(arguments);
   EXPECT_EQ(preview.status, 0) << preview.err;
-  EXPECT_THAT(preview.out, AllOf(HasSubstr("→ 새 직함\t연락처\t변경\n"),
+  EXPECT_THAT(preview.out, AllOf(HasSubstr("  직책: 새 직함 → 더 새 직함\t연락처\t변경\n"
+                                           "연락처 비교"),
                                  HasSubstr("내보내기 완료\t추가=0/갱신=1")));
   EXPECT_THAT(preview.err, HasSubstr("아무것도 바꾸지 않았습니다"));
   for (const auto& file : files) {
@@ -426,6 +433,12 @@ TEST_F(ProgramTest, APreviewTouchesNothing) {
   const std::string before = tests::stampsOf(crashed);  // its own look moves folders' access times
   run(arguments);
   EXPECT_EQ(tests::stampsOf(crashed), before);
+  {
+    store::SqliteConnection connection;
+    connection.open({.componentFolder = crashed});
+    connection.execute("PRAGMA journal_mode=DELETE");
+  }
+  EXPECT_EQ(run(arguments).out, preview.out);
   const Result refused =
       run({"run", "export", "--folder", folder() + "3", "--range", "all", "--preview"});
   EXPECT_EQ(refused.status, 1);

@@ -35,8 +35,8 @@ class HistoryTest : public tests::ComponentFixture {
              std::to_string(status.st_mtim.tv_nsec) + '|' + contactText(name);
     }
     for (const char* table : {"tbl_namecard", "tbl_folder"}) {
-      const auto columns =
-          database.query(std::string("SELECT name FROM pragma_table_info('") + table + "')");
+      const auto columns = database.query(std::string("SELECT name FROM pragma_table_info('") +
+                                          table + "') WHERE name<>'extra'");
       std::string list;
       for (; !columns->atEnd(); columns->moveNext()) {
         list += (list.empty() ? "quote(" : "||quote(") + std::string(*columns->field("name")) + ")";
@@ -138,6 +138,7 @@ TEST_F(HistoryTest, EditsMadeSinceAreTold) {
          editContact("3.vcf", "고침");
          run(frmOutlookSync::kSync);
        }},
+      {nullptr, [&] { execute("ALTER TABLE tbl_namecard ADD COLUMN extra TEXT"); }},
   };
   for (const Case& c : cases) {
     startAfresh();
@@ -173,6 +174,57 @@ TEST_F(HistoryTest, AFileThatWasChangedInPlaceStaysAsItIs) {
   EXPECT_THAT(contactText("1.vcf"), HasSubstr("TITLE:행\r\n"));
 }
 
+TEST_F(HistoryTest, ADamagedPointIsRefusedAndHarmsNothing) {
+  const auto point = [&](const char* part) { return folder() / "history" / "1" / part; };
+  const auto cut = [](const std::filesystem::path& file) {
+    std::filesystem::resize_file(file, std::filesystem::file_size(file) / 2);
+  };
+  const std::vector<std::function<void()>> damages{
+      [&] { cut(point("point/contacts.list")); },
+      [&] { tests::writeFile(point("point/contacts.list"), ""); },
+      [&] { std::filesystem::remove(point("point/contacts.list")); },
+      [&] { cut(point("point/VelmoraDB.vdb")); },
+      [&] { tests::writeFile(point("point/VelmoraDB.vdb"), ""); },
+      [&] { std::filesystem::remove_all(point("point")); },
+      [&] { tests::writeFile(point("run"), ""); },
+      [&] { tests::writeFile(point("run"), "\xFF=\n==\nwrote=1\nstarted=never\n"); },
+  };
+  for (std::size_t i = 0; i < damages.size(); ++i) {
+    startAfresh();
+    std::filesystem::remove_all(folder() / "history");
+    makePairs();
+    run(frmOutlookSync::kExport);
+    damages[i]();
+    const std::string before = everything();
+    EXPECT_ANY_THROW(Undo(folder(), 1).perform()) << i;
+    EXPECT_EQ(everything(), before) << i;
+  }
+}
+
+TEST_F(HistoryTest, AFileThatCannotBePutBackDoesNotKeepTheOthersAndTheUndoIsRepeated) {
+  makePairs();
+  const std::string before = everything();
+  run(frmOutlookSync::kSync);
+  const auto kept = folder() / "history" / "1" / "point" / "contacts" / "1.vcf";
+  {
+    Undo undo(folder(), 1);
+    std::filesystem::rename(kept, folder() / "away.vcf");
+    EXPECT_THROW(undo.perform(), UndoError);
+  }
+  EXPECT_THAT(contactText("1.vcf"), HasSubstr("TITLE:새 행"));
+  std::filesystem::rename(folder() / "away.vcf", kept);
+  // Not even many runs later is the point gone that has to be gone back to.
+  const Runs list(folder());
+  RunRecord later = runs().front();
+  for (int i = 0; i < 25; ++i) list.begin(later);
+  list.prune();
+  for (int number = 3; number <= later.number; ++number) {
+    std::filesystem::remove_all(list.folderOf(number));
+  }
+  Undo(folder(), 1).perform();
+  EXPECT_EQ(everything(), before);
+}
+
 TEST_F(HistoryTest, OldAndManyPointsAreDropped) {
   const Runs list(folder());
   const auto fill = [&](int runs, const std::string& started) {
@@ -202,6 +254,20 @@ TEST_F(HistoryTest, OldAndManyPointsAreDropped) {
   EXPECT_EQ(list.list().front().number, 3);  // the record stays longer than its point
   EXPECT_THROW(Undo(folder(), 3), UndoError);
   EXPECT_THROW(Undo(folder(), 99), UndoError);
+}
+
+TEST_F(HistoryTest, APreviewThatCannotBeMadeLeavesTheWindowInOrder) {
+  makePairs();
+  const char* const usual = std::getenv("TMPDIR");
+  const std::string kept = usual == nullptr ? "/tmp" : usual;
+  setenv("TMPDIR", (folder() / "none").c_str(), 1);
+  preview(frmOutlookSync::kSync, [&](frmOutlookSync& window) {
+    window.Command8.press();
+    EXPECT_THAT(toolkit->messages.back().text, HasSubstr("임시 폴더"));
+    EXPECT_FALSE(window.isRunning());
+  });
+  setenv("TMPDIR", kept.c_str(), 1);
+  EXPECT_THAT(run(frmOutlookSync::kSync).back(), HasSubstr("갱신완료"));
 }
 
 TEST_F(HistoryTest, AskedAgainAnExportFillsAnEmptiedFolder) {
