@@ -118,12 +118,16 @@ std::uint64_t RestorePoint::spaceFor(const fs::path& runsFolder, const fs::path&
   std::uint64_t size = sizeOf(database) + sizeOf(wal) + kMargin;
   constexpr std::uint64_t kLink = 512;  // its name in a folder and in a list, amply
   size += kLink * countCardFiles(contacts);
-  if (deviceOf(runsFolder) == deviceOf(contacts)) return size;
+  if (isOnOneDisk(runsFolder, contacts)) return size;
   constexpr std::uint64_t kBlock = 4096;
   for (const auto& [name, state] : cardFilesIn(contacts)) {
     size += static_cast<std::uint64_t>(state.size) + kBlock;
   }
   return size;
+}
+
+bool RestorePoint::isOnOneDisk(const fs::path& a, const fs::path& b) {
+  return deviceOf(a) == deviceOf(b);
 }
 
 void RestorePoint::take(const fs::path& database, const fs::path& contacts) const {

@@ -40,6 +40,10 @@ class RestorePoint {
                                               const std::filesystem::path& database,
                                               const std::filesystem::path& contacts);
 
+  // Whether files of one of the folders can be linked into the other.
+  [[nodiscard]] static bool isOnOneDisk(const std::filesystem::path& a,
+                                        const std::filesystem::path& b);
+
   // Keeps both sides as they are. A point is there whole or not at all. Throws std::system_error,
   // DatabaseError or ContactStoreError.
   void take(const std::filesystem::path& database, const std::filesystem::path& contacts) const;

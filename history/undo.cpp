@@ -206,6 +206,7 @@ void Undo::perform() {
   try {
     lock_->tidy();
     requireUnchanged();
+    requireSpace();
     if (!changesNothing()) recorder.beforeWriting();
     putRowsBack(recorder);
     putFilesBack(recorder);
@@ -217,6 +218,19 @@ void Undo::perform() {
   recorder.ended({transfer::RunOutcome::Completed, "명함=" + std::to_string(rows_.size()) +
                                                        "/연락처=" + std::to_string(files_.size())});
   markRuns(number);
+}
+
+// Where contacts lie on another disk, kept files are copied there.
+void Undo::requireSpace() const {
+  std::uint64_t needed = 0;
+  for (const FileChange& file : files_) {
+    const auto kept = stateOf(point_->contact(file.name));
+    if (kept) needed += static_cast<std::uint64_t>(kept->size);
+  }
+  if (RestorePoint::isOnOneDisk(folder_, contacts_)) return;
+  if (fs::space(contacts_).available < needed) {
+    throw UndoError("디스크에 연락처를 되돌릴 자리가 없습니다: " + text::pathText(contacts_));
+  }
 }
 
 void Undo::requireUnchanged() const {

@@ -60,6 +60,7 @@ class Undo {
   void findChanges();
   [[nodiscard]] bool isLost(const std::string& name) const;
   void requireUnchanged() const;
+  void requireSpace() const;
   void putRowsBack(RunRecorder& recorder);
   void putFilesBack(RunRecorder& recorder) const;
   void putFileBack(const FileChange& file, RunRecorder& recorder) const;
