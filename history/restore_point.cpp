@@ -224,6 +224,14 @@ bool Written::left(const RowKey& row, const std::optional<std::uint64_t>& hash) 
          std::find(found->second.begin(), found->second.end(), hash) != found->second.end();
 }
 
+FileStates Written::applyTo(FileStates found) const {
+  for (const auto& [name, given] : files) {
+    found.erase(name);
+    if (given.back()) found.emplace(name, *given.back());
+  }
+  return found;
+}
+
 std::string Written::counts() const {
   return "명함=" + std::to_string(rows.size()) + "/연락처=" + std::to_string(files.size());
 }

@@ -84,6 +84,8 @@ struct Written {
   // Whether the run may have left the file or row like that.
   [[nodiscard]] bool left(const std::string& file, const std::optional<FileState>& state) const;
   [[nodiscard]] bool left(const RowKey& row, const std::optional<std::uint64_t>& hash) const;
+  // The files of a folder after a run that found `found` there.
+  [[nodiscard]] FileStates applyTo(FileStates found) const;
   // How many rows and files there are.
   [[nodiscard]] std::string counts() const;
 };

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "history/rows.h"
+#include "outlook/contact_store.h"
 #include "text/ascii.h"
 #include "text/date_time.h"
 #include "text/file_path.h"
@@ -65,12 +66,11 @@ std::string RunRecorder::begins(const transfer::RunDescription& run) {
 std::optional<std::size_t> RunRecorder::filesLeftBy(const RunRecord& run) const {
   if (run.contactFiles || run.state != RunState::Unfinished || !run.wrote) return run.contactFiles;
   const RestorePoint point(runs_.folderOf(run.number));
-  FileStates files = point.contacts();
-  for (const auto& [name, given] : Written::read(point.writtenLog()).files) {
-    files.erase(name);
-    if (given.back()) files.emplace(name, *given.back());
+  try {
+    return Written::read(point.writtenLog()).applyTo(point.contacts()).size();
+  } catch (const outlook::ContactStoreError&) {
+    return std::nullopt;  // its point is gone or damaged: an earlier run has to tell
   }
-  return files.size();
 }
 
 // A folder that held contacts at the last run and holds none now is more likely not mounted, or
@@ -128,6 +128,7 @@ void RunRecorder::beforeWriting() {
     log_.emplace(point.writtenLog());
   } catch (const std::exception& error) {
     point.drop();
+    record_->wrote = false;
     throw transfer::RunAborted(
         std::string("복원 지점을 만들지 못하여 아무것도 쓰지 않고 끝냅니다.\r\n") + error.what());
   }

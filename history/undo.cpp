@@ -47,15 +47,6 @@ std::string personAndFile(const fs::path& folder, const std::string& name) {
   return person.empty() ? name : person + " (" + name + ")";
 }
 
-// The files of a folder after a run that found `states` there.
-FileStates after(FileStates states, const Written& written) {
-  for (const auto& [name, given] : written.files) {
-    states.erase(name);
-    if (given.back()) states.emplace(name, *given.back());
-  }
-  return states;
-}
-
 std::optional<FileState> stateIn(const FileStates& states, const std::string& name) {
   const auto found = states.find(name);
   return found == states.end() ? std::nullopt : std::optional(found->second);
@@ -154,7 +145,7 @@ void Undo::findEdits() {
         std::find_if(later_.begin() + static_cast<std::ptrdiff_t>(i) + 1, later_.end(),
                      [&](const RunRecord& other) { return runs_.contactsOf(other) == contacts_; });
     addFileEdits(
-        after(point.contacts(), written),
+        point.contacts(),
         next == later_.end() ? found_ : RestorePoint(runs_.folderOf(next->number)).contacts(),
         written, when);
   }
@@ -171,7 +162,7 @@ void Undo::addRowEdits(const std::vector<RowChange>& changes, const Written& wri
 
 void Undo::addFileEdits(const FileStates& before, const FileStates& found, const Written& written,
                         const std::string& when) {
-  compareFiles(after(before, written), found, [&](const std::string& name, Change change) {
+  compareFiles(written.applyTo(before), found, [&](const std::string& name, Change change) {
     const auto now = stateIn(found, name);
     if (written.left(name, now) || isSame(now, stateIn(before, name)) || isLost(name)) return;
     edits_.push_back(editOf("연락처", change, personAndFile(contacts_, name), when));
