@@ -245,6 +245,7 @@ void takeRestorePoint(benchmark::State& state) {
   int round = 0;
   for (auto _ : state) {
     const auto run = scene.folder() / "history" / std::to_string(++round);
+    std::filesystem::create_directories(run);
     measure(state, [&] { history::RestorePoint(run).take(database, scene.contactFolder()); });
   }
 }
