@@ -114,7 +114,8 @@ TEST_F(HistoryTest, EditsMadeSinceAreTold) {
       {nullptr, [] {}},
       {nullptr, [&] { run(frmOutlookSync::kSync); }},
       {nullptr, [&] { execute("UPDATE tbl_namecard SET JobTitle=JobTitle"); }},
-      {"명함 고침: 사람2", [&] { execute("UPDATE tbl_namecard SET email='A' where i_idx=2"); }},
+      {"명함 고침: 사람3",
+       [&] { execute("UPDATE tbl_namecard SET Memo_=upper(Memo_) where i_idx=3"); }},
       {"명함 고침: 사람1",
        [&] {
          execute(
