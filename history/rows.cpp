@@ -4,26 +4,21 @@
 #include <sqlite3.h>
 
 #include "store/connection.h"
+#include "store/sql.h"
 #include "text/ascii.h"
 
 namespace vlout::history {
 namespace {
 
 struct Table {
-  const char* name;
-  const char* caption;  // the column that people know a row by
+  std::string_view name;
+  std::string_view caption;  // the column that people know a row by
 };
 constexpr std::array<Table, 2> kTables{
-    {{"tbl_namecard", "FullName"}, {"tbl_folder", "folder_name"}}};
+    {{store::kCardTable, "FullName"}, {store::kFolderTable, "folder_name"}}};
 
 [[noreturn]] void fail(sqlite3* database) {
   throw store::DatabaseError(sqlite3_errmsg(database));
-}
-
-std::string quoted(const std::string& name) {
-  std::string result = "\"";
-  for (const char c : name) result.append(c == '"' ? 2 : 1, c);
-  return result + '"';
 }
 
 std::string joined(const std::vector<std::string>& columns) {
@@ -135,6 +130,10 @@ std::optional<std::uint64_t> RowHashes::of(const RowKey& key) {
   return hash;
 }
 
+std::string_view nounOf(const RowKey& row) {
+  return row.table == store::kCardTable ? "명함" : "그룹";
+}
+
 OtherState::OtherState(sqlite3* database, const std::filesystem::path& file) : database_(database) {
   Statement(database, "ATTACH ?1 AS other").bind(1, std::string_view(file.native())).next();
 }
@@ -151,7 +150,7 @@ std::vector<std::string> OtherState::columns(const std::string& table) const {
                   "pragma_table_info(?1,'other') o ON o.name=m.name ORDER BY m.cid");
   names.bind(1, std::string_view(table));
   std::vector<std::string> result;
-  while (names.next()) result.push_back(quoted(names.text(0)));
+  while (names.next()) result.push_back(store::sqlName(names.text(0)));
   if (result.empty()) throw store::DatabaseError(table + ": 표가 없습니다");
   return result;
 }
@@ -160,7 +159,7 @@ std::vector<RowChange> OtherState::changesSince() const {
   std::vector<RowChange> changes;
   RowHashes hashes(database_);
   for (const auto& [name, caption] : kTables) {
-    const std::string table = name;
+    const std::string table(name);
     const auto filled = [&, caption = caption](std::string_view sql) {
       return text::replaceAll(text::replaceAll(sql, "%table", table), "%caption", caption);
     };

@@ -1,5 +1,5 @@
-// The rows of the database as restore points need them: told apart by a hash of
-// their content, and compared between two states of the database.
+// The rows of the database as restore points need them: told apart by a hash of their content, and
+// compared between two states of the database.
 #pragma once
 
 #include <cstdint>
@@ -13,7 +13,6 @@
 #include <vector>
 
 #include "history/restore_point.h"
-#include "store/sqlite/backup.h"
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -72,6 +71,9 @@ struct RowChange {
 
   bool operator==(const RowChange&) const = default;
 };
+
+// What people call a row of that table.
+[[nodiscard]] std::string_view nounOf(const RowKey& row);
 
 // Another state of the database, attached to a connection for as long as the object lives.
 class OtherState {

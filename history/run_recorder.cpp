@@ -8,14 +8,13 @@
 
 #include "history/rows.h"
 #include "outlook/contact_store.h"
+#include "store/sql.h"
 #include "text/ascii.h"
 #include "text/date_time.h"
 #include "text/file_path.h"
 
 namespace vlout::history {
 namespace {
-
-constexpr std::string_view kCards = "tbl_namecard";
 
 RunState stateAfter(transfer::RunOutcome::End end) {
   using transfer::RunOutcome;
@@ -189,8 +188,9 @@ store::SqliteConnection::Database RecordedConnection::openDatabase(
   sqlite3_update_hook(
       database.get(),
       [](void* self, int, const char*, const char* table, sqlite3_int64 row) {
-        if (text::equalsIgnoringAsciiCase(table, kCards)) {
-          static_cast<RecordedConnection*>(self)->touched_.push_back({std::string(kCards), row});
+        if (text::equalsIgnoringAsciiCase(table, store::kCardTable)) {
+          static_cast<RecordedConnection*>(self)->touched_.push_back(
+              {std::string(store::kCardTable), row});
         }
       },
       this);

@@ -84,8 +84,9 @@ std::vector<int> Runs::numbers() const {
   std::error_code none;
   for (const auto& entry : std::filesystem::directory_iterator(folder_, none)) {
     const auto number = text::parseInteger(entry.path().filename().string());
-    if (number && *number > 0 && *number < kLastNumber && entry.is_directory())
+    if (number && *number > 0 && *number < kLastNumber && entry.is_directory()) {
       result.push_back(static_cast<int>(*number));
+    }
   }
   std::sort(result.begin(), result.end());
   return result;

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <fstream>
 #include <iterator>
 #include <sys/stat.h>
@@ -11,6 +10,7 @@
 #include "outlook/contact_store.h"
 #include "outlook/vcard/card_text.h"
 #include "outlook/vcard/vcard_syntax.h"
+#include "store/sqlite/backup.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
 
@@ -21,7 +21,7 @@ namespace fs = std::filesystem;
 
 constexpr std::array<const char*, 3> kEdited{"고침", "추가", "삭제"};
 
-std::string editOf(const char* what, Change change, const std::string& name,
+std::string editOf(std::string_view what, Change change, const std::string& name,
                    const std::string& when) {
   return std::string(what) + " " + kEdited.at(static_cast<std::size_t>(change)) + ": " + name +
          when;
@@ -155,8 +155,7 @@ void Undo::addRowEdits(const std::vector<RowChange>& changes, const Written& wri
                        const std::string& when) {
   for (const RowChange& change : changes) {
     if (written.left(change.key, change.hash)) continue;
-    const bool isCard = change.key.table == "tbl_namecard";
-    edits_.push_back(editOf(isCard ? "명함" : "그룹", change.change, change.name, when));
+    edits_.push_back(editOf(nounOf(change.key), change.change, change.name, when));
   }
 }
 

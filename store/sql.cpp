@@ -24,6 +24,10 @@ std::string sqlLiteral(std::string_view value) {
   return "'" + sqlQuote(value) + "'";
 }
 
+std::string sqlName(std::string_view name) {
+  return '"' + text::replaceAll(name, "\"", "\"\"") + '"';
+}
+
 std::string sqlBytes(std::string_view bytes) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   std::string sql = "X'";

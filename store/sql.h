@@ -10,6 +10,10 @@
 
 namespace vlout::store {
 
+// The two tables of the database.
+inline constexpr std::string_view kCardTable = "tbl_namecard";
+inline constexpr std::string_view kFolderTable = "tbl_folder";
+
 // An empty text when the field holds NULL, otherwise its text.
 [[nodiscard]] inline std::string_view nullSafe(const Field& field) {
   return field.value_or(std::string_view());
@@ -20,6 +24,9 @@ namespace vlout::store {
 
 // The value through `sqlQuote` and between single quotes.
 [[nodiscard]] std::string sqlLiteral(std::string_view value);
+
+// A name of a column that may hold anything, between double quotes.
+[[nodiscard]] std::string sqlName(std::string_view name);
 
 // The bytes of a binary column: X'…'.
 [[nodiscard]] std::string sqlBytes(std::string_view bytes);

@@ -22,10 +22,10 @@ using store::JetColumn;
 using store::JetRow;
 using store::JetType;
 using store::JetValue;
+using store::kCardTable;
+using store::kFolderTable;
 using text::equalsIgnoringAsciiCase;
 
-constexpr std::string_view kCards = "tbl_namecard";
-constexpr std::string_view kFolders = "tbl_folder";
 constexpr std::string_view kPicture = "Thumbnail";
 
 // Dates are texts in this database, each column's in the form that its readers know.
@@ -55,10 +55,6 @@ std::string_view sqlType(JetType type) {
   }
 }
 
-std::string quotedName(std::string_view name) {
-  return '"' + text::replaceAll(name, "\"", "\"\"") + '"';
-}
-
 // "yyyy/mm/dd hh:mm:ss" in the form of that column; elsewhere a day alone is one without a time.
 std::string dateFor(std::string_view column, std::string stamp) {
   constexpr std::size_t kDaySize = 10;
@@ -82,9 +78,9 @@ class Mover : public store::JetRows {
 
   void beginTable(std::string_view name, const std::vector<JetColumn>& columns) override {
     table_ = name;
-    key_ = name == kCards ? "i_idx" : "f_idx";
+    key_ = name == kCardTable ? "i_idx" : "f_idx";
     columns_ = columns;
-    (name == kCards ? hasCards_ : hasFolders_) = true;
+    (name == kCardTable ? hasCards_ : hasFolders_) = true;
     std::vector<std::string> known;
     for (auto rows = connection_.query("SELECT name FROM pragma_table_info('" + table_ + "')");
          !rows->atEnd(); rows->moveNext()) {
@@ -100,7 +96,7 @@ class Mover : public store::JetRows {
         continue;
       }
       if (!holds(known, column.name)) addColumn(column);
-      insert_ += (insert_.ends_with('(') ? "" : ",") + quotedName(column.name);
+      insert_ += (insert_.ends_with('(') ? "" : ",") + store::sqlName(column.name);
     }
     insert_ += ") VALUES (";
     if (keyAt_ == columns.size())
@@ -112,7 +108,7 @@ class Mover : public store::JetRows {
     const auto& key = row[keyAt_].text;
     // The database would number such a row itself, and nothing else would know the number.
     if (!key) fail(table_ + "에 번호(" + std::string(key_) + ")가 없는 행이 있습니다");
-    if (table_ == kFolders && fixedFolders_.erase(*key) > 0) {
+    if (table_ == kFolderTable && fixedFolders_.erase(*key) > 0) {
       connection_.execute("DELETE FROM tbl_folder WHERE f_idx = '" + *key + "'");
     }
     std::string sql = insert_;
@@ -121,7 +117,7 @@ class Mover : public store::JetRows {
     }
     sql.back() = ')';
     execute(sql, "행 " + std::string(key_) + "=" + *key);
-    ++(table_ == kCards ? cards_ : folders_);
+    ++(table_ == kCardTable ? cards_ : folders_);
   }
 
   // Throws DatabaseError when there was no table of cards.
@@ -153,7 +149,7 @@ class Mover : public store::JetRows {
   }
 
   void addColumn(const JetColumn& column) {
-    execute("ALTER TABLE " + table_ + " ADD COLUMN " + quotedName(column.name) + " " +
+    execute("ALTER TABLE " + table_ + " ADD COLUMN " + store::sqlName(column.name) + " " +
                 std::string(sqlType(column.type)),
             "열 " + column.name);
     added_.push_back(table_ + "." + column.name);
@@ -173,7 +169,7 @@ class Mover : public store::JetRows {
       sql += "'" + text::replaceAll(text, "'", "''") + "'";
     }
     sql += ',';
-    const bool isPicture = table_ == kCards && equalsIgnoringAsciiCase(column.name, kPicture);
+    const bool isPicture = table_ == kCardTable && equalsIgnoringAsciiCase(column.name, kPicture);
     if (isPicture && !value.text->empty()) ++pictures_;
   }
 
@@ -208,7 +204,7 @@ class Mover : public store::JetRows {
 
 void convertJet(const std::filesystem::path& source, const std::filesystem::path& folder,
                 std::ostream& report, const volatile std::sig_atomic_t& interrupted) {
-  store::JetReader reader(source, {std::string(kCards), std::string(kFolders)});
+  store::JetReader reader(source, {std::string(kCardTable), std::string(kFolderTable)});
   std::ostringstream done;
   initializeFolder(folder, [&](store::Connection& connection) {
     Mover mover(source.string(), connection, interrupted);

@@ -38,9 +38,8 @@ void printChanges(const history::Undo& undo, std::ostream& out) {
   printCounts("명함:", rows, out);
   printCounts("연락처:", files, out);
   for (const auto& row : undo.rows()) {
-    const bool isCard = row.key.table == "tbl_namecard";
-    out << (isCard ? "명함\t" : "그룹\t") << kPutBack.at(static_cast<std::size_t>(row.change))
-        << '\t' << text::onOneLine(row.name) << '\n';
+    out << nounOf(row.key) << '\t' << kPutBack.at(static_cast<std::size_t>(row.change)) << '\t'
+        << text::onOneLine(row.name) << '\n';
   }
   const auto print = [&](const history::FileChange& file, const char* what) {
     out << "연락처\t" << what << '\t' << text::onOneLine(file.person) << '\t'

@@ -19,14 +19,13 @@
 #include <tuple>
 #include <unistd.h>
 
+#include "store/sql.h"
 #include "store/sqlite/backup.h"
 #include "text/ascii.h"
 #include "text/file_descriptor.h"
 
 namespace vlout::store {
 namespace {
-
-constexpr std::string_view kCards = "tbl_namecard";
 
 // The database and what may lie beside it with the newest of its content.
 constexpr std::array<const char*, 3> kSuffixes{"", "-wal", "-journal"};
@@ -134,7 +133,7 @@ std::int64_t PreviewConnection::execute(std::string_view sql) {
 
 void PreviewConnection::watchChanges(sqlite3* database) {
   columns_.clear();
-  const std::string sql = "SELECT * FROM " + std::string(kCards) + " LIMIT 0";
+  const std::string sql = "SELECT * FROM " + std::string(kCardTable) + " LIMIT 0";
   sqlite3_stmt* statement = nullptr;
   if (sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) return;
   for (int i = 0; i < sqlite3_column_count(statement); ++i) {
@@ -146,7 +145,7 @@ void PreviewConnection::watchChanges(sqlite3* database) {
       [](void* self, sqlite3* changing, int operation, const char* schema, const char* table,
          sqlite3_int64, sqlite3_int64) {
         static_cast<void>(schema);
-        if (operation == SQLITE_UPDATE && text::equalsIgnoringAsciiCase(table, kCards)) {
+        if (operation == SQLITE_UPDATE && text::equalsIgnoringAsciiCase(table, kCardTable)) {
           static_cast<PreviewConnection*>(self)->noteUpdate(changing);
         }
       },
