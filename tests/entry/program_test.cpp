@@ -48,12 +48,15 @@ class ProgramTest : public testing::Test {
     std::vector<std::string> copies = arguments;
     for (std::string& argument : copies) argv.push_back(argument.data());
     argv.push_back(nullptr);
+    // A home of the test's own, where the XDG folders are too, and no display: nothing of whoever
+    // runs the test is read or touched.
+    std::string settings[]{"LC_ALL=C", "PATH=/usr/bin:/bin", "HOME=" + home().string()};
+    char* environment[]{settings[0].data(), settings[1].data(), settings[2].data(), nullptr};
     const pid_t child = fork();
     if (child == 0) {
       dup2(open((temporary.path() / "out").c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600), 1);
       dup2(open((temporary.path() / "err").c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600), 2);
-      setenv("LC_ALL", "C", 1);
-      execv(argv[0], argv.data());
+      execve(argv[0], argv.data(), environment);
       _exit(127);
     }
     return child;
@@ -89,6 +92,7 @@ class ProgramTest : public testing::Test {
     return {"run", "export", "--folder", folder(), "--range", "all"};
   }
 
+  std::filesystem::path home() const { return temporary.path() / "home"; }
   std::string folder() const { return (temporary.path() / "velmora").string(); }
   std::filesystem::path contacts() const { return temporary.path() / "velmora" / "contacts"; }
 
@@ -128,6 +132,7 @@ TEST_F(ProgramTest, ArgumentsAreCheckedAndExplained) {
       {{"--version"}, 0},
       {{"run", "import", "--folder", folder()}, 1},
       {{"run", "sync", "--folder", folder()}, 1},
+      {{"init"}, 0},
   };
   for (const Case& c : cases) {
     const Result result = run(c.arguments);
@@ -135,6 +140,7 @@ TEST_F(ProgramTest, ArgumentsAreCheckedAndExplained) {
     EXPECT_FALSE((c.status == 0 ? result.out : result.err).empty());
   }
   EXPECT_FALSE(std::filesystem::exists(folder()));
+  EXPECT_TRUE(std::filesystem::exists(home() / ".local/share/velmora/VelmoraDB.vdb"));
 }
 
 TEST_F(ProgramTest, MakesFoldersAndNeverOverwritesThem) {

@@ -18,6 +18,11 @@ def check(condition, text):
         sys.exit("FAILED: " + text)
 
 
+def environment(folder):
+    """Nothing of whoever runs the test: a home of its own, and no display."""
+    return {"PATH": "/usr/bin:/bin", "PYTHONUTF8": "1", "HOME": folder}
+
+
 def rows_of(folder):
     database = sqlite3.connect(os.path.join(folder, "VelmoraDB.vdb"))
     database.row_factory = sqlite3.Row
@@ -66,8 +71,7 @@ def check_with_khard(folder):
         stream.write(f"[addressbooks]\n[[cards]]\npath = {folder}/contacts\n")
     listed = subprocess.run(
         ["khard", "-c", config, "list", "--parsable", "--fields", "name,phone,organisations"],
-        capture_output=True, text=True, check=True,
-        env={**os.environ, "PYTHONUTF8": "1", "HOME": folder}).stdout.splitlines()
+        capture_output=True, text=True, check=True, env=environment(folder)).stdout.splitlines()
     rows = rows_of(folder).values()
     check(len(listed) == len(rows), f"khard lists {len(listed)} of {len(rows)} contacts")
     text = "\n".join(listed)
@@ -78,10 +82,9 @@ def check_with_khard(folder):
 
 def main(program):
     with tempfile.TemporaryDirectory() as folder:
-        subprocess.run([program, "sample", "--folder", folder, "--cards", str(CARDS)], check=True,
-                       stdout=subprocess.DEVNULL)
-        subprocess.run([program, "run", "export", "--folder", folder, "--range", "all"], check=True,
-                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+        for arguments in (["sample", "--cards", str(CARDS)], ["run", "export", "--range", "all"]):
+            subprocess.run([program, *arguments, "--folder", folder], check=True, env=environment(folder),
+                           stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
         check_with_vobject(folder)
         check_with_khard(folder)
 
