@@ -23,6 +23,7 @@ add_library(vlout_linux STATIC
   outlook/vcard/card_file.cpp
   outlook/vcard/card_text.cpp
   outlook/vcard/folder.cpp
+  outlook/vcard/preview_contact.cpp
   outlook/vcard/preview_store.cpp
   outlook/vcard/vcard_contact.cpp
   outlook/vcard/vcard_store.cpp

@@ -3,8 +3,7 @@
 #include <ctime>
 #include <map>
 
-#include "outlook/field_map.h"
-#include "outlook/vcard/vcard_contact.h"
+#include "outlook/vcard/preview_contact.h"
 
 namespace vlout::outlook::vcard {
 namespace {
@@ -71,59 +70,9 @@ class PreviewFolder : public Folder {
   std::uint64_t saves_ = 0;
 };
 
-// The files attached to a contact, the pictures among them.
-struct Attachments {
-  std::string names;
-  std::vector<std::string> contents;
-};
-
-Attachments attachmentsOf(VCardContact& contact) {
-  Attachments result;
-  for (std::size_t i = 1; i <= contact.attachmentCount(); ++i) {
-    if (i > 1) result.names += ", ";
-    result.names += contact.attachmentName(i);
-    result.contents.push_back(contact.attachmentContent(i));
-  }
-  return result;
-}
-
-// Compares what the folder held before a save with what it holds then.
-class PreviewContact : public VCardContact {
- public:
-  PreviewContact(VCardStore& store, std::size_t position, const PreviewStore::Changed& changed)
-      : VCardContact(store, position), store_(store), position_(position), changed_(changed) {}
-
-  void save() override {
-    VCardContact before(store_, position_);
-    static_cast<void>(before.text(ContactProperty::FullName));  // reads the card
-    VCardContact::save();
-    VCardContact after(store_, position_);
-    compare(fieldCaption("FullName"), before.text(ContactProperty::FullName),
-            after.text(ContactProperty::FullName));
-    for (const MappedField& field : mappedFields()) {
-      compare(fieldCaption(field.column), fieldTextFromContact(before, field),
-              fieldTextFromContact(after, field));
-    }
-    const Attachments old = attachmentsOf(before);
-    const Attachments now = attachmentsOf(after);
-    if (old.contents != now.contents || old.names != now.names) {
-      changed_("사진", old.names, now.names + (old.names == now.names ? " (새 사진)" : ""));
-    }
-  }
-
- private:
-  void compare(std::string_view caption, const std::string& before, const std::string& after) {
-    if (before != after) changed_(caption, before, after);
-  }
-
-  VCardStore& store_;
-  std::size_t position_;
-  const PreviewStore::Changed& changed_;
-};
-
 }  // namespace
 
-PreviewStore::PreviewStore(std::string folder, Changed changed)
+PreviewStore::PreviewStore(std::string folder, FieldChanged changed)
     : VCardStore(std::move(folder),
                  [](const std::string& path) { return std::make_unique<PreviewFolder>(path); }),
       changed_(std::move(changed)) {}

@@ -7,7 +7,6 @@
 #include <iterator>
 
 #include "outlook/pairing.h"
-#include "outlook/vcard/vcard_store.h"
 #include "text/ascii.h"
 #include "text/trim.h"
 #include "text/utf8.h"
@@ -167,12 +166,12 @@ std::string genderText(std::string_view propertyName, Gender value) {
 
 }  // namespace
 
-VCardContact::VCardContact(VCardStore& store, std::optional<std::size_t> position)
-    : store_(store), position_(position) {}
+VCardContact::VCardContact(CardHome& home, std::optional<std::size_t> position)
+    : home_(home), position_(position) {}
 
 CardText& VCardContact::card() {
   if (!card_) {
-    card_ = position_ ? CardText(store_.readCard(*position_)) : CardText();
+    card_ = position_ ? CardText(home_.readCard(*position_)) : CardText();
     forgetDerivedName();
   }
   return *card_;
@@ -192,7 +191,7 @@ void VCardContact::forgetDerivedName() {
 }
 
 std::string VCardContact::typeName() {
-  const bool group = position_ && store_.itemAt(*position_).isGroup;
+  const bool group = position_ && home_.isGroupAt(*position_);
   return group ? "DistListItem" : std::string(kContactItem);
 }
 
@@ -513,7 +512,7 @@ void VCardContact::setGender(Gender value) {
 
 // The key is known from when the folder was opened, so that asking for it does not read the file.
 std::optional<std::string> VCardContact::vlid() {
-  if (!card_ && position_) return store_.itemAt(*position_).vlid;
+  if (!card_ && position_) return home_.vlidAt(*position_);
   const auto line = card().firstNamed(kVlidName);
   if (!line) return std::nullopt;
   return std::string(text::trim(card().property(*line).whole()));
@@ -606,18 +605,17 @@ void VCardContact::completeForSaving() {
 void VCardContact::save() {
   completeForSaving();
   if (position_) {
-    store_.saveCard(*position_, card().write(), vlid());
+    home_.saveCard(*position_, card().write(), vlid());
   } else {
     const std::string uid = card().property(*card().firstNamed("UID")).whole();
-    position_ = store_.saveNewCard(uid, card().write(), vlid());
+    position_ = home_.saveNewCard(uid, card().write(), vlid());
   }
   forgetDerivedName();
 }
 
 text::DateTime VCardContact::lastModificationTime() {
   if (!position_) return text::localNow();
-  const FileState& state = store_.stateAt(*position_);
-  return text::fromUnixTime(state.seconds, state.nanoseconds);
+  return home_.timeAt(*position_);
 }
 
 }  // namespace vlout::outlook::vcard

@@ -1,5 +1,5 @@
-// One card of the folder as a contact: the table of properties applied to a `CardText`. VCardStore
-// makes these; a card's text is read and decoded only when a property is asked for.
+// One card as a contact: the table of properties applied to a `CardText`. The stores make these; a
+// card's text is read and decoded only when a property is asked for.
 #pragma once
 
 #include <optional>
@@ -7,16 +7,15 @@
 
 #include "outlook/contact_store.h"
 #include "outlook/person_name.h"
+#include "outlook/vcard/card_home.h"
 #include "outlook/vcard/card_text.h"
 
 namespace vlout::outlook::vcard {
 
-class VCardStore;
-
 class VCardContact : public Contact {
  public:
-  // The item at a 1-based position of the store's folder, or with no position a new contact.
-  VCardContact(VCardStore& store, std::optional<std::size_t> position);
+  // The item at a 1-based position of its home, or with no position a new contact.
+  VCardContact(CardHome& home, std::optional<std::size_t> position);
 
   [[nodiscard]] std::string typeName() override;
   [[nodiscard]] std::string text(ContactProperty property) override;
@@ -67,7 +66,7 @@ class VCardContact : public Contact {
   void setSingle(std::string_view propertyName, std::string_view value);
   void completeForSaving();
 
-  VCardStore& store_;
+  CardHome& home_;
   std::optional<std::size_t> position_;
   std::optional<CardText> card_;
 };

@@ -76,8 +76,9 @@ void VCardStore::flush() {
   written_ = false;
 }
 
-const FileState& VCardStore::stateAt(std::size_t position) const {
-  return files_[itemAt(position).file].state;
+text::DateTime VCardStore::timeAt(std::size_t position) const {
+  const FileState& state = files_[itemAt(position).file].state;
+  return text::fromUnixTime(state.seconds, state.nanoseconds);
 }
 
 // The file's text and where its cards lie, kept until another file is asked for: a file of many

@@ -10,11 +10,12 @@
 
 #include "outlook/contact_store.h"
 #include "outlook/vcard/card_file.h"
+#include "outlook/vcard/card_home.h"
 #include "outlook/vcard/folder.h"
 
 namespace vlout::outlook::vcard {
 
-class VCardStore : public ContactStore {
+class VCardStore : public ContactStore, public CardHome {
  public:
   using FolderMaker = std::function<std::unique_ptr<Folder>(const std::string& path)>;
 
@@ -41,8 +42,6 @@ class VCardStore : public ContactStore {
   void requireItem(std::size_t index) const;
 
  private:
-  friend class VCardContact;
-
   struct File {
     std::string name;
     FileState state;
@@ -66,14 +65,19 @@ class VCardStore : public ContactStore {
   void addFile(const std::string& name, std::string& buffer);
   OpenFile& openFile(std::size_t file);
 
-  // For VCardContact, with 1-based positions.
   [[nodiscard]] const Item& itemAt(std::size_t position) const { return items_[position - 1]; }
-  [[nodiscard]] const FileState& stateAt(std::size_t position) const;
-  [[nodiscard]] std::string readCard(std::size_t position);
-  void saveCard(std::size_t position, const std::string& cardText, std::optional<std::string> vlid);
-  // The position of the new item.
+  [[nodiscard]] bool isGroupAt(std::size_t position) const override {
+    return itemAt(position).isGroup;
+  }
+  [[nodiscard]] const std::optional<std::string>& vlidAt(std::size_t position) const override {
+    return itemAt(position).vlid;
+  }
+  [[nodiscard]] text::DateTime timeAt(std::size_t position) const override;
+  [[nodiscard]] std::string readCard(std::size_t position) override;
+  void saveCard(std::size_t position, const std::string& cardText,
+                std::optional<std::string> vlid) override;
   [[nodiscard]] std::size_t saveNewCard(const std::string& uid, const std::string& cardText,
-                                        std::optional<std::string> vlid);
+                                        std::optional<std::string> vlid) override;
 
   std::string path_;
   FolderMaker makeFolder_;

@@ -1,0 +1,33 @@
+// Where a contact's card lies: what VCardContact needs of the store that made it. A folder of
+// vCards is one such place, an address book of the desktop another. Positions are 1-based.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "text/date_time.h"
+
+namespace vlout::outlook::vcard {
+
+class CardHome {
+ public:
+  CardHome() = default;
+  CardHome(const CardHome&) = delete;
+  CardHome& operator=(const CardHome&) = delete;
+  virtual ~CardHome() = default;
+
+  // What is known of a card without reading it.
+  [[nodiscard]] virtual bool isGroupAt(std::size_t position) const = 0;
+  [[nodiscard]] virtual const std::optional<std::string>& vlidAt(std::size_t position) const = 0;
+  [[nodiscard]] virtual text::DateTime timeAt(std::size_t position) const = 0;
+
+  // All throw ContactStoreError.
+  [[nodiscard]] virtual std::string readCard(std::size_t position) = 0;
+  virtual void saveCard(std::size_t position, const std::string& cardText,
+                        std::optional<std::string> vlid) = 0;
+  // The position of the new card.
+  [[nodiscard]] virtual std::size_t saveNewCard(const std::string& uid, const std::string& cardText,
+                                                std::optional<std::string> vlid) = 0;
+};
+
+}  // namespace vlout::outlook::vcard
