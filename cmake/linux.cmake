@@ -22,6 +22,7 @@ add_library(vlout_linux STATIC
   store/jet/jet_value.cpp
   outlook/vcard/card_file.cpp
   outlook/vcard/card_text.cpp
+  outlook/vcard/draft.cpp
   outlook/vcard/folder.cpp
   outlook/vcard/preview_contact.cpp
   outlook/vcard/preview_store.cpp

@@ -49,16 +49,6 @@ void forEachEntry(const fs::path& path, Use use) {
   }
 }
 
-// Calls `use(directory, name)` for each vCard file of a folder.
-template <typename Use>
-void forEachCardFile(const fs::path& folder, Use use) {
-  const text::FileDescriptor directory(text::openUnnoticed(folder.c_str(), O_DIRECTORY));
-  if (!outlook::vcard::forEachCardFile(directory.get(),
-                                       [&](const char* name) { use(directory.get(), name); })) {
-    throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
-  }
-}
-
 dev_t deviceOf(const fs::path& path) {
   struct stat status {};
   return ::stat(path.c_str(), &status) == 0 ? status.st_dev : 0;
@@ -74,18 +64,22 @@ std::uint64_t sizeOf(const fs::path& file) {
 
 FileStates cardFilesIn(const fs::path& folder) {
   FileStates states;
-  forEachCardFile(folder, [&](int directory, const char* name) {
-    struct stat status {};
-    if (::fstatat(directory, name, &status, 0) == 0 && S_ISREG(status.st_mode)) {
-      states.emplace(name, outlook::vcard::stateOf(status));
-    }
-  });
+  const text::FileDescriptor directory(text::openUnnoticed(folder.c_str(), O_DIRECTORY));
+  const auto files = outlook::vcard::listCardFiles(directory.get());
+  if (!files) throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
+  for (const outlook::vcard::CardFile& file : *files) {
+    states.emplace(file.name, file.state);
+    for (const std::string& other : file.otherNames) states.emplace(other, file.state);
+  }
   return states;
 }
 
 std::size_t countCardFiles(const fs::path& folder) {
   std::size_t count = 0;
-  forEachCardFile(folder, [&](int, const char*) { ++count; });
+  const text::FileDescriptor directory(text::openUnnoticed(folder.c_str(), O_DIRECTORY));
+  if (!outlook::vcard::forEachCardFile(directory.get(), [&](const char*) { ++count; })) {
+    throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
+  }
   return count;
 }
 

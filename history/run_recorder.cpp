@@ -201,7 +201,9 @@ FileState RecordedFolder::replace(const std::string& name, std::string_view text
                                   const std::optional<FileState>& before, bool keepSecond) {
   recorder_->beforeWriting();
   return replaceFile(name, text, before, keepSecond,
-                     [&](const FileState& state) { recorder_->file(name, state); });
+                     [&](const std::string& written, const std::optional<FileState>& state) {
+                       recorder_->file(written, state);
+                     });
 }
 
 }  // namespace vlout::history

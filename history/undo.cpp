@@ -275,22 +275,21 @@ void Undo::putFilesBack(RunRecorder& recorder) const {
 // A kept file gets its place back as what it was, with its modification time: it must not look as
 // if it had been edited.
 void Undo::putFileBack(const FileChange& file, RunRecorder& recorder) const {
-  fs::path target = contacts_ / text::pathOf(file.name);
+  const auto found = stateIn(found_, file.name);
+  const auto log = [&](const std::string& name, const std::optional<FileState>& state) {
+    recorder.file(name, state);
+  };
   if (file.change == Change::Added) {
-    recorder.file(file.name, std::nullopt);
-    fs::remove(target);
+    lock_->remove(file.name, *found, log);
     return;
   }
-  if (fs::is_symlink(target)) target = fs::canonical(target);
-  const fs::path temporary = target.parent_path() / outlook::vcard::kTemporaryName;
-  fs::remove(temporary);
-  if (!linkOrCopy(point_->contact(file.name), temporary)) {
-    throw UndoError("보관한 연락처가 없습니다: " + file.name);
-  }
-  recorder.file(file.name, stateOf(temporary));
-  // Two names of one file: the rename would do nothing and leave both.
-  if (fs::exists(target) && fs::equivalent(temporary, target)) fs::remove(target);
-  fs::rename(temporary, target);
+  lock_->replaceBy(
+      file.name, found,
+      [&](const fs::path& place) {
+        if (linkOrCopy(point_->contact(file.name), place)) return;
+        throw UndoError("보관한 연락처가 없습니다: " + file.name);
+      },
+      log);
 }
 
 // The runs that are gone now, and those that an undo among them had taken back.

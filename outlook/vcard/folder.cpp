@@ -9,6 +9,8 @@
 #include <memory>
 #include <sys/file.h>
 #include <unistd.h>
+#include <unordered_map>
+#include <utility>
 
 #include "outlook/contact_store.h"
 #include "text/ascii.h"
@@ -30,39 +32,6 @@ bool writeAll(int descriptor, std::string_view text) {
   return true;
 }
 
-// The temporary file of one save, which is gone again unless it was renamed.
-class Temporary {
- public:
-  Temporary(int folder, unsigned mode) : folder_(folder) {
-    constexpr int kFlags = O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC;
-    file_ = ::openat(folder, kTemporaryName, kFlags, 0600);
-    if (file_ < 0 && errno == EEXIST && ::unlinkat(folder, kTemporaryName, 0) == 0) {
-      file_ = ::openat(folder, kTemporaryName, kFlags, 0600);
-    }
-    if (file_ >= 0 && mode != 0600 && ::fchmod(file_, mode) != 0) errno = 0;  // stays private
-  }
-  ~Temporary() {
-    if (file_ < 0) return;
-    const int error = errno;  // of what failed before
-    ::close(file_);
-    if (!renamed_) ::unlinkat(folder_, kTemporaryName, 0);
-    errno = error;
-  }
-  Temporary(const Temporary&) = delete;
-  Temporary& operator=(const Temporary&) = delete;
-
-  [[nodiscard]] int file() const { return file_; }
-  bool rename(const std::string& name) {
-    renamed_ = ::renameat(folder_, kTemporaryName, folder_, name.c_str()) == 0;
-    return renamed_;
-  }
-
- private:
-  int folder_;
-  int file_ = -1;
-  bool renamed_ = false;
-};
-
 bool isCardFile(std::string_view name) {
   constexpr std::string_view kEnding = ".vcf";
   return name.size() > kEnding.size() && name.front() != '.' &&
@@ -82,22 +51,68 @@ void keepSecondOf(int file, const struct stat& status) {
 
 }  // namespace
 
-FileState stateOf(const struct stat& status) {
-  return {status.st_ino, status.st_size, status.st_mtim.tv_sec,
-          static_cast<std::int32_t>(status.st_mtim.tv_nsec)};
-}
-
-bool forEachCardFile(int folder, const std::function<void(const char* name)>& use) {
+bool forEachName(int folder, const std::function<void(const char* name)>& use) {
   struct CloseDirectory {
     void operator()(DIR* directory) const { ::closedir(directory); }
   };
   const int copy = text::openUnnoticed(".", O_DIRECTORY, folder);
   const std::unique_ptr<DIR, CloseDirectory> directory(copy < 0 ? nullptr : ::fdopendir(copy));
   if (!directory) return false;
-  while (const dirent* const entry = ::readdir(directory.get())) {
-    if (isCardFile(entry->d_name)) use(entry->d_name);
-  }
+  while (const dirent* const entry = ::readdir(directory.get())) use(entry->d_name);
   return true;
+}
+
+bool forEachCardFile(int folder, const std::function<void(const char* name)>& use) {
+  return forEachName(folder, [&](const char* name) {
+    if (isCardFile(name)) use(name);
+  });
+}
+
+std::optional<std::vector<CardFile>> listCardFiles(int folder, std::vector<std::string>* own) {
+  std::vector<CardFile> files;
+  std::vector<std::string> names;
+  const auto sortOut = [&](const char* name) {
+    if (isCardFile(name)) names.emplace_back(name);
+    if (own != nullptr && (isDraft(name) || isKeptVersion(name))) own->emplace_back(name);
+  };
+  if (!forEachName(folder, sortOut)) return std::nullopt;
+  std::sort(names.begin(), names.end());
+  std::unordered_map<ino_t, std::size_t> known;
+  const auto find = [&](const struct stat& status) -> CardFile* {
+    const auto found = known.find(status.st_ino);
+    const bool isFound = found != known.end() && files[found->second].device == status.st_dev;
+    return isFound ? &files[found->second] : nullptr;
+  };
+  const auto add = [&](const std::string& name, const struct stat& status) {
+    files.push_back({name, stateOf(status), status.st_dev});
+  };
+  std::vector<std::string> links;
+  for (const std::string& name : names) {
+    struct stat status {};
+    if (::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0) continue;  // gone
+    if (S_ISLNK(status.st_mode)) links.push_back(name);
+    if (!S_ISREG(status.st_mode)) continue;
+    CardFile* const first = status.st_nlink > 1 ? find(status) : nullptr;
+    if (first != nullptr) {
+      first->otherNames.push_back(name);
+    } else {
+      if (status.st_nlink > 1) known.emplace(status.st_ino, files.size());
+      add(name, status);
+    }
+  }
+  if (links.empty()) return files;
+  // A file goes by its own name, even when that of a link comes first.
+  for (std::size_t i = 0; i < files.size(); ++i) known.emplace(files[i].state.inode, i);
+  for (const std::string& name : links) {
+    struct stat status {};
+    const bool isThere = ::fstatat(folder, name.c_str(), &status, 0) == 0;
+    if (isThere ? !S_ISREG(status.st_mode) || find(status) != nullptr : errno == ENOENT) continue;
+    if (isThere) known.emplace(status.st_ino, files.size());
+    add(name, status);  // or its reading tells what is wrong with it
+  }
+  std::sort(files.begin(), files.end(),
+            [](const CardFile& a, const CardFile& b) { return a.name < b.name; });
+  return files;
 }
 
 std::int32_t nextInSecond(std::int64_t nanoseconds) {
@@ -128,24 +143,49 @@ void Folder::fail(const std::string& name) const {
   throw ContactStoreError((name.empty() ? path_ : path_ + "/" + name) + ": " + reason);
 }
 
-void Folder::failAsChanged(const std::string& name) const {
-  throw ContactStoreError(path_ + "/" + name + ": 그 사이에 다른 프로그램이 바꾸었습니다");
+void Folder::failAsChanged(const std::string& name, const std::string& kept) const {
+  const std::string where = kept.empty() ? "" : " (먼저 쓴 내용은 " + kept + "에 있습니다)";
+  throw ContactStoreError(path_ + "/" + name + ": 그 사이에 다른 프로그램이 바꾸었습니다" + where);
 }
 
-void Folder::tidy() const {
-  ::unlinkat(descriptor_, kTemporaryName, 0);
+void Folder::tidy() {
+  own_.clear();
+  forEachName(descriptor_, [&](const char* name) {
+    if (isDraft(name) || isKeptVersion(name)) own_.emplace_back(name);
+  });
+  removeDrafts();
 }
 
-std::vector<std::string> Folder::cardFiles() {
-  tidy();
-  return listCardFiles();
+void Folder::removeDrafts() const {
+  for (const std::string& name : own_) {
+    if (!isDraft(name)) continue;
+    removeDraft(descriptor_, name, [&](const auto& use) { forEachName(descriptor_, use); });
+  }
 }
 
-std::vector<std::string> Folder::listCardFiles() const {
+std::vector<std::string> Folder::keptVersions() const {
   std::vector<std::string> names;
-  if (!forEachCardFile(descriptor_, [&](const char* name) { names.emplace_back(name); })) fail("");
+  std::copy_if(own_.begin(), own_.end(), std::back_inserter(names), isKeptVersion);
   std::sort(names.begin(), names.end());
   return names;
+}
+
+std::vector<CardFile> Folder::cardFiles() {
+  std::vector<CardFile> files = findCardFiles();
+  if (!std::any_of(own_.begin(), own_.end(), isDraft)) return files;
+  removeDrafts();
+  return findCardFiles();
+}
+
+std::vector<CardFile> Folder::findCardFiles() {
+  own_.clear();
+  otherNames_.clear();
+  auto files = listCardFiles(descriptor_, &own_);
+  if (!files) fail("");
+  for (const CardFile& file : *files) {
+    if (!file.otherNames.empty()) otherNames_.emplace(file.name, file.otherNames);
+  }
+  return std::move(*files);
 }
 
 std::optional<FileState> Folder::read(const std::string& name, std::string& text) {
@@ -198,33 +238,89 @@ struct stat Folder::requireReplaceable(const std::string& name, const FileState&
 
 FileState Folder::replace(const std::string& name, std::string_view text,
                           const std::optional<FileState>& before, bool keepSecond) {
-  return replaceFile(name, text, before, keepSecond, [](const FileState&) {});
+  return replaceFile(name, text, before, keepSecond,
+                     [](const std::string&, const std::optional<FileState>&) {});
 }
 
 FileState Folder::replaceFile(const std::string& name, std::string_view text,
                               const std::optional<FileState>& before, bool keepSecond,
-                              const std::function<void(const FileState&)>& completed) const {
+                              const Completed& completed) const {
+  // A link keeps pointing where it does: the file behind it is replaced, in its own folder.
+  const Target target = before ? targetOf(name) : Target{"", name};
+  if (!target.folder.empty()) {
+    return Folder(target.folder)
+        .replaceFile(target.name, text, before, keepSecond,
+                     [&](const std::string&, const auto& state) { completed(name, state); });
+  }
   struct stat status {};
   unsigned mode = 0600;
-  std::string file = name;
   if (before) {
-    // A link keeps pointing where it does: the file behind it is replaced, in its own folder.
-    const Target target = targetOf(name);
-    if (!target.folder.empty()) {
-      return Folder(target.folder).replaceFile(target.name, text, before, keepSecond, completed);
-    }
-    file = target.name;
-    status = requireReplaceable(file, *before);
+    status = requireReplaceable(target.name, *before);
     mode = status.st_mode & 07777;
   }
-  Temporary temporary(descriptor_, mode);
-  if (temporary.file() < 0 || !writeAll(temporary.file(), text)) fail(file);
-  if (before) keepOwner(temporary.file(), status);
-  if (keepSecond) keepSecondOf(temporary.file(), status);
-  if (::fstat(temporary.file(), &status) != 0) fail(file);
-  completed(stateOf(status));
-  if (!temporary.rename(file)) fail(file);
-  return stateOf(status);
+  Draft draft(descriptor_, before);
+  const text::FileDescriptor file(draft.create(mode));
+  if (file.get() < 0 || !writeAll(file.get(), text)) fail(name);
+  if (before) keepOwner(file.get(), status);
+  if (keepSecond) keepSecondOf(file.get(), status);
+  // A file that takes another one's place must not be empty after a power cut. File systems see to
+  // that when one is renamed over the other, but not when they are exchanged.
+  if (before && ::sync_file_range(file.get(), 0, 0, SYNC_FILE_RANGE_WRITE) != 0) errno = 0;
+  if (::fstat(file.get(), &status) != 0) fail(name);
+  const FileState state = stateOf(status);
+  completed(name, state);
+  place(draft, target.name);
+  if (before) renewLinks(target.name, *before, state, completed);
+  return state;
+}
+
+void Folder::place(Draft& draft, const std::string& name) const {
+  const Draft::Outcome outcome = draft.place(name);
+  if (outcome == Draft::Outcome::Failed) fail(name);
+  if (outcome == Draft::Outcome::Changed) failAsChanged(name, draft.keptAs());
+}
+
+// The other names of a file that was replaced still are the old one. One that cannot be renewed
+// becomes a contact of its own, and is told as such by the next run: its key is another's.
+void Folder::renewLinks(const std::string& name, const FileState& before, const FileState& now,
+                        const Completed& completed) const {
+  const auto others = otherNames_.find(name);
+  if (others == otherNames_.end()) return;
+  for (const std::string& other : others->second) {
+    Draft draft(descriptor_, before);
+    if (::linkat(descriptor_, name.c_str(), descriptor_, draft.name().c_str(), 0) != 0) continue;
+    draft.made();
+    completed(other, now);
+    static_cast<void>(draft.place(other));
+  }
+}
+
+void Folder::replaceBy(const std::string& name, const std::optional<FileState>& before,
+                       const std::function<void(const std::filesystem::path&)>& make,
+                       const Completed& completed) const {
+  const Target target = targetOf(name);
+  if (!target.folder.empty()) {
+    Folder(target.folder)
+        .replaceBy(target.name, before, make,
+                   [&](const std::string&, const auto& state) { completed(name, state); });
+    return;
+  }
+  Draft draft(descriptor_, before);
+  make(std::filesystem::path(path_) / draft.name());
+  draft.made();
+  struct stat status {};
+  if (::fstatat(descriptor_, draft.name().c_str(), &status, 0) != 0) fail(name);
+  completed(name, stateOf(status));
+  place(draft, target.name);
+}
+
+void Folder::remove(const std::string& name, const FileState& before,
+                    const Completed& completed) const {
+  completed(name, std::nullopt);
+  Draft draft(descriptor_, before);
+  const Draft::Outcome outcome = draft.takeAway(name);
+  if (outcome == Draft::Outcome::Failed) fail(name);
+  if (outcome == Draft::Outcome::Changed) failAsChanged(name, draft.keptAs());
 }
 
 void Folder::flush() {

@@ -3,34 +3,37 @@
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <sys/stat.h>
 #include <vector>
 
+#include "outlook/vcard/draft.h"
+#include "outlook/vcard/file_state.h"
+
 namespace vlout::outlook::vcard {
-
-// What tells one state of a file from another.
-struct FileState {
-  std::uint64_t inode = 0;
-  std::int64_t size = 0;
-  std::int64_t seconds = 0;  // modification time
-  std::int32_t nanoseconds = 0;
-
-  bool operator==(const FileState&) const = default;
-};
-
-[[nodiscard]] FileState stateOf(const struct stat& status);
-
-// The file that becomes another one by its renaming. Hidden, and not a vCard by its name, so that
-// no other program takes it for one; a folder is locked while it is open, so one name is enough.
-inline constexpr const char* kTemporaryName = ".vloutsync.tmp";
 
 // Calls `use` with the name of each vCard file of an open folder, in no order. False when the
 // folder cannot be read; `errno` tells why.
 bool forEachCardFile(int folder, const std::function<void(const char* name)>& use);
+
+// A vCard file as it is found in its folder, without a look into it.
+struct CardFile {
+  std::string name;
+  FileState state;
+  dev_t device = 0;
+  std::vector<std::string> otherNames{};  // hard links to it beside it
+};
+
+// The vCard files of an open folder by name, each once: links that lead to one of them are left
+// out. `own` gets the names of this program's own hidden files. Nothing when the folder cannot be
+// read; `errno` tells why.
+[[nodiscard]] std::optional<std::vector<CardFile>> listCardFiles(
+    int folder, std::vector<std::string>* own = nullptr);
 
 // Moves only the fraction of a modification time, so that it is another one and yet the same
 // second.
@@ -46,8 +49,12 @@ class Folder {
   Folder(const Folder&) = delete;
   Folder& operator=(const Folder&) = delete;
 
-  // The names of the vCard files, sorted. What an interrupted save left behind is removed.
-  [[nodiscard]] virtual std::vector<std::string> cardFiles();
+  // The vCard files. What an interrupted save left behind is removed.
+  [[nodiscard]] virtual std::vector<CardFile> cardFiles();
+
+  // The hidden files in which other programs' versions were kept that had no other place, as
+  // `cardFiles` found them.
+  [[nodiscard]] std::vector<std::string> keptVersions() const;
 
   // Reads a file into `text`, whose storage is used again; the file's state. Nothing when it is no
   // regular file, or gone.
@@ -55,17 +62,28 @@ class Folder {
 
   // Replaces a file, or makes it, so that readers and a crash find the old or the new text and
   // nothing between. The file's mode and owner stay as they were; a new file is its owner's alone.
-  // When `before` is given, the file must still be in that state. `keepSecond` leaves the whole
-  // second of the modification time as it was.
+  // When `before` is given, the file must still be in that state, or it stays as it is. Its hard
+  // links in the folder go on being the same file. `keepSecond` leaves the whole second of the
+  // modification time as it was.
   virtual FileState replace(const std::string& name, std::string_view text,
                             const std::optional<FileState>& before, bool keepSecond);
+
+  // Called with each file's state, or nothing for its end, before it gets its place.
+  using Completed = std::function<void(const std::string& name, const std::optional<FileState>&)>;
+
+  // Replaces a file in that state, or makes a new one, by what `make` puts under a path.
+  void replaceBy(const std::string& name, const std::optional<FileState>& before,
+                 const std::function<void(const std::filesystem::path&)>& make,
+                 const Completed& completed) const;
+  // Removes a file in that state.
+  void remove(const std::string& name, const FileState& before, const Completed& completed) const;
 
   // Throws unless the file may be written and is still in that state; what it is like.
   [[nodiscard]] struct stat requireReplaceable(const std::string& name,
                                                const FileState& before) const;
 
   // Removes what an interrupted save has left behind.
-  void tidy() const;
+  void tidy();
 
   // Waits until what was written is on the disk.
   virtual void flush();
@@ -79,20 +97,26 @@ class Folder {
   };
   [[nodiscard]] Target targetOf(const std::string& name) const;
 
-  [[nodiscard]] std::vector<std::string> listCardFiles() const;
+  [[nodiscard]] std::vector<CardFile> findCardFiles();
 
-  // `replace` that calls `completed` with the new file's state before it takes the old one's place.
   FileState replaceFile(const std::string& name, std::string_view text,
                         const std::optional<FileState>& before, bool keepSecond,
-                        const std::function<void(const FileState&)>& completed) const;
+                        const Completed& completed) const;
 
   [[nodiscard]] const std::string& path() const { return path_; }
   [[noreturn]] void fail(const std::string& name) const;
-  [[noreturn]] void failAsChanged(const std::string& name) const;
+  [[noreturn]] void failAsChanged(const std::string& name, const std::string& kept = "") const;
 
  private:
+  void removeDrafts() const;
+  void place(Draft& draft, const std::string& name) const;
+  void renewLinks(const std::string& name, const FileState& before, const FileState& now,
+                  const Completed& completed) const;
+
   std::string path_;
   int descriptor_ = -1;
+  std::map<std::string, std::vector<std::string>> otherNames_;  // of files that have some
+  std::vector<std::string> own_;                                // this program's hidden files
 };
 
 }  // namespace vlout::outlook::vcard

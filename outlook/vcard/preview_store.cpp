@@ -13,10 +13,10 @@ class PreviewFolder : public Folder {
  public:
   using Folder::Folder;
 
-  std::vector<std::string> cardFiles() override {
-    std::vector<std::string> names = listCardFiles();
-    for (const std::string& name : new_) names.push_back(name);
-    return names;
+  std::vector<CardFile> cardFiles() override {
+    std::vector<CardFile> files = findCardFiles();
+    for (const std::string& name : new_) files.push_back({name, saved_.at(name).state});
+    return files;
   }
 
   std::optional<FileState> read(const std::string& name, std::string& text) override {

@@ -24,8 +24,9 @@ void VCardStore::openContactsFolder(const std::function<void()>& afterEach) {
   open_ = {};
   notices_.clear();
   std::string buffer;
-  for (const std::string& name : folder_->cardFiles()) {
-    addFile(name, buffer);
+  for (const CardFile& file : folder_->cardFiles()) addFile(file.name, buffer);
+  for (const std::string& name : folder_->keptVersions()) {
+    notices_.push_back(name + ": 다른 프로그램이 쓴 내용을 따로 두었습니다. 확인한 뒤 지우십시오");
   }
 }
 

@@ -12,6 +12,7 @@
 
 #include "history/undo.h"
 #include "tests/support/component_fixture.h"
+#include "tests/support/rename_hook.h"
 #include "text/ascii.h"
 
 namespace vlout::history {
@@ -63,6 +64,9 @@ class HistoryTest : public tests::ComponentFixture {
         "UPDATE tbl_namecard SET JobTitle='새 행',Last_moddate='2025/02/01 10:00:00' where "
         "i_idx=1");
     editContact("2.vcf", "새 연락처");
+    // Other names of a contact are no contacts, and no edits when the contact is written.
+    std::filesystem::create_symlink("1.vcf", contactsFolder() / "0.vcf");
+    std::filesystem::create_hard_link(contactsFolder() / "2.vcf", contactsFolder() / "22.vcf");
     addCard(4, {{"FullName", "새사람"}});
     writeContact("5.vcf", "FN:다섯\r\nN:다섯;;;;\r\n", "2025/03/01 10:00:00");
   }
@@ -214,12 +218,28 @@ TEST_F(HistoryTest, AFileThatCannotBePutBackDoesNotKeepTheOthersAndTheUndoIsRepe
   }
   EXPECT_THAT(contactText("1.vcf"), HasSubstr("TITLE:새 행"));
   std::filesystem::rename(folder() / "away.vcf", kept);
+  {
+    // Nor does one that another program writes in that moment.
+    const std::string theirs =
+        text::replaceAll(contactText("2.vcf"), "TITLE", "X-THEIRS:1\r\nTITLE");
+    Undo undo(folder(), 1);
+    tests::onExchange([&](int exchange) {
+      if (exchange == 0) {
+        tests::writeFile(folder() / "theirs", theirs);
+        std::filesystem::rename(folder() / "theirs", contactsFolder() / "1.vcf");
+      }
+      return true;
+    });
+    EXPECT_THROW(undo.perform(), UndoError);
+    tests::onExchange({});
+    EXPECT_EQ(contactText("1.vcf"), theirs);
+  }
   // Not even many runs later is the point gone that has to be gone back to.
   const Runs list(folder());
   RunRecord later = runs().front();
   for (int i = 0; i < 25; ++i) list.begin(later);
   list.prune();
-  for (int number = 3; number <= later.number; ++number) {
+  for (int number = 4; number <= later.number; ++number) {
     std::filesystem::remove_all(list.folderOf(number));
   }
   Undo(folder(), 1).perform();

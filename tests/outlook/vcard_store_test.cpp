@@ -12,6 +12,7 @@
 #include <gtest/gtest.h>
 
 #include "outlook/pairing.h"
+#include "tests/support/rename_hook.h"
 #include "tests/support/temporary_folder.h"
 #include "text/ascii.h"
 
@@ -435,6 +436,24 @@ TEST_F(VCardStoreTest, LinksStayLinksAndProtectedFilesAreLeftAlone) {
   EXPECT_TRUE(std::filesystem::is_symlink(folder.path() / "link.vcf"));
   EXPECT_THAT(tests::readFile(elsewhere.path() / "target.vcf"), HasSubstr("TITLE:U"));
   EXPECT_THAT(tests::fileNames(elsewhere.path()), ElementsAre("target.vcf"));
+
+  // One file under several names is one contact, and stays one.
+  std::filesystem::rename(folder.path() / "link.vcf", folder.path() / "z.vcf");
+  tests::writeFile(folder.path() / "own.vcf", text::replaceAll(card, "FN:A", "FN:own"));
+  std::filesystem::create_hard_link(folder.path() / "own.vcf", folder.path() / "second.vcf");
+  std::filesystem::create_symlink("own.vcf", folder.path() / "first.vcf");
+  std::filesystem::create_symlink(elsewhere.path() / "target.vcf", folder.path() / "zz.vcf");
+  store->openContactsFolder();
+  ASSERT_EQ(store->count(), 2U);
+  const auto own = store->item(1);
+  own->setText(P::JobTitle, "V");
+  own->save();
+  for (const char* name : {"own.vcf", "second.vcf", "first.vcf"}) {
+    EXPECT_THAT(tests::readFile(folder.path() / name), HasSubstr("TITLE:V")) << name;
+  }
+  EXPECT_TRUE(std::filesystem::is_symlink(folder.path() / "first.vcf"));
+  store->openContactsFolder();
+  EXPECT_EQ(store->count(), 2U);
   tests::writeFile(folder.path() / "sparse.vcf", "");
   std::filesystem::resize_file(folder.path() / "sparse.vcf", std::uintmax_t{1} << 42);
   EXPECT_THROW(store->openContactsFolder(), ContactStoreError);
@@ -460,31 +479,85 @@ TEST_F(VCardStoreTest, NamesWhatItCannotReadAndGoesOn) {
 
 TEST_F(VCardStoreTest, AnotherProgramsChangeIsNotOverwritten) {
   const auto file = folder.path() / "a.vcf";
-  tests::writeFile(file, "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:A\r\nN:;A;;;\r\nEND:VCARD\r\n");
+  const auto card = [](const std::string& name) {
+    return "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:" + name + "\r\nN:;A;;;\r\nEND:VCARD\r\n";
+  };
+  const auto writeTheirs = [&](int number) {
+    tests::writeFile(folder.path() / "theirs", card("theirs" + std::to_string(number)));
+    std::filesystem::rename(folder.path() / "theirs", file);
+  };
+  struct Case {
+    bool exchanges;  // what the file system can do
+    int first;       // the exchange before which they write for the first time; none is before it
+    int last;        // and for the last time
+    int left;        // their version that is there in the end
+    int kept;        // the one that would be lost without having been replaced by its own people
+  };
+  const std::vector<Case> cases{{true, -1, -1, -1, 0}, {true, 0, 0, 0, 0},  {true, 0, 1, 1, 1},
+                                {true, 0, 2, 2, 2},    {false, 0, 0, 0, 0}, {false, -1, -1, -1, 0}};
+  for (const Case& c : cases) {
+    tests::writeFile(file, card("A"));
+    const auto store = openStore();
+    const auto contact = store->item(1);
+    contact->setText(P::JobTitle, "ours");
+    if (c.first < 0) writeTheirs(-1);
+    tests::onExchange([&](int exchange) {
+      if (exchange >= c.first && exchange <= c.last) writeTheirs(exchange);
+      return c.exchanges;
+    });
+    EXPECT_THROW(contact->save(), ContactStoreError);
+    tests::onExchange({});
+    EXPECT_EQ(tests::readFile(file), card("theirs" + std::to_string(c.left)));
+    std::filesystem::remove(file);
+    EXPECT_THROW(contact->save(), ContactStoreError);
+    // No temporary file either.
+    if (c.kept == 0) {
+      EXPECT_THAT(tests::fileNames(folder.path()), ElementsAre());
+      continue;
+    }
+    EXPECT_THAT(tests::fileNames(folder.path()), ElementsAre(".vloutsync-kept-1.vcf"));
+    EXPECT_EQ(tests::readFile(folder.path() / ".vloutsync-kept-1.vcf"),
+              card("theirs" + std::to_string(c.kept - 1)));
+    store->openContactsFolder();
+    EXPECT_THAT(store->folderNotices(), ElementsAre(HasSubstr(".vloutsync-kept-1.vcf")));
+    std::filesystem::remove(folder.path() / ".vloutsync-kept-1.vcf");
+  }
+  // One who has the file open for writing would go on writing into a file without a name.
+  tests::writeFile(file, card("A"));
   const auto store = openStore();
   const auto contact = store->item(1);
-  contact->setText(P::JobTitle, "ours");
-  tests::writeFile(file, "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:theirs\r\nEND:VCARD\r\n");
+  const int writer = open(file.c_str(), O_WRONLY | O_CLOEXEC);
   EXPECT_THROW(contact->save(), ContactStoreError);
-  EXPECT_THAT(tests::readFile(file), HasSubstr("theirs"));
-  std::filesystem::remove(file);
-  EXPECT_THROW(contact->save(), ContactStoreError);
-  EXPECT_THAT(tests::fileNames(folder.path()), ElementsAre());  // and no temporary file either
+  close(writer);
+  contact->save();
 }
 
 TEST_F(VCardStoreTest, FilesKeepTheirModeAndNewOnesArePrivate) {
   const auto file = folder.path() / "a.vcf";
   tests::writeFile(file, "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:A\r\nN:;A;;;\r\nEND:VCARD\r\n");
   ASSERT_EQ(chmod(file.c_str(), 0640), 0);
-  tests::writeFile(folder.path() / ".vloutsync.tmp", "left by a killed run");
-  const auto store = openStore();
-  store->item(1)->save();
-  store->create()->save();
   struct stat status {};
+  ASSERT_EQ(stat(file.c_str(), &status), 0);
+  // A folder that has the name of our temporary file is nobody's fault.
+  const std::string draft =
+      ".vloutsync-" + std::to_string(status.st_ino) + "-" + std::to_string(status.st_size) + "-" +
+      std::to_string(status.st_mtim.tv_sec) + "-" + std::to_string(status.st_mtim.tv_nsec);
+  std::filesystem::create_directory(folder.path() / (draft + ".tmp"));
+  for (const std::string& left : {draft + ".1.tmp", std::string(".vloutsync-0-0-0-0.tmp")}) {
+    tests::writeFile(folder.path() / left, "half of ours, left by a killed run");
+  }
+  // What a killed run had taken out of its place for it and could not put back.
+  tests::writeFile(folder.path() / ".vloutsync-1-2-3-4.tmp", "theirs");
+  const auto store = openStore();
+  EXPECT_EQ(tests::readFile(folder.path() / ".vloutsync-kept-1.vcf"), "theirs");
+  std::filesystem::remove(folder.path() / ".vloutsync-kept-1.vcf");
+  store->item(1)->save();
+  EXPECT_TRUE(std::filesystem::remove(folder.path() / (draft + ".tmp")));
+  store->create()->save();
   ASSERT_EQ(stat(file.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0640U);
   const auto files = tests::fileNames(folder.path());
-  ASSERT_EQ(files.size(), 2U);  // the killed run's file is gone
+  ASSERT_EQ(files.size(), 2U);  // the killed run's files are gone
   const auto created = folder.path() / (files[0] == "a.vcf" ? files[1] : files[0]);
   ASSERT_EQ(stat(created.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0600U);
