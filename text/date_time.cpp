@@ -1,5 +1,7 @@
 #include "text/date_time.h"
 
+#include <algorithm>
+#include <array>
 #include <chrono>
 #include <ctime>
 
@@ -31,26 +33,27 @@ class Reader {
     return true;
   }
 
-  std::optional<int> number(std::size_t fewest, std::size_t most) {
-    std::size_t count = 0;
-    int value = 0;
-    while (count < rest_.size() && count < most && isAsciiDigit(rest_[count])) {
-      value = value * 10 + (rest_[count] - '0');
-      ++count;
-    }
-    if (count < fewest) return std::nullopt;
-    rest_.remove_prefix(count);
-    return value;
+  // The same behind blanks, which stay where the word does not follow.
+  bool takeBehindBlanks(std::string_view word) {
+    const std::string_view before = rest_;
+    skipBlanks();
+    if (take(word)) return true;
+    rest_ = before;
+    return false;
   }
 
-  char takeDateSeparator() {
-    skipBlanks();
-    if (rest_.empty()) return '\0';
-    const char c = rest_.front();
-    if (c != '-' && c != '/' && c != '.') return '\0';
-    rest_.remove_prefix(1);
-    skipBlanks();
-    return c;
+  std::string_view digits() {
+    const auto end = std::find_if_not(rest_.begin(), rest_.end(), isAsciiDigit);
+    const std::string_view taken = rest_.substr(0, static_cast<std::size_t>(end - rest_.begin()));
+    rest_.remove_prefix(taken.size());
+    return taken;
+  }
+
+  // A number of one or two digits.
+  std::optional<int> number() {
+    const std::string_view taken = digits();
+    if (taken.empty() || taken.size() > 2) return std::nullopt;
+    return static_cast<int>(*parseInteger(taken));
   }
 
   [[nodiscard]] bool atEnd() const { return rest_.empty(); }
@@ -58,6 +61,47 @@ class Reader {
  private:
   std::string_view rest_;
 };
+
+// A day whose parts are written with these digits. Two digits of a year are those of 1930 to 2029,
+// as Windows reads them.
+std::optional<DateTime> dayOf(std::string_view year, std::string_view month, std::string_view day) {
+  const auto isShort = [](std::string_view digits) { return digits.size() <= 2; };
+  if (year.size() != 4 && year.size() != 2) return std::nullopt;
+  if (!isShort(month) || !isShort(day)) return std::nullopt;
+  const auto number = [](std::string_view digits) {
+    return static_cast<int>(*parseInteger(digits));
+  };
+  const int century = year.size() == 4 ? 0 : number(year) < 30 ? 2000 : 1900;
+  return makeDateTime(century + number(year), number(month), number(day));
+}
+
+// Year, month and day, or the other orders where only one of them makes a day.
+std::optional<DateTime> dayOf(const std::array<std::string_view, 3>& parts) {
+  if (const auto yearFirst = dayOf(parts[0], parts[1], parts[2])) return yearFirst;
+  const auto monthFirst = dayOf(parts[2], parts[0], parts[1]);
+  const auto dayFirst = dayOf(parts[2], parts[1], parts[0]);
+  if (monthFirst && dayFirst && monthFirst != dayFirst) return std::nullopt;
+  return monthFirst ? monthFirst : dayFirst;
+}
+
+std::optional<DateTime> readDay(Reader& reader) {
+  std::array<std::string_view, 3> parts;
+  constexpr std::array<std::string_view, 3> kKorean{"년", "월", "일"};
+  bool korean = false;
+  for (std::size_t i = 0; i < parts.size(); ++i) {
+    reader.skipBlanks();
+    parts[i] = reader.digits();
+    if (parts[i].empty()) return std::nullopt;
+    const bool named = reader.takeBehindBlanks(kKorean[i]);
+    if (i == 0) korean = named;
+    if (named != korean) return std::nullopt;
+    if (korean || i == 2) continue;
+    const bool separated = reader.takeBehindBlanks("-") || reader.takeBehindBlanks("/") ||
+                           reader.takeBehindBlanks(".");
+    if (!separated) return std::nullopt;
+  }
+  return korean ? dayOf(parts[0], parts[1], parts[2]) : dayOf(parts);
+}
 
 enum class HalfDay { None, Morning, Afternoon };
 
@@ -68,33 +112,25 @@ HalfDay takeHalfDay(Reader& reader) {
   return HalfDay::None;
 }
 
-struct TimeOfDay {
-  int hour = 0;
-  int minute = 0;
-  int second = 0;
-};
-
-std::optional<TimeOfDay> readTime(Reader& reader) {
+// The second of the day; a fraction behind it is cut off.
+std::optional<int> readTime(Reader& reader) {
   HalfDay half = takeHalfDay(reader);
   reader.skipBlanks();
-  TimeOfDay time;
-  const auto hour = reader.number(1, 2);
+  auto hour = reader.number();
   if (!hour || !reader.take(":")) return std::nullopt;
-  const auto minute = reader.number(1, 2);
-  if (!minute) return std::nullopt;
-  time.hour = *hour;
-  time.minute = *minute;
+  const auto minute = reader.number();
+  std::optional<int> second = 0;
   if (reader.take(":")) {
-    const auto second = reader.number(1, 2);
-    if (!second) return std::nullopt;
-    time.second = *second;
+    second = reader.number();
+    if (reader.take(".") && reader.digits().empty()) return std::nullopt;
   }
   if (half == HalfDay::None) half = takeHalfDay(reader);
   if (half != HalfDay::None) {
-    if (time.hour < 1 || time.hour > 12) return std::nullopt;
-    time.hour = time.hour % 12 + (half == HalfDay::Afternoon ? 12 : 0);
+    if (*hour < 1 || *hour > 12) return std::nullopt;
+    hour = *hour % 12 + (half == HalfDay::Afternoon ? 12 : 0);
   }
-  return time;
+  if (!minute || !second || *hour > 23 || *minute > 59 || *second > 59) return std::nullopt;
+  return (*hour * 60 + *minute) * 60 + *second;
 }
 
 // Writes a number right-aligned into its place in a text of fixed shape.
@@ -152,23 +188,17 @@ std::string formatDay(DateTime time) {
 
 std::optional<DateTime> parseDateTime(std::string_view text) {
   Reader reader(text);
-  reader.skipBlanks();
-  const auto year = reader.number(4, 4);
-  if (!year || reader.takeDateSeparator() == '\0') return std::nullopt;
-  const auto month = reader.number(1, 2);
-  if (!month || reader.takeDateSeparator() == '\0') return std::nullopt;
-  const auto day = reader.number(1, 2);
-  if (!day) return std::nullopt;
+  auto date = readDay(reader);
+  if (!date) return std::nullopt;
   reader.take(".");  // the Korean long form ends the date with a full stop
+  const bool timeFollows = reader.take("T");
   reader.skipBlanks();
-  TimeOfDay time;
-  if (!reader.atEnd()) {
-    const auto read = readTime(reader);
-    reader.skipBlanks();
-    if (!read || !reader.atEnd()) return std::nullopt;
-    time = *read;
-  }
-  return makeDateTime(*year, *month, *day, time.hour, time.minute, time.second);
+  if (!timeFollows && reader.atEnd()) return date;
+  const auto time = readTime(reader);
+  reader.skipBlanks();
+  if (!time || !reader.atEnd()) return std::nullopt;
+  date->seconds += *time;
+  return date;
 }
 
 DateTime toWholeSeconds(DateTime time) {
