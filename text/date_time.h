@@ -36,10 +36,10 @@ struct DateTime {
 [[nodiscard]] std::string formatDay(DateTime time);
 
 // Reads what a Korean desktop takes for a date, and so what a host may have stored: year, month and
-// day with "-", "/" or "." between them or 년, 월, 일 behind them, fields of one digit, years of two
-// (those of 1930 to 2029), the month or the day first where only one of these makes a day. A time
-// may follow behind blanks or "T", with 오전/오후 or AM/PM before or after it; a fraction of its
-// second is cut off. Nothing when the text is empty or no date.
+// day with "-", "/" or "." between them or 년, 월, 일 behind them, fields of one digit, years of
+// two (those of 1930 to 2029), the month or the day first where only one of these makes a day. A
+// time may follow behind blanks or "T", with 오전/오후 or AM/PM before or after it; a fraction of
+// its second is cut off. Nothing when the text is empty or no date.
 [[nodiscard]] std::optional<DateTime> parseDateTime(std::string_view text);
 
 // The time without its fraction.

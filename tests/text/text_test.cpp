@@ -87,6 +87,10 @@ TEST(LatinScript, LastCharacterDecides) {
       {"", true, ""},
       {"   ", true, ""},
       {"㈜", false, "㈜"},
+      {"\u1112\u1169\u11BC", false, "\u1112\u1169\u11BC"},  // 홍, as some phones send it
+      {"\uFFBE\uFFCC\uFFB7", false, "\uFFBE\uFFCC\uFFB7"},  // of half-width letters
+      {"\u11FF", true, "\u11FF"},                           // an old jamo that the page lacks
+      {"Acme ©", false, "Acme ©"},                          // as the page makes it
       {"金", false, "金"},
       {"서울 1-2", true, "서울 1-2"},
       {"Café", true, "Café"},
