@@ -75,10 +75,12 @@ ui::ExportFolder ExportList::readFolder(store::Connection& connection) const {
     if (rows->atEnd()) return {};
     const auto parent = text::parseInteger(text::trim(store::nullSafe(rows->field("p_idx"))));
     return {.id = all.front(),
-            .parent = static_cast<std::int32_t>(parent.value_or(0)),
+            .parent = text::narrowed<std::int32_t>(parent.value_or(0)),
             .name = std::string(store::nullSafe(rows->field("folder_name")))};
   } catch (const store::DatabaseError&) {
     return {};  // the window opens without a group; a run reports the database
+  } catch (const std::overflow_error&) {
+    return {};
   }
 }
 

@@ -14,15 +14,16 @@ class IniFile {
  public:
   explicit IniFile(std::filesystem::path file) : file_(std::move(file)) {}
 
-  // The value of a key, up to 254 characters of it, or an empty text. A missing or unreadable file
-  // holds no keys; throws EncodingError.
+  // The value of a key, up to 254 characters of it, or an empty text. A file that is missing,
+  // unreadable or in no known encoding holds no keys.
   [[nodiscard]] std::string read(std::string_view section, std::string_view key) const;
 
   struct Entry {
     std::string key;
     std::string value;
   };
-  // Sets the keys of one section; the file is replaced whole. False when it could not be written.
+  // Sets the keys of one section, both in ASCII; what else is in the file stays to the byte. The
+  // file is replaced whole. False when it could not be written.
   bool write(std::string_view section, const std::vector<Entry>& entries) const;
 
  private:

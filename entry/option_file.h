@@ -8,8 +8,8 @@
 
 namespace vlout::entry {
 
-// The ten values, each "0" or "1": anything but "0" is checked, a missing file or key too. Throws
-// EncodingError.
+// The ten values, each "0" or "1". Anything but "0" is checked, and everything when the file is
+// missing, unreadable or in no known encoding.
 [[nodiscard]] ui::OptionValues loadOptions(const std::filesystem::path& componentFolder);
 
 // Writes the ten values as they stand. A file that cannot be written keeps its old values,

@@ -11,7 +11,6 @@ class ORUN {
  public:
   explicit ORUN(Runtime& runtime) : runtime_(runtime) {}
 
-  // Throws EncodingError when the option file cannot be decoded: going on would overwrite it.
   void OUTSYNCRUN();
 
  private:

@@ -2,7 +2,6 @@
 
 #include "entry/ini_file.h"
 #include "entry/option_file.h"
-#include "entry/text_file.h"
 #include "text/ascii.h"
 #include "text/trim.h"
 
@@ -87,13 +86,11 @@ void Runtime::saveOptions() {
   entry::saveOptions(folder_, options_);
 }
 
-std::int16_t Runtime::skinTheme() {
-  try {
-    const std::string value = IniFile(folder_ / "settings.ini").read("COMMON", "SKIN_THEME");
-    return static_cast<std::int16_t>(text::parseInteger(text::trim(value)).value_or(0));
-  } catch (const EncodingError&) {
-    return 0;  // the host's file; a look is not worth a message
-  }
+std::optional<std::int16_t> Runtime::skinTheme() {
+  const std::string value = IniFile(folder_ / "settings.ini").read("COMMON", "SKIN_THEME");
+  const std::int64_t theme = text::parseInteger(text::trim(value)).value_or(0);
+  if (!std::in_range<std::int16_t>(theme)) return std::nullopt;
+  return static_cast<std::int16_t>(theme);
 }
 
 ui::ExportFolder Runtime::readExportFolder() {

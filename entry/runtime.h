@@ -70,7 +70,7 @@ class Runtime : public ui::Component {
   [[nodiscard]] ui::ExportFolder readExportFolder() override;
   [[nodiscard]] std::vector<std::string> readSelectedCards() override;
   [[nodiscard]] ui::WindowResults& results() override { return results_; }
-  [[nodiscard]] std::int16_t skinTheme() override;
+  [[nodiscard]] std::optional<std::int16_t> skinTheme() override;
   [[nodiscard]] const std::filesystem::path& folder() const override { return folder_; }
   [[nodiscard]] std::filesystem::path temporaryFolder() const override;
   [[nodiscard]] bool canPreview() const override { return platform_.makePreview != nullptr; }

@@ -11,15 +11,17 @@
 
 namespace vlout::entry {
 
-std::string readTextFile(const std::filesystem::path& file) {
+std::string readBytes(const std::filesystem::path& file) {
   std::ifstream stream(file, std::ios::binary);
-  std::string bytes;
-  if (stream && !std::filesystem::is_directory(file)) {
-    bytes.assign(std::istreambuf_iterator<char>(stream), {});
-  } else {
+  if (!stream || std::filesystem::is_directory(file)) {
     const int code = stream ? EISDIR : errno != 0 ? errno : EIO;
     throw std::system_error(code, std::generic_category(), text::pathText(file));
   }
+  return {std::istreambuf_iterator<char>(stream), {}};
+}
+
+std::string readTextFile(const std::filesystem::path& file) {
+  std::string bytes = readBytes(file);
   constexpr std::string_view kMark = "\xEF\xBB\xBF";
   const bool marked = bytes.starts_with(kMark);
   if (marked) bytes.erase(0, kMark.size());

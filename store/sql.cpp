@@ -50,9 +50,9 @@ std::int16_t nextCardId(Connection& connection) {
   const auto rows = connection.query("SELECT MAX(I_IDX) AS NewEventID FROM [tbl_namecard]");
   if (rows->rowCount() == 0) return 1;
   const auto largest = text::parseInteger(nullSafe(rows->field("NewEventID"))).value_or(0);
-  if (largest >= std::numeric_limits<std::int16_t>::max()) {
-    throw std::overflow_error("명함 번호가 32767을 넘습니다.");
-  }
+  using Limits = std::numeric_limits<std::int16_t>;
+  if (largest >= Limits::max()) throw std::overflow_error("명함 번호가 32767을 넘습니다.");
+  if (largest < Limits::min() - 1) throw std::overflow_error("명함 번호가 -32768보다 작습니다.");
   return static_cast<std::int16_t>(largest + 1);
 }
 

@@ -4,10 +4,13 @@
 
 #include <algorithm>
 #include <charconv>
+#include <concepts>
 #include <cstdint>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <string_view>
+#include <utility>
 
 namespace vlout::text {
 
@@ -55,6 +58,13 @@ namespace vlout::text {
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
   if (error != std::errc{} || end != text.data() + text.size()) return std::nullopt;
   return value;
+}
+
+// The number as one of a narrower type. Throws std::overflow_error where it does not fit.
+template <std::signed_integral Narrow>
+[[nodiscard]] Narrow narrowed(std::int64_t number) {
+  if (std::in_range<Narrow>(number)) return static_cast<Narrow>(number);
+  throw std::overflow_error(std::to_string(number) + ": 너무 큰 수입니다");
 }
 
 // Replaces every occurrence of `from` in one pass; what a replacement leaves is not looked at

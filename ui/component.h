@@ -86,8 +86,9 @@ class Component {
 
   [[nodiscard]] virtual WindowResults& results() = 0;
 
-  // The skin number of the host's settings; 0 when there is none.
-  [[nodiscard]] virtual std::int16_t skinTheme() = 0;
+  // The skin number of the host's settings; 0 when there is none, nothing when it is too large for
+  // one.
+  [[nodiscard]] virtual std::optional<std::int16_t> skinTheme() = 0;
   [[nodiscard]] virtual const std::filesystem::path& folder() const = 0;
 
   // The parent of the group that the main window shows; 1 when no group is set.

@@ -25,9 +25,9 @@ bool isUnassigned(std::string_view name) {
 
 // The number that a text begins with.
 std::int64_t leadingNumber(std::string_view text) {
-  const auto end = std::find_if_not(text.begin(), text.end(), text::isAsciiDigit);
-  const auto digits = static_cast<std::size_t>(end - text.begin());
-  return text::parseInteger(text.substr(0, digits)).value_or(0);
+  const auto* const start = text.begin() + (text.starts_with('-') ? 1 : 0);
+  const auto* const end = std::find_if_not(start, text.end(), text::isAsciiDigit);
+  return text::parseInteger({text.begin(), end}).value_or(0);
 }
 
 }  // namespace
@@ -172,8 +172,8 @@ void frmGroupBox::choose() {
   const std::size_t bar = node.tag.find('|');
   WindowResults& results = component_.results();
   results.groupName = node.text;
-  results.groupKey = static_cast<std::int32_t>(leadingNumber(node.tag.substr(0, bar)));
-  results.groupParent = static_cast<std::int32_t>(leadingNumber(node.tag.substr(bar + 1)));
+  results.groupKey = text::narrowed<std::int32_t>(leadingNumber(node.tag.substr(0, bar)));
+  results.groupParent = text::narrowed<std::int32_t>(leadingNumber(node.tag.substr(bar + 1)));
   results.chosen = !text::trimRight(node.text).empty();
   unload();
 }

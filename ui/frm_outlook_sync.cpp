@@ -20,9 +20,9 @@ constexpr std::string_view kDatabaseFailed = "데이터 연결이 실패되었�
 constexpr std::string_view kStoreFailed =
     "아웃룩 연결에 실패하였습니다!\r\n(Outlook Express는 지원하지 않습니다)";
 
-// The stored text of a box as a number, as wide as a check box's value.
+// The stored text of a box as a number, which is as wide as a check box's value.
 int optionNumber(const std::string& text) {
-  return static_cast<std::int16_t>(text::parseInteger(text).value_or(0));
+  return text::narrowed<std::int16_t>(text::parseInteger(text).value_or(0));
 }
 
 std::string withCause(std::string_view message, std::string_view cause) {

@@ -9,7 +9,8 @@ std::optional<std::string_view> skinFileName(std::int16_t theme) {
 }
 
 void applySkin(Component& component, Toolkit& toolkit) {
-  const auto name = skinFileName(component.skinTheme());
+  const auto theme = component.skinTheme();
+  const auto name = theme ? skinFileName(*theme) : std::nullopt;
   const auto file = component.folder() / "Styles" / name.value_or("");
   std::error_code ignored;
   toolkit.applySkin(name && std::filesystem::exists(file, ignored) ? file

@@ -1,12 +1,12 @@
 #include "entry/ini_file.h"
 
+#include <algorithm>
 #include <fstream>
 #include <optional>
 #include <system_error>
 
 #include "entry/text_file.h"
 #include "text/ascii.h"
-#include "text/code_page.h"
 #include "text/trim.h"
 
 namespace vlout::entry {
@@ -14,18 +14,28 @@ namespace {
 
 constexpr std::size_t kBufferCharacters = 254;
 
-using Lines = std::vector<std::string>;  // without their ends
+using Lines = std::vector<std::string>;  // with their ends
 
 Lines splitLines(std::string_view text) {
   Lines lines;
   while (!text.empty()) {
-    const std::size_t end = text.find('\n');
-    std::string_view line = text.substr(0, end);
-    text.remove_prefix(end == std::string_view::npos ? text.size() : end + 1);
-    if (line.ends_with('\r')) line.remove_suffix(1);
-    lines.emplace_back(line);
+    const std::size_t end = std::min(text.find('\n'), text.size() - 1) + 1;
+    lines.emplace_back(text.substr(0, end));
+    text.remove_prefix(end);
   }
   return lines;
+}
+
+std::string_view endOf(std::string_view line) {
+  return line.ends_with("\r\n") ? "\r\n" : line.ends_with('\n') ? "\n" : "";
+}
+
+// The line without its end, and without the mark that an editor may put before the first one.
+std::string_view contentOf(std::string_view line) {
+  constexpr std::string_view kMark = "\xEF\xBB\xBF";
+  line.remove_suffix(endOf(line).size());
+  if (line.starts_with(kMark)) line.remove_prefix(kMark.size());
+  return line;
 }
 
 std::string_view trimWhite(std::string_view text) {
@@ -36,14 +46,14 @@ std::string_view trimWhite(std::string_view text) {
 }
 
 bool isSection(std::string_view line) {
-  return trimWhite(line).starts_with('[');
+  return trimWhite(contentOf(line)).starts_with('[');
 }
 
 // The first line behind the section's heading; nothing when there is no such section.
 std::optional<std::size_t> findSection(const Lines& lines, std::string_view section) {
   for (std::size_t i = 0; i < lines.size(); ++i) {
-    const std::string_view line = trimWhite(lines[i]);
-    if (!isSection(line)) continue;
+    if (!isSection(lines[i])) continue;
+    const std::string_view line = trimWhite(contentOf(lines[i]));
     const std::string_view name = trimWhite(line.substr(1, line.find(']') - 1));
     if (text::equalsIgnoringAsciiCase(name, section)) return i + 1;
   }
@@ -65,23 +75,34 @@ std::optional<std::size_t> findKey(const Lines& lines, std::size_t start, std::s
 std::size_t endOfSection(const Lines& lines, std::size_t start) {
   std::size_t end = start;
   for (std::size_t i = start; i < lines.size() && !isSection(lines[i]); ++i) {
-    if (!trimWhite(lines[i]).empty()) end = i + 1;
+    if (!trimWhite(contentOf(lines[i])).empty()) end = i + 1;
   }
   return end;
+}
+
+// A new line ends as the one before it does, which gets an end where it has none.
+void insertLine(Lines& lines, std::size_t at, const std::string& content) {
+  std::string_view end = "\r\n";
+  if (at > 0) {
+    std::string& before = lines[at - 1];
+    if (endOf(before).empty()) before += end;
+    end = endOf(before);
+  }
+  lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(at), content + std::string(end));
 }
 
 void setKey(Lines& lines, std::string_view section, const IniFile::Entry& entry) {
   auto start = findSection(lines, section);
   if (!start) {
-    lines.push_back("[" + std::string(section) + "]");
+    insertLine(lines, lines.size(), "[" + std::string(section) + "]");
     start = lines.size();
   }
-  const std::string line = entry.key + "=" + entry.value;
+  const std::string content = entry.key + "=" + entry.value;
   if (const auto place = findKey(lines, *start, entry.key)) {
-    lines[*place] = line;
+    std::string& line = lines[*place];
+    line = content + std::string(endOf(line));
   } else {
-    const std::size_t end = endOfSection(lines, *start);
-    lines.insert(lines.begin() + static_cast<std::ptrdiff_t>(end), line);
+    insertLine(lines, endOfSection(lines, *start), content);
   }
 }
 
@@ -111,11 +132,13 @@ std::string IniFile::read(std::string_view section, std::string_view key) const 
     lines = splitLines(readTextFile(file_));
   } catch (const std::system_error&) {
     return {};  // a missing or unreadable file holds no keys, which is no error
+  } catch (const EncodingError&) {
+    return {};
   }
   const auto start = findSection(lines, section);
   const auto place = start ? findKey(lines, *start, key) : std::nullopt;
   if (!place) return {};
-  const std::string_view line = lines[*place];
+  const std::string_view line = contentOf(lines[*place]);
   std::string_view value = trimWhite(line.substr(line.find('=') + 1));
   const bool quoted = value.size() >= 2 && (value.front() == '"' || value.front() == '\'') &&
                       value.back() == value.front();
@@ -126,7 +149,9 @@ std::string IniFile::read(std::string_view section, std::string_view key) const 
 bool IniFile::write(std::string_view section, const std::vector<Entry>& entries) const {
   Lines lines;
   try {
-    lines = splitLines(readTextFile(file_));
+    // As bytes: names and values are ASCII, which every encoding of such a file leaves alone, and
+    // so does what nothing can decode stay.
+    lines = splitLines(readBytes(file_));
   } catch (const std::system_error& error) {
     // Only a file that is not there may be made anew: one that cannot be read has content.
     if (error.code() != std::errc::no_such_file_or_directory) return false;
@@ -136,9 +161,8 @@ bool IniFile::write(std::string_view section, const std::vector<Entry>& entries)
   if (!writable) return false;
   for (const Entry& entry : entries) setKey(lines, section, entry);
   std::string text;
-  for (const std::string& line : lines) text.append(line).append("\r\n");
-  const auto korean = text::toCodePage949(text);
-  return korean && replaceFile(file_, *korean);
+  for (const std::string& line : lines) text += line;
+  return replaceFile(file_, text);
 }
 
 }  // namespace vlout::entry

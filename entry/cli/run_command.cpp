@@ -6,7 +6,6 @@
 
 #include "entry/cli/platform.h"
 #include "entry/orun.h"
-#include "entry/text_file.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -94,12 +93,7 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
                   makePlatform(request.folder, request.contacts, std::move(toolkit), emptied));
   if (request.preview) runtime.previewOnly();
   component = &runtime;
-  try {
-    ORUN(runtime).OUTSYNCRUN();
-  } catch (const EncodingError& error) {
-    errors << error.what() << '\n';
-    return false;
-  }
+  ORUN(runtime).OUTSYNCRUN();
   return completed;
 }
 

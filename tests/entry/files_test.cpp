@@ -68,7 +68,18 @@ TEST(OptionFile, OddLinesSurviveAndProtectedFilesStay) {
   saveOptions(folder.path(), options);
   std::string expected = odd + "[set]\r\nOUT_CHECK2=1\r\n\r\n; end\r\nOUT_CHECK1=1\r\n";
   for (int i = 3; i <= 10; ++i) expected += "OUT_CHECK" + std::to_string(i) + "=1\r\n";
-  EXPECT_EQ(tests::readFile(file), expected + "[Last]\r\nz=1\r\n");
+  EXPECT_EQ(tests::readFile(file), expected + "[Last]\r\nz=1");
+  // A file in UTF-8 with a character that the code page lacks, and one in no encoding.
+  for (const auto& [start, loaded] :
+       {std::pair{"\xEF\xBB\xBF[set]\n; 😀\n", "0"}, std::pair{"\xFF\xFE\r\n[SET]\n", "1"}}) {
+    std::string content = std::string(start) + "OUT_CHECK1=0\n";
+    tests::writeFile(file, content + "\n");
+    EXPECT_EQ(loadOptions(folder.path())[0], loaded);
+    saveOptions(folder.path(), options);
+    content[content.size() - 2] = '1';
+    for (int i = 2; i <= 10; ++i) content += "OUT_CHECK" + std::to_string(i) + "=1\n";
+    EXPECT_EQ(tests::readFile(file), content + "\n");
+  }
   // A folder stands for a file that is there and cannot be read; root reads any file.
   std::filesystem::remove(file);
   std::filesystem::create_directory(file);

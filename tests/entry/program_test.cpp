@@ -253,10 +253,6 @@ TEST_F(ProgramTest, SaysWhatIsWrongWithWhatItIsGiven) {
        [&] { tests::writeFile(base + "/temp/exportlist.txt", "1\r\n\xFF\xFE"); },
        {"--range", "selected"},
        "exportlist.txt"},
-      {"binary option file",
-       [&] { tests::writeFile(base + "/VelmoraOlSync.ini", "\xFF\xFE\xFF"); },
-       {},
-       "VelmoraOlSync.ini"},
       {"a column missing",
        [&] {
          store::SqliteConnection connection;

@@ -31,6 +31,8 @@ TEST_F(StoreTest, NextCardIdEndsWithAnErrorInsteadOfWrapping) {
   EXPECT_EQ(nextCardId(connection), 32767);
   connection.execute("INSERT INTO tbl_namecard(i_idx) VALUES(32767)");
   EXPECT_THROW(static_cast<void>(nextCardId(connection)), std::overflow_error);
+  connection.execute("UPDATE tbl_namecard SET i_idx=-65000-i_idx");
+  EXPECT_THROW(static_cast<void>(nextCardId(connection)), std::overflow_error);
 }
 
 TEST_F(StoreTest, CardsAreFoundByNumberOnly) {

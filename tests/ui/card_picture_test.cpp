@@ -84,6 +84,7 @@ TEST_F(CardPictureTest, SkinsFollowTheHostsSettings) {
                                 {"[COMMON]\r\nSKIN_THEME=7\r\n", {"WinXP.Luna.cjstyles"}},
                                 {"[COMMON]\r\nSKIN_THEME=8\r\n", {}},
                                 {"[COMMON]\r\nSKIN_THEME=-1\r\n", {}},
+                                {"[COMMON]\r\nSKIN_THEME=65538\r\n", {}},
                                 {"[COMMON]\r\nSKIN_THEME=blue\r\n", {"WinXP.Luna.cjstyles"}},
                                 {"\xFF\xFF", {"WinXP.Luna.cjstyles"}}};
   for (const bool fileThere : {false, true}) {

@@ -132,6 +132,11 @@ TEST_F(GroupPickerTest, HandsTheChoiceBackOrNone) {
   pick(choose(3));
   EXPECT_EQ(runtime->results().groupKey, 20);
   EXPECT_EQ(runtime->results().groupParent, 1);
+  addFolder(-5, 1, "음수");  // comes first; what is below it follows
+  addFolder(-4, -5, "하위");
+  pick(choose(3));
+  EXPECT_EQ(runtime->results().groupKey, -4);
+  EXPECT_EQ(runtime->results().groupParent, -5);
 }
 
 }  // namespace
