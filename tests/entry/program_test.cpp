@@ -409,7 +409,11 @@ TEST_F(ProgramTest, APreviewTouchesNothing) {
   constexpr timespec kLongAgo{1'000'000'000, 0};
   const auto files = [&] {
     std::vector<std::filesystem::path> all{crashed, crashed + "/contacts"};
-    for (const auto& name : tests::fileNames(all.back())) all.push_back(all[1] / name);
+    for (const auto& name : tests::fileNames(contacts())) {
+      all.push_back(all[1] / name);  // a copy; with a time of its own it would be an edit
+      std::filesystem::last_write_time(all.back(),
+                                       std::filesystem::last_write_time(contacts() / name));
+    }
     for (const char* name : {"/VelmoraDB.vdb", "/VelmoraDB.vdb-wal"}) all.push_back(crashed + name);
     return all;
   }();
