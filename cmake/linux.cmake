@@ -29,6 +29,7 @@ add_library(vlout_linux STATIC
   outlook/vcard/vcard_contact.cpp
   outlook/vcard/vcard_store.cpp
   outlook/vcard/vcard_syntax.cpp
+  history/completion.cpp
   history/restore_point.cpp
   history/rows.cpp
   history/run_recorder.cpp

@@ -1,5 +1,7 @@
 #include "entry/runtime.h"
 
+#include <exception>
+
 #include "entry/ini_file.h"
 #include "entry/option_file.h"
 #include "text/ascii.h"
@@ -70,7 +72,15 @@ std::vector<ui::FieldChange> Runtime::takeChanges() {
 }
 
 std::string Runtime::runBegins(const ui::RunDescription& run) {
-  return platform_.runBegins ? platform_.runBegins(run) : std::string();
+  const std::string objection = platform_.runBegins ? platform_.runBegins(run) : std::string();
+  if (!objection.empty() || !platform_.completeCutShort || !connection().isOpen()) return objection;
+  try {
+    platform_.completeCutShort(connection(), contacts());
+  } catch (const std::exception& error) {
+    runEnded({ui::RunOutcome::Failed, error.what()});
+    return error.what();
+  }
+  return {};
 }
 
 void Runtime::runEnded(const ui::RunOutcome& outcome) {

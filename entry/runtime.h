@@ -36,6 +36,8 @@ struct Platform {
   // Where runs can be previewed, and where they are recorded.
   std::function<std::unique_ptr<Preview>()> makePreview = {};
   std::function<std::string(const ui::RunDescription&)> runBegins = {};
+  // Called once a run or its preview has begun, with the stores that it works on.
+  std::function<void(store::Connection&, outlook::ContactStore&)> completeCutShort = {};
   std::function<void(const ui::RunOutcome&)> runEnded = {};
 };
 

@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "outlook/contact_store.h"
+#include "store/sql.h"
 #include "store/sqlite/backup.h"
 #include "text/file_descriptor.h"
 
@@ -81,6 +82,12 @@ std::size_t countCardFiles(const fs::path& folder) {
     throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
   }
   return count;
+}
+
+std::optional<FileState> fileStateAt(const fs::path& file) {
+  struct stat status {};
+  if (::stat(file.c_str(), &status) != 0) return std::nullopt;
+  return outlook::vcard::stateOf(status);
 }
 
 bool isSame(const std::optional<FileState>& a, const std::optional<FileState>& b) {
@@ -182,24 +189,36 @@ FileStates RestorePoint::contacts() const {
 
 Written Written::read(const fs::path& log) {
   Written written;
+  std::map<std::int64_t, Sent> lastRow;  // when the last entry is of a row
   forEachEntry(log, [&](std::istream& entry) {
+    lastRow.clear();
     std::string kind;
     std::string name;
+    FileState state;
+    RowKey key{std::string(store::kCardTable)};
     entry >> kind;
     entry.ignore(1);
     if (kind == "file") {
-      FileState state;
       if (readEntry(entry, state, name)) written.files[name].emplace_back(state);
+    } else if (kind == "sent") {
+      entry >> key.row;
+      if (!readEntry(entry, state, name)) return;
+      written.files[name].emplace_back(state);
+      const auto given = written.rows.find(key);
+      const auto row = given == written.rows.end() ? std::nullopt : given->second.back();
+      written.unstamped.insert_or_assign(key.row, Sent{name, row});
     } else if (kind == "nofile") {
       if (std::getline(entry, name, kEnd)) written.files[name].emplace_back();
     } else if (kind == "row" || kind == "norow") {
-      RowKey key;
       std::uint64_t hash = 0;
       entry >> key.table >> key.row >> hash;
       if (!entry) return;
       written.rows[key].push_back(kind == "row" ? std::optional(hash) : std::nullopt);
+      if (key.table == store::kCardTable) lastRow.insert(written.unstamped.extract(key.row));
     }
   });
+  // The entry comes before the row is there for good.
+  written.unstamped.merge(lastRow);
   return written;
 }
 
@@ -240,6 +259,10 @@ WrittenLog::~WrittenLog() {
 
 void WrittenLog::file(const std::string& name, const std::optional<FileState>& state) {
   append(state ? "file " + entryOf(*state, name) : "nofile " + name);
+}
+
+void WrittenLog::sent(const std::string& name, const FileState& state, std::int64_t card) {
+  append("sent " + std::to_string(card) + ' ' + entryOf(state, name));
 }
 
 void WrittenLog::row(const RowKey& key, const std::optional<std::uint64_t>& hash) {

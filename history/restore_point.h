@@ -23,6 +23,9 @@ using FileStates = std::map<std::string, FileState>;  // by name
 // Their number; without a look at each.
 [[nodiscard]] std::size_t countCardFiles(const std::filesystem::path& folder);
 
+// The state of one file, through links; nothing when there is none.
+[[nodiscard]] std::optional<FileState> fileStateAt(const std::filesystem::path& file);
+
 // Whether two states are of the same content, or both of no file. A copy has another inode.
 [[nodiscard]] bool isSame(const std::optional<FileState>& a, const std::optional<FileState>& b);
 
@@ -79,6 +82,13 @@ struct RowKey {
 struct Written {
   std::map<std::string, std::vector<std::optional<FileState>>> files;
   std::map<RowKey, std::vector<std::optional<std::uint64_t>>> rows;  // hashes of the row's content
+  // A contact that was written from its card's row.
+  struct Sent {
+    std::string file;
+    std::optional<std::uint64_t> row;  // its hash, where the run had written it before
+  };
+  // By card, those whose rows may not have been written after that.
+  std::map<std::int64_t, Sent> unstamped;
 
   [[nodiscard]] static Written read(const std::filesystem::path& log);
   // Whether the run may have left the file or row like that.
@@ -100,6 +110,8 @@ class WrittenLog {
   WrittenLog& operator=(const WrittenLog&) = delete;
 
   void file(const std::string& name, const std::optional<FileState>& state);
+  // A file with a contact that was written from the row of `card`.
+  void sent(const std::string& name, const FileState& state, std::int64_t card);
   void row(const RowKey& key, const std::optional<std::uint64_t>& hash);
 
  private:

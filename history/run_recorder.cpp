@@ -6,6 +6,7 @@
 #include <sqlite3.h>
 #include <unistd.h>
 
+#include "history/completion.h"
 #include "history/rows.h"
 #include "outlook/contact_store.h"
 #include "store/sql.h"
@@ -137,6 +138,15 @@ void RunRecorder::file(const std::string& name, const std::optional<FileState>& 
   if (log_) log_->file(name, state);
 }
 
+void RunRecorder::completeCutShort(store::SqliteConnection& connection,
+                                   outlook::ContactStore& contacts) {
+  history::completeCutShort(runs_, contacts_, record_ ? record_->number : 0, connection, contacts);
+}
+
+void RunRecorder::sent(const std::string& name, const FileState& state, std::int64_t card) {
+  if (log_) log_->sent(name, state, card);
+}
+
 void RunRecorder::row(const RowKey& key, const std::optional<std::uint64_t>& hash) {
   if (log_) log_->row(key, hash);
 }
@@ -198,11 +208,17 @@ store::SqliteConnection::Database RecordedConnection::openDatabase(
 }
 
 FileState RecordedFolder::replace(const std::string& name, std::string_view text,
-                                  const std::optional<FileState>& before, bool keepSecond) {
+                                  const std::optional<FileState>& before, bool keepSecond,
+                                  const std::string& row) {
   recorder_->beforeWriting();
+  const auto card = text::parseInteger(row);
   return replaceFile(name, text, before, keepSecond,
                      [&](const std::string& written, const std::optional<FileState>& state) {
-                       recorder_->file(written, state);
+                       if (card && state && written == name) {
+                         recorder_->sent(written, *state, *card);
+                       } else {
+                         recorder_->file(written, state);
+                       }
                      });
 }
 

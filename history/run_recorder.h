@@ -11,6 +11,7 @@
 #include "history/restore_point.h"
 #include "history/rows.h"
 #include "history/runs.h"
+#include "outlook/contact_store.h"
 #include "outlook/vcard/folder.h"
 #include "store/sqlite/sqlite_connection.h"
 #include "transfer/run_window.h"
@@ -41,7 +42,13 @@ class RunRecorder {
   void beforeWriting();
   // Each write, while it can still be undone or has not yet been made.
   void file(const std::string& name, const std::optional<FileState>& state);
+  void sent(const std::string& name, const FileState& state, std::int64_t card);
   void row(const RowKey& key, const std::optional<std::uint64_t>& hash);
+
+  // Completes what an earlier run has left by halves (history/completion.h). To be called between
+  // `begins` and the reading of rows, with the stores of the run or of its preview. Throws
+  // DatabaseError and RunAborted.
+  void completeCutShort(store::SqliteConnection& connection, outlook::ContactStore& contacts);
 
  private:
   [[nodiscard]] std::optional<std::size_t> filesLeftBy(const RunRecord& run) const;
@@ -81,7 +88,8 @@ class RecordedFolder : public outlook::vcard::Folder {
   RecordedFolder(const std::string& path, std::shared_ptr<RunRecorder> recorder)
       : Folder(path), recorder_(std::move(recorder)) {}
   FileState replace(const std::string& name, std::string_view text,
-                    const std::optional<FileState>& before, bool keepSecond) override;
+                    const std::optional<FileState>& before, bool keepSecond,
+                    const std::string& row) override;
 
  private:
   std::shared_ptr<RunRecorder> recorder_;

@@ -4,7 +4,6 @@
 #include <array>
 #include <fstream>
 #include <iterator>
-#include <sys/stat.h>
 #include <system_error>
 
 #include "outlook/contact_store.h"
@@ -67,18 +66,6 @@ void compareFiles(const FileStates& then, const FileStates& now, Use use) {
     if (!now.contains(name)) use(name, Change::Removed);
   }
 }
-
-std::optional<FileState> stateOf(const fs::path& file) {
-  struct stat status {};
-  if (::stat(file.c_str(), &status) != 0) return std::nullopt;
-  return outlook::vcard::stateOf(status);
-}
-
-// The live database.
-class Connection : public store::SqliteConnection {
- public:
-  using SqliteConnection::database;
-};
 
 }  // namespace
 
@@ -176,7 +163,7 @@ void Undo::findChanges() {
     FileChange file{.name = name, .change = change};
     const fs::path kept = point_->contact(name);
     file.person = personIn(change == Change::Removed ? kept : contacts_ / text::pathOf(name));
-    const bool lost = change != Change::Added && !isSame(stateOf(kept), then.at(name));
+    const bool lost = change != Change::Added && !isSame(fileStateAt(kept), then.at(name));
     (lost ? lost_ : files_).push_back(std::move(file));
   });
 }
@@ -214,7 +201,7 @@ void Undo::perform() {
 void Undo::requireSpace() const {
   std::uint64_t needed = 0;
   for (const FileChange& file : files_) {
-    const auto kept = stateOf(point_->contact(file.name));
+    const auto kept = fileStateAt(point_->contact(file.name));
     if (kept) needed += static_cast<std::uint64_t>(kept->size);
   }
   if (RestorePoint::isOnOneDisk(folder_, contacts_)) return;
@@ -225,14 +212,14 @@ void Undo::requireSpace() const {
 
 void Undo::requireUnchanged() const {
   for (const FileChange& file : files_) {
-    const auto state = stateOf(contacts_ / text::pathOf(file.name));
+    const auto state = fileStateAt(contacts_ / text::pathOf(file.name));
     if (isSame(state, stateIn(found_, file.name))) continue;
     throw UndoError("그 사이에 연락처가 바뀌었습니다. 다시 실행하십시오: " + file.name);
   }
 }
 
 void Undo::putRowsBack(RunRecorder& recorder) {
-  Connection connection;
+  store::SqliteConnection connection;
   connection.open({.componentFolder = folder_});
   sqlite3* const database = connection.database();
   OtherState before(database, point_->database());

@@ -66,6 +66,10 @@ class Contact {
   virtual void addAttachment(const std::filesystem::path& file, std::string_view name) = 0;
 
   virtual void save() = 0;
+  // `save` of a contact that was written from the row whose number it carries, before the row gets
+  // the dates of this transfer. A store that remembers it can tell later, when the program was
+  // killed in between, that nothing but those dates is missing.
+  virtual void saveSent() { save(); }
 
   // When the contact was last saved, by anyone; with its fraction of a second.
   [[nodiscard]] virtual text::DateTime lastModificationTime() = 0;

@@ -247,7 +247,7 @@ void writeContactFromRow(Contact& contact, const store::Recordset& row, ContactW
   }
   if (options.pictures != nullptr) options.pictures->attach(contact, row);
   addVLID(contact, store::nullSafe(row.field("i_idx")));
-  contact.save();
+  contact.saveSent();
 }
 
 namespace {

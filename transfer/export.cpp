@@ -107,10 +107,6 @@ void Export::compare(const std::string& rowId, Contact& contact) {
     if (!outlook::hasVLID(contact)) {
       outlook::addVLID(contact, rowId);
       contact.save();
-    } else if (state.newer == Side::Contact && outlook::contactHoldsRow(contact, *row)) {
-      // An export that was cut short between contact and row: nothing differs but the dates, and
-      // left as they are they would make the card's next change look like a conflict.
-      writeSyncDates(connection_, contact.lastModificationTime(), rowId);
     }
     return;
   }

@@ -37,21 +37,12 @@ void Sync::syncContact(Contact& contact) {
   PairedRow paired(list_, *position);
   if (state.newer == Side::Neither) return;
   const std::string name = outlook::normalize(outlook::joinedName(contact));
-  if (state.conflict && isCutShort(rowId, contact)) return;
   if (state.conflict) {
     settle({contact, rowId, stamps.lastModified, contactTime, row.folderName}, state.newer, name);
     if (stopped_) paired.keep();  // the pair that the user stopped at stays in the list
   } else {
     transfer(state.newer, rowId, contact, name);
   }
-}
-
-// A transfer that was cut short between contact and row looks like a conflict, but there is nothing
-// to settle: both sides hold the same. It is completed instead.
-bool Sync::isCutShort(const std::string& rowId, Contact& contact) {
-  const auto row = store::readCard(connection_, rowId);
-  if (!outlook::contactHoldsRow(contact, *row)) return false;
-  return writeSyncDates(connection_, contact.lastModificationTime(), rowId);
 }
 
 void Sync::transfer(Side newer, const std::string& rowId, Contact& contact,

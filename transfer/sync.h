@@ -33,7 +33,6 @@ class Sync : private Transfer {
 
  private:
   void syncContact(outlook::Contact& contact);
-  [[nodiscard]] bool isCutShort(const std::string& rowId, outlook::Contact& contact);
   void transfer(Side newer, const std::string& rowId, outlook::Contact& contact,
                 const std::string& name);
   void settle(const ConflictPair& pair, Side newer, const std::string& name);

@@ -26,6 +26,11 @@ Platform makePlatform(const std::filesystem::path& componentFolder,
       .toolkit = std::move(toolkit),
       .makePreview = [contacts] { return std::make_unique<StorePreview>(contacts); },
       .runBegins = [recorder](const ui::RunDescription& run) { return recorder->begins(run); },
+      // The connections of this platform are all of this kind, that of a preview too.
+      .completeCutShort =
+          [recorder](store::Connection& connection, outlook::ContactStore& store) {
+            recorder->completeCutShort(dynamic_cast<store::SqliteConnection&>(connection), store);
+          },
       .runEnded = [recorder](const ui::RunOutcome& outcome) { recorder->ended(outcome); },
   };
 }

@@ -21,13 +21,15 @@ class CardHome {
   [[nodiscard]] virtual const std::optional<std::string>& vlidAt(std::size_t position) const = 0;
   [[nodiscard]] virtual text::DateTime timeAt(std::size_t position) const = 0;
 
-  // All throw ContactStoreError.
+  // All throw ContactStoreError. `row` is the number of the row that the card was written from and
+  // that gets its dates next (Contact::saveSent), or empty.
   [[nodiscard]] virtual std::string readCard(std::size_t position) = 0;
   virtual void saveCard(std::size_t position, const std::string& cardText,
-                        std::optional<std::string> vlid) = 0;
+                        std::optional<std::string> vlid, const std::string& row) = 0;
   // The position of the new card.
   [[nodiscard]] virtual std::size_t saveNewCard(const std::string& uid, const std::string& cardText,
-                                                std::optional<std::string> vlid) = 0;
+                                                std::optional<std::string> vlid,
+                                                const std::string& row) = 0;
 };
 
 }  // namespace vlout::outlook::vcard

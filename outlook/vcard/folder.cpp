@@ -237,7 +237,9 @@ struct stat Folder::requireReplaceable(const std::string& name, const FileState&
 }
 
 FileState Folder::replace(const std::string& name, std::string_view text,
-                          const std::optional<FileState>& before, bool keepSecond) {
+                          const std::optional<FileState>& before, bool keepSecond,
+                          const std::string& row) {
+  static_cast<void>(row);
   return replaceFile(name, text, before, keepSecond,
                      [](const std::string&, const std::optional<FileState>&) {});
 }

@@ -64,9 +64,11 @@ class Folder {
   // nothing between. The file's mode and owner stay as they were; a new file is its owner's alone.
   // When `before` is given, the file must still be in that state, or it stays as it is. Its hard
   // links in the folder go on being the same file. `keepSecond` leaves the whole second of the
-  // modification time as it was.
+  // modification time as it was. `row` is the number of the row that the new text was written from
+  // and that gets its dates next, or empty; for those who watch the folder's writes.
   virtual FileState replace(const std::string& name, std::string_view text,
-                            const std::optional<FileState>& before, bool keepSecond);
+                            const std::optional<FileState>& before, bool keepSecond,
+                            const std::string& row);
 
   // Called with each file's state, or nothing for its end, before it gets its place.
   using Completed = std::function<void(const std::string& name, const std::optional<FileState>&)>;

@@ -25,10 +25,10 @@ Attachments attachmentsOf(VCardContact& contact) {
 
 }  // namespace
 
-void PreviewContact::save() {
+void PreviewContact::write(const std::string& row) {
   VCardContact before(home_, position_);
   static_cast<void>(before.text(ContactProperty::FullName));  // reads the card
-  VCardContact::save();
+  VCardContact::write(row);
   VCardContact after(home_, position_);
   compare(fieldCaption("FullName"), before.text(ContactProperty::FullName),
           after.text(ContactProperty::FullName));

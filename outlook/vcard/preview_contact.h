@@ -19,7 +19,8 @@ class PreviewContact : public VCardContact {
   PreviewContact(CardHome& home, std::size_t position, const FieldChanged& changed)
       : VCardContact(home, position), home_(home), position_(position), changed_(changed) {}
 
-  void save() override;
+ protected:
+  void write(const std::string& row) override;
 
  private:
   void compare(std::string_view caption, const std::string& before, const std::string& after);

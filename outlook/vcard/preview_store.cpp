@@ -27,7 +27,9 @@ class PreviewFolder : public Folder {
   }
 
   FileState replace(const std::string& name, std::string_view text,
-                    const std::optional<FileState>& before, bool keepSecond) override {
+                    const std::optional<FileState>& before, bool keepSecond,
+                    const std::string& row) override {
+    static_cast<void>(row);
     const Target target = targetOf(name);
     const std::string key = keyOf(target);
     const auto saved = saved_.find(key);

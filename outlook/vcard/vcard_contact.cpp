@@ -602,13 +602,13 @@ void VCardContact::completeForSaving() {
   markLinesBehindEmptyOnes();
 }
 
-void VCardContact::save() {
+void VCardContact::write(const std::string& row) {
   completeForSaving();
   if (position_) {
-    home_.saveCard(*position_, card().write(), vlid());
+    home_.saveCard(*position_, card().write(), vlid(), row);
   } else {
     const std::string uid = card().property(*card().firstNamed("UID")).whole();
-    position_ = home_.saveNewCard(uid, card().write(), vlid());
+    position_ = home_.saveNewCard(uid, card().write(), vlid(), row);
   }
   forgetDerivedName();
 }

@@ -34,8 +34,13 @@ class VCardContact : public Contact {
   [[nodiscard]] std::string attachmentContent(std::size_t index);
   void removeAttachment(std::size_t index) override;
   void addAttachment(const std::filesystem::path& file, std::string_view name) override;
-  void save() override;
+  void save() override { write(""); }
+  void saveSent() override { write(vlid().value_or("")); }
   [[nodiscard]] text::DateTime lastModificationTime() override;
+
+ protected:
+  // Saves the card; `row` as for its home.
+  virtual void write(const std::string& row);
 
  private:
   using Place = VCardPlace;

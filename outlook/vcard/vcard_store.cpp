@@ -106,7 +106,7 @@ std::string VCardStore::readCard(std::size_t position) {
 }
 
 void VCardStore::saveCard(std::size_t position, const std::string& cardText,
-                          std::optional<std::string> vlid) {
+                          std::optional<std::string> vlid, const std::string& row) {
   Item& item = items_[position - 1];
   File& file = files_[item.file];
   OpenFile& open = openFile(item.file);
@@ -116,7 +116,7 @@ void VCardStore::saveCard(std::size_t position, const std::string& cardText,
   // The cards of one file share its time. Were it to move with every save, the others would look as
   // if they had been edited.
   const bool shared = file.cards > 1;
-  file.state = folder_->replace(file.name, open.text, file.state, shared);
+  file.state = folder_->replace(file.name, open.text, file.state, shared, row);
   const std::size_t grown = cardText.size() - span.size;  // modulo: a smaller card wraps round
   span.size = cardText.size();
   for (std::size_t i = item.card + 1; i < open.cards.size(); ++i) open.cards[i].start += grown;
@@ -127,9 +127,9 @@ void VCardStore::saveCard(std::size_t position, const std::string& cardText,
 }
 
 std::size_t VCardStore::saveNewCard(const std::string& uid, const std::string& cardText,
-                                    std::optional<std::string> vlid) {
+                                    std::optional<std::string> vlid, const std::string& row) {
   const std::string name = uid + ".vcf";
-  const FileState state = folder_->replace(name, cardText, std::nullopt, false);
+  const FileState state = folder_->replace(name, cardText, std::nullopt, false, row);
   items_.push_back({files_.size(), 0, false, std::move(vlid)});
   files_.push_back({name, state, 1});
   written_ = true;

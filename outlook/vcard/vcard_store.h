@@ -74,10 +74,11 @@ class VCardStore : public ContactStore, public CardHome {
   }
   [[nodiscard]] text::DateTime timeAt(std::size_t position) const override;
   [[nodiscard]] std::string readCard(std::size_t position) override;
-  void saveCard(std::size_t position, const std::string& cardText,
-                std::optional<std::string> vlid) override;
+  void saveCard(std::size_t position, const std::string& cardText, std::optional<std::string> vlid,
+                const std::string& row) override;
   [[nodiscard]] std::size_t saveNewCard(const std::string& uid, const std::string& cardText,
-                                        std::optional<std::string> vlid) override;
+                                        std::optional<std::string> vlid,
+                                        const std::string& row) override;
 
   std::string path_;
   FolderMaker makeFolder_;

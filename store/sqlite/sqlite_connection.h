@@ -31,6 +31,9 @@ class SqliteConnection : public Connection {
   std::int64_t execute(std::string_view sql) override;
   std::unique_ptr<Recordset> query(std::string_view sql) override;
 
+  // The open database; nullptr when there is none.
+  [[nodiscard]] sqlite3* database() const { return database_.get(); }
+
  protected:
   struct Closer {
     void operator()(sqlite3* database) const;
@@ -39,9 +42,6 @@ class SqliteConnection : public Connection {
 
   // Opens the file for `open`, with the adapter's settings. Throws DatabaseError.
   [[nodiscard]] virtual Database openDatabase(const std::filesystem::path& file);
-
-  // The open database; nullptr when there is none.
-  [[nodiscard]] sqlite3* database() const { return database_.get(); }
 
  private:
   struct Finalizer {

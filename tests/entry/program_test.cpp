@@ -20,6 +20,7 @@
 #include "outlook/vcard/vcard_store.h"
 #include "store/sql.h"
 #include "store/sqlite/sqlite_connection.h"
+#include "tests/support/component_fixture.h"
 #include "tests/support/temporary_folder.h"
 #include "transfer/change_detection.h"
 
@@ -71,18 +72,81 @@ class ProgramTest : public testing::Test {
 
   Result run(const std::vector<std::string>& arguments) { return finish(start(arguments)); }
 
-  // Runs the program again and again, killing it a little later each time, and then to its end.
-  void killThenFinish(const std::vector<std::string>& arguments, int rounds) {
+  // Whether a run that was begun after that many others has begun to write.
+  bool writes(int runs) const {
+    return std::filesystem::exists(folder() + "/history/" + std::to_string(runs + 1) + "/written");
+  }
+
+  static bool hasEnded(pid_t child) {
+    siginfo_t info{};
+    waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOHANG | WNOWAIT);
+    return info.si_pid == child;
+  }
+
+  int countRuns() const {
+    std::error_code none;
+    return static_cast<int>(
+        std::distance(std::filesystem::directory_iterator(folder() + "/history", none), {}));
+  }
+
+  // Runs the program again and again, killing it at its beginning and among its writes by turns, a
+  // little later each time, and then to its end. What all of them said.
+  std::string killThenFinish(const std::vector<std::string>& arguments, int rounds) {
     int kills = 0;
+    std::string said;
     for (int round = 0; round < rounds; ++round) {
+      const int before = countRuns();
       const pid_t child = start(arguments);
+      const bool amongWrites = round % 4 != 0;
+      while (amongWrites && !writes(before) && !hasEnded(child)) {
+        std::this_thread::sleep_for(std::chrono::microseconds(500));
+      }
       std::this_thread::sleep_for(std::chrono::microseconds(3000 + 2000 * round));
       kill(child, SIGKILL);
-      if (finish(child).status == -SIGKILL) ++kills;
+      const Result killed = finish(child);
+      said += killed.out;
+      if (killed.status == -SIGKILL) ++kills;
     }
     EXPECT_GT(kills, 5);
     const Result last = run(arguments);
     EXPECT_EQ(last.status, 0) << last.err;
+    return said + last.out;
+  }
+
+  void execute(const std::string& sql) {
+    store::SqliteConnection connection;
+    connection.open({.componentFolder = folder()});
+    connection.execute(sql);
+  }
+
+  // Each row has one contact, which holds what it holds, and three equal dates.
+  void expectPairs(std::size_t count) {
+    const auto keys = contactKeys();
+    EXPECT_EQ(keys.size(), count);
+    store::SqliteConnection connection;
+    connection.open({.componentFolder = folder()});
+    EXPECT_EQ(connection.query("PRAGMA integrity_check")->field("integrity_check"), "ok");
+    const auto rows = connection.query("SELECT * FROM tbl_namecard");
+    EXPECT_EQ(rows->rowCount(), count);
+    outlook::vcard::VCardStore store(contacts().string());
+    ASSERT_TRUE(store.connect());
+    store.openContactsFolder();
+    using P = outlook::ContactProperty;
+    std::map<std::string, std::string> values;
+    for (std::size_t i = 1; i <= store.count(); ++i) {
+      const auto contact = store.item(i);
+      values[outlook::readVLID(*contact)] =
+          contact->text(P::MobileTelephoneNumber) + '|' + contact->text(P::JobTitle);
+    }
+    for (; !rows->atEnd(); rows->moveNext()) {
+      const auto field = [&](const char* name) {
+        return std::string(store::nullSafe(rows->field(name)));
+      };
+      EXPECT_EQ(values[field("i_idx")], field("cellphone") + '|' + field("JobTitle"));
+      EXPECT_EQ(field("Last_moddate"), field("VLLastsync_date")) << field("i_idx");
+      EXPECT_EQ(field("Outlook_modate"), field("VLLastsync_date")) << field("i_idx");
+    }
+    for (const auto& [key, times] : keys) EXPECT_EQ(times, 1) << key;
   }
 
   Result sample(int cards) {
@@ -298,92 +362,58 @@ TEST_F(ProgramTest, AnInterruptStopsInOrder) {
   EXPECT_THAT(rest.out, HasSubstr("추가=" + std::to_string(3000 - written) + "/갱신=0"));
 }
 
-// Killed at many moments, an export is taken up again and ends as if nothing had happened.
-TEST_F(ProgramTest, AKilledExportIsTakenUpAgain) {
-  constexpr int kCards = 5000;
-  sample(kCards);
-  killThenFinish(exportAll(), 40);
-  const auto keys = contactKeys();
-  EXPECT_EQ(keys.size(), static_cast<std::size_t>(kCards));
-  for (const auto& [key, count] : keys) EXPECT_EQ(count, 1) << key;
-  EXPECT_THAT(tests::fileNames(contacts()), Each(EndsWith(".vcf")));
-  store::SqliteConnection connection;
-  connection.open({.componentFolder = folder()});
-  EXPECT_EQ(connection.query("SELECT i_idx FROM tbl_namecard")->rowCount(),
-            static_cast<std::size_t>(kCards));
-  EXPECT_EQ(connection.query("PRAGMA integrity_check")->field("integrity_check"), "ok");
-  EXPECT_THAT(run(exportAll()).out, HasSubstr("추가=0/갱신=0"));
-}
-
-// The same of an import: contacts whose rows are taken away are added again, each once.
-TEST_F(ProgramTest, AKilledImportIsTakenUpAgain) {
-  constexpr int kCards = 2000;
-  sample(kCards);
-  run(exportAll());
-  {
-    store::SqliteConnection connection;
-    connection.open({.componentFolder = folder()});
-    // Contacts that share all their data would be taken for one person: each gets a number of its
-    // own.
-    connection.execute("DELETE FROM tbl_namecard");
+// Killed at many moments, a run is taken up again and ends as if nothing had happened: each person
+// once on either side, in step, and nothing to ask about or left to do.
+TEST_F(ProgramTest, AKilledRunIsTakenUpAgain) {
+  const auto loseRows = [&] {
+    execute("DELETE FROM tbl_namecard");
+    int index = 0;
+    for (const auto& name : tests::fileNames(contacts())) {
+      // One name for all: they are told apart by their numbers.
+      tests::writeFile(
+          contacts() / name,
+          "BEGIN:VCARD\r\nVERSION:3.0\r\nN:홍;길동;;;\r\nFN:홍길동\r\nTEL;TYPE=CELL:010-" +
+              std::to_string(++index) + "\r\nEND:VCARD\r\n");
+    }
+  };
+  const auto editBothSides = [&] {
+    execute(
+        "UPDATE tbl_namecard SET Last_moddate='2020/01/01 00:00:00',"
+        "Outlook_modate='2020/01/01 00:00:00',VLLastsync_date='2020/01/01 00:00:00'");
+    execute(
+        "UPDATE tbl_namecard SET JobTitle='새 직함',Last_moddate='2021/01/01 00:00:00' "
+        "where i_idx % 2 = 0");
+    for (const auto& name : tests::fileNames(contacts())) {
+      std::string text = tests::readFile(contacts() / name);
+      const bool edited = std::stoi(text.substr(text.find("X-VLID:") + 7)) % 2 != 0;
+      if (edited) {
+        text.insert(text.find("X-VLID:"), "NICKNAME:다름\r\n");
+        tests::writeFile(contacts() / name, text);
+      }
+      tests::setModified(contacts() / name, edited ? "2021/01/01 00:00:00" : "2020/01/01 00:00:00");
+    }
+  };
+  struct Case {
+    std::vector<std::string> run;
+    int cards;
+    int rounds;
+    std::function<void()> prepare;
+    const char* nothing;
+  };
+  const std::vector<Case> cases{
+      {exportAll(), 5000, 16, [] {}, "추가=0/갱신=0"},
+      {{"run", "import", "--folder", folder()}, 2000, 16, loseRows, "추가=0/갱신=0"},
+      {{"run", "sync", "--folder", folder()}, 2000, 16, editBothSides, "벨모라=0/아웃룩=0"}};
+  for (const Case& c : cases) {
+    std::filesystem::remove_all(folder());
+    sample(c.cards);
+    if (c.run != exportAll()) run(exportAll());
+    c.prepare();
+    EXPECT_EQ(killThenFinish(c.run, c.rounds).find("충돌"), std::string::npos) << c.run[1];
+    EXPECT_THAT(run(c.run).out, HasSubstr(c.nothing)) << c.run[1];
+    EXPECT_THAT(tests::fileNames(contacts()), Each(EndsWith(".vcf")));
+    expectPairs(static_cast<std::size_t>(c.cards));
   }
-  int index = 0;
-  for (const auto& name : tests::fileNames(contacts())) {
-    const std::string text =
-        "BEGIN:VCARD\r\nVERSION:3.0\r\nN:홍;길동;;;\r\nFN:홍길동\r\nTEL;TYPE=CELL:010-" +
-        std::to_string(++index) + "\r\nX-KEEP:" + name + "\r\nEND:VCARD\r\n";
-    tests::writeFile(contacts() / name, text);
-  }
-  killThenFinish({"run", "import", "--folder", folder()}, 30);
-  const auto keys = contactKeys();
-  EXPECT_EQ(keys.size(), static_cast<std::size_t>(kCards));
-  store::SqliteConnection connection;
-  connection.open({.componentFolder = folder()});
-  const auto rows = connection.query("SELECT i_idx,cellphone FROM tbl_namecard");
-  EXPECT_EQ(rows->rowCount(), static_cast<std::size_t>(kCards));
-  outlook::vcard::VCardStore store(contacts().string());
-  ASSERT_TRUE(store.connect());
-  store.openContactsFolder();
-  std::map<std::string, std::string> phones;
-  for (std::size_t i = 1; i <= store.count(); ++i) {
-    const auto contact = store.item(i);
-    phones[outlook::readVLID(*contact)] =
-        contact->text(outlook::ContactProperty::MobileTelephoneNumber);
-  }
-  for (; !rows->atEnd(); rows->moveNext()) {
-    EXPECT_EQ(phones[std::string(*rows->field("i_idx"))], *rows->field("cellphone"));
-  }
-}
-
-// And of a sync: every pair ends in step, whichever side was the newer one.
-TEST_F(ProgramTest, AKilledSyncIsTakenUpAgain) {
-  constexpr int kCards = 2000;
-  sample(kCards);
-  run(exportAll());
-  store::SqliteConnection connection;
-  connection.open({.componentFolder = folder()});
-  connection.execute(
-      "UPDATE tbl_namecard SET [JobTitle]='새 직함',[Last_moddate]='2099/01/01 00:00:00' where "
-      "i_idx "
-      "% 2 = 0");
-  int index = 0;
-  for (const auto& name : tests::fileNames(contacts())) {
-    std::string text = tests::readFile(contacts() / name);
-    const std::size_t key = text.find("X-VLID:");
-    if (std::stoi(text.substr(key + 7)) % 2 == 0) continue;
-    text.insert(text.find("X-VLID:"), "NICKNAME:" + std::to_string(++index) + "\r\nROLE:a\r\n");
-    tests::writeFile(contacts() / name, text);
-    const timespec times[2] = {{4'000'000'000, 0}, {4'000'000'000, 0}};
-    utimensat(AT_FDCWD, (contacts() / name).c_str(), times, 0);
-  }
-  const std::vector<std::string> sync{"run", "sync", "--folder", folder()};
-  killThenFinish(sync, 25);
-  EXPECT_THAT(run(sync).out, HasSubstr("벨모라=0/아웃룩=0"));
-  EXPECT_EQ(contactKeys().size(), static_cast<std::size_t>(kCards));
-  const auto uneven = connection.query(
-      "SELECT i_idx FROM tbl_namecard WHERE Last_moddate<>Outlook_modate OR "
-      "Last_moddate<>VLLastsync_date OR (i_idx % 2 = 0 AND JobTitle<>'새 직함')");
-  EXPECT_EQ(uneven->rowCount(), 0U);
 }
 
 // A preview reads what a crash has left beside the database, and leaves not even a time of access.

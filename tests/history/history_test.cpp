@@ -11,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "history/undo.h"
+#include "store/sql.h"
 #include "tests/support/component_fixture.h"
 #include "tests/support/rename_hook.h"
 #include "text/ascii.h"
@@ -244,6 +245,61 @@ TEST_F(HistoryTest, AFileThatCannotBePutBackDoesNotKeepTheOthersAndTheUndoIsRepe
   }
   Undo(folder(), 1).perform();
   EXPECT_EQ(everything(), before);
+}
+
+// A run whose contacts were saved and whose rows were not, as a kill in between leaves it.
+TEST_F(HistoryTest, TheNextRunCompletesWhatIsCertain) {
+  struct Case {
+    const char* what;
+    std::string dates;  // of cards 1 and 4 afterwards, where they have the times of their contacts
+    std::function<void()> since = [] {};
+  };
+  const auto record = [&](const std::function<void(RunRecord&)>& change) {
+    RunRecord run = runs().front();
+    change(run);
+    Runs(folder()).save(run);
+  };
+  const std::vector<Case> cases{
+      {"nothing", "14"},
+      {"the contact", "4",
+       [&] { std::ofstream(contactsFolder() / "1.vcf", std::ios::app) << '\n'; }},
+      {"the row", "4",
+       [&] { execute("UPDATE tbl_namecard SET JobTitle='더 새 행' where i_idx=1"); }},
+      {"a copy", "4",
+       [&] { std::filesystem::copy_file(contactsFolder() / "1.vcf", contactsFolder() / "c.vcf"); }},
+      {"a point that is gone", "",
+       [&] { std::filesystem::remove_all(folder() / "history/1/point"); }},
+      {"an end", "", [&] { record([](RunRecord& run) { run.state = RunState::Completed; }); }},
+      {"another folder", "", [&] { record([](RunRecord& run) { run.contacts = "other"; }); }},
+  };
+  for (const Case& c : cases) {
+    startAfresh();
+    std::filesystem::remove_all(folder() / "history");
+    makePairs();
+    execute("UPDATE tbl_namecard SET Last_moddate='2025/02/01 10:00:00' where i_idx=4");
+    history::execute(database.database(),
+                     "CREATE TRIGGER killed BEFORE UPDATE ON tbl_namecard WHEN NEW.i_idx IN (1,4) "
+                     "BEGIN SELECT RAISE(ABORT,'killed'); END");
+    run(frmOutlookSync::kExport);
+    execute("DROP TRIGGER killed");
+    record([](RunRecord& run) { run.state = RunState::Unfinished; });
+    c.since();
+    auto previewed = preview(frmOutlookSync::kSync);
+    std::erase_if(previewed, [](const std::string& line) { return line.starts_with("  "); });
+    const auto lines = run(frmOutlookSync::kSync);
+    EXPECT_EQ(previewed, lines) << c.what;
+    std::string dates;
+    for (const char* id : {"1", "4"}) {
+      const auto row = store::readCard(database, id);
+      if (row->field("VLLastsync_date") == row->field("Last_moddate")) dates += id;
+    }
+    EXPECT_EQ(dates, c.dates) << c.what;
+    // What was sent whole is nothing to ask the user about.
+    const auto conflicts = std::count_if(lines.begin(), lines.end(), [](const std::string& line) {
+      return line.find("충돌") != std::string::npos;
+    });
+    EXPECT_EQ(static_cast<std::size_t>(conflicts), 2 - dates.size()) << c.what;
+  }
 }
 
 TEST_F(HistoryTest, OldAndManyPointsAreDropped) {

@@ -160,18 +160,6 @@ TEST_F(ExportTest, ADoubleDoesNotTakeTheRowOfTheContactWithTheKey) {
   EXPECT_EQ(valueOf(1, "Memo_"), "NULL");
 }
 
-TEST_F(ExportTest, ATransferThatWasCutShortIsCompleted) {
-  addCard(1, {{"FullName", "홍길동"},
-              {"Memo_", "두\r\n줄"},
-              {"Categories", "a,b"},
-              {"home_zipcode", "1"}});
-  exportAll();
-  setStamps(1, "2025/01/01 00:00:00", "", "");  // the contact was written, the row not stamped
-  EXPECT_THAT(exportAll(), Contains("내보내기 완료|추가=0/갱신=0|"));
-  EXPECT_EQ(valueOf(1, "Last_moddate"), valueOf(1, "VLLastsync_date"));
-  EXPECT_NE(valueOf(1, "Last_moddate"), "2025/01/01 00:00:00");
-}
-
 TEST_F(ExportTest, MergesFieldByFieldAndLosesNothing) {
   for (const bool contactNewer : {false, true}) {
     startAfresh();

@@ -123,33 +123,6 @@ TEST_F(SyncTest, ConflictsEndAsTheUserDecides) {
   }
 }
 
-TEST_F(SyncTest, OnlyATransferThatWasCutShortIsNoConflict) {
-  struct Case {
-    const char* row;  // an assignment
-    const char* lines;
-    int shown;
-  };
-  for (const Case& c :
-       {Case{"[company_fax1]='1'", "TITLE:행\r\nTEL;TYPE=WORK,FAX:1\r\n", 0},
-        Case{"[company_fax1]='1'", "TITLE:행\r\nTEL;TYPE=WORK,FAX:2\r\n", 1},
-        Case{"[company_fax1]=''", "TITLE:행\r\nADR;TYPE=HOME:;;;;;12345;\r\n", 1},
-        Case{"[home_addr]='가로'", "TITLE:행\r\nADR;TYPE=HOME:;;가로;;;;USA\r\n", 1}}) {
-    startAfresh();
-    makePair(1, "rc");
-    execute(std::string("UPDATE tbl_namecard SET [company_fax1]='',") + c.row + " where i_idx=1");
-    writeContact("1.vcf", std::string("N:이;름1;;;\r\n") + c.lines + "X-VLID:1\r\n",
-                 "2025/01/03 00:00:00");
-    int shown = 0;
-    toolkit->dialog = [&](ui::Form& form) {
-      ++shown;
-      form.requestClose();
-    };
-    sync();
-    EXPECT_EQ(shown, c.shown) << c.lines;
-    EXPECT_EQ(valueOf(1, "Last_moddate") == valueOf(1, "VLLastsync_date"), c.shown == 0);
-  }
-}
-
 TEST_F(SyncTest, WithTheBoxClearedTheNewerSideWinsUnasked) {
   makePair(1, "rc");
   makePair(2, "cr");
