@@ -2,6 +2,7 @@
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3>=3.40)
 pkg_check_modules(EBOOK REQUIRED IMPORTED_TARGET libebook-contacts-1.2>=3.46)
+pkg_check_modules(GLIB REQUIRED IMPORTED_TARGET glib-2.0)
 pkg_check_modules(MDB REQUIRED IMPORTED_TARGET libmdb>=1.0)
 find_package(JPEG REQUIRED)
 find_package(CLI11 REQUIRED)
@@ -11,6 +12,7 @@ set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS store/schema.sql)
 configure_file(store/sqlite/schema_sql.cpp.in "${PROJECT_BINARY_DIR}/schema_sql.cpp" @ONLY)
 
 target_sources(vlout_core PRIVATE entry/cli/ini_file.cpp)
+target_link_libraries(vlout_core PRIVATE PkgConfig::GLIB)
 
 add_library(vlout_linux STATIC
   "${PROJECT_BINARY_DIR}/schema_sql.cpp"

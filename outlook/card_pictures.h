@@ -13,7 +13,8 @@ class CardPictures {
   CardPictures& operator=(const CardPictures&) = delete;
   virtual ~CardPictures() = default;
 
-  // Attaches the picture of the row's current record, in place of the one attached before.
+  // Attaches the picture of the row's current record, in place of the one attached before. One
+  // that cannot be written is reported and left out.
   virtual void attach(Contact& contact, const store::Recordset& row) = 0;
 };
 

@@ -3,12 +3,13 @@
 #include <algorithm>
 #include <cerrno>
 #include <fstream>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 
 #include "store/sql.h"
-#include "text/ascii.h"
 #include "text/file_path.h"
+#include "text/letter_case.h"
 
 namespace vlout::ui {
 namespace {
@@ -35,10 +36,15 @@ class TemporaryFile {
   std::filesystem::path path_;
 };
 
-void removeAttachments(outlook::Contact& contact, std::string_view name) {
+// True when there was one of that name.
+bool removeAttachments(outlook::Contact& contact, std::string_view name) {
+  bool removed = false;
   for (std::size_t i = contact.attachmentCount(); i >= 1; --i) {
-    if (text::equalsIgnoringAsciiCase(contact.attachmentName(i), name)) contact.removeAttachment(i);
+    if (!text::equalsIgnoringCase(contact.attachmentName(i), name)) continue;
+    contact.removeAttachment(i);
+    removed = true;
   }
+  return removed;
 }
 
 }  // namespace
@@ -50,13 +56,20 @@ void CardPictureFiles::attach(outlook::Contact& contact, const store::Recordset&
   if (std::filesystem::create_directories(folder_, ignored)) {
     std::filesystem::permissions(folder_, std::filesystem::perms::owner_all, ignored);
   }
-  const std::string id(store::nullSafe(row.field("i_idx")));
-  const TemporaryFile file(folder_ / text::pathOf("명함이미지" + id + ".jpg"));
-  saveFieldToFile(file.path(), *picture, FieldSaving::Chunks, kChunk);
-  std::string name(store::nullSafe(row.field("Fname")));
-  if (name.empty()) name = text::pathText(file.path().filename());
-  removeAttachments(contact, name);
-  if (std::filesystem::exists(file.path())) contact.addAttachment(file.path(), name);
+  bool removed = false;
+  try {
+    const std::string id(store::nullSafe(row.field("i_idx")));
+    const TemporaryFile file(folder_ / text::pathOf("명함이미지" + id + ".jpg"));
+    saveFieldToFile(file.path(), *picture, FieldSaving::Chunks, kChunk);
+    std::string name(store::nullSafe(row.field("Fname")));
+    if (name.empty()) name = text::pathText(file.path().filename());
+    removed = removeAttachments(contact, name);
+    if (std::filesystem::exists(file.path())) contact.addAttachment(file.path(), name);
+  } catch (const std::runtime_error& error) {
+    // Saved now, the contact would have lost the picture that it had.
+    if (removed) throw;
+    failed_(store::nullSafe(row.field("FullName")), error.what());
+  }
 }
 
 void saveFieldToFile(const std::filesystem::path& file, std::string_view value, FieldSaving how,

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string_view>
 
 #include "outlook/card_pictures.h"
@@ -11,18 +12,23 @@ namespace vlout::ui {
 
 class CardPictureFiles : public outlook::CardPictures {
  public:
+  // Told of a picture that stays behind: the row's name and the cause.
+  using Failed = std::function<void(std::string_view name, std::string_view cause)>;
+
   // `temporaryFolder` is made when there is none.
-  explicit CardPictureFiles(std::filesystem::path temporaryFolder)
-      : folder_(std::move(temporaryFolder)) {}
+  CardPictureFiles(std::filesystem::path temporaryFolder, Failed failed)
+      : folder_(std::move(temporaryFolder)), failed_(std::move(failed)) {}
 
   // Replaces the attachment of the row's `Fname`, compared without regard to case; a row without a
   // picture changes nothing. The attachment carries `Fname` as its name, or the temporary file's
-  // name when that is empty, so that the next write finds it. Throws ContactStoreError, and
-  // std::system_error when the temporary file cannot be written.
+  // name when that is empty, so that the next write finds it. A picture that cannot be written fails
+  // alone; only when the one before it has been taken off the contact already, that which failed is
+  // thrown, so that the contact is not saved without either.
   void attach(outlook::Contact& contact, const store::Recordset& row) override;
 
  private:
   std::filesystem::path folder_;
+  Failed failed_;
 };
 
 enum class FieldSaving { Stream, Chunks };

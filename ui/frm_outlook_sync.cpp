@@ -350,7 +350,11 @@ void frmOutlookSync::runRecorded() {
     refuse(objection);
     return;
   }
-  pictures_.emplace(component_.temporaryFolder());
+  pictures_.emplace(component_.temporaryFolder(),
+                    [this](std::string_view name, std::string_view cause) {
+                      const std::string line = "사진 실패→(" + std::string(name) + "): ";
+                      transfer::addLine(*this, line + std::string(cause), "0%", "실패");
+                    });
   const auto failed = [this](const std::string& message, const char* cause) {
     outcome_ = {RunOutcome::Failed, cause};
     refuse(message);

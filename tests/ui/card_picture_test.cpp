@@ -12,8 +12,12 @@
 namespace vlout::ui {
 namespace {
 
+using testing::AllOf;
+using testing::Contains;
 using testing::ElementsAre;
+using testing::EndsWith;
 using testing::IsEmpty;
+using testing::StartsWith;
 
 class CardPictureTest : public tests::ComponentFixture {
  protected:
@@ -33,17 +37,25 @@ class CardPictureTest : public tests::ComponentFixture {
   }
 };
 
-TEST_F(CardPictureTest, ThePictureReplacesTheOneBeforeIt) {
-  addCard(15, {{"FullName", "홍길동"}, {"Fname", "card.jpg"}});
+TEST_F(CardPictureTest, ThePictureReplacesTheOneBeforeItOrFailsAlone) {
+  addCard(15, {{"FullName", "홍길동"}, {"Fname", "Ärger.jpg"}});
   edit("[Thumbnail]='first'");
   run(frmOutlookSync::kExport);
-  EXPECT_THAT(attachments(), ElementsAre("card.jpg=first"));
-  edit("[Thumbnail]='second',[Fname]='CARD.JPG'");
+  EXPECT_THAT(attachments(), ElementsAre("Ärger.jpg=first"));
+  edit("[Thumbnail]='second',[Fname]='äRGER.JPG'");
+  const auto blocked = folder() / "temp/명함이미지15.jpg";
+  tests::writeFile(blocked / "x", "");  // a folder in the way of the temporary file
+  EXPECT_THAT(run(frmOutlookSync::kExport),
+              AllOf(Contains(AllOf(StartsWith("사진 실패→(홍길동): "), EndsWith("|0%|실패"))),
+                    Contains("갱신→(홍길동)|100%|완료")));
+  EXPECT_THAT(attachments(), ElementsAre("Ärger.jpg=first"));
+  std::filesystem::remove_all(blocked);
+  edit("[JobTitle]='이사'");
   run(frmOutlookSync::kExport);
-  EXPECT_THAT(attachments(), ElementsAre("CARD.JPG=second"));
+  EXPECT_THAT(attachments(), ElementsAre("äRGER.JPG=second"));
   edit("[Fname]='other.jpg'");
   run(frmOutlookSync::kExport);
-  EXPECT_THAT(attachments(), ElementsAre("CARD.JPG=second", "other.jpg=second"));
+  EXPECT_THAT(attachments(), ElementsAre("äRGER.JPG=second", "other.jpg=second"));
   edit("[Thumbnail]=null");
   run(frmOutlookSync::kExport);
   EXPECT_EQ(attachments().size(), 2U);  // no picture: what is attached stays
