@@ -81,4 +81,9 @@ template <std::signed_integral Narrow>
   return result.append(text.substr(start));
 }
 
+// The text with each of its line ends, whatever they are, as "\n".
+[[nodiscard]] inline std::string withPlainLineEnds(std::string_view text) {
+  return replaceAll(replaceAll(text, "\r\n", "\n"), "\r", "\n");
+}
+
 }  // namespace vlout::text

@@ -535,7 +535,7 @@ void frmOutlookSync::setResultCell(std::size_t row, std::size_t column, std::str
 void frmOutlookSync::addChanges() {
   const auto shown = [](const std::string& value) {
     if (value.empty()) return std::string("(없음)");
-    return text::replaceAll(text::replaceAll(value, "\r\n", "\n"), "\n", "⏎");
+    return text::replaceAll(text::withPlainLineEnds(value), "\n", "⏎");
   };
   for (const FieldChange& change : component_.takeChanges()) {
     const std::size_t row = ListView1.addRow("  " + change.caption + ": " + shown(change.before) +

@@ -335,8 +335,11 @@ void frmOutlookSyncModify::markDifferences() {
   for (const FieldBoxes& field : kFields) {
     TextBox& card = this->*field.card;
     TextBox& outlook = this->*field.outlook;
-    // The categories are never compared; that exception is meant.
-    const bool differ = field.column != "Categories" && card.text() != outlook.text();
+    // The categories are never compared; that exception is meant. Each store has line ends of its
+    // own, which nobody sees.
+    const bool differ =
+        field.column != "Categories" &&
+        text::withPlainLineEnds(card.text()) != text::withPlainLineEnds(outlook.text());
     const Colour colour = differ ? Colour::LightRed : Colour::Black;
     card.setForeColour(colour);
     outlook.setForeColour(colour);
@@ -404,6 +407,7 @@ void frmOutlookSyncModify::keyPress(int characterCode) {
 }
 
 void frmOutlookSyncModify::editAddress(const AddressBlock& block) {
+  if (!Check1.isChecked()) return;
   component_.results().chosen = false;
   frmAddressInput dialog(toolkit(), component_);
   const std::array<TextBox*, 5> fields{&dialog.Juso1, &dialog.Juso2, &dialog.Juso3, &dialog.Juso4,

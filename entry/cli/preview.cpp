@@ -68,6 +68,7 @@ StorePreview::StorePreview(const std::filesystem::path& contacts)
 
 void StorePreview::add(bool onCard, std::string_view caption, const std::string& before,
                        const std::string& after) {
+  if (text::withPlainLineEnds(before) == text::withPlainLineEnds(after)) return;
   changes_.push_back({onCard, std::string(caption), before, after});
 }
 

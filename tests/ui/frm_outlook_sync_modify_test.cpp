@@ -12,9 +12,12 @@
 namespace vlout::ui {
 namespace {
 
+using testing::AllOf;
+using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
+using testing::Not;
 using testing::StartsWith;
 
 class CompareWindowTest : public tests::ComponentFixture {
@@ -54,11 +57,12 @@ TEST_F(CompareWindowTest, OpensLockedWithDifferencesMarked) {
                 {"JobTitle", "부장"},
                 {"Department", " "},
                 {"Categories", "VIP"},
+                {"Memo_", "한\r\n줄"},
                 {"Birthday", "1980/3/2"},
                 {"company_nation", "대한민국"},
                 {"company_sido", "서울"},
                 {"company_addr", "테헤란로"}},
-               "N:홍;길동;;;\r\nTITLE:이사\r\nADR;TYPE=WORK:;;테헤란로;;서울;;대한민국\r\nBDAY:"
+               "N:홍;길동;;;\r\nTITLE:이사\r\nNOTE:한\\n줄\r\nADR;TYPE=WORK:;;테헤란로;;서울;;대한민국\r\nBDAY:"
                "1980-03-02\r\n");
   bool shown = false;
   compare([&](frmOutlookSyncModify& window) {
@@ -71,6 +75,8 @@ TEST_F(CompareWindowTest, OpensLockedWithDifferencesMarked) {
     EXPECT_EQ(window.Text47.foreColour(), Colour::LightRed);
     EXPECT_EQ(window.Text3.foreColour(), Colour::LightRed);  // a blank is not nothing
     EXPECT_EQ(window.Text54.foreColour(), Colour::Black);    // categories are never compared
+    EXPECT_EQ(window.Text26.text(), "한\n줄");
+    EXPECT_EQ(window.Text26.foreColour(), Colour::Black);
     EXPECT_EQ(window.Text22.text(), "1980-03-02");
     EXPECT_EQ(window.Text29.foreColour(), Colour::Black);
     EXPECT_EQ(window.Text27.text(), "");  // no date
@@ -96,6 +102,9 @@ TEST_F(CompareWindowTest, OpensLockedWithDifferencesMarked) {
   EXPECT_TRUE(shown);
   EXPECT_EQ(toolkit->messages[0].text.substr(0, 10), std::string("→충돌←\r\n").substr(0, 10));
   EXPECT_EQ(toolkit->messages[1].text, "현재 설치된 아웃룩버전은 지원하지 않습니다!");
+  setStamps(1, "2025/01/01 00:00:00", "2025/01/01 00:00:00", "2025/01/01 00:00:00");
+  EXPECT_THAT(preview(frmOutlookSync::kSync), AllOf(Contains("  직책: 부장 → 이사|명함|변경"),
+                                                    Not(Contains(HasSubstr("메모")))));
 }
 
 TEST_F(CompareWindowTest, ValidatesEachSideInItsOwnWay) {
@@ -162,7 +171,7 @@ TEST_F(CompareWindowTest, TheCardSideIsSavedToBothSides) {
     EXPECT_THAT(contact, HasSubstr(part));
   }
   for (const char* gone : {"이사", "메모", "BDAY"}) {
-    EXPECT_THAT(contact, testing::Not(HasSubstr(gone)));  // what the kept side lacks
+    EXPECT_THAT(contact, Not(HasSubstr(gone)));  // what the kept side lacks
   }
   EXPECT_EQ(valueOf(1, "Last_moddate"), valueOf(1, "VLLastsync_date"));
 }
@@ -198,6 +207,9 @@ TEST_F(CompareWindowTest, AddressesAreEditedInTheirParts) {
   makeConflict({{"FullName", "홍길동"}, {"etc_nation", "대한민국"}, {"etc_addr", "가로"}},
                "N:홍;길동;;;\r\nADR;TYPE=HOME:;;라로;;;;\r\n");
   compare([&](frmOutlookSyncModify& window) {
+    onAddress = [](frmAddressInput&) { ADD_FAILURE() << "opened while locked"; };
+    window.Command10.press();
+    window.Check1.setValue(CheckBox::kChecked);
     onAddress = [](frmAddressInput& dialog) {
       EXPECT_EQ(dialog.caption, "주소편집");
       EXPECT_EQ(dialog.Juso1.text() + "/" + dialog.Juso4.text(), "대한민국/가로");
