@@ -88,7 +88,7 @@ class ContactStore {
 
   // Opens the default contacts folder as it is now. Items keep their positions until it is opened
   // again; contacts saved meanwhile come after them, or are not counted yet.
-  // Where each item has to be opened, `afterEach` is called behind each, so that windows stay
+  // Where each item has to be opened, `afterEach` is called now and then, so that windows stay
   // alive.
   virtual void openContactsFolder(const std::function<void()>& afterEach) = 0;
   void openContactsFolder() {

@@ -31,6 +31,9 @@ class RunWindow {
 
   // Lets the window repaint and take input. True when the user has asked the run to stop.
   [[nodiscard]] virtual bool yield() = 0;
+
+  // The same while a run is still being prepared, without the wait. A wish to stop is kept.
+  virtual void keepAlive() { static_cast<void>(yield()); }
 };
 
 // Ends a run at once, where another failure would only cost it a record. The text says why.

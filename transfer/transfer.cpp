@@ -39,7 +39,7 @@ void Transfer::hideProgress() {
 
 void Transfer::openFolder() {
   // A wish to stop is kept by the window; the walk over the contacts heeds it.
-  contacts_.openContactsFolder([this] { static_cast<void>(window_.yield()); });
+  contacts_.openContactsFolder([this] { window_.keepAlive(); });
   for (const std::string& notice : contacts_.folderNotices()) {
     addLine(window_, notice, "0%", "제외");
   }

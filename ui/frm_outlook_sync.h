@@ -119,6 +119,7 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   void enableRunButton(bool enabled) override;
   void message(MessageIcon icon, std::string_view text) override;
   [[nodiscard]] bool yield() override;
+  void keepAlive() override { toolkit().pumpAtOnce(); }
 
   // ConflictDialog
   int resolve(const transfer::ConflictPair& pair) override;

@@ -43,6 +43,9 @@ class Toolkit {
 
   // Lets pending events through. A toolkit with windows to repaint waits a millisecond first.
   virtual void pump() = 0;
+
+  // The same without the wait, for work that takes its time by itself.
+  virtual void pumpAtOnce() { pump(); }
 };
 
 // Pumps `count` times; not at all for a count less than 1.

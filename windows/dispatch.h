@@ -23,8 +23,8 @@ class MemberIds {
 };
 
 // How long a server that answers "busy" is waited for, and how often it is asked. Once that was in
-// vain, later calls ask only once, until one gets through: a dialog that stands open in the server
-// must not hold up a run for that long at each of its calls.
+// vain, later calls ask only once, until one gets through or a new run begins: a dialog that stands
+// open in the server must not hold up a run for that long at each of its calls.
 class BusyPatience {
  public:
   static constexpr DWORD kPause = 200;  // in milliseconds
@@ -33,6 +33,7 @@ class BusyPatience {
   // Whether to ask again, after so many milliseconds of waiting.
   [[nodiscard]] static bool lasts(ULONGLONG waited) { return !exhausted_ && waited < kWhole; }
   static void answered(bool busy) { exhausted_ = busy; }
+  static void startAfresh() { exhausted_ = false; }
 
  private:
   inline static bool exhausted_ = false;

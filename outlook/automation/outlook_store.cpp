@@ -35,6 +35,7 @@ std::string explain(HRESULT result) {
 }  // namespace
 
 bool OutlookStore::connect() {
+  windows::BusyPatience::startAfresh();
   // Asked for anew each time: the user may have closed Outlook since. What is held goes only when
   // there is another: an Outlook that nobody holds begins to quit.
   CLSID classId{};
@@ -76,6 +77,7 @@ bool OutlookStore::readEntries(const std::function<void()>& afterEach) {
   const long count = items_.number("Count");
   entries_.reserve(static_cast<std::size_t>(count));
   bool unchanged = true;
+  ULONGLONG last = GetTickCount64();
   for (long i = 1; i <= count; ++i) {
     Entry entry = readEntry(i);
     if (!entry.id.empty() && !seen.insert(entry.id).second) {
@@ -83,22 +85,29 @@ bool OutlookStore::readEntries(const std::function<void()>& afterEach) {
     } else {
       entries_.push_back(std::move(entry));
     }
+    constexpr ULONGLONG kInterval = 50;  // in milliseconds
+    if (GetTickCount64() - last < kInterval) continue;
     afterEach();
+    last = GetTickCount64();
   }
   return unchanged && items_.number("Count") == count;
 }
 
-// An item that cannot be read now is read again, and reported, when its turn comes.
+// Items of other types are asked for no more than that: their members have other ids than a
+// contact's.
 OutlookStore::Entry OutlookStore::readEntry(long index) {
   Entry entry;
   try {
     OutlookContact contact(
         classes_, [&] { return items_.object("Item", classes_.item, {_variant_t(index)}); }, "");
     entry.typeName = contact.typeName();
-    entry.id = contact.entryId();
-    if (entry.typeName == kContactItem) entry.key = contact.userPropertyText(kVLID);
-  } catch (const ContactStoreError&) {
+    if (entry.typeName == kContactItem) {
+      entry.id = contact.entryId();
+      entry.key = contact.userPropertyText(kVLID);
+    }
+  } catch (const ContactStoreError& error) {
     entry.typeName.clear();
+    entry.failure = error.what();
   }
   return entry;
 }
@@ -122,10 +131,9 @@ std::unique_ptr<Contact> OutlookStore::item(std::size_t index) {
     throw ContactStoreError("연락처가 없습니다 #" + std::to_string(index));
   }
   const Entry& entry = entries_[index - 1];
-  auto open = [this, &entry, index] {
-    if (entry.id.empty()) {
-      return items_.object("Item", classes_.item, {_variant_t(static_cast<long>(index))});
-    }
+  auto open = [this, &entry] {
+    // Never by its index: Outlook's order may have moved, and it would be another contact.
+    if (entry.id.empty()) throw ContactStoreError(entry.failure);
     return nameSpace_.object("GetItemFromID", classes_.item, {_variant_t(windows::bstr(entry.id))});
   };
   return std::make_unique<OutlookContact>(classes_, open, entry.typeName);

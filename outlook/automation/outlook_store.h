@@ -28,11 +28,13 @@ class OutlookStore : public ContactStore {
   void flush() override {}  // Outlook keeps its own promises about what is saved
 
  private:
-  // What is known of an item since the folder was opened; nothing of one that could not be read.
+  // What is known of an item since the folder was opened. Items that are no contacts have a type
+  // alone, those that could not be read nothing but the cause.
   struct Entry {
     std::string id;
     std::string typeName;
     std::string key;
+    std::string failure;
   };
 
   // False when the folder has changed meanwhile: an item was seen twice, or not at all.

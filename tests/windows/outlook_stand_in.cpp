@@ -1,13 +1,15 @@
 // Stands in for Outlook: a Contacts folder kept in a file of records, `outlook.txt` in the folder
 // that VLOUT_TEST_OUTLOOK names. It behaves as the real one where that matters to the component:
 // items open as copies, a saved item moves to the end, entry ids find items whatever their place,
-// and calls fail as a record's "fault=Member:code:times" says.
+// and calls fail as a record's "fault=Member:code:times" says, or "…:times:after so many calls".
 #include "tests/windows/stand_ins.h"
 
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <map>
+#include <sstream>
 
 #include "outlook/contact_property.h"
 #include "outlook/person_name.h"
@@ -59,19 +61,12 @@ class Folder {
     write();
   }
 
-  // Fails as the item's fault for that member says, as often as it says.
+  // Fails as the item's faults for that member say, as often as they say.
   void checkFault(const std::string& id, const std::string& member) {
-    for (Record& record : records_) {
+    for (const Record& record : records_) {
       if (record.get("id") != id) continue;
-      for (auto& [key, value] : record.pairs) {
-        if (key != "fault" || !value.starts_with(member + ":")) continue;
-        const std::size_t times = value.rfind(':');
-        const int left = std::stoi(value.substr(times + 1));
-        if (left == 0) continue;
-        value = value.substr(0, times + 1) + std::to_string(left - 1);
-        const auto code = std::stoul(value.substr(member.size() + 1), nullptr, 16);
-        const bool busy = code == 0x80010001;
-        throw Failure{static_cast<HRESULT>(code), busy ? "" : member + " was refused."};
+      for (const auto& [key, value] : record.pairs) {
+        if (key == "fault" && value.starts_with(member + ":")) count(id, value, member);
       }
     }
   }
@@ -85,10 +80,24 @@ class Folder {
     }
   }
 
+  void count(const std::string& id, const std::string& fault, const std::string& member) {
+    std::istringstream rest(fault.substr(member.size() + 1));
+    unsigned long code = 0;
+    int times = 0;
+    int after = 0;
+    char colon = 0;
+    rest >> std::hex >> code >> std::dec >> colon >> times >> colon >> after;
+    const int call = ++calls_[id + fault];
+    if (call <= after || call > after + times) return;
+    const bool busy = code == 0x80010001;
+    throw Failure{static_cast<HRESULT>(code), busy ? "" : member + " was refused."};
+  }
+
   void write() const { writeRecords(file_, records_); }
 
   std::filesystem::path file_;
   std::vector<Record> records_;
+  std::map<std::string, int> calls_;  // of members that have a fault
 };
 
 // --- parts of an item ---------------------------------------------------------------------------

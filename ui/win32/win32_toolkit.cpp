@@ -95,6 +95,10 @@ ScreenSize Win32Toolkit::screenSize() const {
 
 void Win32Toolkit::pump() {
   Sleep(1);
+  pumpAtOnce();
+}
+
+void Win32Toolkit::pumpAtOnce() {
   MSG message{};
   while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE) != FALSE) {
     if (message.message == WM_QUIT) {

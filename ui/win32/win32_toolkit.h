@@ -23,6 +23,7 @@ class Win32Toolkit : public Toolkit {
   [[nodiscard]] ScreenSize screenSize() const override;
   void applySkin(const std::filesystem::path& skinFile) override { skin_.load(skinFile); }
   void pump() override;
+  void pumpAtOnce() override;
 
   // Brings the window that is open to the front, if one is.
   void activate() const;
