@@ -41,7 +41,8 @@ class Form {
   [[nodiscard]] bool isVisible() const { return visible_; }
 
   std::string caption;
-  int left = 0;  // in twips
+  bool centred = false;  // `left` and `top` say where the form belongs on its screen
+  int left = 0;          // in twips
   int top = 0;
   int width = 0;
   int height = 0;

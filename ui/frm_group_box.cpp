@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <random>
 
 #include "store/sql.h"
 #include "text/ascii.h"
@@ -144,11 +143,9 @@ void frmGroupBox::nodeExpanded(int index) {
 
 std::string frmGroupBox::CreateGUID() {
   try {
-    std::random_device random;
     std::string digits;
-    for (int i = 0; i < 16; ++i) {
+    for (const unsigned byte : toolkit().newGuid()) {
       constexpr std::string_view kDigits = "0123456789ABCDEF";
-      const unsigned byte = random() & 0xFFU;
       digits += kDigits[byte >> 4];
       digits += kDigits[byte & 15U];
     }

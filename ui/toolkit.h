@@ -3,6 +3,7 @@
 // than this.
 #pragma once
 
+#include <array>
 #include <filesystem>
 #include <string_view>
 
@@ -19,6 +20,9 @@ struct ScreenSize {
   int height = 0;
 };
 
+// The 16 bytes of a globally unique identifier, in memory order.
+using Guid = std::array<unsigned char, 16>;
+
 class Toolkit {
  public:
   Toolkit() = default;
@@ -32,7 +36,11 @@ class Toolkit {
   // A modal message box with only an OK button and the component's default title.
   virtual void messageBox(MessageIcon icon, std::string_view text) = 0;
 
+  // Of the screen that the next form opens on.
   [[nodiscard]] virtual ScreenSize screenSize() const = 0;
+
+  // A new identifier, the system's where it has such; else 128 random bits. Throws std::exception.
+  [[nodiscard]] virtual Guid newGuid() const;
 
   // False where a script answers in place of a user.
   [[nodiscard]] virtual bool hasUser() const { return true; }

@@ -31,11 +31,14 @@ std::wstring textOf(REFGUID id) {
   return text.data();
 }
 
+HKEY hiveOf(Scope scope) {
+  return scope == Scope::Machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+}
+
 HRESULT openClasses(Scope scope, Key& classes) {
   HKEY key = nullptr;
-  const LSTATUS status = RegCreateKeyExW(
-      scope == Scope::Machine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER, L"Software\\Classes", 0,
-      nullptr, 0, KEY_READ | KEY_WRITE, nullptr, &key, nullptr);
+  const LSTATUS status = RegCreateKeyExW(hiveOf(scope), L"Software\\Classes", 0, nullptr, 0,
+                                         KEY_READ | KEY_WRITE, nullptr, &key, nullptr);
   classes.reset(key);
   return HRESULT_FROM_WIN32(static_cast<unsigned long>(status));
 }
@@ -76,6 +79,17 @@ HRESULT deleteKey(HKEY classes, const std::wstring& key) {
   return HRESULT_FROM_WIN32(static_cast<unsigned long>(status));
 }
 
+// Class ids of 32- and 64-bit components are kept apart, ProgIDs are not. Where there is one width
+// only, this is the same place as `classes`.
+bool otherWidthIsRegistered(Scope scope) {
+  constexpr REGSAM kOther = sizeof(void*) == 8 ? KEY_WOW64_32KEY : KEY_WOW64_64KEY;
+  const std::wstring server =
+      L"Software\\Classes\\CLSID\\" + textOf(CLSID_ORUN) + L"\\InprocServer32";
+  HKEY key = nullptr;
+  const LSTATUS status = RegOpenKeyExW(hiveOf(scope), server.c_str(), 0, KEY_READ | kOther, &key);
+  return Key(key) != nullptr && status == ERROR_SUCCESS;
+}
+
 SYSKIND systemKind() {
   return sizeof(void*) == 8 ? SYS_WIN64 : SYS_WIN32;
 }
@@ -113,8 +127,10 @@ HRESULT unregisterComponent(Scope scope) {
   const HRESULT library = unregisterLibrary(scope);
   Key classes;
   HRESULT result = openClasses(scope, classes);
-  if (SUCCEEDED(result)) result = deleteKey(classes.get(), kProgId);
   if (SUCCEEDED(result)) result = deleteKey(classes.get(), L"CLSID\\" + textOf(CLSID_ORUN));
+  if (SUCCEEDED(result) && !otherWidthIsRegistered(scope)) {
+    result = deleteKey(classes.get(), kProgId);
+  }
   return SUCCEEDED(result) ? library : result;
 }
 

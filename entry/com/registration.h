@@ -8,7 +8,8 @@ namespace vlout::entry::com {
 
 enum class Scope { Machine, User };
 
-// Both leave no half of their work behind: a registration that fails is taken back.
+// Both leave no half of their work behind: a registration that fails is taken back. What the DLL of
+// the other width needs stays.
 [[nodiscard]] HRESULT registerComponent(Scope scope);
 [[nodiscard]] HRESULT unregisterComponent(Scope scope);
 

@@ -28,6 +28,8 @@ namespace vlout::tests {
 //   escape, close       the Esc key; the frame's close box
 //   enter               the Enter key, which presses the window's usual button
 //   again               the host calls the method a second time
+//   middle X Y          the window's middle is there, under Wine; the tests' screens are 1280x1024,
+//                       1024x768 and 5200x900 side by side
 //   picture NAME        a picture of the screen, where pictures are taken
 struct Action {
   std::string verb;

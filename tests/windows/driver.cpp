@@ -6,6 +6,7 @@
 
 #include <commctrl.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <functional>
 #include <iostream>
@@ -22,7 +23,7 @@ using vlout::tests::Action;
 using vlout::windows::utf8;
 using vlout::windows::wide;
 
-constexpr DWORD kPatience = 20'000;  // milliseconds
+constexpr DWORD kPatience = 60'000;  // milliseconds; the component has its own of 30 seconds
 
 [[noreturn]] void fail(const std::string& text) {
   throw std::runtime_error(text);
@@ -141,7 +142,9 @@ class Player {
     if (action.verb == "picture") return takePicture(action.text);
     if (window_ == nullptr || IsWindow(window_) == FALSE) wait(kMain);
     waitFor("the window to take input", [&] { return ready(window_); });
-    if (action.verb == "close") {
+    if (action.verb == "middle") {
+      checkMiddle(action.text);
+    } else if (action.verb == "close") {
       PostMessageW(window_, WM_CLOSE, 0, 0);
     } else if (action.verb == "escape" || action.verb == "enter") {
       pressKey(action.verb == "enter" ? VK_RETURN : VK_ESCAPE);
@@ -203,6 +206,20 @@ class Player {
               [&] { return textOf(control) == action.text ? control : nullptr; });
     } else {
       fail("what is " + action.verb + "?");
+    }
+  }
+
+  void checkMiddle(const std::string& expected) const {
+    RECT area{};
+    GetWindowRect(window_, &area);
+    std::istringstream numbers(expected);
+    long x = 0;
+    long y = 0;
+    numbers >> x >> y;
+    x -= (area.left + area.right) / 2;
+    y -= (area.top + area.bottom) / 2;
+    if (std::max(std::abs(x), std::abs(y)) > 1) {  // the middle of an odd length is rounded
+      fail("it is " + std::to_string(x) + " and " + std::to_string(y) + " away from there");
     }
   }
 

@@ -1,12 +1,14 @@
 // A host that is early bound to the component and has a window of its own: creates the class by its
-// identifier, calls the method through the interface as often as the argument says, and looks at
-// what the call leaves of the host's window.
+// identifier, calls the method through the interface as often as the argument says, each time from
+// the next screen, and looks at what the call leaves of the host's window.
 #include <windows.h>
 
 #include <objidl.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <iostream>
+#include <vector>
 
 #include "vloutsync_h.h"
 #include "windows/com.h"
@@ -25,6 +27,11 @@ class Filter : public vlout::windows::Counted<IMessageFilter> {
   STDMETHODIMP_(DWORD) MessagePending(HTASK, DWORD, DWORD) override { return 0; }
 };
 
+BOOL CALLBACK addScreen(HMONITOR, HDC, RECT* area, LPARAM list) {
+  reinterpret_cast<std::vector<int>*>(list)->push_back(area->left);
+  return TRUE;
+}
+
 int run(int calls) {
   const auto filter = vlout::windows::makeCounted<Filter>();
   CoRegisterMessageFilter(filter.Get(), nullptr);
@@ -34,7 +41,12 @@ int run(int calls) {
   const HWND window = CreateWindowExW(0, L"STATIC", L"Velmora", WS_OVERLAPPEDWINDOW | WS_VISIBLE, 0,
                                       0, 300, 200, nullptr, nullptr, nullptr, nullptr);
   SetActiveWindow(window);
+  std::vector<int> screens;  // their left edges
+  EnumDisplayMonitors(nullptr, nullptr, addScreen, reinterpret_cast<LPARAM>(&screens));
+  std::sort(screens.begin(), screens.end());
   for (int i = 0; i < calls && SUCCEEDED(result); ++i) {
+    const std::size_t screen = static_cast<std::size_t>(i + 1) % screens.size();
+    SetWindowPos(window, nullptr, screens[screen] + 50, 50, 0, 0, SWP_NOSIZE | SWP_NOZORDER);
     VARIANT value;
     value.vt = VT_I4;
     result = component->OUTSYNCRUN(&value);

@@ -61,22 +61,35 @@ class Folder {
     write();
   }
 
-  // Fails as the item's faults for that member say, as often as they say.
+  // Fails as the faults of that item, or of the application, say for that member.
   void checkFault(const std::string& id, const std::string& member) {
     for (const Record& record : records_) {
-      if (record.get("id") != id) continue;
-      for (const auto& [key, value] : record.pairs) {
-        if (key == "fault" && value.starts_with(member + ":")) count(id, value, member);
-      }
+      if (record.get("id") == id) checkFault(record, member);
     }
   }
+  void checkFault(const std::string& member) { checkFault(application_, member); }
 
  private:
   Folder() : file_(folderOfFiles() / "outlook.txt"), records_(readRecords(file_)) {
+    const auto first = std::find_if(records_.begin(), records_.end(), [](const Record& each) {
+      return each.get("type") == "Application";
+    });
+    if (first != records_.end()) {
+      application_ = *first;
+      records_.erase(first);
+    }
     int number = 0;
     for (Record& record : records_) {
       if (record.get("id").empty()) record.set("id", "E" + std::to_string(++number));
       if (record.get("type").empty()) record.set("type", "ContactItem");
+    }
+  }
+
+  void checkFault(const Record& record, const std::string& member) {
+    for (const auto& [key, value] : record.pairs) {
+      if (key == "fault" && value.starts_with(member + ":")) {
+        count(record.get("id"), value, member);
+      }
     }
   }
 
@@ -97,6 +110,7 @@ class Folder {
 
   std::filesystem::path file_;
   std::vector<Record> records_;
+  Record application_;  // its faults alone; they stand in a record of the type "Application"
   std::map<std::string, int> calls_;  // of members that have a fault
 };
 
@@ -353,6 +367,7 @@ class Application : public AutomationObject {
 
  protected:
   _variant_t get(const std::string& member, const Arguments& arguments) override {
+    Folder::instance().checkFault(member);
     if (member == "GetNamespace" && textOf(arguments.at(0)) == "MAPI") {
       return newObject<NameSpace>();
     }

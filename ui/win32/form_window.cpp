@@ -14,17 +14,10 @@ constexpr int kMargin = 10;
 constexpr int kGap = 6;
 
 // A dialog without controls of its own: template, no menu, the usual class, no title.
-struct EmptyDialog {
+struct alignas(DWORD) EmptyDialog {
   DLGTEMPLATE header{};
   std::array<WORD, 3> nothing{};
 };
-
-RECT workAreaOf(HWND window) {
-  MONITORINFO info{};
-  info.cbSize = sizeof info;
-  GetMonitorInfoW(MonitorFromWindow(window, MONITOR_DEFAULTTONEAREST), &info);
-  return info.rcWork;
-}
 
 // The place nearest to `value`; the first one when there is no room.
 int clampTo(int value, int first, int last) {
@@ -44,6 +37,10 @@ FormWindow::FormWindow(Form& form, HINSTANCE module, HWND owner, ShowError showE
                                        reinterpret_cast<LPARAM>(this));
   if (window_ == nullptr) throw std::runtime_error("창을 열 수 없습니다.");
   scaleByOurselves(window_);
+  // On its owner's screen before anything is measured for it.
+  const RECT screen = screenOf(owner).whole;
+  SetWindowPos(window_, nullptr, screen.left, screen.top, 0, 0,
+               SWP_NOSIZE | SWP_NOZORDER | SWP_NOACTIVATE);
   SetWindowTextW(window_, windows::wide(form_.caption).c_str());
   addWidgets(layout_, {});
   for (Panel* panel : panels_) {
@@ -107,7 +104,7 @@ Size FormWindow::leastWindowSize() const {
   RECT client{};
   GetWindowRect(window_, &frame);
   GetClientRect(window_, &client);
-  const RECT screen = workAreaOf(window_);
+  const RECT screen = screenOf(window_).work;
   return {std::min<int>(inner.width + margins + (frame.right - frame.left) - client.right,
                         screen.right - screen.left),
           std::min<int>(inner.height + margins + (frame.bottom - frame.top) - client.bottom,
@@ -119,20 +116,23 @@ void FormWindow::applyLook(int dpi) {
   for (const auto& widget : widgets_) widget->setLook(*look_);
 }
 
-// Where the form says; its middle stays where it is when the controls need more room.
+// Where the form says, on its owner's screen; in the middle where that is too wide for the form's
+// numbers. The middle stays where it is when the controls need more room.
 void FormWindow::place() {
   const Size least = leastWindowSize();
   const int width = look_->twips(form_.width);
   const int height = look_->twips(form_.height);
   const Size size{std::max(width, least.width), std::max(height, least.height)};
-  // The form has reckoned with the main screen.
-  const Look main(dpiOf(nullptr));
-  const RECT screen = workAreaOf(window_);
-  const int left = main.twips(form_.left) - (size.width - main.twips(form_.width)) / 2;
-  const int top = main.twips(form_.top) - (size.height - main.twips(form_.height)) / 2;
-  SetWindowPos(window_, nullptr, clampTo(left, screen.left, screen.right - size.width),
-               clampTo(top, screen.top, screen.bottom - size.height), size.width, size.height,
-               SWP_NOZORDER | SWP_NOACTIVATE);
+  const auto [screen, work, dpi] = screenOf(window_);
+  int left = (screen.right - screen.left - size.width) / 2;
+  int top = (screen.bottom - screen.top - size.height) / 2;
+  if (form_.centred) {
+    left = MulDiv(form_.left, dpi, 1440) - (size.width - width) / 2;
+    top = MulDiv(form_.top, dpi, 1440) - (size.height - height) / 2;
+  }
+  SetWindowPos(window_, nullptr, clampTo(screen.left + left, work.left, work.right - size.width),
+               clampTo(screen.top + top, work.top, work.bottom - size.height), size.width,
+               size.height, SWP_NOZORDER | SWP_NOACTIVATE);
   arrange();
 }
 

@@ -146,12 +146,13 @@ class TreeWidget : public Widget {
   }
 
   LRESULT notified(NMHDR& header) override {
-    if (mirroring_ || stale_) return 0;
+    const bool known = header.code == TVN_SELCHANGEDW || header.code == TVN_ITEMEXPANDEDW;
+    if (!known || mirroring_ || stale_) return 0;
     const auto& change = reinterpret_cast<const NMTREEVIEWW&>(header);
     const auto index = static_cast<int>(change.itemNew.lParam);
     if (header.code == TVN_SELCHANGEDW) {
       tree().quietly([&] { tree().select(index); });
-    } else if (header.code == TVN_ITEMEXPANDEDW) {
+    } else {
       const bool expanded = (change.itemNew.state & TVIS_EXPANDED) != 0;
       tree().quietly([&] {
         if (expanded) {

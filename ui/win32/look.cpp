@@ -1,7 +1,7 @@
 #include "ui/win32/look.h"
 
+#include "windows/late_bound.h"
 #include "windows/text.h"
-#include "windows/user32.h"
 
 namespace vlout::ui::win32 {
 namespace {
@@ -46,6 +46,22 @@ int dpiOf(HWND window) {
   const int dpi = GetDeviceCaps(screen, LOGPIXELSY);
   ReleaseDC(nullptr, screen);
   return dpi;
+}
+
+Screen screenOf(HWND window) {
+  const HMONITOR monitor = MonitorFromWindow(window, MONITOR_DEFAULTTOPRIMARY);
+  MONITORINFO info{};
+  info.cbSize = sizeof info;
+  GetMonitorInfoW(monitor, &info);
+  // The window's own number would be that of its program, which may not look at screens' numbers.
+  using ForMonitor = HRESULT(WINAPI*)(HMONITOR, int, UINT*, UINT*);
+  constexpr int kEffective = 0;  // MDT_EFFECTIVE_DPI
+  UINT dpi = 0;
+  UINT same = 0;
+  const auto forMonitor = windows::fromSystem<ForMonitor>(L"shcore.dll", "GetDpiForMonitor");
+  const bool known =
+      forMonitor != nullptr && SUCCEEDED(forMonitor(monitor, kEffective, &dpi, &same));
+  return {info.rcMonitor, info.rcWork, known ? static_cast<int>(dpi) : dpiOf(nullptr)};
 }
 
 void scaleByOurselves(HWND dialog) {

@@ -17,6 +17,17 @@ struct GdiDeleter {
 template <typename Handle>
 using GdiObject = std::unique_ptr<std::remove_pointer_t<Handle>, GdiDeleter>;
 
+// One of the machine's screens: the whole of it and what the task bar leaves, in pixels of the
+// desktop that it is a part of, and its dots per inch.
+struct Screen {
+  RECT whole{};
+  RECT work{};
+  int dpi = 96;
+};
+
+// The screen that most of a window is on; the main screen for no window.
+[[nodiscard]] Screen screenOf(HWND window);
+
 // Dots per inch of the screen that a window is on; of the main screen for no window.
 [[nodiscard]] int dpiOf(HWND window);
 

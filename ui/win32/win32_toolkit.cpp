@@ -1,6 +1,9 @@
 #include "ui/win32/win32_toolkit.h"
 
+#include <bit>
+
 #include "ui/listed.h"
+#include "windows/com.h"
 #include "windows/text.h"
 
 namespace vlout::ui::win32 {
@@ -88,9 +91,15 @@ void Win32Toolkit::messageBox(MessageIcon icon, std::string_view text) {
 }
 
 ScreenSize Win32Toolkit::screenSize() const {
-  const int dpi = dpiOf(nullptr);
-  return {MulDiv(GetSystemMetrics(SM_CXSCREEN), 1440, dpi),
-          MulDiv(GetSystemMetrics(SM_CYSCREEN), 1440, dpi)};
+  const auto [whole, work, dpi] = screenOf(owner());
+  return {MulDiv(whole.right - whole.left, 1440, dpi), MulDiv(whole.bottom - whole.top, 1440, dpi)};
+}
+
+Guid Win32Toolkit::newGuid() const {
+  GUID id{};
+  const HRESULT result = CoCreateGuid(&id);
+  if (FAILED(result)) throw windows::ComError(result, windows::errorText(result));
+  return std::bit_cast<Guid>(id);
 }
 
 void Win32Toolkit::pump() {

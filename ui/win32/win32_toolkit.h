@@ -21,6 +21,7 @@ class Win32Toolkit : public Toolkit {
   void showModal(Form& form) override;
   void messageBox(MessageIcon icon, std::string_view text) override;
   [[nodiscard]] ScreenSize screenSize() const override;
+  [[nodiscard]] Guid newGuid() const override;
   void applySkin(const std::filesystem::path& skinFile) override { skin_.load(skinFile); }
   void pump() override;
   void pumpAtOnce() override;

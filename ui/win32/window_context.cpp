@@ -2,7 +2,7 @@
 
 #include <commctrl.h>
 
-#include "windows/user32.h"
+#include "windows/late_bound.h"
 
 namespace vlout::ui::win32 {
 namespace {
