@@ -56,7 +56,7 @@ build() {
 }
 
 windows_build_packages=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix mingw-w64-tools libwine-dev)
-windows_test_packages=(wine wine64 xvfb xserver-xephyr imagemagick debootstrap openssl sqlite3 p7zip-full)
+windows_test_packages=(wine wine64 xvfb xserver-xephyr imagemagick debootstrap openssl sqlite3 p7zip-full python3)
 
 # SQLite's amalgamation for the Windows tests, of the version and content that the lock names; its
 # folder.
