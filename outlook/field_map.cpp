@@ -198,11 +198,11 @@ std::string_view genderForRow(Gender gender) {
   }
 }
 
-std::string companyForRow(std::string_view company) {
+}  // namespace
+
+std::string withCompanyMark(std::string_view company) {
   return text::replaceAll(company, "(주)", "㈜");
 }
-
-}  // namespace
 
 std::string_view fieldCaption(std::string_view column) {
   const auto* const found = std::find_if(kCaptions.begin(), kCaptions.end(),
@@ -289,7 +289,7 @@ bool contactHoldsRow(Contact& contact, const store::Recordset& row) {
 std::string fieldTextFromContact(Contact& contact, const MappedField& field) {
   switch (field.rule) {
     case R::Company:
-      return companyForRow(contact.text(field.readFrom));
+      return withCompanyMark(contact.text(field.readFrom));
     case R::Date: {
       const std::string day = text::formatDay(contact.date(field.readFrom));
       return day == "4501-01-01" ? "" : day;  // the exact text of a date that is none
@@ -305,7 +305,7 @@ std::string fieldTextFromContact(Contact& contact, const MappedField& field) {
 
 std::string fieldTextFromRow(const store::Recordset& row, const MappedField& field) {
   const std::string_view text = store::nullSafe(row.field(field.column));
-  if (field.rule == R::Company) return companyForRow(text);
+  if (field.rule == R::Company) return withCompanyMark(text);
   if (field.rule == R::Date) {
     const auto date = text::parseDateTime(text);
     if (date) return text::formatDay(*date);

@@ -73,6 +73,9 @@ void writeFieldToContact(Contact& contact, const MappedField& field, std::string
 // What the row holds in this field, in the form that `fieldTextFromContact` gives.
 [[nodiscard]] std::string fieldTextFromRow(const store::Recordset& row, const MappedField& field);
 
+// A company's name as rows hold it: with the one character "㈜" for "(주)".
+[[nodiscard]] std::string withCompanyMark(std::string_view company);
+
 // The value as it stands in an UPDATE or INSERT statement: quoted, or the bare word null for a
 // missing date.
 [[nodiscard]] std::string fieldSqlValue(const MappedField& field, std::string_view text);

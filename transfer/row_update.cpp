@@ -16,6 +16,7 @@ using outlook::MappedField;
 
 constexpr std::string_view kImportFailed = "저장오류!";
 constexpr std::string_view kSyncFailed = "Update 저장실패!";
+constexpr std::string_view kTypedFailed = "벨모라 저장실패!";
 // Marks a row as created from or paired with a contact.
 constexpr std::string_view kImportMark = "[OutlookSync]=1,";
 
@@ -39,6 +40,30 @@ std::string updateStatement(std::string_view rowId, const std::vector<std::strin
   sql.append(mark);
   sql.append("[Last_moddate]=").append(stamp).append(",[Outlook_modate]=").append(stamp);
   sql.append(",[VLLastsync_date]=").append(stamp);
+  return sql.append(" WHERE [i_idx]=").append(rowId);
+}
+
+// An oddity that is meant: the texts stand as they were typed, quotes included, which make the save
+// fail. One must do nothing else either, such as ending a text early and setting another column or
+// beginning a second statement, so that a statement with one is not even tried.
+std::string typedStatement(std::string_view rowId, const std::vector<std::string>& texts) {
+  std::string sql = "UPDATE tbl_namecard SET ";
+  const auto fields = outlook::mappedFields();
+  for (std::size_t i = 0; i < fields.size(); ++i) {
+    if (texts[i].find('\'') != std::string::npos) {
+      throw store::DatabaseError("작은따옴표가 들어 있습니다: " + std::string(fields[i].column));
+    }
+    sql.append("[").append(fields[i].column).append("]=");
+    if (fields[i].rule == FieldRule::Date && texts[i].empty()) {
+      sql += "null,";
+    } else {
+      const bool company = fields[i].rule == FieldRule::Company;
+      sql.append("'").append(company ? outlook::withCompanyMark(texts[i]) : texts[i]).append("' ,");
+    }
+  }
+  const std::string now = text::formatStamp(text::localNow());
+  sql.append("[Last_moddate]='").append(now).append("' ,[Outlook_modate]='").append(now);
+  sql.append("' ,[VLLastsync_date]='").append(now).append("'");
   return sql.append(" WHERE [i_idx]=").append(rowId);
 }
 
@@ -85,6 +110,17 @@ bool RowUpdate::updateContactFromRow(std::string_view rowId, Contact& contact,
   if (row->rowCount() == 0) return false;
   outlook::writeContactFromRow(contact, *row, outlook::ContactWrite::UpdateKeepingName, options);
   return writeSyncDates(connection_, contact.lastModificationTime(), rowId);
+}
+
+bool RowUpdate::updateRowFromTexts(std::string_view rowId, Contact& contact,
+                                   const FieldTexts& texts, const outlook::MapOptions& options) {
+  try {
+    connection_.execute(typedStatement(rowId, texts));
+  } catch (const store::DatabaseError&) {
+    window_.message(MessageIcon::Critical, kTypedFailed);
+    return false;
+  }
+  return updateContactFromRow(rowId, contact, options);
 }
 
 bool RowUpdate::mergeForImport(std::string_view rowId, Contact& contact,

@@ -24,6 +24,8 @@ struct TargetFolder {
 // where they do not say that they show it.
 class RowUpdate {
  public:
+  using FieldTexts = std::vector<std::string>;  // one text for each of `mappedFields`
+
   RowUpdate(store::Connection& connection, RunWindow& window)
       : connection_(connection), window_(window) {}
 
@@ -39,6 +41,12 @@ class RowUpdate {
   bool updateContactFromRow(std::string_view rowId, outlook::Contact& contact,
                             const outlook::MapOptions& options);
 
+  // The compare window's save of the card side: writes the texts as its user typed them, with the
+  // three dates at the present time, then the row to the contact. A text with a quote is refused. A
+  // database error is shown ("벨모라 저장실패!") and gives false.
+  bool updateRowFromTexts(std::string_view rowId, outlook::Contact& contact,
+                          const FieldTexts& texts, const outlook::MapOptions& options);
+
   // Merges row and contact: a field that one side lacks is taken from the other; where both have a
   // value, the contact's wins only when the contact is newer. Both sides get the result, and the
   // result list its line. A failed update is shown as in `updateRowFromContact`.
@@ -50,8 +58,6 @@ class RowUpdate {
                             const TargetFolder& target);
 
  private:
-  using FieldTexts = std::vector<std::string>;  // one text for each of `mappedFields`
-
   bool saveRow(std::string_view rowId, outlook::Contact& contact, const FieldTexts& texts,
                std::string_view mark, std::string_view failure);
 

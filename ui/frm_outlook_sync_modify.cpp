@@ -337,9 +337,8 @@ void frmOutlookSyncModify::markDifferences() {
     TextBox& outlook = this->*field.outlook;
     // The categories are never compared; that exception is meant. Each store has line ends of its
     // own, which nobody sees.
-    const bool differ =
-        field.column != "Categories" &&
-        text::withPlainLineEnds(card.text()) != text::withPlainLineEnds(outlook.text());
+    const bool differ = field.column != "Categories" && text::withPlainLineEnds(card.text()) !=
+                                                            text::withPlainLineEnds(outlook.text());
     const Colour colour = differ ? Colour::LightRed : Colour::Black;
     card.setForeColour(colour);
     outlook.setForeColour(colour);
@@ -437,45 +436,15 @@ void frmOutlookSyncModify::chooseCategories() {
 
 // --- saving -------------------------------------------------------------------------------------
 
-std::string frmOutlookSyncModify::cardStatement(const std::string& rowId) {
-  std::string sql = "UPDATE tbl_namecard SET ";
-  for (const MappedField& field : outlook::mappedFields()) {
-    for (const FieldBoxes& boxes : kFields) {
-      if (boxes.column != field.column) continue;
-      std::string value = (this->*boxes.card).text();
-      sql.append("[").append(field.column).append("]=");
-      if (field.rule == outlook::FieldRule::Date && value.empty()) {
-        sql += "null,";
-        continue;
-      }
-      if (field.rule == outlook::FieldRule::Company) {
-        value = text::replaceAll(value, "(주)", "㈜");
-      }
-      sql.append("'").append(value).append("' ,");
-    }
-  }
-  const std::string now = text::formatStamp(text::localNow());
-  sql.append("[Last_moddate]='").append(now).append("' ,[Outlook_modate]='").append(now);
-  sql.append("' ,[VLLastsync_date]='").append(now).append("'");
-  return sql.append(" WHERE [i_idx]=").append(rowId);
-}
-
 bool frmOutlookSyncModify::saveCardSide(const transfer::ConflictPair& pair) {
-  try {
-    // Texts go in as typed, unlike everywhere else: a quote makes the save fail. It must do nothing
-    // else either, such as ending a text early and setting another column, so it is not even tried.
-    for (const FieldBoxes& field : kFields) {
-      const bool written = field.column != "FullName";
-      if (written && (this->*field.card).text().find('\'') != std::string::npos) {
-        throw store::DatabaseError("작은따옴표가 들어 있습니다: " + std::string(field.column));
-      }
-    }
-    component_.connection().execute(cardStatement(pair.rowId));
-  } catch (const store::DatabaseError&) {
-    toolkit().messageBox(MessageIcon::Critical, "벨모라 저장실패!");
-    return false;
+  transfer::RowUpdate::FieldTexts texts;
+  for (const MappedField& mapped : outlook::mappedFields()) {
+    const auto* const boxes =
+        std::find_if(kFields.begin(), kFields.end(),
+                     [&](const FieldBoxes& b) { return b.column == mapped.column; });
+    texts.push_back((this->*boxes->card).text());
   }
-  return rowUpdate_.updateContactFromRow(pair.rowId, pair.contact, options_);
+  return rowUpdate_.updateRowFromTexts(pair.rowId, pair.contact, texts, options_);
 }
 
 bool frmOutlookSyncModify::saveOutlookSide(const transfer::ConflictPair& pair) {

@@ -85,7 +85,6 @@ class frmOutlookSyncModify : public Form {
   void composeAddress(const AddressBlock& block);
   void chooseCategories();
   [[nodiscard]] std::string lineOf(const AddressBlock& block);
-  [[nodiscard]] std::string cardStatement(const std::string& rowId);
   void writeAddress(outlook::Contact& contact, const AddressBlock& block);
 
   Component& component_;
