@@ -67,6 +67,19 @@ std::string typedStatement(std::string_view rowId, const std::vector<std::string
   return sql.append(" WHERE [i_idx]=").append(rowId);
 }
 
+// Puts back the three dates that the row has now.
+std::string datesStatement(const store::Recordset& row, std::string_view rowId) {
+  std::string sql = "UPDATE tbl_namecard SET ";
+  std::string_view separator = "[";
+  for (const std::string_view column : {"Last_moddate", "Outlook_modate", "VLLastsync_date"}) {
+    const store::Field date = row.field(column);
+    sql.append(separator).append(column).append("]=");
+    sql.append(date ? store::sqlLiteral(*date) : "null");
+    separator = ",[";
+  }
+  return sql.append(" WHERE [i_idx]=").append(rowId);
+}
+
 // The columns of a new row in the order of the statement. `Categories` is not among them.
 constexpr auto kInsertColumns = std::to_array<std::string_view>(
     {"FullName",       "i_idx",          "f_idx",        "folder_name",    "p_idx",
@@ -114,13 +127,22 @@ bool RowUpdate::updateContactFromRow(std::string_view rowId, Contact& contact,
 
 bool RowUpdate::updateRowFromTexts(std::string_view rowId, Contact& contact,
                                    const FieldTexts& texts, const outlook::MapOptions& options) {
+  std::string oldDates;
   try {
+    oldDates = datesStatement(*store::readCard(connection_, rowId), rowId);
     connection_.execute(typedStatement(rowId, texts));
   } catch (const store::DatabaseError&) {
     window_.message(MessageIcon::Critical, kTypedFailed);
     return false;
   }
-  return updateContactFromRow(rowId, contact, options);
+  try {
+    return updateContactFromRow(rowId, contact, options);
+  } catch (...) {
+    // With the dates of now the next sync would take the row for the newer side and overwrite the
+    // contact unasked.
+    connection_.execute(oldDates);
+    throw;
+  }
 }
 
 bool RowUpdate::mergeForImport(std::string_view rowId, Contact& contact,

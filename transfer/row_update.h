@@ -43,7 +43,9 @@ class RowUpdate {
 
   // The compare window's save of the card side: writes the texts as its user typed them, with the
   // three dates at the present time, then the row to the contact. A text with a quote is refused. A
-  // database error is shown ("벨모라 저장실패!") and gives false.
+  // database error is shown ("벨모라 저장실패!") and gives false. When the contact cannot be
+  // written, the row keeps the texts and gets its old dates back, so that the pair stays a
+  // conflict.
   bool updateRowFromTexts(std::string_view rowId, outlook::Contact& contact,
                           const FieldTexts& texts, const outlook::MapOptions& options);
 

@@ -11,10 +11,12 @@
 namespace vlout::transfer {
 namespace {
 
+using testing::AllOf;
 using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
+using testing::StartsWith;
 using ui::frmOutlookSync;
 using ui::frmOutlookSyncModify;
 
@@ -176,6 +178,26 @@ TEST_F(SyncTest, ASaveThatFailsIsShownAndCountsNothing) {
   EXPECT_EQ(toolkit->messages.front().text, "벨모라 저장실패!");
   EXPECT_EQ(valueOf(1, "FullName") + valueOf(1, "JobTitle"), "이름1행");
   EXPECT_THAT(contactText("1.vcf"), HasSubstr("TITLE:연락처"));
+  // The card's side is written, the contact's is not, for another program has edited it meanwhile:
+  // still a conflict, with the dates of before.
+  const auto dates = [&] {
+    return valueOf(1, "Last_moddate") + valueOf(1, "Outlook_modate") +
+           valueOf(1, "VLLastsync_date");
+  };
+  const std::string before = dates();
+  int asked = 0;
+  toolkit->dialog = [&](ui::Form& form) {
+    auto& window = dynamic_cast<frmOutlookSyncModify&>(form);
+    EXPECT_EQ(window.Text4.text(), ++asked == 1 ? "행" : "고침");
+    window.Check1.setValue(1);
+    window.Text4.setText("고침");
+    if (asked == 1) tests::setModified(contactsFolder() / "1.vcf", "2025/01/05 00:00:00");
+    window.Command1.press();
+  };
+  EXPECT_THAT(sync(), Contains(AllOf(StartsWith("실패→(이름1): "), HasSubstr("1.vcf"))));
+  EXPECT_EQ(dates(), before);
+  EXPECT_THAT(sync(), Contains("갱신완료|벨모라=0/아웃룩=1|"));
+  EXPECT_EQ(asked, 2);
 }
 
 TEST_F(SyncTest, RefusesWithoutCards) {
