@@ -31,6 +31,9 @@ RunState stateAfter(transfer::RunOutcome::End end) {
   }
 }
 
+// Fewer contacts than these are simply added again.
+constexpr std::size_t kWorthAsking = 10;
+
 std::string megabytes(std::uint64_t bytes) {
   constexpr std::uint64_t kMegabyte = std::uint64_t{1} << 20;
   return std::to_string((bytes + kMegabyte - 1) / kMegabyte) + " MB";
@@ -73,8 +76,8 @@ std::optional<std::size_t> RunRecorder::filesLeftBy(const RunRecord& run) const 
   }
 }
 
-// A folder that held contacts at the last run and holds none now is more likely not mounted, or
-// another one, than meant.
+// A folder that held many contacts at the last run and holds none now is more likely not mounted,
+// or another one, than meant.
 std::string RunRecorder::objectionToEmptied(bool preview) {
   const bool isEmpty = countCardFiles(contacts_) == 0;
   if (!isEmpty) warned_ = false;
@@ -83,7 +86,7 @@ std::string RunRecorder::objectionToEmptied(bool preview) {
   for (auto run = runs.rbegin(); run != runs.rend(); ++run) {
     const auto files = filesLeftBy(*run);
     if (!files) continue;
-    if (*files == 0) break;
+    if (*files < kWorthAsking) break;
     warned_ = emptied_.askAgain && !preview;
     return "연락처 폴더가 비어 있습니다: " + text::pathText(contacts_) + "\r\n지난 작업(" +
            run->started + ") 때에는 연락처 파일이 " + std::to_string(*files) + "개 있었습니다(" +

@@ -349,6 +349,7 @@ TEST_F(HistoryTest, APreviewThatCannotBeMadeLeavesTheWindowInOrder) {
 
 TEST_F(HistoryTest, AskedAgainAnExportFillsAnEmptiedFolder) {
   makePairs();
+  for (int id = 10; id < 20; ++id) addCard(id, {{"FullName", "사람" + std::to_string(id)}});
   run(frmOutlookSync::kExport);
   for (const auto& name : cardFiles()) std::filesystem::remove(contactsFolder() / name);
   RunRecorder recorder(folder(), contactsFolder(), {.askAgain = true, .howToGoOn = "다시!"});
