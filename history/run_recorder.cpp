@@ -54,8 +54,6 @@ std::string RunRecorder::begins(const transfer::RunDescription& run) {
     if (run.addsContacts) {
       if (auto objection = objectionToEmptied(run.preview); !objection.empty()) return objection;
     }
-    // Makes room, too; but an undo needs what there is.
-    if (!run.preview && run.mode != kUndoMode) runs_.prune();
     if (auto objection = objectionToSpace(); !objection.empty()) return objection;
     if (!run.preview) start(run);
   } catch (const std::exception& error) {
@@ -125,6 +123,8 @@ void RunRecorder::beforeWriting() {
   if (!record_ || log_) return;
   const RestorePoint point(runs_.folderOf(record_->number));
   try {
+    // Runs that were killed could not do it; but an undo needs what there is.
+    if (record_->mode != kUndoMode) runs_.prune();
     point.take(database_, contacts_);
     record_->wrote = true;
     runs_.save(*record_);
@@ -169,7 +169,7 @@ void RunRecorder::ended(const transfer::RunOutcome& outcome) {
     const std::size_t files = countCardFiles(contacts_);
     if (files > 0 || record.wrote) record.contactFiles = files;
     runs_.save(record);
-    runs_.prune();
+    if (record.wrote) runs_.prune();
   } catch (const std::exception&) {
     // The run itself has ended as it did; its record stays an unfinished one.
   }

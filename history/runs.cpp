@@ -39,10 +39,34 @@ std::string unescaped(std::string_view value) {
   return text::replaceAll(text::replaceAll(value, "%0A", "\n"), "%25", "%");
 }
 
-// In seconds. A damaged record is nobody's to judge: it counts as new.
-std::int64_t ageOf(const RunRecord& run) {
-  const auto started = text::parseDateTime(run.started);
-  return started ? text::localNow().seconds - started->seconds : 0;
+// How old each run is, in seconds, where that is known. A clock may have been wrong, once or for
+// long: a time counts only where it lies between those of the runs before and after it, and runs
+// age up to the last time that a later run has confirmed. So one run under a wrong clock neither
+// makes others old nor is old itself, and a damaged record has no age.
+std::vector<std::optional<std::int64_t>> agesOf(const std::vector<RunRecord>& runs) {
+  struct Start {
+    std::size_t run;
+    std::int64_t time;
+  };
+  std::vector<Start> starts;
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    const auto time = text::parseDateTime(runs[i].started);
+    if (time) starts.push_back({i, time->seconds});
+  }
+  std::vector<std::optional<std::int64_t>> ages(runs.size());
+  std::optional<std::int64_t> confirmed;
+  for (std::size_t i = 0; i < starts.size(); ++i) {
+    const bool isLast = i + 1 == starts.size();
+    const bool agrees = (i == 0 || starts[i - 1].time <= starts[i].time) &&
+                        (isLast || starts[i].time <= starts[i + 1].time);
+    if (!agrees) continue;
+    ages[starts[i].run] = starts[i].time;
+    if (!isLast) confirmed = std::max(confirmed.value_or(starts[i].time), starts[i].time);
+  }
+  for (auto& age : ages) {
+    if (age) age = std::max<std::int64_t>(0, confirmed.value_or(*age) - *age);
+  }
+  return ages;
 }
 
 void readLine(const std::string& line, RunRecord& record) {
@@ -135,9 +159,11 @@ void Runs::save(const RunRecord& record) const {
 
 // The first run whose point an undo may still need: one that did not come to its end is repeated.
 int Runs::neededFrom(const std::vector<RunRecord>& runs) {
+  const auto ages = agesOf(runs);
   int from = std::numeric_limits<int>::max();
-  for (const RunRecord& run : runs) {
-    if (run.mode != kUndoMode || ageOf(run) > kOldest) continue;
+  for (std::size_t i = 0; i < runs.size(); ++i) {
+    const RunRecord& run = runs[i];
+    if (run.mode != kUndoMode || ages[i] > kOldest) continue;
     const int target = static_cast<int>(text::parseInteger(run.range).value_or(0));
     if (run.state != RunState::Completed) {
       from = std::min(from, target);
@@ -148,23 +174,36 @@ int Runs::neededFrom(const std::vector<RunRecord>& runs) {
   return from;
 }
 
-void Runs::prune() const {
-  auto runs = list();
-  const int needed = neededFrom(runs);
-  std::reverse(runs.begin(), runs.end());
+// Going back before a run takes the points and the logs of all that came later.
+int Runs::keptFrom(const std::vector<RunRecord>& runs) {
+  const auto ages = agesOf(runs);
+  int from = std::numeric_limits<int>::max();
   std::size_t points = 0;
-  for (std::size_t i = 0; i < runs.size(); ++i) {
+  for (std::size_t i = runs.size(); i-- > 0;) {
+    if (!runs[i].wrote) continue;
+    ++points;
+    if (points > 1 && (points > kMostPoints || ages[i] > kOldest)) break;
+    from = runs[i].number;
+  }
+  return std::min(from, neededFrom(runs));
+}
+
+void Runs::prune() const {
+  const auto runs = list();
+  const auto ages = agesOf(runs);
+  const int from = keptFrom(runs);
+  for (std::size_t i = 0; i + 1 < runs.size(); ++i) {
     const RunRecord& run = runs[i];
-    const std::int64_t age = ageOf(run);
-    const bool old = age > kOldest;
-    if (run.wrote) ++points;
     // Another run may be under way, on another contact folder.
-    const bool underWay = run.state == RunState::Unfinished && age < kLongestRun;
-    const bool keepsPoint = run.wrote && (points == 1 || (!old && points <= kMostPoints));
-    if (keepsPoint || underWay || run.number >= needed || i == 0) continue;
-    RestorePoint(folderOf(run.number)).drop();
+    const bool underWay = run.state == RunState::Unfinished && !(ages[i] >= kLongestRun);
+    const bool isKept = run.number >= from || underWay;
+    if (isKept && run.wrote) continue;
+    if (!isKept) RestorePoint(folderOf(run.number)).drop();
+    const bool tooMany = runs.size() - i > kMostRecords;
     std::error_code next;
-    if (old || i >= kMostRecords) std::filesystem::remove_all(folderOf(run.number), next);
+    if (tooMany || (!isKept && ages[i] > kOldest)) {
+      std::filesystem::remove_all(folderOf(run.number), next);
+    }
   }
 }
 

@@ -56,6 +56,7 @@ class Runs {
  private:
   [[nodiscard]] std::vector<int> numbers() const;
   [[nodiscard]] static int neededFrom(const std::vector<RunRecord>& runs);
+  [[nodiscard]] static int keptFrom(const std::vector<RunRecord>& runs);
 
   std::filesystem::path component_;
   std::filesystem::path folder_;

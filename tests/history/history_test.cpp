@@ -2,6 +2,7 @@
 // edits made since, and how long its means are kept.
 #include <fcntl.h>
 #include <fstream>
+#include <numeric>
 #include <string>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -302,34 +303,45 @@ TEST_F(HistoryTest, TheNextRunCompletesWhatIsCertain) {
   }
 }
 
-TEST_F(HistoryTest, OldAndManyPointsAreDropped) {
+TEST_F(HistoryTest, OldAndManyPointsAreDroppedWhateverTheClockSays) {
+  struct Case {
+    std::vector<int> days;  // on which the runs were made
+    std::vector<int> points;
+    int firstRecord;
+  };
+  std::vector<int> today(22, 0);
+  std::vector<int> ofToday(20);
+  std::iota(ofToday.begin(), ofToday.end(), 3);
+  const std::vector<Case> cases{
+      {{-90, 0}, {1, 2}, 1},          // the clock may have gone wrong just now
+      {{-90, -80, 0, 0}, {3, 4}, 3},  // two runs agree
+      {{-90, 0, 0}, {2, 3}, 2},
+      {{-2, -1, 200, 0}, {1, 2, 3, 4}, 1},           // once ahead
+      {{-2, -1, -18000, 0, 0}, {1, 2, 3, 4, 5}, 1},  // once in the seventies
+      {{-90, -2, -18000, 0, 0}, {2, 3, 4, 5}, 2},
+      {today, ofToday, 1},  // a record stays longer than its point
+  };
   const Runs list(folder());
-  const auto fill = [&](int runs, const std::string& started) {
-    for (int i = 0; i < runs; ++i) {
+  for (const Case& c : cases) {
+    std::filesystem::remove_all(folder() / "history");
+    for (const int day : c.days) {
       RunRecord record;
-      record.started = started;
+      const text::DateTime now = text::localNow();
+      record.started = text::formatStamp({now.seconds + day * 86400LL, 0});
       record.wrote = true;
       record.state = RunState::Completed;
       list.begin(record);
       std::filesystem::create_directory(list.folderOf(record.number) / "point");
     }
-  };
-  const auto points = [&] {
-    std::vector<int> kept;
+    list.prune();
+    std::vector<int> points;
     for (const RunRecord& run : list.list()) {
-      if (RestorePoint(list.folderOf(run.number)).exists()) kept.push_back(run.number);
+      if (RestorePoint(list.folderOf(run.number)).exists()) points.push_back(run.number);
     }
-    return kept;
-  };
-  fill(2, "2001/01/01 10:00:00");
-  list.prune();
-  EXPECT_THAT(points(), ElementsAre(2));  // old, but the newest
-  fill(22, text::formatStamp(text::localNow()));
-  list.prune();
-  EXPECT_THAT(points(), SizeIs(20));
-  EXPECT_EQ(points().front(), 5);
-  EXPECT_EQ(list.list().front().number, 3);  // the record stays longer than its point
-  EXPECT_THROW(Undo(folder(), 3), UndoError);
+    EXPECT_EQ(points, c.points);
+    EXPECT_EQ(list.list().front().number, c.firstRecord) << testing::PrintToString(c.days);
+  }
+  EXPECT_THROW(Undo(folder(), 2), UndoError);
   EXPECT_THROW(Undo(folder(), 99), UndoError);
 }
 
