@@ -1,27 +1,14 @@
 #include "entry/text_file.h"
 
-#include <cerrno>
-#include <fstream>
-#include <iterator>
-#include <system_error>
-
 #include "text/code_page.h"
 #include "text/file_path.h"
+#include "text/regular_file.h"
 #include "text/utf8.h"
 
 namespace vlout::entry {
 
-std::string readBytes(const std::filesystem::path& file) {
-  std::ifstream stream(file, std::ios::binary);
-  if (!stream || std::filesystem::is_directory(file)) {
-    const int code = stream ? EISDIR : errno != 0 ? errno : EIO;
-    throw std::system_error(code, std::generic_category(), text::pathText(file));
-  }
-  return {std::istreambuf_iterator<char>(stream), {}};
-}
-
 std::string readTextFile(const std::filesystem::path& file) {
-  std::string bytes = readBytes(file);
+  std::string bytes = text::readRegularFile(file);
   constexpr std::string_view kMark = "\xEF\xBB\xBF";
   const bool marked = bytes.starts_with(kMark);
   if (marked) bytes.erase(0, kMark.size());

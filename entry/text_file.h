@@ -14,9 +14,6 @@ class EncodingError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// The file as it is. Throws std::system_error when it cannot be read.
-[[nodiscard]] std::string readBytes(const std::filesystem::path& file);
-
 // The text of the file in UTF-8, whichever of the two it was written in. Throws EncodingError for a
 // text in neither, std::system_error when it cannot be read.
 [[nodiscard]] std::string readTextFile(const std::filesystem::path& file);

@@ -11,6 +11,7 @@
 #include "text/ascii.h"
 #include "text/date_time.h"
 #include "text/file_path.h"
+#include "text/shown_text.h"
 
 namespace vlout::history {
 namespace {

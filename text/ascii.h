@@ -43,15 +43,6 @@ namespace vlout::text {
   return digits;
 }
 
-// The text on one line of its own column: each control character becomes a blank.
-[[nodiscard]] inline std::string onOneLine(std::string_view text) {
-  std::string line(text);
-  std::replace_if(
-      line.begin(), line.end(),
-      [](char c) { return static_cast<unsigned char>(c) < 0x20 || c == 0x7F; }, ' ');
-  return line;
-}
-
 // The whole of `text` as a decimal whole number, or nothing.
 [[nodiscard]] inline std::optional<std::int64_t> parseInteger(std::string_view text) {
   std::int64_t value = 0;

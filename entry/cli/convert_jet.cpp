@@ -13,6 +13,7 @@
 #include "store/jet/jet_reader.h"
 #include "store/sql.h"
 #include "text/ascii.h"
+#include "text/shown_text.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -177,7 +178,7 @@ class Mover : public store::JetRows {
                          const std::vector<std::string>& names) {
     if (names.empty()) return;
     out << what << ' ' << names.size() << "개:";
-    for (const std::string& name : names) out << ' ' << name;
+    for (const std::string& name : names) out << ' ' << text::onOneLine(name);
     out << '\n';
   }
 

@@ -6,7 +6,7 @@
 #include "history/restore_point.h"
 #include "history/runs.h"
 #include "history/undo.h"
-#include "text/ascii.h"
+#include "text/shown_text.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -64,9 +64,9 @@ void printHistory(const std::filesystem::path& folder, std::ostream& out, std::o
       run.text = history::Written::read(point.writtenLog()).counts();
     }
     out << run.number << '\t' << run.started << '\t' << run.mode;
-    if (!run.range.empty()) out << ' ' << run.range;
-    out << '\t' << kStates.at(static_cast<std::size_t>(run.state)) << '\t' << run.text << '\t'
-        << wayBack(runs, run) << '\n';
+    if (!run.range.empty()) out << ' ' << text::onOneLine(run.range);
+    out << '\t' << kStates.at(static_cast<std::size_t>(run.state)) << '\t'
+        << text::onOneLine(run.text) << '\t' << wayBack(runs, run) << '\n';
   }
 }
 

@@ -7,6 +7,7 @@
 
 #include "entry/text_file.h"
 #include "text/ascii.h"
+#include "text/regular_file.h"
 #include "text/trim.h"
 
 namespace vlout::entry {
@@ -110,6 +111,7 @@ bool replaceFile(const std::filesystem::path& file, const std::string& content) 
   std::filesystem::path temporary = file;
   temporary += ".tmp";
   std::error_code error;
+  std::filesystem::remove(temporary, error);  // whatever it is
   std::ofstream stream(temporary, std::ios::binary | std::ios::trunc);
   stream << content;
   stream.close();
@@ -151,7 +153,7 @@ bool IniFile::write(std::string_view section, const std::vector<Entry>& entries)
   try {
     // As bytes: names and values are ASCII, which every encoding of such a file leaves alone, and
     // so does what nothing can decode stay.
-    lines = splitLines(readBytes(file_));
+    lines = splitLines(text::readRegularFile(file_));
   } catch (const std::system_error& error) {
     // Only a file that is not there may be made anew: one that cannot be read has content.
     if (error.code() != std::errc::no_such_file_or_directory) return false;

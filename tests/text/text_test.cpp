@@ -6,6 +6,7 @@
 #include "text/code_page.h"
 #include "text/date_time.h"
 #include "text/latin_script.h"
+#include "text/shown_text.h"
 #include "text/utf8.h"
 
 namespace vlout::text {
@@ -138,6 +139,10 @@ TEST(CodePage949, ConvertsBothWaysAndRefusesWhatItLacks) {
 
 TEST(Ascii, ReplacesInOnePassAndReadsWholeNumbersOnly) {
   EXPECT_EQ(replaceAll("a   b", "  ", " "), "a  b");
+  // What a terminal would obey is not shown to it.
+  const std::string name = "홍\u202E길\x1B[2J동\u0085\u2066\u200F\u061C\u2028\t\n-";
+  EXPECT_EQ(onOneLine(name), "홍 길 [2J동       -");
+  EXPECT_EQ(onItsLines(name), "홍 길 [2J동      \n-");
   EXPECT_EQ(digitsOnly("010-1234-5678 (내선 9)"), "010123456789");
   EXPECT_EQ(parseInteger("0042"), 42);
   for (const char* text : {"", " 4", "4 ", "4a", "1 OR 1=1", "99999999999999999999"}) {

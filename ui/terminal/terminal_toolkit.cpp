@@ -4,6 +4,7 @@
 #include <string>
 
 #include "text/ascii.h"
+#include "text/shown_text.h"
 
 namespace vlout::ui {
 namespace {
@@ -67,7 +68,7 @@ void TerminalToolkit::answerConflict(frmOutlookSyncModify& window) {
 void TerminalToolkit::messageBox(MessageIcon icon, std::string_view text) {
   static_cast<void>(icon);
   clearProgress();
-  errors_ << text::replaceAll(text, "\r\n", "\n") << std::endl;
+  errors_ << text::onItsLines(text::replaceAll(text, "\r\n", "\n")) << std::endl;
 }
 
 void TerminalToolkit::pump() {
