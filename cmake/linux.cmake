@@ -19,6 +19,7 @@ add_library(vlout_linux STATIC
   store/sqlite/backup.cpp
   store/sqlite/preview_connection.cpp
   store/sqlite/sqlite_connection.cpp
+  store/sqlite/statement.cpp
   store/jet/jet_file.cpp
   store/jet/jet_reader.cpp
   store/jet/jet_value.cpp

@@ -33,33 +33,44 @@ std::vector<RunRecord> runsCutShort(const Runs& runs, const std::string& contact
   return result;
 }
 
-// The hash of a row as it was when the run wrote its contact.
-std::optional<std::uint64_t> rowThen(const RestorePoint& point, const Written::Sent& sent,
-                                     const RowKey& row) {
-  if (sent.row) return sent.row;
-  try {
-    const store::StoredDatabase database(point.database());
-    return RowHashes(database.get()).of(row);
-  } catch (const store::DatabaseError&) {
-    return std::nullopt;  // a point that is gone or damaged proves nothing
+// The rows as they were when a run wrote their contacts.
+class RowsThen {
+ public:
+  explicit RowsThen(const RestorePoint& point) : database_(point.database()) {}
+  [[nodiscard]] std::optional<std::uint64_t> of(const RowKey& row, const Written::Sent& sent) {
+    return sent.row ? sent.row : rows_.of(row);
+  }
+
+ private:
+  store::StoredDatabase database_;
+  RowHashes rows_{database_.get()};
+};
+
+// Adds the cards that lack nothing but their dates. A row that has got them, before the run ended
+// or since, is not what it was.
+void addCards(const RestorePoint& point, const std::filesystem::path& folder, RowHashes& now,
+              std::set<std::int64_t>& cards) {
+  const Written written = Written::read(point.writtenLog());
+  if (written.sent.empty()) return;
+  RowsThen then(point);
+  for (const auto& [card, sent] : written.sent) {
+    const RowKey row{std::string(store::kCardTable), card};
+    const auto hash = now.of(row);
+    if (!hash || hash != then.of(row, sent)) continue;
+    const auto contact = fileStateAt(folder / text::pathOf(sent.file));
+    if (isSame(contact, written.files.at(sent.file).back())) cards.insert(card);
   }
 }
 
-// The cards that lack nothing but their dates.
 std::set<std::int64_t> cardsToStamp(const Runs& runs, const std::filesystem::path& folder,
                                     int current, store::SqliteConnection& connection) {
   std::set<std::int64_t> cards;
+  RowHashes now(connection.database());
   for (const RunRecord& run : runsCutShort(runs, runs.nameOf(folder), current)) {
-    const RestorePoint point(runs.folderOf(run.number));
-    const Written written = Written::read(point.writtenLog());
-    for (const auto& [card, sent] : written.unstamped) {
-      const RowKey row{std::string(store::kCardTable), card};
-      const auto now = RowHashes(connection.database()).of(row);
-      const auto contact = fileStateAt(folder / text::pathOf(sent.file));
-      if (now && now == rowThen(point, sent, row) &&
-          isSame(contact, written.files.at(sent.file).back())) {
-        cards.insert(card);
-      }
+    try {
+      addCards(RestorePoint(runs.folderOf(run.number)), folder, now, cards);
+    } catch (const store::DatabaseError&) {
+      break;  // a point that is gone or damaged proves nothing, and older ones no more
     }
   }
   return cards;

@@ -189,9 +189,7 @@ FileStates RestorePoint::contacts() const {
 
 Written Written::read(const fs::path& log) {
   Written written;
-  std::map<std::int64_t, Sent> lastRow;  // when the last entry is of a row
   forEachEntry(log, [&](std::istream& entry) {
-    lastRow.clear();
     std::string kind;
     std::string name;
     FileState state;
@@ -206,7 +204,7 @@ Written Written::read(const fs::path& log) {
       written.files[name].emplace_back(state);
       const auto given = written.rows.find(key);
       const auto row = given == written.rows.end() ? std::nullopt : given->second.back();
-      written.unstamped.insert_or_assign(key.row, Sent{name, row});
+      written.sent.insert_or_assign(key.row, Sent{name, row});
     } else if (kind == "nofile") {
       if (std::getline(entry, name, kEnd)) written.files[name].emplace_back();
     } else if (kind == "row" || kind == "norow") {
@@ -214,11 +212,8 @@ Written Written::read(const fs::path& log) {
       entry >> key.table >> key.row >> hash;
       if (!entry) return;
       written.rows[key].push_back(kind == "row" ? std::optional(hash) : std::nullopt);
-      if (key.table == store::kCardTable) lastRow.insert(written.unstamped.extract(key.row));
     }
   });
-  // The entry comes before the row is there for good.
-  written.unstamped.merge(lastRow);
   return written;
 }
 

@@ -87,8 +87,7 @@ struct Written {
     std::string file;
     std::optional<std::uint64_t> row;  // its hash, where the run had written it before
   };
-  // By card, those whose rows may not have been written after that.
-  std::map<std::int64_t, Sent> unstamped;
+  std::map<std::int64_t, Sent> sent;  // by card, as last sent
 
   [[nodiscard]] static Written read(const std::filesystem::path& log);
   // Whether the run may have left the file or row like that.

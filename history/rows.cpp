@@ -1,7 +1,6 @@
 #include "history/rows.h"
 
 #include <array>
-#include <sqlite3.h>
 
 #include "store/connection.h"
 #include "store/sql.h"
@@ -10,16 +9,14 @@
 namespace vlout::history {
 namespace {
 
+using store::Statement;
+
 struct Table {
   std::string_view name;
   std::string_view caption;  // the column that people know a row by
 };
 constexpr std::array<Table, 2> kTables{
     {{store::kCardTable, "FullName"}, {store::kFolderTable, "folder_name"}}};
-
-[[noreturn]] void fail(sqlite3* database) {
-  throw store::DatabaseError(sqlite3_errmsg(database));
-}
 
 std::string joined(const std::vector<std::string>& columns) {
   std::string result;
@@ -43,78 +40,20 @@ class Hash {
 
 }  // namespace
 
-Statement::Statement(sqlite3* database, const std::string& sql) : database_(database) {
-  sqlite3_stmt* statement = nullptr;
-  if (sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) {
-    fail(database);
-  }
-  statement_.reset(statement);
-}
-
-void Statement::Finalizer::operator()(sqlite3_stmt* statement) const {
-  sqlite3_finalize(statement);
-}
-
-Statement& Statement::bind(int index, std::int64_t value) {
-  if (sqlite3_bind_int64(statement_.get(), index, value) != SQLITE_OK) fail(database_);
-  return *this;
-}
-
-Statement& Statement::bind(int index, std::string_view value) {
-  if (sqlite3_bind_text(statement_.get(), index, value.data(), static_cast<int>(value.size()),
-                        SQLITE_TRANSIENT) != SQLITE_OK) {
-    fail(database_);
-  }
-  return *this;
-}
-
-bool Statement::next() {
-  const int result = sqlite3_step(statement_.get());
-  if (result == SQLITE_ROW) return true;
-  if (result != SQLITE_DONE) fail(database_);
-  sqlite3_reset(statement_.get());
-  return false;
-}
-
-void Statement::reset() {
-  sqlite3_reset(statement_.get());
-}
-
-std::int64_t Statement::number(int column) const {
-  return sqlite3_column_int64(statement_.get(), column);
-}
-
-std::string Statement::text(int column) const {
-  const auto* const text =
-      reinterpret_cast<const char*>(sqlite3_column_text(statement_.get(), column));
-  return text == nullptr ? "" : text;
-}
-
-std::uint64_t Statement::hash() const {
+std::uint64_t hashOf(const Statement& row) {
   Hash hash;
-  for (int i = 0; i < sqlite3_column_count(statement_.get()); ++i) {
-    const int type = sqlite3_column_type(statement_.get(), i);
-    if (type == SQLITE_NULL) continue;  // as good as a column that is not there
-    const std::string_view name = sqlite3_column_name(statement_.get(), i);
+  for (int i = 0; i < row.columnCount(); ++i) {
+    const auto type = static_cast<int>(row.type(i));
+    if (row.type(i) == Statement::Type::Null) continue;  // as good as a column that is not there
+    const std::string_view name = row.columnName(i);
+    const std::string_view bytes = row.bytes(i);
+    const auto size = static_cast<int>(bytes.size());
     hash.add(name.data(), name.size());
-    const void* const bytes = type == SQLITE_BLOB ? sqlite3_column_blob(statement_.get(), i)
-                                                  : sqlite3_column_text(statement_.get(), i);
-    const int size = sqlite3_column_bytes(statement_.get(), i);
     hash.add(&type, sizeof type);
     hash.add(&size, sizeof size);
-    if (bytes != nullptr) hash.add(bytes, static_cast<std::size_t>(size));
+    hash.add(bytes.data(), bytes.size());
   }
   return hash.value();
-}
-
-void execute(sqlite3* database, const std::string& sql) {
-  if (sqlite3_exec(database, sql.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) fail(database);
-}
-
-void rollBack(sqlite3* database) {
-  if (sqlite3_get_autocommit(database) == 0) {
-    sqlite3_exec(database, "ROLLBACK", nullptr, nullptr, nullptr);
-  }
 }
 
 std::optional<std::uint64_t> RowHashes::of(const RowKey& key) {
@@ -125,7 +64,7 @@ std::optional<std::uint64_t> RowHashes::of(const RowKey& key) {
   }
   Statement& row = found->second;
   if (!row.bind(1, key.row).next()) return std::nullopt;
-  const std::uint64_t hash = row.hash();
+  const std::uint64_t hash = hashOf(row);
   row.reset();
   return hash;
 }
@@ -135,12 +74,21 @@ std::string_view nounOf(const RowKey& row) {
 }
 
 OtherState::OtherState(sqlite3* database, const std::filesystem::path& file) : database_(database) {
-  Statement(database, "ATTACH ?1 AS other").bind(1, std::string_view(file.native())).next();
+  try {
+    Statement(database, "ATTACH ?1 AS other").bind(1, std::string_view(file.native())).next();
+    store::execute(database, "SELECT count(*) FROM other.sqlite_master");
+  } catch (const store::DatabaseError& error) {
+    throw store::DatabaseError(file.string() + ": " + error.what());
+  }
 }
 
 OtherState::~OtherState() {
   putBack_.clear();  // statements in use would hold the other state
-  sqlite3_exec(database_, "DETACH other", nullptr, nullptr, nullptr);
+  try {
+    store::execute(database_, "DETACH other");
+  } catch (const store::DatabaseError&) {
+    // It goes with the connection then.
+  }
 }
 
 // A column that only one of the states has is not compared and not put back.
@@ -155,7 +103,31 @@ std::vector<std::string> OtherState::columns(const std::string& table) const {
   return result;
 }
 
+// Which of the two files it is that cannot be read.
+std::string OtherState::damagedFile() const {
+  Statement files(database_, "SELECT name,file FROM pragma_database_list");
+  std::string file;
+  while (files.next()) {
+    try {
+      file = files.text(1);
+      Statement check(database_, "PRAGMA " + files.text(0) + ".quick_check(1)");
+      if (check.next() && check.text(0) != "ok") break;
+    } catch (const store::DatabaseError&) {
+      break;
+    }
+  }
+  return file;
+}
+
 std::vector<RowChange> OtherState::changesSince() const {
+  try {
+    return compare();
+  } catch (const store::DatabaseError& error) {
+    throw store::DatabaseError(damagedFile() + ": " + error.what());
+  }
+}
+
+std::vector<RowChange> OtherState::compare() const {
   std::vector<RowChange> changes;
   RowHashes hashes(database_);
   for (const auto& [name, caption] : kTables) {

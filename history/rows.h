@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <filesystem>
 #include <map>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,40 +12,12 @@
 #include <vector>
 
 #include "history/restore_point.h"
-
-struct sqlite3;
-struct sqlite3_stmt;
+#include "store/sqlite/statement.h"
 
 namespace vlout::history {
 
-// A prepared statement of this subsystem's own text.
-class Statement {
- public:
-  Statement(sqlite3* database, const std::string& sql);
-  // Gives a parameter its value for the next run; numbers and texts.
-  Statement& bind(int index, std::int64_t value);
-  Statement& bind(int index, std::string_view value);
-  // Moves on to the next row; false at the end, when the statement is ready to be run again.
-  bool next();
-  [[nodiscard]] std::int64_t number(int column) const;
-  [[nodiscard]] std::string text(int column) const;
-  // The hash of the current row's content. A column that is added empty does not change it.
-  [[nodiscard]] std::uint64_t hash() const;
-  // Ends a run of the statement before its last row.
-  void reset();
-
- private:
-  struct Finalizer {
-    void operator()(sqlite3_stmt* statement) const;
-  };
-  sqlite3* database_;
-  std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
-};
-
-void execute(sqlite3* database, const std::string& sql);
-
-// Ends a transaction, if the database has not done so itself.
-void rollBack(sqlite3* database);
+// The hash of the current row's content. A column that is added empty does not change it.
+[[nodiscard]] std::uint64_t hashOf(const store::Statement& row);
 
 // The hashes of rows as they are.
 class RowHashes {
@@ -57,7 +28,7 @@ class RowHashes {
 
  private:
   sqlite3* database_;
-  std::map<std::string, Statement> rows_;  // by table
+  std::map<std::string, store::Statement> rows_;  // by table
 };
 
 enum class Change { Changed, Added, Removed };
@@ -83,17 +54,20 @@ class OtherState {
   OtherState(const OtherState&) = delete;
   OtherState& operator=(const OtherState&) = delete;
 
-  // How the connection's database differs from that state.
+  // How the connection's database differs from that state. An error names the file of the two that
+  // cannot be read.
   [[nodiscard]] std::vector<RowChange> changesSince() const;
   // Gives a row the content that it has in that state.
   void putBack(const RowChange& change);
 
  private:
+  [[nodiscard]] std::vector<RowChange> compare() const;
+  [[nodiscard]] std::string damagedFile() const;
   [[nodiscard]] std::vector<std::string> columns(const std::string& table) const;
   [[nodiscard]] std::string putBackSql(const std::string& table, Change change) const;
 
   sqlite3* database_;
-  std::map<std::pair<std::string, Change>, Statement> putBack_;
+  std::map<std::pair<std::string, Change>, store::Statement> putBack_;
 };
 
 }  // namespace vlout::history

@@ -119,6 +119,10 @@ void RunRecorder::start(const transfer::RunDescription& run) {
   record_ = std::move(record);
 }
 
+std::string RunRecorder::databaseFile() const {
+  return text::pathText(database_);
+}
+
 void RunRecorder::beforeWriting() {
   if (!record_ || log_) return;
   const RestorePoint point(runs_.folderOf(record_->number));
@@ -175,28 +179,42 @@ void RunRecorder::ended(const transfer::RunOutcome& outcome) {
   }
 }
 
+// Every record would wait as long for a lock that another program does not give up.
+void RecordedConnection::begin() {
+  try {
+    store::execute(database(), "BEGIN IMMEDIATE");
+  } catch (const store::DatabaseBusy& error) {
+    const bool stopped = stop_ != nullptr && *stop_ != 0;
+    const std::string waited =
+        stopped ? "기다리는 동안 중지되어"
+                : std::to_string(store::ConnectionSettings::kTimeoutSeconds) + "초를 기다렸으나";
+    throw transfer::RunAborted("다른 프로그램이 데이터베이스의 쓰기 잠금을 쥐고 있습니다. " +
+                               waited + " 작업을 끝냅니다: " + recorder_->databaseFile() + ": " +
+                               error.what());
+  }
+}
+
 std::int64_t RecordedConnection::execute(std::string_view sql) {
   if (!isOpen() || !recorder_->isRecording()) return SqliteConnection::execute(sql);
   recorder_->beforeWriting();
   // The log has the row before the row is there for good: a run that is killed in between has not
   // changed it.
   touched_.clear();
-  history::execute(database(), "BEGIN IMMEDIATE");
+  begin();
   try {
     const std::int64_t count = SqliteConnection::execute(sql);
     for (const RowKey& key : touched_) recorder_->row(key, hashes_->of(key));
-    history::execute(database(), "COMMIT");
+    store::execute(database(), "COMMIT");
     return count;
   } catch (...) {
-    rollBack(database());
+    store::rollBack(database());
     throw;
   }
 }
 
-store::SqliteConnection::Database RecordedConnection::openDatabase(
-    const std::filesystem::path& file) {
+store::Database RecordedConnection::openFile(const std::filesystem::path& file) {
   hashes_.reset();
-  Database database = SqliteConnection::openDatabase(file);
+  store::Database database = SqliteConnection::openFile(file);
   hashes_.emplace(database.get());
   sqlite3_update_hook(
       database.get(),

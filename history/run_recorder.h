@@ -38,6 +38,8 @@ class RunRecorder {
   // The number of the run under way.
   [[nodiscard]] int number() const { return record_->number; }
 
+  [[nodiscard]] std::string databaseFile() const;
+
   // Before each write. Throws RunAborted when there can be no restore point.
   void beforeWriting();
   // Each write, while it can still be undone or has not yet been made.
@@ -69,15 +71,18 @@ class RunRecorder {
 // The database of a run.
 class RecordedConnection : public store::SqliteConnection {
  public:
-  explicit RecordedConnection(std::shared_ptr<RunRecorder> recorder)
-      : recorder_(std::move(recorder)) {}
+  RecordedConnection(std::shared_ptr<RunRecorder> recorder, const volatile std::sig_atomic_t* stop)
+      : SqliteConnection(stop), recorder_(std::move(recorder)), stop_(stop) {}
   std::int64_t execute(std::string_view sql) override;
 
  protected:
-  [[nodiscard]] Database openDatabase(const std::filesystem::path& file) override;
+  [[nodiscard]] store::Database openFile(const std::filesystem::path& file) override;
 
  private:
+  void begin();
+
   std::shared_ptr<RunRecorder> recorder_;
+  const volatile std::sig_atomic_t* stop_;
   std::optional<RowHashes> hashes_;
   std::vector<RowKey> touched_;  // by the statement that runs
 };

@@ -224,7 +224,7 @@ void Undo::putRowsBack(RunRecorder& recorder) {
   sqlite3* const database = connection.database();
   OtherState before(database, point_->database());
   RowHashes hashes(database);
-  execute(database, "BEGIN IMMEDIATE");
+  store::execute(database, "BEGIN IMMEDIATE");
   try {
     if (before.changesSince() != rows_) {
       throw UndoError("그 사이에 데이터베이스가 바뀌었습니다. 다시 실행하십시오.");
@@ -237,9 +237,9 @@ void Undo::putRowsBack(RunRecorder& recorder) {
     if (!before.changesSince().empty()) {
       throw UndoError("명함을 그대로 되돌릴 수 없어 아무것도 바꾸지 않았습니다.");
     }
-    execute(database, "COMMIT");
+    store::execute(database, "COMMIT");
   } catch (...) {
-    rollBack(database);
+    store::rollBack(database);
     throw;
   }
 }

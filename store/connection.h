@@ -19,6 +19,12 @@ class DatabaseError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// Another program has kept the database locked for longer than this one waits.
+class DatabaseBusy : public DatabaseError {
+ public:
+  using DatabaseError::DatabaseError;
+};
+
 // How the component opens its database. The folder is the one that the component was loaded from.
 struct ConnectionSettings {
   std::filesystem::path componentFolder;

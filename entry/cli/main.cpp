@@ -14,6 +14,7 @@
 #include "entry/cli/history_command.h"
 #include "entry/cli/run_command.h"
 #include "entry/cli/window_command.h"
+#include "text/shown_text.h"
 
 namespace {
 
@@ -108,12 +109,15 @@ CLI::App* addUndoCommand(CLI::App& app, Arguments& arguments) {
   addFolderOption(*undo, arguments);
   undo->add_flag("--preview", arguments.preview, "무엇이 바뀌는지 말하기만 합니다.");
   undo->add_flag("--force", arguments.force, "그 뒤에 바뀐 것이 사라져도 되돌립니다.");
-  undo->add_flag("--yes", arguments.yes, "터미널에서 묻지 않습니다.");
+  undo->add_flag("--yes", arguments.yes, "묻지 않습니다. 터미널이 아니면 있어야 합니다.");
   return undo;
 }
 
 bool confirmUndo() {
-  if (isatty(STDIN_FILENO) == 0) return true;
+  if (isatty(STDIN_FILENO) == 0) {
+    std::cerr << "터미널이 아니어서 물을 수 없습니다. 되돌리려면 --yes 를 붙이십시오.\n";
+    return false;
+  }
   std::cerr << "되돌릴까요? [y/N] " << std::flush;
   std::string answer;
   std::getline(std::cin, answer);
@@ -238,7 +242,7 @@ int main(int argc, char** argv) {
   try {
     return run(argc, argv);
   } catch (const std::exception& error) {
-    std::cerr << error.what() << '\n';
+    std::cerr << vlout::text::onItsLines(error.what()) << '\n';
     return kRefused;
   }
 }

@@ -10,14 +10,17 @@ namespace vlout::entry::cli {
 
 Platform makePlatform(const std::filesystem::path& componentFolder,
                       const std::filesystem::path& contacts, std::unique_ptr<ui::Toolkit> toolkit,
-                      const history::EmptiedFolder& emptied) {
+                      const history::EmptiedFolder& emptied,
+                      const volatile std::sig_atomic_t* stop) {
   const auto recorder = std::make_shared<history::RunRecorder>(componentFolder, contacts, emptied);
   const auto makeFolder = [recorder](const std::string& path) {
     return std::make_unique<history::RecordedFolder>(path, recorder);
   };
   return {
       .makeConnection =
-          [recorder] { return std::make_unique<history::RecordedConnection>(recorder); },
+          [recorder, stop] {
+            return std::make_unique<history::RecordedConnection>(recorder, stop);
+          },
       .makeContacts =
           [contacts, makeFolder] {
             return std::make_unique<outlook::vcard::VCardStore>(text::pathText(contacts),

@@ -2,6 +2,7 @@
 // recorded, can be previewed and can be taken back.
 #pragma once
 
+#include <csignal>
 #include <filesystem>
 #include <memory>
 
@@ -10,10 +11,12 @@
 
 namespace vlout::entry::cli {
 
-// `contacts` is the folder of vCards.
+// `contacts` is the folder of vCards. `stop`, where it is given, ends waiting for other programs
+// once it is not 0.
 [[nodiscard]] Platform makePlatform(const std::filesystem::path& componentFolder,
                                     const std::filesystem::path& contacts,
                                     std::unique_ptr<ui::Toolkit> toolkit,
-                                    const history::EmptiedFolder& emptied);
+                                    const history::EmptiedFolder& emptied,
+                                    const volatile std::sig_atomic_t* stop = nullptr);
 
 }  // namespace vlout::entry::cli

@@ -3,9 +3,12 @@
 #include <array>
 #include <memory>
 #include <string_view>
+#include <system_error>
 
 #include "entry/cli/platform.h"
 #include "entry/orun.h"
+#include "text/regular_file.h"
+#include "text/shown_text.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -50,6 +53,18 @@ void press(frmOutlookSync& window, const RunRequest& request) {
   (request.preview ? window.Command8 : window.Command2).press();
 }
 
+// A file of options that cannot be read counts as none, which its owner may not expect.
+void explainSettings(const std::filesystem::path& folder, std::ostream& errors) {
+  for (const char* const name : {"VelmoraOlSync.ini", "settings.ini"}) {
+    try {
+      static_cast<void>(text::readRegularFile(folder / name));
+    } catch (const std::system_error& error) {
+      if (error.code() == std::errc::no_such_file_or_directory) continue;
+      errors << text::onItsLines(error.what()) << '\n';
+    }
+  }
+}
+
 // The window says that the host's list gives it nothing; the terminal can say why.
 void explainExportList(const RunRequest& request, Runtime& runtime, std::ostream& errors) {
   const auto range = request.range.value_or(frmOutlookSync::kSelectedCards);
@@ -58,7 +73,7 @@ void explainExportList(const RunRequest& request, Runtime& runtime, std::ostream
                                  ? runtime.exportList().explainFolder(runtime.connection())
                                  : runtime.exportList().explainCards();
   if (reason.empty()) return;
-  errors << reason << ". 전체를 내보내려면 --range all 을 사용하십시오.\n";
+  errors << text::onItsLines(reason) << ". 전체를 내보내려면 --range all 을 사용하십시오.\n";
 }
 
 }  // namespace
@@ -78,7 +93,8 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
   Runtime* component = nullptr;
   const auto script = [&](frmOutlookSync& window) {
     // The component's own message does not say which file it was.
-    if (!component->connection().isOpen()) errors << component->databaseFailure() << '\n';
+    if (!component->connection().isOpen())
+      errors << text::onItsLines(component->databaseFailure()) << '\n';
     press(window, request);
     completed = window.hasCompleted();
     if (window.chadd.isChecked() && interrupted == 0) {
@@ -89,10 +105,11 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
                                                        request.onConflict, script);
   const history::EmptiedFolder emptied{.goOn = request.goOn,
                                        .howToGoOn = "그래도 내보내려면 --yes 를 붙이십시오."};
-  Runtime runtime(request.folder,
-                  makePlatform(request.folder, request.contacts, std::move(toolkit), emptied));
+  Runtime runtime(request.folder, makePlatform(request.folder, request.contacts, std::move(toolkit),
+                                               emptied, &interrupted));
   if (request.preview) runtime.previewOnly();
   component = &runtime;
+  explainSettings(request.folder, errors);
   ORUN(runtime).OUTSYNCRUN();
   return completed;
 }

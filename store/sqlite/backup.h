@@ -2,9 +2,8 @@
 #pragma once
 
 #include <filesystem>
-#include <memory>
 
-struct sqlite3;
+#include "store/sqlite/statement.h"
 
 namespace vlout::store {
 
@@ -15,10 +14,7 @@ class StoredDatabase {
   [[nodiscard]] sqlite3* get() const { return database_.get(); }
 
  private:
-  struct Closer {
-    void operator()(sqlite3* database) const;
-  };
-  std::unique_ptr<sqlite3, Closer> database_;
+  Database database_;
 };
 
 // Copies the database into a new file, readable by its owner only, with all that other connections

@@ -104,7 +104,7 @@ std::string textOf(sqlite3_value* value) {
 
 }  // namespace
 
-SqliteConnection::Database PreviewConnection::openDatabase(const std::filesystem::path& file) {
+Database PreviewConnection::openFile(const std::filesystem::path& file) {
   if (::access(file.c_str(), W_OK) != 0) failWithSystemText();
   const auto source = std::filesystem::canonical(file);  // its log lies beside the file itself
   const auto copy = temporaryFolder_ / source.filename();
@@ -113,10 +113,10 @@ SqliteConnection::Database PreviewConnection::openDatabase(const std::filesystem
     for (const char* const suffix : kSuffixes) ::unlink((copy.string() + suffix).c_str());
     backUpDatabase(source, copy);
   }
-  Database database = SqliteConnection::openDatabase(copy);
+  Database database = SqliteConnection::openFile(copy);
   // Open files live on without their names; people's data must not lie about after a crash. The
   // first look opens what belongs to the database.
-  sqlite3_exec(database.get(), "SELECT 1 FROM sqlite_master", nullptr, nullptr, nullptr);
+  store::execute(database.get(), "SELECT 1 FROM sqlite_master");
   for (const char* const suffix : {"", "-wal", "-shm", "-journal"}) {
     ::unlink((copy.string() + suffix).c_str());
   }
@@ -133,13 +133,12 @@ std::int64_t PreviewConnection::execute(std::string_view sql) {
 
 void PreviewConnection::watchChanges(sqlite3* database) {
   columns_.clear();
-  const std::string sql = "SELECT * FROM " + std::string(kCardTable) + " LIMIT 0";
-  sqlite3_stmt* statement = nullptr;
-  if (sqlite3_prepare_v2(database, sql.c_str(), -1, &statement, nullptr) != SQLITE_OK) return;
-  for (int i = 0; i < sqlite3_column_count(statement); ++i) {
-    columns_.emplace_back(sqlite3_column_name(statement, i));
+  try {
+    const Statement row(database, "SELECT * FROM " + std::string(kCardTable));
+    for (int i = 0; i < row.columnCount(); ++i) columns_.emplace_back(row.columnName(i));
+  } catch (const DatabaseError&) {
+    return;  // the run meets it too, and says it
   }
-  sqlite3_finalize(statement);
   sqlite3_preupdate_hook(
       database,
       [](void* self, sqlite3* changing, int operation, const char* schema, const char* table,

@@ -23,7 +23,7 @@ class PreviewConnection : public SqliteConnection {
   std::int64_t execute(std::string_view sql) override;
 
  protected:
-  [[nodiscard]] Database openDatabase(const std::filesystem::path& file) override;
+  [[nodiscard]] Database openFile(const std::filesystem::path& file) override;
 
  private:
   void watchChanges(sqlite3* database);

@@ -7,6 +7,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <sqlite3.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -23,56 +24,40 @@ constexpr std::size_t kMostPrepared = 64;
 
 bool isJetFile(const std::filesystem::path& file) {
   std::array<char, 20> head{};
-  const text::FileDescriptor stream(text::openUnnoticed(file.c_str()));
+  const text::FileDescriptor stream(text::openUnnoticed(file.c_str(), O_NONBLOCK));
   const ssize_t count = ::read(stream.get(), head.data(), head.size());
   const std::string_view mark(head.data() + 4, 15);
   return count == static_cast<ssize_t>(head.size()) &&
          (mark == "Standard Jet DB" || mark == "Standard ACE DB");
 }
 
-// Runs fixed text of this adapter's own: settings and the schema.
-void runScript(sqlite3* database, const char* script) {
-  if (sqlite3_exec(database, script, nullptr, nullptr, nullptr) != SQLITE_OK) {
-    throw DatabaseError(sqlite3_errmsg(database));
-  }
-}
-
-// The component is single-threaded, so the library's own locking and counting are left out. It
-// takes settings only before its first use, which is fine: they change no result.
-void configureLibrary() {
-  static const bool done = [] {
-    sqlite3_config(SQLITE_CONFIG_SINGLETHREAD);
-    sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
-    return true;
-  }();
-  static_cast<void>(done);
-}
-
-sqlite3* openFile(const std::filesystem::path& file, int flags) {
-  configureLibrary();
-  sqlite3* database = nullptr;
-  const int result = sqlite3_open_v2(file.c_str(), &database, flags | SQLITE_OPEN_NOMUTEX, nullptr);
-  if (result != SQLITE_OK) {
-    std::string reason = database != nullptr ? sqlite3_errmsg(database) : sqlite3_errstr(result);
-    if (database != nullptr && sqlite3_system_errno(database) != 0) {
-      reason += std::string(": ") + std::strerror(sqlite3_system_errno(database));
+// Looked at before SQLite does, which for a database that is protected from writing would leave
+// files beside it that are protected as well, and stay so.
+void requireWritable(const std::filesystem::path& file) {
+  for (const char* const suffix : {"", "-wal", "-shm"}) {
+    const std::string name = file.string() + suffix;
+    struct stat status {};
+    const std::string what = *suffix == '\0' ? "" : name + ": ";
+    if (::stat(name.c_str(), &status) != 0) {
+      if (errno == ENOENT && *suffix != '\0') continue;
+      throw DatabaseError(what + std::strerror(errno));
     }
-    sqlite3_close_v2(database);
-    throw DatabaseError(reason);
+    if (!S_ISREG(status.st_mode)) throw DatabaseError(what + "보통 파일이 아닙니다");
+    if (::faccessat(AT_FDCWD, name.c_str(), W_OK, AT_EACCESS) != 0) {
+      throw DatabaseError(what + "쓸 수 없는 파일입니다: " + std::strerror(errno));
+    }
   }
-  return database;
 }
 
 void configure(sqlite3* database) {
-  sqlite3_busy_timeout(database, ConnectionSettings::kTimeoutSeconds * 1000);
   sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
   sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
   // In WAL mode NORMAL keeps the file consistent through a power cut; at worst the last rows'
   // stamps are lost, and the next run finds and repairs such pairs.
-  runScript(database,
-            "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-16384;");
+  store::execute(database,
+                 "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-16384;");
 }
 
 }  // namespace
@@ -98,11 +83,11 @@ struct SqliteConnection::Columns {
     }
   };
 
-  explicit Columns(sqlite3_stmt* statement)
-      : count(static_cast<std::size_t>(sqlite3_column_count(statement))) {
+  explicit Columns(const Statement& statement)
+      : count(static_cast<std::size_t>(statement.columnCount())) {
     names.reserve(count);
     for (std::size_t i = 0; i < count; ++i) {
-      names.emplace_back(sqlite3_column_name(statement, static_cast<int>(i)));
+      names.emplace_back(statement.columnName(static_cast<int>(i)));
       byName.emplace(names.back(), i);
     }
   }
@@ -121,23 +106,20 @@ class SqliteConnection::Rows : public Recordset {
     bytes_.reserve(kUsualRow);
   }
 
-  void append(sqlite3_stmt* statement) {
+  void append(const Statement& statement) {
     for (int i = 0; i < static_cast<int>(columns_->count); ++i) {
-      const int type = sqlite3_column_type(statement, i);
-      if (type == SQLITE_NULL) {
+      const Statement::Type type = statement.type(i);
+      if (type == Statement::Type::Null) {
         cells_.push_back({bytes_.size(), kNull});
         continue;
       }
-      if (type == SQLITE_INTEGER) {  // the library would allocate for its text
-        appendNumber(sqlite3_column_int64(statement, i));
+      if (type == Statement::Type::Integer) {  // the library would allocate for its text
+        appendNumber(statement.number(i));
         continue;
       }
-      const void* const data = type == SQLITE_BLOB
-                                   ? sqlite3_column_blob(statement, i)
-                                   : static_cast<const void*>(sqlite3_column_text(statement, i));
-      const auto size = static_cast<std::size_t>(sqlite3_column_bytes(statement, i));
-      cells_.push_back({bytes_.size(), size});
-      if (size > 0) bytes_.append(static_cast<const char*>(data), size);
+      const std::string_view bytes = statement.bytes(i);
+      cells_.push_back({bytes_.size(), bytes.size()});
+      bytes_.append(bytes);
     }
     ++rowCount_;
   }
@@ -182,14 +164,6 @@ class SqliteConnection::Rows : public Recordset {
   std::size_t row_ = 0;
 };
 
-void SqliteConnection::Closer::operator()(sqlite3* database) const {
-  sqlite3_close_v2(database);
-}
-
-void SqliteConnection::Finalizer::operator()(sqlite3_stmt* statement) const {
-  sqlite3_finalize(statement);
-}
-
 SqliteConnection::~SqliteConnection() {
   prepared_.clear();  // statements go before the database that they belong to
 }
@@ -204,15 +178,16 @@ void SqliteConnection::open(const ConnectionSettings& settings) {
           "Jet(Access) 데이터베이스입니다. 이 프로그램은 SQLite 데이터베이스만 사용하며, 이 파일은 "
           "변경하지 않았습니다");
     }
-    database_ = openDatabase(file);
+    database_ = openFile(file);
   } catch (const DatabaseError& error) {
     closedBecause_ = file.string() + ": " + error.what();
     throw DatabaseError(closedBecause_);
   }
 }
 
-SqliteConnection::Database SqliteConnection::openDatabase(const std::filesystem::path& file) {
-  Database database(openFile(file, SQLITE_OPEN_READWRITE));
+Database SqliteConnection::openFile(const std::filesystem::path& file) {
+  requireWritable(file);
+  Database database = openDatabase(file, Access::ReadWrite, stop_);
   configure(database.get());
   if (sqlite3_db_readonly(database.get(), "main") != 0) {
     // Transfers would write contacts and could not record it.
@@ -221,47 +196,30 @@ SqliteConnection::Database SqliteConnection::openDatabase(const std::filesystem:
   return database;
 }
 
-void SqliteConnection::fail(std::string_view sql) const {
-  // The beginning tells which statement it was; what follows is people's data.
-  constexpr std::size_t kShown = 32;
-  throw DatabaseError(std::string(sqlite3_errmsg(database_.get())) + ": " +
-                      std::string(sql.substr(0, kShown)));
-}
-
 SqliteConnection::Prepared& SqliteConnection::prepare(std::string_view sql) {
   if (!database_) throw DatabaseError(closedBecause_);
   const StatementText text = readStatement(sql);
   auto found = prepared_.find(text.shape);
   if (found == prepared_.end()) {
-    sqlite3_stmt* raw = nullptr;
-    if (sqlite3_prepare_v3(database_.get(), text.shape.c_str(), static_cast<int>(text.shape.size()),
-                           SQLITE_PREPARE_PERSISTENT, &raw, nullptr) != SQLITE_OK) {
-      fail(sql);
-    }
-    std::unique_ptr<sqlite3_stmt, Finalizer> statement(raw);
-    if (!statement) throw DatabaseError("SQL 문장이 비어 있습니다.");
+    Statement statement(database_.get(), text.shape);
     if (prepared_.size() >= kMostPrepared) prepared_.clear();
-    auto columns = std::make_shared<const Columns>(raw);
+    auto columns = std::make_shared<const Columns>(statement);
     found = prepared_.emplace(text.shape, Prepared{std::move(statement), std::move(columns)}).first;
   }
-  sqlite3_stmt* const statement = found->second.statement.get();
+  Statement& statement = found->second.statement;
   int index = 0;
   for (const Literal& literal : text.literals) {
     ++index;
-    const auto size = static_cast<sqlite3_uint64>(literal.value.size());
-    const char* const value = literal.value.data();
-    int result = SQLITE_OK;
     switch (literal.kind) {
       case Literal::Kind::Number:
-        result = sqlite3_bind_int64(statement, index, text::parseInteger(literal.value).value());
+        statement.bind(index, text::parseInteger(literal.value).value());
         break;
       case Literal::Kind::Bytes:
-        result = sqlite3_bind_blob64(statement, index, value, size, SQLITE_TRANSIENT);
+        statement.bindBytes(index, literal.value);
         break;
       case Literal::Kind::Text:
-        result = sqlite3_bind_text64(statement, index, value, size, SQLITE_TRANSIENT, SQLITE_UTF8);
+        statement.bind(index, std::string_view(literal.value));
     }
-    if (result != SQLITE_OK) fail(sql);
   }
   return found->second;
 }
@@ -269,44 +227,39 @@ SqliteConnection::Prepared& SqliteConnection::prepare(std::string_view sql) {
 namespace {
 
 // Puts a cached statement back into its unused state, whatever happened to it.
-class Reset {
+class Clear {
  public:
-  explicit Reset(sqlite3_stmt* statement) : statement_(statement) {}
-  ~Reset() {
-    sqlite3_reset(statement_);
-    sqlite3_clear_bindings(statement_);
-  }
-  Reset(const Reset&) = delete;
-  Reset& operator=(const Reset&) = delete;
+  explicit Clear(const Statement& statement) : statement_(statement) {}
+  ~Clear() { statement_.clear(); }
+  Clear(const Clear&) = delete;
+  Clear& operator=(const Clear&) = delete;
 
  private:
-  sqlite3_stmt* statement_;
+  const Statement& statement_;
 };
 
 }  // namespace
 
 std::int64_t SqliteConnection::execute(std::string_view sql) {
-  sqlite3_stmt* const statement = prepare(sql).statement.get();
-  const Reset reset(statement);
+  Statement& statement = prepare(sql).statement;
+  const Clear clear(statement);
   const std::int64_t before = sqlite3_total_changes64(database_.get());
-  int result = sqlite3_step(statement);
-  while (result == SQLITE_ROW) result = sqlite3_step(statement);
-  if (result != SQLITE_DONE) fail(sql);
+  while (statement.next()) {
+  }
   return sqlite3_total_changes64(database_.get()) - before;
 }
 
 std::unique_ptr<Recordset> SqliteConnection::query(std::string_view sql) {
   Prepared& prepared = prepare(sql);
-  sqlite3_stmt* const statement = prepared.statement.get();
-  const Reset reset(statement);
-  int result = sqlite3_step(statement);
+  Statement& statement = prepared.statement;
+  const Clear clear(statement);
+  bool isRow = statement.next();
   // Another program may have changed the table since the statement was prepared.
-  if (static_cast<std::size_t>(sqlite3_column_count(statement)) != prepared.columns->count) {
+  if (static_cast<std::size_t>(statement.columnCount()) != prepared.columns->count) {
     prepared.columns = std::make_shared<const Columns>(statement);
   }
   auto rows = std::make_unique<Rows>(prepared.columns);
-  for (; result == SQLITE_ROW; result = sqlite3_step(statement)) rows->append(statement);
-  if (result != SQLITE_DONE) fail(sql);
+  for (; isRow; isRow = statement.next()) rows->append(statement);
   return rows;
 }
 
@@ -318,16 +271,11 @@ void createDatabase(const std::filesystem::path& file) {
   }
   if (descriptor < 0) throw DatabaseError(file.string() + ": " + std::strerror(errno));
   ::close(descriptor);
-  sqlite3* database = nullptr;
   try {
-    database = openFile(file, SQLITE_OPEN_READWRITE);
-    configure(database);
-    runScript(database, "BEGIN");
-    runScript(database, kSchemaSql);
-    runScript(database, "COMMIT");
-    sqlite3_close_v2(database);
+    const Database database = openDatabase(file, Access::ReadWrite);
+    configure(database.get());
+    store::execute(database.get(), std::string("BEGIN;") + kSchemaSql + ";COMMIT");
   } catch (const DatabaseError& error) {
-    sqlite3_close_v2(database);
     std::error_code ignored;  // the failure to report is the one that led here
     for (const char* suffix : {"", "-wal", "-shm"}) {
       std::filesystem::remove(file.string() + suffix, ignored);

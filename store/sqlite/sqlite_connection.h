@@ -3,14 +3,13 @@
 // and refused, never written to.
 #pragma once
 
+#include <csignal>
 #include <filesystem>
 #include <string>
 #include <unordered_map>
 
 #include "store/connection.h"
-
-struct sqlite3;
-struct sqlite3_stmt;
+#include "store/sqlite/statement.h"
 
 namespace vlout::store {
 
@@ -23,7 +22,8 @@ void createDatabase(const std::filesystem::path& file);
 
 class SqliteConnection : public Connection {
  public:
-  SqliteConnection() = default;
+  // Other programs' locks are waited for only while `stop` is 0, where it is given.
+  explicit SqliteConnection(const volatile std::sig_atomic_t* stop = nullptr) : stop_(stop) {}
   ~SqliteConnection() override;
 
   void open(const ConnectionSettings& settings) override;
@@ -35,28 +35,20 @@ class SqliteConnection : public Connection {
   [[nodiscard]] sqlite3* database() const { return database_.get(); }
 
  protected:
-  struct Closer {
-    void operator()(sqlite3* database) const;
-  };
-  using Database = std::unique_ptr<sqlite3, Closer>;
-
   // Opens the file for `open`, with the adapter's settings. Throws DatabaseError.
-  [[nodiscard]] virtual Database openDatabase(const std::filesystem::path& file);
+  [[nodiscard]] virtual Database openFile(const std::filesystem::path& file);
 
  private:
-  struct Finalizer {
-    void operator()(sqlite3_stmt* statement) const;
-  };
   class Rows;
   struct Columns;
   struct Prepared {
-    std::unique_ptr<sqlite3_stmt, Finalizer> statement;
+    Statement statement;
     std::shared_ptr<const Columns> columns;
   };
 
   Prepared& prepare(std::string_view sql);
-  [[noreturn]] void fail(std::string_view sql) const;
 
+  const volatile std::sig_atomic_t* stop_;
   Database database_;
   std::unordered_map<std::string, Prepared> prepared_;  // by statement shape
   std::string closedBecause_ = "데이터베이스가 열려 있지 않습니다.";

@@ -55,6 +55,7 @@ class ProgramTest : public testing::Test {
     char* environment[]{settings[0].data(), settings[1].data(), settings[2].data(), nullptr};
     const pid_t child = fork();
     if (child == 0) {
+      dup2(open("/dev/null", O_RDONLY), 0);
       dup2(open((temporary.path() / "out").c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600), 1);
       dup2(open((temporary.path() / "err").c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600), 2);
       execve(argv[0], argv.data(), environment);
@@ -313,6 +314,28 @@ TEST_F(ProgramTest, SaysWhatIsWrongWithWhatItIsGiven) {
        [&] { std::filesystem::remove(base + "/temp/exportlist.txt"); },
        {"--range", "selected"},
        "exportlist.txt"},
+      {"pipes nobody writes to",
+       [&] {
+         for (const char* name : {"temp/exportlist.txt", "VelmoraOlSync.ini", "settings.ini"}) {
+           std::filesystem::remove(base + "/" + name);
+           ASSERT_EQ(mkfifo((base + "/" + name).c_str(), 0600), 0);
+         }
+       },
+       {"--range", "selected"},
+       "settings.ini: 보통 파일이 아닙니다\n"},
+      {"a pipe for a database",
+       [&] {
+         std::filesystem::remove(base + "/VelmoraDB.vdb");
+         ASSERT_EQ(mkfifo((base + "/VelmoraDB.vdb").c_str(), 0600), 0);
+       },
+       {},
+       "VelmoraDB.vdb: 보통 파일이 아닙니다"},
+      {"endless export list",
+       [&] {
+         std::filesystem::resize_file(base + "/temp/exportlist.txt", std::uintmax_t{1} << 40);
+       },
+       {"--range", "selected"},
+       "File too large"},
       {"binary export list",
        [&] { tests::writeFile(base + "/temp/exportlist.txt", "1\r\n\xFF\xFE"); },
        {"--range", "selected"},
@@ -360,6 +383,27 @@ TEST_F(ProgramTest, AnInterruptStopsInOrder) {
   EXPECT_THAT(stopped.out, HasSubstr("추가=" + std::to_string(written) + "/"));
   const Result rest = run(exportAll());
   EXPECT_THAT(rest.out, HasSubstr("추가=" + std::to_string(3000 - written) + "/갱신=0"));
+}
+
+// A lock that another program keeps is waited for once, and not past a signal to end.
+TEST_F(ProgramTest, ARunThatWaitsForTheDatabaseCanBeEnded) {
+  sample(3);
+  store::SqliteConnection other;
+  other.open({.componentFolder = folder()});
+  store::execute(other.database(), "BEGIN IMMEDIATE");
+  const pid_t child = start(exportAll());
+  while (tests::fileNames(contacts()).empty() && !hasEnded(child)) {
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  kill(child, SIGTERM);
+  const Result ended = finish(child);
+  EXPECT_EQ(ended.status, 1);
+  EXPECT_THAT(ended.err,
+              AllOf(HasSubstr("쓰기 잠금"), HasSubstr("VelmoraDB.vdb: database is locked")));
+  EXPECT_EQ(tests::fileNames(contacts()).size(), 1U);
+  store::rollBack(other.database());
+  EXPECT_THAT(run(exportAll()).out, HasSubstr("추가=2/갱신=0"));
+  expectPairs(3);
 }
 
 // Killed at many moments, a run is taken up again and ends as if nothing had happened: each person
@@ -504,7 +548,7 @@ TEST_F(ProgramTest, AKilledRunIsUndoneByAnUndoThatIsKilled) {
   EXPECT_THAT(run({"history", "--folder", folder()}).out,
               AllOf(HasSubstr("1\t"), HasSubstr("export all\t끝나지 않음\t명함=")));
   // No --force: what the killed run wrote is known to be its own.
-  killThenFinish({"undo", "1", "--folder", folder()}, 20);
+  killThenFinish({"undo", "1", "--yes", "--folder", folder()}, 20);
   EXPECT_THAT(tests::fileNames(contacts()), IsEmpty());
   EXPECT_EQ(database(), before);
 }
@@ -522,14 +566,20 @@ TEST_F(ProgramTest, UndoSaysWhatItWillChangeAndMindsLaterEdits) {
   std::filesystem::rename(folder(), moved);
   const auto edited = cards / tests::fileNames(cards).front();
   tests::writeFile(edited, tests::readFile(edited) + "\r\n");
-  const std::vector<std::string> undo{"undo", "--folder", moved};
+  std::vector<std::string> undo{"undo", "--folder", moved};
   const std::string before = tests::stampsOf(cards);
   const Result refused = run(undo);
   EXPECT_EQ(refused.status, 1);
   EXPECT_THAT(refused.out, HasSubstr("연락처 고침: "));
   EXPECT_THAT(refused.err, HasSubstr("--force"));
   EXPECT_EQ(tests::stampsOf(cards), before);
-  EXPECT_EQ(run({"undo", "--force", "--folder", moved}).status, 0);
+  undo.emplace_back("--force");
+  const Result unasked = run(undo);
+  EXPECT_EQ(unasked.status, 1);
+  EXPECT_THAT(unasked.err, HasSubstr("--yes"));
+  EXPECT_EQ(tests::stampsOf(cards), before);
+  undo.emplace_back("--yes");
+  EXPECT_EQ(run(undo).status, 0);
   EXPECT_THAT(tests::fileNames(cards), IsEmpty());
   const Result nothing = run(undo);
   EXPECT_EQ(nothing.status, 1);

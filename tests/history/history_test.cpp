@@ -206,6 +206,24 @@ TEST_F(HistoryTest, ADamagedPointIsRefusedAndHarmsNothing) {
     EXPECT_ANY_THROW(Undo(folder(), 1).perform()) << i;
     EXPECT_EQ(everything(), before) << i;
   }
+  // It is not the point that is to blame for a damaged database.
+  startAfresh();
+  std::filesystem::remove_all(folder() / "history");
+  makePairs();
+  run(frmOutlookSync::kExport);
+  const auto file = folder() / "VelmoraDB.vdb";
+  execute("PRAGMA wal_checkpoint(TRUNCATE)");
+  for (const std::size_t whole : {4096U, 0U}) {
+    const std::string bytes = tests::readFile(file);
+    std::ofstream(file, std::ios::binary)
+        << bytes.substr(0, whole) << std::string(bytes.size() - whole, 'x');
+    try {
+      Undo(folder(), 1).perform();
+      ADD_FAILURE();
+    } catch (const store::DatabaseError& error) {
+      EXPECT_THAT(error.what(), testing::StartsWith(file.string() + ": "));
+    }
+  }
 }
 
 TEST_F(HistoryTest, AFileThatCannotBePutBackDoesNotKeepTheOthersAndTheUndoIsRepeated) {
@@ -278,9 +296,9 @@ TEST_F(HistoryTest, TheNextRunCompletesWhatIsCertain) {
     std::filesystem::remove_all(folder() / "history");
     makePairs();
     execute("UPDATE tbl_namecard SET Last_moddate='2025/02/01 10:00:00' where i_idx=4");
-    history::execute(database.database(),
-                     "CREATE TRIGGER killed BEFORE UPDATE ON tbl_namecard WHEN NEW.i_idx IN (1,4) "
-                     "BEGIN SELECT RAISE(ABORT,'killed'); END");
+    store::execute(database.database(),
+                   "CREATE TRIGGER killed BEFORE UPDATE ON tbl_namecard WHEN NEW.i_idx IN (1,4) "
+                   "BEGIN SELECT RAISE(ABORT,'killed'); END");
     run(frmOutlookSync::kExport);
     execute("DROP TRIGGER killed");
     record([](RunRecord& run) { run.state = RunState::Unfinished; });

@@ -2,6 +2,7 @@
 
 #include <string>
 #include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -161,6 +162,34 @@ TEST(SqliteOpen, RefusesWhatIsNoDatabaseAndLeavesItAsItIs) {
     } catch (const DatabaseError& error) {
       EXPECT_THAT(error.what(), HasSubstr(c.reason));
     }
+  }
+}
+
+// A refusal must not leave files beside the database that keep it from being written for ever.
+TEST(SqliteOpen, RefusesWhatItMayNotWriteAndNamesIt) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can become somebody else";
+  constexpr uid_t kSomebody = 65534;
+  for (const char* const suffix : {"", "-wal", "-shm"}) {
+    const tests::TemporaryFolder folder;
+    const ConnectionSettings settings{.componentFolder = folder.path()};
+    const std::string file = settings.databaseFile().string();
+    createDatabase(file);
+    tests::writeFile(file + suffix, *suffix == '\0' ? tests::readFile(file) : "");
+    chmod((file + suffix).c_str(), 0444);
+    for (const std::string& path : {folder.path().string(), file, file + suffix}) {
+      ASSERT_EQ(chown(path.c_str(), kSomebody, kSomebody), 0);
+    }
+    ASSERT_EQ(seteuid(kSomebody), 0);
+    SqliteConnection connection;
+    std::string reason;
+    try {
+      connection.open(settings);
+    } catch (const DatabaseError& error) {
+      reason = error.what();
+    }
+    ASSERT_EQ(seteuid(0), 0);
+    EXPECT_THAT(reason, HasSubstr(file + suffix + ": 쓸 수 없는 파일입니다: Permission denied"));
+    EXPECT_EQ(tests::fileNames(folder.path()).size(), *suffix == '\0' ? 1U : 2U);
   }
 }
 

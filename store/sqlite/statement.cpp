@@ -1,0 +1,161 @@
+#include "store/sqlite/statement.h"
+
+#include <chrono>
+#include <cstring>
+#include <sqlite3.h>
+#include <thread>
+
+#include "store/connection.h"
+
+namespace vlout::store {
+namespace {
+
+// The beginning tells which statement it was that failed; what follows may be people's data.
+constexpr std::size_t kShown = 32;
+
+// The component is single-threaded, so the library's own locking and counting are left out. It
+// takes settings only before its first use, which is fine: they change no result.
+void configureLibrary() {
+  static const bool done = [] {
+    sqlite3_config(SQLITE_CONFIG_SINGLETHREAD);
+    sqlite3_config(SQLITE_CONFIG_MEMSTATUS, 0);
+    return true;
+  }();
+  static_cast<void>(done);
+}
+
+// Called while another program holds a lock; 0 gives up.
+int waitForLock(void* stop, int tries) {
+  constexpr std::chrono::milliseconds kPause(10);
+  constexpr int kMostTries =
+      static_cast<int>(std::chrono::seconds(ConnectionSettings::kTimeoutSeconds) / kPause);
+  const auto* const asked = static_cast<const volatile std::sig_atomic_t*>(stop);
+  if (tries >= kMostTries || (asked != nullptr && *asked != 0)) return 0;
+  std::this_thread::sleep_for(kPause);
+  return 1;
+}
+
+}  // namespace
+
+void DatabaseCloser::operator()(sqlite3* database) const {
+  sqlite3_close_v2(database);
+}
+
+Database openDatabase(const std::filesystem::path& file, Access access,
+                      const volatile std::sig_atomic_t* stop) {
+  configureLibrary();
+  const int mode = access == Access::ReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
+  sqlite3* opened = nullptr;
+  const int result = sqlite3_open_v2(file.c_str(), &opened, mode | SQLITE_OPEN_NOMUTEX, nullptr);
+  Database database(opened);
+  if (result != SQLITE_OK) {
+    std::string reason = database ? sqlite3_errmsg(opened) : sqlite3_errstr(result);
+    if (database && sqlite3_system_errno(opened) != 0) {
+      reason += std::string(": ") + std::strerror(sqlite3_system_errno(opened));
+    }
+    throw DatabaseError(reason);
+  }
+  sqlite3_busy_handler(opened, waitForLock, const_cast<std::sig_atomic_t*>(stop));
+  return database;
+}
+
+void failAs(sqlite3* database, std::string_view context) {
+  std::string text = sqlite3_errmsg(database);
+  if (!context.empty()) text.append(": ").append(context);
+  if (sqlite3_errcode(database) == SQLITE_BUSY) throw DatabaseBusy(text);
+  throw DatabaseError(text);
+}
+
+void execute(sqlite3* database, const std::string& script) {
+  if (sqlite3_exec(database, script.c_str(), nullptr, nullptr, nullptr) != SQLITE_OK) {
+    failAs(database);
+  }
+}
+
+void rollBack(sqlite3* database) {
+  if (sqlite3_get_autocommit(database) == 0) {
+    sqlite3_exec(database, "ROLLBACK", nullptr, nullptr, nullptr);
+  }
+}
+
+Statement::Statement(sqlite3* database, std::string_view sql) : database_(database) {
+  sqlite3_stmt* statement = nullptr;
+  if (sqlite3_prepare_v3(database, sql.data(), static_cast<int>(sql.size()),
+                         SQLITE_PREPARE_PERSISTENT, &statement, nullptr) != SQLITE_OK) {
+    failAs(database, sql.substr(0, kShown));
+  }
+  statement_.reset(statement);
+  if (!statement_) throw DatabaseError("SQL 문장이 비어 있습니다.");
+}
+
+void Statement::Finalizer::operator()(sqlite3_stmt* statement) const {
+  sqlite3_finalize(statement);
+}
+
+void Statement::require(int result) const {
+  const std::string_view sql = sqlite3_sql(statement_.get());
+  if (result != SQLITE_OK) failAs(database_, sql.substr(0, kShown));
+}
+
+Statement& Statement::bind(int index, std::int64_t value) {
+  require(sqlite3_bind_int64(statement_.get(), index, value));
+  return *this;
+}
+
+Statement& Statement::bind(int index, std::string_view text) {
+  require(sqlite3_bind_text64(statement_.get(), index, text.data(), text.size(), SQLITE_TRANSIENT,
+                              SQLITE_UTF8));
+  return *this;
+}
+
+Statement& Statement::bindBytes(int index, std::string_view bytes) {
+  require(
+      sqlite3_bind_blob64(statement_.get(), index, bytes.data(), bytes.size(), SQLITE_TRANSIENT));
+  return *this;
+}
+
+bool Statement::next() {
+  const int result = sqlite3_step(statement_.get());
+  if (result == SQLITE_ROW) return true;
+  require(result == SQLITE_DONE ? SQLITE_OK : result);
+  sqlite3_reset(statement_.get());
+  return false;
+}
+
+void Statement::reset() const {
+  sqlite3_reset(statement_.get());
+}
+
+void Statement::clear() const {
+  sqlite3_reset(statement_.get());
+  sqlite3_clear_bindings(statement_.get());
+}
+
+Statement::Type Statement::type(int column) const {
+  return static_cast<Type>(sqlite3_column_type(statement_.get(), column));
+}
+
+std::int64_t Statement::number(int column) const {
+  return sqlite3_column_int64(statement_.get(), column);
+}
+
+std::string_view Statement::bytes(int column) const {
+  // The bytes of a blob as they are; of anything else those of its text.
+  const bool isBlob = sqlite3_column_type(statement_.get(), column) == SQLITE_BLOB;
+  const void* const data =
+      isBlob ? sqlite3_column_blob(statement_.get(), column)
+             : static_cast<const void*>(sqlite3_column_text(statement_.get(), column));
+  if (data == nullptr) return {};
+  return {static_cast<const char*>(data),
+          static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column))};
+}
+
+int Statement::columnCount() const {
+  return sqlite3_column_count(statement_.get());
+}
+
+const char* Statement::columnName(int column) const {
+  return sqlite3_column_name(statement_.get(), column);
+}
+
+}  // namespace vlout::store

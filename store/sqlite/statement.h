@@ -1,0 +1,78 @@
+// SQLite's C interface, in one place: open databases, and prepared statements of any text. The
+// adapter, its preview, backups and the history build on it; only the hooks that tell of changes
+// are set elsewhere. Everything throws DatabaseError with the library's own text.
+#pragma once
+
+#include <csignal>
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+struct sqlite3;
+struct sqlite3_stmt;
+
+namespace vlout::store {
+
+struct DatabaseCloser {
+  void operator()(sqlite3* database) const;
+};
+using Database = std::unique_ptr<sqlite3, DatabaseCloser>;
+
+enum class Access { ReadOnly, ReadWrite };
+
+// Opens a file that is there. Another program's lock is waited for as long as the connection
+// settings say, but no longer than `stop` is 0, where it is given.
+[[nodiscard]] Database openDatabase(const std::filesystem::path& file, Access access,
+                                    const volatile std::sig_atomic_t* stop = nullptr);
+
+// Throws what the last call on the database failed with, `context` behind it: DatabaseBusy for
+// another program's lock.
+[[noreturn]] void failAs(sqlite3* database, std::string_view context = "");
+
+// Runs text of this program's own, any number of statements.
+void execute(sqlite3* database, const std::string& script);
+
+// Ends a transaction, if the database has not done so itself.
+void rollBack(sqlite3* database);
+
+class Statement {
+ public:
+  Statement(sqlite3* database, std::string_view sql);
+
+  // Give a parameter its value for the next run, which is 1-based.
+  Statement& bind(int index, std::int64_t value);
+  Statement& bind(int index, std::string_view text);
+  Statement& bindBytes(int index, std::string_view bytes);
+
+  // Moves on to the next row; false at the end, when the statement is ready to be run again.
+  bool next();
+  // Ends a run before its last row.
+  void reset() const;
+  // `reset`, and the parameters lose their values.
+  void clear() const;
+
+  enum class Type { Integer = 1, Real, Text, Bytes, Null };  // numbered as in the library
+  // Of the current row, by 0-based column.
+  [[nodiscard]] Type type(int column) const;
+  [[nodiscard]] std::int64_t number(int column) const;
+  // The bytes of any value but NULL, numbers as text; they last until the next step.
+  [[nodiscard]] std::string_view bytes(int column) const;
+  [[nodiscard]] std::string text(int column) const { return std::string(bytes(column)); }
+
+  [[nodiscard]] int columnCount() const;
+  [[nodiscard]] const char* columnName(int column) const;
+
+ private:
+  struct Finalizer {
+    void operator()(sqlite3_stmt* statement) const;
+  };
+  void require(int result) const;
+
+  sqlite3* database_;
+  std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
+};
+
+}  // namespace vlout::store
