@@ -76,6 +76,7 @@ class QtWindowTest : public ScenarioFixture,
     reopened_ = false;
     expectNames(window);
     expectKeys(window);
+    expectCentred(window);
     perform(action, window);
   }
 
@@ -157,6 +158,16 @@ class QtWindowTest : public ScenarioFixture,
     if (folder == nullptr) return;
     letViewsFollow();
     EXPECT_TRUE(window.grab().save(qt(std::string(folder) + "/" + name + ".png")));
+  }
+
+  // Each window is looked at once and then moved, so that the next one cannot go by its place.
+  static void expectCentred(QWidget& window) {
+    if (window.property("seen").toBool()) return;
+    const QPoint middle = window.screen()->availableGeometry().center();
+    EXPECT_LE((window.frameGeometry().center() - middle).manhattanLength(), 2)
+        << window.windowTitle().toStdString();
+    window.setProperty("seen", true);
+    window.move(30, 20);
   }
 
   // Whatever can be used has a name for those who cannot see it.

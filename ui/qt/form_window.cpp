@@ -3,8 +3,9 @@
 #include <QCloseEvent>
 #include <QKeyEvent>
 #include <QPushButton>
-#include <QScreen>
 #include <QScrollArea>
+
+#include <algorithm>
 
 #include "ui/qt/qt_text.h"
 #include "ui/qt/widgets.h"
@@ -72,6 +73,18 @@ FormWindow::FormWindow(Form& form, QWidget* parent)
 
 FormWindow::~FormWindow() {
   for (const Layout* part : shown_) releaseControl(*part);
+}
+
+void FormWindow::place(const QScreen& screen) {
+  if (!form_.centred) return;
+  const QRect area = screen.availableGeometry();
+  const QPoint middle =
+      area.topLeft() +
+      QPoint(form_.left + form_.width / 2, form_.top + form_.height / 2) / kTwipsPerUnit;
+  QRect frame = frameGeometry();
+  frame.moveCenter(middle);
+  // What is as large as the screen keeps its title in sight.
+  move(std::max(frame.left(), area.left()), std::max(frame.top(), area.top()));
 }
 
 void FormWindow::closeEvent(QCloseEvent* event) {

@@ -6,6 +6,7 @@
 #include <QDialog>
 #include <QGridLayout>
 #include <QLabel>
+#include <QScreen>
 
 #include <vector>
 
@@ -21,6 +22,10 @@ class FormWindow : public QDialog {
   FormWindow& operator=(const FormWindow&) = delete;
 
   [[nodiscard]] Form& form() const { return form_; }
+
+  // Moves the window to where the form belongs on the screen; its middle stays there when the
+  // controls need more room than the form says.
+  void place(const QScreen& screen);
 
   // The Esc key and the frame's close box: the form decides.
   void reject() override { form_.keyPress(kEscape); }

@@ -45,10 +45,13 @@ bool Application::notify(QObject* receiver, QEvent* event) {
 }
 
 void QtToolkit::showModal(Form& form) {
+  const QScreen& where = screen();  // of the owner, which the window itself is from now on
   FormWindow window(form, owner());
   const Listed listed(windows_, window);
   window.setWindowModality(Qt::ApplicationModal);
+  window.place(where);
   window.show();
+  window.place(where);  // the system has put its frame around it
   while (form.isVisible()) QApplication::processEvents(QEventLoop::WaitForMoreEvents);
 }
 
@@ -60,8 +63,14 @@ void QtToolkit::messageBox(MessageIcon icon, std::string_view text) {
   box.exec();
 }
 
+// Its owner's, where a window has one.
+const QScreen& QtToolkit::screen() const {
+  const QWidget* const window = owner();
+  return window == nullptr ? *QApplication::primaryScreen() : *window->screen();
+}
+
 ScreenSize QtToolkit::screenSize() const {
-  const QSize size = QApplication::primaryScreen()->availableSize();
+  const QSize size = screen().availableSize();
   return {size.width() * kTwipsPerUnit, size.height() * kTwipsPerUnit};
 }
 

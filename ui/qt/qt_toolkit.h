@@ -1,5 +1,5 @@
-// The toolkit port on Qt Widgets: forms as dialogs, modal one over the other. There must be a
-// `Application`.
+// The toolkit port on Qt Widgets: forms as dialogs, modal one over the other. An
+// `Application` must exist.
 #pragma once
 
 #include <QApplication>
@@ -28,6 +28,7 @@ class QtToolkit : public Toolkit {
   void pump() override;
 
  private:
+  [[nodiscard]] const QScreen& screen() const;
   [[nodiscard]] QWidget* owner() const { return windows_.empty() ? nullptr : windows_.back(); }
 
   std::vector<FormWindow*> windows_;  // the open ones, the topmost last
