@@ -61,8 +61,10 @@ bool OutlookStore::connect() {
 void OutlookStore::openContactsFolder(const std::function<void()>& afterEach) {
   guarded([&] {
     nameSpace_ = application_.object("GetNamespace", classes_.nameSpace, {_variant_t(L"MAPI")});
-    items_ = nameSpace_.object("GetDefaultFolder", classes_.folder, {_variant_t(kContactsFolder)})
-                 .object("Items", classes_.items);
+    const Dispatch folder =
+        nameSpace_.object("GetDefaultFolder", classes_.folder, {_variant_t(kContactsFolder)});
+    storeId_ = folder.text("StoreID");
+    items_ = folder.object("Items", classes_.items);
     // Outlook's order moves when an item is saved by anyone, and the walk takes a while.
     constexpr int kTries = 3;
     changedMeanwhile_ = true;
@@ -134,7 +136,9 @@ std::unique_ptr<Contact> OutlookStore::item(std::size_t index) {
   auto open = [this, &entry] {
     // Never by its index: Outlook's order may have moved, and it would be another contact.
     if (entry.id.empty()) throw ContactStoreError(entry.failure);
-    return nameSpace_.object("GetItemFromID", classes_.item, {_variant_t(windows::bstr(entry.id))});
+    return nameSpace_.object(
+        "GetItemFromID", classes_.item,
+        {_variant_t(windows::bstr(entry.id)), _variant_t(windows::bstr(storeId_))});
   };
   return std::make_unique<OutlookContact>(classes_, open, entry.typeName);
 }

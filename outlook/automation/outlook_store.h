@@ -46,6 +46,7 @@ class OutlookStore : public ContactStore {
   windows::Dispatch application_;
   windows::Dispatch nameSpace_;
   windows::Dispatch items_;
+  std::string storeId_;  // of the folder: an entry id alone may name nothing
   std::vector<Entry> entries_;
   bool changedMeanwhile_ = false;
   std::string connectFailure_;

@@ -89,11 +89,15 @@ STDMETHODIMP AutomationObject::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPP
     }
     return S_OK;
   } catch (const Failure& failure) {
-    if (failure.text.empty()) return failure.code;
-    exception->scode = failure.code;
-    exception->bstrDescription = windows::bstr(failure.text).Detach();
-    return DISP_E_EXCEPTION;
+    return raise(failure, exception);
   }
+}
+
+HRESULT raise(const Failure& failure, EXCEPINFO* exception) {
+  if (failure.text.empty()) return failure.code;
+  exception->scode = failure.code;
+  exception->bstrDescription = windows::bstr(failure.text).Detach();
+  return DISP_E_EXCEPTION;
 }
 
 void AutomationObject::put(const std::string&, const _variant_t&) {

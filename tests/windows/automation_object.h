@@ -16,6 +16,9 @@ struct Failure {
   std::string text;
 };
 
+// What a call answers that fails so: a code alone, or an exception with its text.
+HRESULT raise(const Failure& failure, EXCEPINFO* exception);
+
 class AutomationObject : public windows::Counted<IDispatch> {
  public:
   using Arguments = std::vector<_variant_t>;  // in the order of the call

@@ -4,6 +4,8 @@
 // and calls fail as a record's "fault=Member:code:times" says, or "…:times:after so many calls".
 #include "tests/windows/stand_ins.h"
 
+#include <windows.h>
+
 #include <algorithm>
 #include <cstdlib>
 #include <fstream>
@@ -11,10 +13,11 @@
 #include <map>
 #include <sstream>
 
-#include "outlook/contact_property.h"
 #include "outlook/person_name.h"
+#include "outlook_h.h"
 #include "tests/scenarios/records.h"
 #include "tests/windows/automation_object.h"
+#include "tests/windows/published_object.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
 
@@ -116,23 +119,29 @@ class Folder {
 
 // --- parts of an item ---------------------------------------------------------------------------
 
-class UserProperty : public AutomationObject {
- public:
-  UserProperty(windows::ComPtr<IUnknown> owner, Record& item, std::string key)
-      : AutomationObject("UserProperty"),
-        owner_(std::move(owner)),
-        item_(item),
-        key_(std::move(key)) {}
+std::size_t place(const VARIANT& index, std::size_t count) {
+  const auto number = static_cast<std::size_t>(static_cast<long>(_variant_t(index)));
+  if (number < 1 || number > count) throw Failure{E_INVALIDARG, "Array index out of bounds."};
+  return number - 1;
+}
 
- protected:
-  _variant_t get(const std::string& member, const Arguments&) override {
-    if (member == "Name") return textVariant(key_.substr(kUser.size()));
-    if (member == "Value") return textVariant(item_.get(key_));
-    noSuchMember();
+class OneUserProperty : public PublishedObject<UserProperty> {
+ public:
+  OneUserProperty(windows::ComPtr<IUnknown> owner, Record& item, std::string key)
+      : owner_(std::move(owner)), item_(item), key_(std::move(key)) {}
+
+  STDMETHODIMP get_Name(BSTR* name) override { return give(key_.substr(kUser.size()), name); }
+  STDMETHODIMP get_Type(OlUserPropertyType* type) override {
+    *type = olText;
+    return S_OK;
   }
-  void put(const std::string& member, const _variant_t& value) override {
-    if (member != "Value") noSuchMember();
-    item_.set(key_, textOf(value));
+  STDMETHODIMP get_Value(VARIANT* value) override {
+    *value = textVariant(item_.get(key_)).Detach();
+    return S_OK;
+  }
+  STDMETHODIMP put_Value(VARIANT value) override {
+    item_.set(key_, textOf(_variant_t(value)));
+    return S_OK;
   }
 
  private:
@@ -141,84 +150,111 @@ class UserProperty : public AutomationObject {
   std::string key_;
 };
 
-class UserProperties : public AutomationObject {
+class ItemUserProperties : public PublishedObject<UserProperties> {
  public:
-  UserProperties(windows::ComPtr<IUnknown> owner, Record& item)
-      : AutomationObject("UserProperties"), owner_(std::move(owner)), item_(item) {}
+  ItemUserProperties(windows::ComPtr<IUnknown> owner, Record& item)
+      : owner_(std::move(owner)), item_(item) {}
 
- protected:
-  _variant_t get(const std::string& member, const Arguments& arguments) override {
-    std::vector<std::string> keys;
-    for (const auto& [key, value] : item_.pairs) {
-      if (key.starts_with(kUser)) keys.push_back(key);
-    }
-    if (member == "Count") return _variant_t(static_cast<long>(keys.size()));
-    if (member == "Item") {
-      const auto index = static_cast<std::size_t>(static_cast<long>(arguments.at(0)));
-      return newObject<UserProperty>(owner_, item_, keys.at(index - 1));
-    }
-    if (member != "Add") noSuchMember();
-    const std::string key = std::string(kUser) + textOf(arguments.at(0));
-    const bool taken = std::any_of(keys.begin(), keys.end(), [&](const std::string& each) {
-      return text::equalsIgnoringAsciiCase(each, key);
+  STDMETHODIMP get_Count(long* count) override {
+    *count = static_cast<long>(keys().size());
+    return S_OK;
+  }
+  STDMETHODIMP Item(VARIANT index, UserProperty** result) override {
+    return guarded([&] { *result = property(keys()[place(index, keys().size())]); });
+  }
+  STDMETHODIMP Add(BSTR name, OlUserPropertyType type, VARIANT, VARIANT,
+                   UserProperty** result) override {
+    return guarded([&] {
+      const std::string key = std::string(kUser) + windows::utf8(name);
+      if (!find(key).empty() || type != olText) throw Failure{E_INVALIDARG, "Add failed."};
+      item_.add(key, "");
+      *result = property(key);
     });
-    if (taken || static_cast<long>(arguments.at(1)) != 1)
-      throw Failure{E_INVALIDARG, "Add failed."};
-    item_.add(key, "");
-    return newObject<UserProperty>(owner_, item_, key);
+  }
+  STDMETHODIMP Find(BSTR name, VARIANT, UserProperty** result) override {
+    const std::string key = find(std::string(kUser) + windows::utf8(name));
+    *result = key.empty() ? nullptr : property(key);
+    return S_OK;
   }
 
  private:
+  [[nodiscard]] std::vector<std::string> keys() const {
+    std::vector<std::string> result;
+    for (const auto& [key, value] : item_.pairs) {
+      if (key.starts_with(kUser)) result.push_back(key);
+    }
+    return result;
+  }
+  [[nodiscard]] std::string find(const std::string& wanted) const {
+    for (const std::string& each : keys()) {
+      if (text::equalsIgnoringAsciiCase(each, wanted)) return each;
+    }
+    return {};
+  }
+  [[nodiscard]] UserProperty* property(const std::string& key) {
+    return new OneUserProperty(owner_, item_, key);
+  }
+
   windows::ComPtr<IUnknown> owner_;
   Record& item_;
 };
 
 // An attachment's record value is its display name, a bar and its bytes in hexadecimal digits.
-class Attachment : public AutomationObject {
+class OneAttachment : public PublishedObject<Attachment> {
  public:
-  Attachment(windows::ComPtr<IUnknown> owner, std::string& value)
-      : AutomationObject("Attachment"), owner_(std::move(owner)), value_(value) {}
+  OneAttachment(windows::ComPtr<IUnknown> owner, std::string& value)
+      : owner_(std::move(owner)), value_(value) {}
 
- protected:
-  _variant_t get(const std::string& member, const Arguments&) override {
-    if (member == "DisplayName") return textVariant(value_.substr(0, value_.rfind('|')));
-    noSuchMember();
+  STDMETHODIMP get_DisplayName(BSTR* name) override {
+    return give(value_.substr(0, value_.rfind('|')), name);
   }
-  void put(const std::string& member, const _variant_t& value) override {
-    if (member != "DisplayName") noSuchMember();
-    value_ = textOf(value) + value_.substr(value_.rfind('|'));
+  STDMETHODIMP put_DisplayName(BSTR name) override {
+    value_ = windows::utf8(name) + value_.substr(value_.rfind('|'));
+    return S_OK;
   }
+  STDMETHODIMP get_FileName(BSTR* name) override { return get_DisplayName(name); }
 
  private:
   windows::ComPtr<IUnknown> owner_;
   std::string& value_;
 };
 
-class Attachments : public AutomationObject {
+class ItemAttachments : public PublishedObject<Attachments> {
  public:
-  Attachments(windows::ComPtr<IUnknown> owner, Record& item)
-      : AutomationObject("Attachments"), owner_(std::move(owner)), item_(item) {}
+  ItemAttachments(windows::ComPtr<IUnknown> owner, Record& item)
+      : owner_(std::move(owner)), item_(item) {}
 
- protected:
-  _variant_t get(const std::string& member, const Arguments& arguments) override {
-    std::vector<std::size_t> places;
-    for (std::size_t i = 0; i < item_.pairs.size(); ++i) {
-      if (item_.pairs[i].first == kAttachment) places.push_back(i);
-    }
-    if (member == "Count") return _variant_t(static_cast<long>(places.size()));
-    if (member == "Add") {
-      item_.add(kAttachment, contentOf(text::pathOf(textOf(arguments.at(0)))));
-      return newObject<Attachment>(owner_, item_.pairs.back().second);
-    }
-    const auto index = static_cast<std::size_t>(static_cast<long>(arguments.at(0)));
-    const std::size_t place = places.at(index - 1);
-    if (member == "Item") return newObject<Attachment>(owner_, item_.pairs[place].second);
-    if (member != "Remove") noSuchMember();
-    item_.pairs.erase(item_.pairs.begin() + static_cast<std::ptrdiff_t>(place));
-    return {};
+  STDMETHODIMP get_Count(long* count) override {
+    *count = static_cast<long>(places().size());
+    return S_OK;
+  }
+  STDMETHODIMP Item(VARIANT index, Attachment** result) override {
+    return guarded([&] { *result = attachment(places()[place(index, places().size())]); });
+  }
+  STDMETHODIMP Add(VARIANT source, VARIANT, VARIANT, VARIANT, Attachment** result) override {
+    return guarded([&] {
+      item_.add(kAttachment, contentOf(text::pathOf(textOf(_variant_t(source)))));
+      *result = attachment(item_.pairs.size() - 1);
+    });
+  }
+  STDMETHODIMP Remove(long index) override {
+    return guarded([&] {
+      const std::size_t at = places()[place(_variant_t(index), places().size())];
+      item_.pairs.erase(item_.pairs.begin() + static_cast<std::ptrdiff_t>(at));
+    });
   }
 
  private:
+  [[nodiscard]] std::vector<std::size_t> places() const {
+    std::vector<std::size_t> result;
+    for (std::size_t i = 0; i < item_.pairs.size(); ++i) {
+      if (item_.pairs[i].first == kAttachment) result.push_back(i);
+    }
+    return result;
+  }
+  [[nodiscard]] Attachment* attachment(std::size_t at) {
+    return new OneAttachment(owner_, item_.pairs[at].second);
+  }
   static std::string contentOf(const std::filesystem::path& file) {
     std::ifstream stream(file, std::ios::binary);
     if (!stream) throw Failure{E_INVALIDARG, "The file cannot be read."};
@@ -242,140 +278,212 @@ outlook::PersonName nameOf(const Record& item) {
   return {.last = item.get("LastName"), .first = item.get("FirstName")};
 }
 
-class Item : public AutomationObject {
+// Servers refuse to have many items open; here, a few are too many.
+class Open {
  public:
-  explicit Item(const Record& record) : AutomationObject(record.get("type")), item_(record) {
-    // Servers refuse to have many items open; here, a few are too many.
+  Open() {
     constexpr int kMost = 3;
     if (++open_ > kMost) throw Failure{E_OUTOFMEMORY, "Too many items are open."};
   }
-  ~Item() override { --open_; }
-
- protected:
-  _variant_t get(const std::string& member, const Arguments&) override {
-    Folder::instance().checkFault(item_.get("id"), member);
-    if (member == "EntryID") return textVariant(item_.get("id"));
-    if (member == "UserProperties")
-      return newObject<UserProperties>(windows::ComPtr<IUnknown>(this), item_);
-    if (member == "Attachments")
-      return newObject<Attachments>(windows::ComPtr<IUnknown>(this), item_);
-    if (member == "Save") {
-      Folder::instance().save(item_);
-      return {};
-    }
-    if (member == "ShowCategoriesDialog") {
-      item_.set("Categories", "거래처");
-      return {};
-    }
-    if (member == "LastModificationTime") return dateVariant(item_.get("modified"));
-    if (item_.get("type") != "ContactItem") noSuchMember();
-    if (member == "FullName") return textVariant(outlook::fullName(nameOf(item_)));
-    if (member == "LastNameAndFirstName") {
-      return textVariant(outlook::lastNameAndFirstName(nameOf(item_)));
-    }
-    switch (propertyOf(member).kind) {
-      case outlook::PropertyKind::Date:
-        return dateVariant(item_.get(member));
-      case outlook::PropertyKind::Gender:
-        return _variant_t(static_cast<long>(std::atoi(item_.get(member).c_str())));
-      default:
-        return textVariant(item_.get(member));
-    }
-  }
-
-  void put(const std::string& member, const _variant_t& value) override {
-    Folder::instance().checkFault(item_.get("id"), member);
-    if (member == "FullName") {
-      const outlook::PersonName name = outlook::splitFullName(textOf(value));
-      item_.set("LastName", name.last);
-      item_.set("FirstName", name.first);
-      return;
-    }
-    const bool isDate = propertyOf(member).kind == outlook::PropertyKind::Date;
-    if (isDate && value.vt != VT_DATE) throw Failure{DISP_E_TYPEMISMATCH, ""};
-    std::string text = textOf(value);
-    if (isDate && text.starts_with("4501/01/01")) text.clear();
-    item_.set(member, isDate ? text.substr(0, 10) : text);
-  }
+  ~Open() { --open_; }
+  Open(const Open&) = delete;
+  Open& operator=(const Open&) = delete;
 
  private:
-  static const outlook::PropertyInfo& propertyOf(const std::string& member) {
-    for (const auto& info : outlook::contactProperties()) {
-      if (info.objectModelName == member) return info;
-    }
-    noSuchMember();
-  }
-
-  static _variant_t dateVariant(const std::string& text) {
-    auto date = text::parseDateTime(text.substr(0, 19));
-    if (!date) date = text::noDate();
-    const double milliseconds = text.size() > 20 ? std::atof(text.c_str() + 20) : 0;
-    return {windows::toAutomationDate(*date) + milliseconds / 86'400'000.0, VT_DATE};
-  }
-
   inline static int open_ = 0;
-  Record item_;  // a copy: what is not saved is lost
 };
 
-_variant_t open(const std::string& id) {
+DATE dateOf(const std::string& text) {
+  auto date = text::parseDateTime(text.substr(0, 19));
+  if (!date) date = text::noDate();
+  const double milliseconds = text.size() > 20 ? std::atof(text.c_str() + 20) : 0;
+  return windows::toAutomationDate(*date) + milliseconds / 86'400'000.0;
+}
+
+// What contacts and lists have in common: a copy of a record, of which what is not saved is lost.
+template <typename Interface>
+class Item : public PublishedObject<Interface> {
+ public:
+  explicit Item(const Record& record) : item_(record) {}
+
+  STDMETHODIMP get_EntryID(BSTR* id) override { return give(item_.get("id"), id); }
+  STDMETHODIMP get_LastModificationTime(DATE* time) override {
+    *time = dateOf(item_.get("modified"));
+    return S_OK;
+  }
+  STDMETHODIMP Save() override {
+    Folder::instance().save(item_);
+    return S_OK;
+  }
+
+ protected:
+  void before(const std::string& member) override {
+    Folder::instance().checkFault(item_.get("id"), member);
+  }
+
+  Record item_;
+
+ private:
+  Open open_;
+};
+
+class ContactItem : public Item<_ContactItem> {
+ public:
+  using Item::Item;
+
+  STDMETHODIMP get_Class(OlObjectClass* number) override {
+    *number = olContact;
+    return S_OK;
+  }
+  STDMETHODIMP get_UserProperties(UserProperties** result) override {
+    *result = new ItemUserProperties(this, item_);
+    return S_OK;
+  }
+  STDMETHODIMP get_Attachments(Attachments** result) override {
+    *result = new ItemAttachments(this, item_);
+    return S_OK;
+  }
+  STDMETHODIMP get_LastNameAndFirstName(BSTR* name) override {
+    return give(outlook::lastNameAndFirstName(nameOf(item_)), name);
+  }
+  STDMETHODIMP get_FullName(BSTR* name) override {
+    return give(outlook::fullName(nameOf(item_)), name);
+  }
+  STDMETHODIMP put_FullName(BSTR value) override {
+    const outlook::PersonName name = outlook::splitFullName(windows::utf8(value));
+    item_.set("LastName", name.last);
+    item_.set("FirstName", name.first);
+    return S_OK;
+  }
+  STDMETHODIMP get_Gender(OlGender* gender) override {
+    *gender = static_cast<OlGender>(std::atoi(item_.get("Gender").c_str()));
+    return S_OK;
+  }
+  STDMETHODIMP put_Gender(OlGender gender) override {
+    if (gender < olUnspecified || gender > olMale) return E_INVALIDARG;
+    item_.set("Gender", std::to_string(gender));
+    return S_OK;
+  }
+  STDMETHODIMP ShowCategoriesDialog() override {
+    item_.set("Categories", "거래처");
+    return S_OK;
+  }
+
+#define TEXT_PROPERTY(number, name)               \
+  STDMETHODIMP get_##name(BSTR* value) override { \
+    return give(item_.get(#name), value);         \
+  }                                               \
+  STDMETHODIMP put_##name(BSTR value) override {  \
+    return set(#name, windows::utf8(value));      \
+  }
+#define DATE_PROPERTY(number, name)               \
+  STDMETHODIMP get_##name(DATE* value) override { \
+    *value = dateOf(item_.get(#name));            \
+    return S_OK;                                  \
+  }                                               \
+  STDMETHODIMP put_##name(DATE value) override {  \
+    return set(#name, dayOf(value));              \
+  }
+#include "tests/windows/outlook_properties.h"
+#undef TEXT_PROPERTY
+#undef DATE_PROPERTY
+
+ private:
+  HRESULT set(const char* name, const std::string& value) {
+    item_.set(name, value);
+    return S_OK;
+  }
+  static std::string dayOf(DATE value) {
+    const std::string day = textOf(_variant_t(value, VT_DATE)).substr(0, 10);
+    return day == "4501/01/01" ? "" : day;
+  }
+};
+
+class DistListItem : public Item<_DistListItem> {
+ public:
+  using Item::Item;
+
+  STDMETHODIMP get_Class(OlObjectClass* number) override {
+    *number = olDistributionList;
+    return S_OK;
+  }
+  STDMETHODIMP get_DLName(BSTR* name) override { return give(item_.get("LastName"), name); }
+  STDMETHODIMP put_DLName(BSTR name) override {
+    item_.set("LastName", windows::utf8(name));
+    return S_OK;
+  }
+};
+
+IDispatch* open(const std::string& id) {
   Folder::instance().checkFault(id, "open");
-  return newObject<Item>(Folder::instance().find(id));
+  const Record& record = Folder::instance().find(id);
+  if (record.get("type") == "ContactItem") return new ContactItem(record);
+  return new DistListItem(record);
 }
 
 // --- the application and its collections --------------------------------------------------------
 
-class Items : public AutomationObject {
+class FolderItems : public PublishedObject<_Items> {
  public:
-  Items() : AutomationObject("Items") {}
-
- protected:
-  _variant_t get(const std::string& member, const Arguments& arguments) override {
-    auto& records = Folder::instance().records();
-    if (member == "Count") return _variant_t(static_cast<long>(records.size()));
-    if (member != "Item") noSuchMember();
-    const auto index = static_cast<std::size_t>(static_cast<long>(arguments.at(0)));
-    return open(records.at(index - 1).get("id"));
+  STDMETHODIMP get_Count(long* count) override {
+    *count = static_cast<long>(Folder::instance().records().size());
+    return S_OK;
+  }
+  STDMETHODIMP Item(VARIANT index, IDispatch** result) override {
+    return guarded([&] {
+      const auto& records = Folder::instance().records();
+      *result = open(records[place(index, records.size())].get("id"));
+    });
   }
 };
 
-class ContactsFolder : public AutomationObject {
- public:
-  ContactsFolder() : AutomationObject("MAPIFolder") {}
+constexpr const char* kStore = "00000000-store";
 
- protected:
-  _variant_t get(const std::string& member, const Arguments&) override {
-    if (member == "Items") return newObject<Items>();
-    noSuchMember();
+class ContactsFolder : public PublishedObject<MAPIFolder> {
+ public:
+  STDMETHODIMP get_Items(_Items** result) override {
+    *result = new FolderItems;
+    return S_OK;
+  }
+  STDMETHODIMP get_StoreID(BSTR* id) override { return give(kStore, id); }
+};
+
+class NameSpace : public PublishedObject<_NameSpace> {
+ public:
+  STDMETHODIMP GetDefaultFolder(OlDefaultFolders type, MAPIFolder** result) override {
+    if (type != olFolderContacts) return E_INVALIDARG;
+    *result = new ContactsFolder;
+    return S_OK;
+  }
+  STDMETHODIMP GetItemFromID(BSTR id, VARIANT store, IDispatch** result) override {
+    return guarded([&] {
+      // An entry id is found in the store that it belongs to.
+      if (store.vt != VT_BSTR || textOf(_variant_t(store)) != kStore) {
+        throw Failure{static_cast<HRESULT>(0x8004010F), "The store is not known."};
+      }
+      *result = open(windows::utf8(id));
+    });
   }
 };
 
-class NameSpace : public AutomationObject {
+class Application : public PublishedObject<_Application> {
  public:
-  NameSpace() : AutomationObject("NameSpace") {}
+  STDMETHODIMP CreateItem(OlItemType type, IDispatch** result) override {
+    return guarded([&] {
+      if (type != olContactItem) throw Failure{E_INVALIDARG, "No such item."};
+      Record record;
+      record.set("type", "ContactItem");
+      *result = new ContactItem(record);
+    });
+  }
+  STDMETHODIMP GetNamespace(BSTR type, _NameSpace** result) override {
+    if (windows::utf8(type) != "MAPI") return E_INVALIDARG;
+    *result = new NameSpace;
+    return S_OK;
+  }
 
  protected:
-  _variant_t get(const std::string& member, const Arguments& arguments) override {
-    if (member == "GetItemFromID") return open(textOf(arguments.at(0)));
-    if (member != "GetDefaultFolder" || static_cast<long>(arguments.at(0)) != 10) noSuchMember();
-    return newObject<ContactsFolder>();
-  }
-};
-
-class Application : public AutomationObject {
- public:
-  Application() : AutomationObject("Application") {}
-
- protected:
-  _variant_t get(const std::string& member, const Arguments& arguments) override {
-    Folder::instance().checkFault(member);
-    if (member == "GetNamespace" && textOf(arguments.at(0)) == "MAPI") {
-      return newObject<NameSpace>();
-    }
-    if (member != "CreateItem" || static_cast<long>(arguments.at(0)) != 2) noSuchMember();
-    Record record;
-    record.set("type", "ContactItem");
-    return newObject<Item>(record);
-  }
+  void before(const std::string& member) override { Folder::instance().checkFault(member); }
 };
 
 // The skin framework: notes what it is told in `skin.txt` beside the contacts.

@@ -3,7 +3,11 @@
 
 #include <unknwn.h>
 
+#include <filesystem>
+
 namespace vlout::tests {
+
+[[nodiscard]] std::filesystem::path folderOfStandIns();
 
 [[nodiscard]] IUnknown* newOutlookApplication();
 [[nodiscard]] IUnknown* newSkinFramework();

@@ -51,6 +51,12 @@ LSTATUS setText(const std::wstring& key, const wchar_t* name, const std::wstring
 
 }  // namespace
 
+std::filesystem::path vlout::tests::folderOfStandIns() {
+  wchar_t file[MAX_PATH] = L"";
+  GetModuleFileNameW(self, file, MAX_PATH);
+  return std::filesystem::path(file).parent_path();
+}
+
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
   if (reason == DLL_PROCESS_ATTACH) self = module;
   return TRUE;
