@@ -1,5 +1,6 @@
 #include "outlook/contact_property.h"
 
+#include <algorithm>
 #include <array>
 
 namespace vlout::outlook {
@@ -124,6 +125,15 @@ constexpr bool inEnumerationOrder() {
 }
 static_assert(inEnumerationOrder());
 
+constexpr auto kAddresses = std::to_array<AddressProperties>({
+    {P::BusinessAddressCountry, P::BusinessAddressState, P::BusinessAddressCity,
+     P::BusinessAddressStreet, P::BusinessAddressPostOfficeBox},
+    {P::HomeAddressCountry, P::HomeAddressState, P::HomeAddressCity, P::HomeAddressStreet,
+     P::HomeAddressPostOfficeBox},
+    {P::OtherAddressCountry, P::OtherAddressState, P::OtherAddressCity, P::OtherAddressStreet,
+     P::OtherAddressPostOfficeBox},
+});
+
 }  // namespace
 
 std::span<const PropertyInfo> contactProperties() {
@@ -132,6 +142,11 @@ std::span<const PropertyInfo> contactProperties() {
 
 const PropertyInfo& propertyInfo(ContactProperty property) {
   return kProperties[static_cast<std::size_t>(property)];
+}
+
+const AddressProperties& addressProperties(ContactProperty street) {
+  return *std::find_if(kAddresses.begin(), kAddresses.end(),
+                       [&](const AddressProperties& each) { return each.street == street; });
 }
 
 }  // namespace vlout::outlook

@@ -3,6 +3,7 @@
 // table; a property is added here and nowhere else.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <span>
 #include <string_view>
@@ -88,5 +89,22 @@ struct PropertyInfo {
 [[nodiscard]] std::span<const PropertyInfo> contactProperties();
 
 [[nodiscard]] const PropertyInfo& propertyInfo(ContactProperty property);
+
+// What makes up an address, but for its postal code.
+struct AddressProperties {
+  ContactProperty country;
+  ContactProperty state;
+  ContactProperty city;
+  ContactProperty street;
+  ContactProperty postOfficeBox;
+
+  // In the order in which people edit them.
+  [[nodiscard]] std::array<ContactProperty, 5> parts() const {
+    return {country, state, city, street, postOfficeBox};
+  }
+};
+
+// The address that `street` is the street of.
+[[nodiscard]] const AddressProperties& addressProperties(ContactProperty street);
 
 }  // namespace vlout::outlook

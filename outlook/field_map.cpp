@@ -121,30 +121,8 @@ constexpr auto kCaptions = std::to_array<Caption>({
     {"home_addr2", "집주소 상세"},
 });
 
-struct AddressProperties {
-  P street;
-  P city;
-  P state;
-  P country;
-  P postOfficeBox;
-};
-
-AddressProperties addressProperties(P street) {
-  switch (street) {
-    case P::BusinessAddressStreet:
-      return {P::BusinessAddressStreet, P::BusinessAddressCity, P::BusinessAddressState,
-              P::BusinessAddressCountry, P::BusinessAddressPostOfficeBox};
-    case P::HomeAddressStreet:
-      return {P::HomeAddressStreet, P::HomeAddressCity, P::HomeAddressState, P::HomeAddressCountry,
-              P::HomeAddressPostOfficeBox};
-    default:
-      return {P::OtherAddressStreet, P::OtherAddressCity, P::OtherAddressState,
-              P::OtherAddressCountry, P::OtherAddressPostOfficeBox};
-  }
-}
-
 std::string addressLineOf(Contact& contact, P street) {
-  const AddressProperties properties = addressProperties(street);
+  const AddressProperties& properties = addressProperties(street);
   return store::addressLine({.country = contact.text(properties.country),
                              .state = contact.text(properties.state),
                              .city = contact.text(properties.city),
@@ -153,7 +131,7 @@ std::string addressLineOf(Contact& contact, P street) {
 }
 
 void writeAddressLine(Contact& contact, P street, std::string_view line) {
-  const AddressProperties properties = addressProperties(street);
+  const AddressProperties& properties = addressProperties(street);
   contact.setText(properties.state, "");
   contact.setText(properties.city, "");
   contact.setText(properties.street, "");

@@ -46,9 +46,15 @@ struct frmOutlookSyncModify::FieldBoxes {
 struct frmOutlookSyncModify::AddressBlock {
   std::array<Box, 5> parts;
   Box line;
+  std::string_view buttonName;
   Button frmOutlookSyncModify::*button;
-  std::string_view columns;     // the prefix of the row's columns; empty on the Outlook side
-  std::array<P, 5> properties;  // in the order of the parts
+  std::string_view columns;  // the prefix of the row's columns; empty on the Outlook side
+  P street;                  // says which of the contact's addresses it is
+};
+
+struct frmOutlookSyncModify::NamedBox {
+  std::string_view name;
+  Box box;
 };
 
 const std::array<frmOutlookSyncModify::FieldBoxes, 27> frmOutlookSyncModify::kFields{{
@@ -86,71 +92,81 @@ const std::array<frmOutlookSyncModify::AddressBlock, 6> frmOutlookSyncModify::kA
       &frmOutlookSyncModify::VL_Company_Juso3, &frmOutlookSyncModify::VL_Company_Juso4,
       &frmOutlookSyncModify::VL_Company_Juso5},
      &frmOutlookSyncModify::Text14,
+     "Command9",
      &frmOutlookSyncModify::Command9,
      "company",
-     {P::BusinessAddressCountry, P::BusinessAddressState, P::BusinessAddressCity,
-      P::BusinessAddressStreet, P::BusinessAddressPostOfficeBox}},
+     P::BusinessAddressStreet},
     {{&frmOutlookSyncModify::VL_Etc_Juso1, &frmOutlookSyncModify::VL_Etc_Juso2,
       &frmOutlookSyncModify::VL_Etc_Juso3, &frmOutlookSyncModify::VL_Etc_Juso4,
       &frmOutlookSyncModify::VL_Etc_Juso5},
      &frmOutlookSyncModify::Text16,
+     "Command10",
      &frmOutlookSyncModify::Command10,
      "etc",
-     {P::OtherAddressCountry, P::OtherAddressState, P::OtherAddressCity, P::OtherAddressStreet,
-      P::OtherAddressPostOfficeBox}},
+     P::OtherAddressStreet},
     {{&frmOutlookSyncModify::VL_Home_Juso1, &frmOutlookSyncModify::VL_Home_Juso2,
       &frmOutlookSyncModify::VL_Home_Juso3, &frmOutlookSyncModify::VL_Home_Juso4,
       &frmOutlookSyncModify::VL_Home_Juso5},
      &frmOutlookSyncModify::Text18,
+     "Command11",
      &frmOutlookSyncModify::Command11,
      "home",
-     {P::HomeAddressCountry, P::HomeAddressState, P::HomeAddressCity, P::HomeAddressStreet,
-      P::HomeAddressPostOfficeBox}},
+     P::HomeAddressStreet},
     {{&frmOutlookSyncModify::Ol_Company_Juso1, &frmOutlookSyncModify::Ol_Company_Juso2,
       &frmOutlookSyncModify::Ol_Company_Juso3, &frmOutlookSyncModify::Ol_Company_Juso4,
       &frmOutlookSyncModify::Ol_Company_Juso5},
      &frmOutlookSyncModify::Text37,
+     "Command12",
      &frmOutlookSyncModify::Command12,
      "",
-     {P::BusinessAddressCountry, P::BusinessAddressState, P::BusinessAddressCity,
-      P::BusinessAddressStreet, P::BusinessAddressPostOfficeBox}},
+     P::BusinessAddressStreet},
     {{&frmOutlookSyncModify::OL_etc_Juso1, &frmOutlookSyncModify::OL_etc_Juso2,
       &frmOutlookSyncModify::OL_etc_Juso3, &frmOutlookSyncModify::OL_etc_Juso4,
       &frmOutlookSyncModify::OL_etc_Juso5},
      &frmOutlookSyncModify::Text35,
+     "Command13",
      &frmOutlookSyncModify::Command13,
      "",
-     {P::OtherAddressCountry, P::OtherAddressState, P::OtherAddressCity, P::OtherAddressStreet,
-      P::OtherAddressPostOfficeBox}},
+     P::OtherAddressStreet},
     {{&frmOutlookSyncModify::OL_Home_Juso1, &frmOutlookSyncModify::OL_Home_Juso2,
       &frmOutlookSyncModify::OL_Home_Juso3, &frmOutlookSyncModify::OL_Home_Juso4,
       &frmOutlookSyncModify::OL_Home_Juso5},
      &frmOutlookSyncModify::Text33,
+     "Command14",
      &frmOutlookSyncModify::Command14,
      "",
-     {P::HomeAddressCountry, P::HomeAddressState, P::HomeAddressCity, P::HomeAddressStreet,
-      P::HomeAddressPostOfficeBox}},
+     P::HomeAddressStreet},
 }};
 
-const std::array<frmOutlookSyncModify::Box, 54> frmOutlookSyncModify::kBoxes{
-    {&frmOutlookSyncModify::Text1,  &frmOutlookSyncModify::Text2,  &frmOutlookSyncModify::Text3,
-     &frmOutlookSyncModify::Text4,  &frmOutlookSyncModify::Text5,  &frmOutlookSyncModify::Text6,
-     &frmOutlookSyncModify::Text7,  &frmOutlookSyncModify::Text8,  &frmOutlookSyncModify::Text9,
-     &frmOutlookSyncModify::Text10, &frmOutlookSyncModify::Text11, &frmOutlookSyncModify::Text12,
-     &frmOutlookSyncModify::Text13, &frmOutlookSyncModify::Text14, &frmOutlookSyncModify::Text15,
-     &frmOutlookSyncModify::Text16, &frmOutlookSyncModify::Text17, &frmOutlookSyncModify::Text18,
-     &frmOutlookSyncModify::Text19, &frmOutlookSyncModify::Text20, &frmOutlookSyncModify::Text21,
-     &frmOutlookSyncModify::Text22, &frmOutlookSyncModify::Text23, &frmOutlookSyncModify::Text24,
-     &frmOutlookSyncModify::Text25, &frmOutlookSyncModify::Text26, &frmOutlookSyncModify::Text27,
-     &frmOutlookSyncModify::Text28, &frmOutlookSyncModify::Text29, &frmOutlookSyncModify::Text30,
-     &frmOutlookSyncModify::Text31, &frmOutlookSyncModify::Text32, &frmOutlookSyncModify::Text33,
-     &frmOutlookSyncModify::Text34, &frmOutlookSyncModify::Text35, &frmOutlookSyncModify::Text36,
-     &frmOutlookSyncModify::Text37, &frmOutlookSyncModify::Text38, &frmOutlookSyncModify::Text39,
-     &frmOutlookSyncModify::Text40, &frmOutlookSyncModify::Text41, &frmOutlookSyncModify::Text42,
-     &frmOutlookSyncModify::Text43, &frmOutlookSyncModify::Text44, &frmOutlookSyncModify::Text45,
-     &frmOutlookSyncModify::Text46, &frmOutlookSyncModify::Text47, &frmOutlookSyncModify::Text48,
-     &frmOutlookSyncModify::Text49, &frmOutlookSyncModify::Text50, &frmOutlookSyncModify::Text51,
-     &frmOutlookSyncModify::Text52, &frmOutlookSyncModify::Text53, &frmOutlookSyncModify::Text54}};
+const std::array<frmOutlookSyncModify::NamedBox, 54> frmOutlookSyncModify::kBoxes{{
+    {"Text1", &frmOutlookSyncModify::Text1},   {"Text2", &frmOutlookSyncModify::Text2},
+    {"Text3", &frmOutlookSyncModify::Text3},   {"Text4", &frmOutlookSyncModify::Text4},
+    {"Text5", &frmOutlookSyncModify::Text5},   {"Text6", &frmOutlookSyncModify::Text6},
+    {"Text7", &frmOutlookSyncModify::Text7},   {"Text8", &frmOutlookSyncModify::Text8},
+    {"Text9", &frmOutlookSyncModify::Text9},   {"Text10", &frmOutlookSyncModify::Text10},
+    {"Text11", &frmOutlookSyncModify::Text11}, {"Text12", &frmOutlookSyncModify::Text12},
+    {"Text13", &frmOutlookSyncModify::Text13}, {"Text14", &frmOutlookSyncModify::Text14},
+    {"Text15", &frmOutlookSyncModify::Text15}, {"Text16", &frmOutlookSyncModify::Text16},
+    {"Text17", &frmOutlookSyncModify::Text17}, {"Text18", &frmOutlookSyncModify::Text18},
+    {"Text19", &frmOutlookSyncModify::Text19}, {"Text20", &frmOutlookSyncModify::Text20},
+    {"Text21", &frmOutlookSyncModify::Text21}, {"Text22", &frmOutlookSyncModify::Text22},
+    {"Text23", &frmOutlookSyncModify::Text23}, {"Text24", &frmOutlookSyncModify::Text24},
+    {"Text25", &frmOutlookSyncModify::Text25}, {"Text26", &frmOutlookSyncModify::Text26},
+    {"Text27", &frmOutlookSyncModify::Text27}, {"Text28", &frmOutlookSyncModify::Text28},
+    {"Text29", &frmOutlookSyncModify::Text29}, {"Text30", &frmOutlookSyncModify::Text30},
+    {"Text31", &frmOutlookSyncModify::Text31}, {"Text32", &frmOutlookSyncModify::Text32},
+    {"Text33", &frmOutlookSyncModify::Text33}, {"Text34", &frmOutlookSyncModify::Text34},
+    {"Text35", &frmOutlookSyncModify::Text35}, {"Text36", &frmOutlookSyncModify::Text36},
+    {"Text37", &frmOutlookSyncModify::Text37}, {"Text38", &frmOutlookSyncModify::Text38},
+    {"Text39", &frmOutlookSyncModify::Text39}, {"Text40", &frmOutlookSyncModify::Text40},
+    {"Text41", &frmOutlookSyncModify::Text41}, {"Text42", &frmOutlookSyncModify::Text42},
+    {"Text43", &frmOutlookSyncModify::Text43}, {"Text44", &frmOutlookSyncModify::Text44},
+    {"Text45", &frmOutlookSyncModify::Text45}, {"Text46", &frmOutlookSyncModify::Text46},
+    {"Text47", &frmOutlookSyncModify::Text47}, {"Text48", &frmOutlookSyncModify::Text48},
+    {"Text49", &frmOutlookSyncModify::Text49}, {"Text50", &frmOutlookSyncModify::Text50},
+    {"Text51", &frmOutlookSyncModify::Text51}, {"Text52", &frmOutlookSyncModify::Text52},
+    {"Text53", &frmOutlookSyncModify::Text53}, {"Text54", &frmOutlookSyncModify::Text54},
+}};
 
 frmOutlookSyncModify::frmOutlookSyncModify(Toolkit& toolkit, Component& component,
                                            transfer::RunWindow& window,
@@ -176,32 +192,15 @@ frmOutlookSyncModify::frmOutlookSyncModify(Toolkit& toolkit, Component& componen
 
 // --- arrangement --------------------------------------------------------------------------------
 
-namespace {
-
-// The names of the boxes, "Text1" to "Text54".
-const std::string& boxName(std::size_t index) {
-  static const std::array<std::string, 54> names = [] {
-    std::array<std::string, 54> all;
-    for (std::size_t i = 0; i < all.size(); ++i) all[i] = "Text" + std::to_string(i + 1);
-    return all;
-  }();
-  return names.at(index);
-}
-
-constexpr std::array<std::string_view, 6> kAddressButtons{"Command9",  "Command10", "Command11",
-                                                          "Command12", "Command13", "Command14"};
-
-}  // namespace
-
 // A box, with the button behind it that edits its address or chooses its categories.
 Layout frmOutlookSyncModify::boxLayout(Box box) {
   using namespace layout;
-  const auto index = std::find(kBoxes.begin(), kBoxes.end(), box) - kBoxes.begin();
-  Layout part = control(boxName(static_cast<std::size_t>(index)), this->*box).wide(18).stretched(1);
-  for (std::size_t i = 0; i < kAddresses.size(); ++i) {
-    if (kAddresses[i].line != box) continue;
-    return row({std::move(part), control(kAddressButtons[i], this->*kAddresses[i].button)})
-        .stretched(1);
+  const auto* const named = std::find_if(kBoxes.begin(), kBoxes.end(),
+                                         [&](const NamedBox& each) { return each.box == box; });
+  Layout part = control(named->name, this->*box).wide(18).stretched(1);
+  for (const AddressBlock& block : kAddresses) {
+    if (block.line != box) continue;
+    return row({std::move(part), control(block.buttonName, this->*block.button)}).stretched(1);
   }
   if (box != &frmOutlookSyncModify::Text53) return part;
   return row({std::move(part), control("Command5", Command5).keyed('G')}).stretched(1);
@@ -263,7 +262,7 @@ int frmOutlookSyncModify::open(const transfer::ConflictPair& pair) {
   Label32.setText(contactLater ? "▶▶▶▶▶" : "◀◀◀◀◀");
   Label29.setText(shownTime(pair.rowTime));
   Label30.setText(shownTime(pair.contactTime));
-  for (const Box box : kBoxes) {
+  for (const auto& [name, box] : kBoxes) {
     (this->*box).setText("");
     (this->*box).setForeColour(Colour::Black);
   }
@@ -308,8 +307,9 @@ void frmOutlookSyncModify::fillOutlookSide(outlook::Contact& contact) {
   }
   for (const AddressBlock& block : kAddresses) {
     if (!block.columns.empty()) continue;
+    const auto properties = outlook::addressProperties(block.street).parts();
     for (std::size_t i = 0; i < block.parts.size(); ++i) {
-      (this->*block.parts[i]).setText(contact.text(block.properties[i]));
+      (this->*block.parts[i]).setText(contact.text(properties[i]));
     }
     composeAddress(block);
   }
@@ -346,7 +346,7 @@ void frmOutlookSyncModify::markDifferences() {
 }
 
 void frmOutlookSyncModify::lock(bool locked) {
-  for (const Box box : kBoxes) {
+  for (const auto& [name, box] : kBoxes) {
     (this->*box).setLocked(locked);
     (this->*box).setBackColour(locked ? Colour::ButtonFace : Colour::White);
   }
@@ -472,10 +472,10 @@ bool frmOutlookSyncModify::saveOutlookSide(const transfer::ConflictPair& pair) {
 void frmOutlookSyncModify::writeAddress(outlook::Contact& contact, const AddressBlock& block) {
   const std::string& line = (this->*block.line).text();
   const bool edited = line != lineOf(block);
-  constexpr std::size_t kStreet = 3;
+  const auto properties = outlook::addressProperties(block.street).parts();
   for (std::size_t i = 0; i < block.parts.size(); ++i) {
     const std::string part = edited ? "" : (this->*block.parts[i]).text();
-    contact.setText(block.properties[i], edited && i == kStreet ? line : part);
+    contact.setText(properties[i], edited && properties[i] == block.street ? line : part);
   }
 }
 

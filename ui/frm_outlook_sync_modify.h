@@ -64,9 +64,10 @@ class frmOutlookSyncModify : public Form {
   using Box = TextBox frmOutlookSyncModify::*;
   struct FieldBoxes;
   struct AddressBlock;
+  struct NamedBox;
   static const std::array<FieldBoxes, 27> kFields;
   static const std::array<AddressBlock, 6> kAddresses;
-  static const std::array<Box, 54> kBoxes;
+  static const std::array<NamedBox, 54> kBoxes;
 
   void connectEvents();
   [[nodiscard]] Layout fieldsLayout(std::size_t first, std::size_t last);
