@@ -18,10 +18,10 @@
 
 #include <benchmark/benchmark.h>
 
-#include "entry/cli/component_folder.h"
 #include "entry/cli/run_command.h"
 #include "history/undo.h"
 #include "outlook/vcard/vcard_store.h"
+#include "sample/cards.h"
 #include "store/sqlite/sqlite_connection.h"
 #include "transfer/change_detection.h"
 #include "transfer/export.h"
@@ -71,8 +71,11 @@ class Scene {
   explicit Scene(std::int64_t cards) {
     std::string pattern = (std::filesystem::temp_directory_path() / "vlout-bench-XXXXXX").string();
     folder_ = mkdtemp(pattern.data());
-    entry::cli::makeSampleFolder(folder_, static_cast<int>(cards), 1);
-    connection_.open({.componentFolder = folder_});
+    const store::ConnectionSettings settings{.componentFolder = folder_};
+    store::createDatabase(settings.databaseFile());
+    std::filesystem::create_directory(contactFolder());
+    connection_.open(settings);
+    sample::fillWithSampleCards(connection_, {.cards = static_cast<int>(cards), .seed = 1});
   }
   ~Scene() { std::filesystem::remove_all(folder_); }
   Scene(const Scene&) = delete;

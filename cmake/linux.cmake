@@ -38,6 +38,8 @@ add_library(vlout_linux STATIC
   history/run_recorder.cpp
   history/runs.cpp
   history/undo.cpp
+  sample/cards.cpp
+  sample/picture.cpp
   ui/terminal/terminal_toolkit.cpp
   entry/cli/component_folder.cpp
   entry/cli/convert_jet.cpp
@@ -45,8 +47,6 @@ add_library(vlout_linux STATIC
   entry/cli/platform.cpp
   entry/cli/preview.cpp
   entry/cli/run_command.cpp
-  entry/cli/sample_cards.cpp
-  entry/cli/sample_picture.cpp
   entry/cli/window_command.cpp)
 target_link_libraries(vlout_linux PUBLIC vlout_core PkgConfig::SQLITE PRIVATE PkgConfig::EBOOK PkgConfig::MDB JPEG::JPEG)
 

@@ -9,7 +9,7 @@
 #include <unistd.h>
 #include <vector>
 
-#include "entry/cli/sample_cards.h"
+#include "sample/cards.h"
 #include "store/sqlite/sqlite_connection.h"
 
 namespace vlout::entry::cli {
@@ -79,7 +79,8 @@ void place(const std::filesystem::path& finished, const std::filesystem::path& d
   std::filesystem::rename(finished, database);  // a file system that knows the plain one only
 }
 
-void writeExportList(const std::filesystem::path& folder, const SampleSelection& selection) {
+void writeExportList(const std::filesystem::path& folder,
+                     const sample::SampleSelection& selection) {
   makePrivateFolder(folder / "temp");
   const auto file = folder / "temp" / "exportlist.txt";
   std::ofstream list(file, std::ios::binary | std::ios::trunc);
@@ -137,7 +138,8 @@ void makeSampleFolder(const std::filesystem::path& folder, int cards, std::uint6
   try {
     store::SqliteConnection connection;
     connection.open({.componentFolder = folder});
-    writeExportList(folder, fillWithSampleCards(connection, {.cards = cards, .seed = seed}));
+    writeExportList(folder,
+                    sample::fillWithSampleCards(connection, {.cards = cards, .seed = seed}));
   } catch (...) {
     std::error_code ignored;  // the failure to report is the one that led here
     std::filesystem::remove(store::ConnectionSettings{.componentFolder = folder}.databaseFile(),

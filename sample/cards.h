@@ -8,7 +8,7 @@
 
 #include "store/connection.h"
 
-namespace vlout::entry::cli {
+namespace vlout::sample {
 
 struct SampleSize {
   int cards = 0;           // 0 to 32767
@@ -25,4 +25,4 @@ struct SampleSelection {
 // range, and store::DatabaseError when a row cannot be written; the database is unchanged then.
 SampleSelection fillWithSampleCards(store::Connection& connection, const SampleSize& size);
 
-}  // namespace vlout::entry::cli
+}  // namespace vlout::sample

@@ -6,9 +6,9 @@
 #include <cstdint>
 #include <string>
 
-namespace vlout::entry::cli {
+namespace vlout::sample {
 
 // The bytes of a JPEG file, a few kilobytes. Throws std::runtime_error when the JPEG library fails.
 [[nodiscard]] std::string makeCardPicture(std::uint32_t variant);
 
-}  // namespace vlout::entry::cli
+}  // namespace vlout::sample

@@ -1,4 +1,4 @@
-#include "entry/cli/sample_picture.h"
+#include "sample/picture.h"
 
 // jpeglib.h uses FILE without declaring it.
 #include <algorithm>
@@ -10,7 +10,7 @@
 #include <random>
 #include <stdexcept>
 
-namespace vlout::entry::cli {
+namespace vlout::sample {
 namespace {
 
 constexpr int kWidth = 160;
@@ -168,4 +168,4 @@ std::string makeCardPicture(std::uint32_t variant) {
   return {reinterpret_cast<const char*>(buffer.data()), size};
 }
 
-}  // namespace vlout::entry::cli
+}  // namespace vlout::sample
