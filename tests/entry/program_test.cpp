@@ -300,7 +300,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongWithWhatItIsGiven) {
       {"no database",
        [&] { std::filesystem::remove(base + "/VelmoraDB.vdb"); },
        {},
-       "VelmoraDB.vdb"},
+       "데이터 연결이 실패되었습니다!"},
       {"Jet database",
        [&] {
          tests::writeFile(base + "/VelmoraDB.vdb",

@@ -81,23 +81,6 @@ TEST_F(MainWindowTest, OptionsAreKeptExceptTheOneThatAlwaysOpensCleared) {
   });
 }
 
-TEST_F(MainWindowTest, ModesChangePanelsTextsAndTheRunButton) {
-  open([](frmOutlookSync& window) {
-    window.Combo1.setIndex(frmOutlookSync::kExport);
-    EXPECT_TRUE(!window.P1.visible() && window.P2.visible() && !window.P3.visible());
-    EXPECT_EQ(window.Label1.text(), "으로 데이터를 보냅니다.");
-    EXPECT_EQ(window.Image2.image(), 2);
-    EXPECT_EQ(window.StatusBar1.text(), "벨모라의 데이터를 아웃룩으로 보냅니다.(Export)");
-    window.Option3.press();
-    EXPECT_TRUE(window.P3.visible() && window.Option3.bold() && !window.Option2.bold());
-    EXPECT_EQ(window.StatusBar1.text(), "연결된 자료를 대상으로 상호갱신합니다.");
-    window.Combo2.setIndex(frmOutlookSync::kGroup);
-    EXPECT_TRUE(window.Check3.enabled());
-    window.Combo2.setIndex(frmOutlookSync::kAllCards);
-    EXPECT_FALSE(window.Check3.enabled());
-  });
-}
-
 TEST_F(MainWindowTest, AModeRunsOnceUntilAnOptionChanges) {
   addCard(1, {{"FullName", "홍길동"}});
   open([&](frmOutlookSync& window) {
@@ -116,6 +99,9 @@ TEST_F(MainWindowTest, AModeRunsOnceUntilAnOptionChanges) {
     window.Combo1.setIndex(frmOutlookSync::kExport);
     EXPECT_FALSE(window.Command2.enabled());
     window.Option2.press();
+    EXPECT_TRUE(window.P2.visible() && window.Option2.bold() && !window.Option1.bold());
+    EXPECT_EQ(window.Image2.image(), 2);
+    EXPECT_EQ(window.StatusBar1.text(), "VL의 고객자료를 아웃룩으로 보냅니다.");
     EXPECT_FALSE(window.Command2.enabled());
     window.Export_Check2.setValue(CheckBox::kCleared);
     EXPECT_TRUE(window.Command2.enabled());
@@ -124,6 +110,8 @@ TEST_F(MainWindowTest, AModeRunsOnceUntilAnOptionChanges) {
   open([](frmOutlookSync& window) {
     window.Combo1.setIndex(frmOutlookSync::kExport);
     EXPECT_TRUE(window.Command2.enabled());  // a fresh window starts afresh
+    window.keyPress(kEscape);
+    EXPECT_FALSE(window.isLoaded());
   });
 }
 
@@ -184,21 +172,6 @@ TEST_F(MainWindowTest, RefusalsSayWhyAndTouchNothing) {
   }
 }
 
-TEST_F(MainWindowTest, ALostDatabaseIsShownOnceAndTheWindowOpensAllTheSame) {
-  std::filesystem::rename(folder() / "VelmoraDB.vdb", folder() / "away");
-  bool shown = false;
-  open([&](frmOutlookSync& window) {
-    shown = true;
-    window.Combo1.setIndex(frmOutlookSync::kExport);
-    window.Combo2.setIndex(frmOutlookSync::kAllCards);
-    window.Command2.press();
-    EXPECT_TRUE(window.Command2.enabled());
-  });
-  EXPECT_TRUE(shown);
-  EXPECT_THAT(messageTexts(), ElementsAre("데이터베이스 연결 오류!",
-                                          StartsWith("데이터 연결이 실패되었습니다!\r\n")));
-}
-
 TEST_F(MainWindowTest, RangesTakeTheCardsThatTheHostMeans) {
   execute("INSERT INTO tbl_folder(f_idx,p_idx,folder_name) VALUES(10,1,'상위')");
   execute("INSERT INTO tbl_folder(f_idx,p_idx,folder_name) VALUES(5,10,'하위')");
@@ -243,23 +216,6 @@ TEST_F(MainWindowTest, RangesTakeTheCardsThatTheHostMeans) {
   EXPECT_THAT(messageTexts(),
               ElementsAre("데이터 연결이 실패되었습니다!\r\n선택한 명함이 데이터베이스에 없습니다: "
                           "0000008"));
-}
-
-TEST_F(MainWindowTest, EscapeClosesAndTheInformationButtonsExplain) {
-  open([](frmOutlookSync& window) {
-    for (const Button* button : {&window.Command4, &window.Command5, &window.Command6}) {
-      button->press();
-    }
-    window.Command1.press();  // has no action
-    window.keyPress('a');
-    EXPECT_TRUE(window.isLoaded());
-    window.keyPress(27);
-    EXPECT_FALSE(window.isLoaded());
-  });
-  EXPECT_THAT(messageTexts(),
-              ElementsAre(StartsWith("→충돌←\r\n\r\n상호갱신 이후에"),
-                          StartsWith("이름등록시 '성'과"), StartsWith("본 싱크작업은 MicroSoft")));
-  EXPECT_TRUE(std::filesystem::exists(folder() / "VelmoraOlSync.ini"));
 }
 
 }  // namespace
