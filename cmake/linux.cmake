@@ -25,6 +25,8 @@ add_library(vlout_linux STATIC
   store/jet/jet_value.cpp
   outlook/vcard/card_file.cpp
   outlook/vcard/card_text.cpp
+  outlook/vcard/charset.cpp
+  outlook/vcard/content_line.cpp
   outlook/vcard/draft.cpp
   outlook/vcard/folder.cpp
   outlook/vcard/preview_contact.cpp

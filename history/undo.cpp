@@ -7,8 +7,7 @@
 #include <system_error>
 
 #include "outlook/contact_store.h"
-#include "outlook/vcard/card_text.h"
-#include "outlook/vcard/vcard_syntax.h"
+#include "outlook/vcard/card_file.h"
 #include "store/sqlite/backup.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
@@ -31,14 +30,7 @@ std::string personIn(const fs::path& file) {
   std::error_code none;
   if (!fs::is_regular_file(file, none)) return {};
   std::ifstream stream(file, std::ios::binary);
-  const std::string text{std::istreambuf_iterator<char>(stream), {}};
-  outlook::vcard::LineReader reader(text);
-  while (!reader.atEnd()) {
-    const std::string_view line = reader.next();
-    if (!text::equalsIgnoringAsciiCase(outlook::vcard::lineName(line), "FN")) continue;
-    return outlook::vcard::readProperty(line, outlook::vcard::Version::V30).whole();
-  }
-  return {};
+  return outlook::vcard::firstDisplayName({std::istreambuf_iterator<char>(stream), {}});
 }
 
 std::string personAndFile(const fs::path& folder, const std::string& name) {

@@ -22,6 +22,13 @@ class ContactStoreError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// A property that has a value which the store cannot decode. Unlike other failures it concerns that
+// property alone: it is passed over, and the rest of the contact is transferred.
+class UnreadableProperty : public ContactStoreError {
+ public:
+  using ContactStoreError::ContactStoreError;
+};
+
 // The values of Outlook's gender property.
 enum class Gender { Unspecified = 0, Female = 1, Male = 2 };
 
@@ -40,7 +47,8 @@ class Contact {
   [[nodiscard]] virtual std::string typeName() = 0;
 
   // Text properties, the name among them. Setting `FullName` splits it into its parts as Outlook
-  // does; `FullName` and `LastNameAndFirstName` follow from the parts.
+  // does; `FullName` and `LastNameAndFirstName` follow from the parts. Reading a property that
+  // cannot be decoded throws UnreadableProperty; setting it to nothing leaves it as it is.
   [[nodiscard]] virtual std::string text(ContactProperty property) = 0;
   virtual void setText(ContactProperty property, std::string_view value) = 0;
 

@@ -230,41 +230,7 @@ void writeContactFromRow(Contact& contact, const store::Recordset& row, ContactW
 
 namespace {
 
-// Texts as every store keeps them: line breaks in one form, categories without regard to blanks.
-std::string comparable(const MappedField& field, std::string_view text) {
-  return text::replaceAll(text, field.column == "Categories" ? " " : "\r\n",
-                          field.column == "Categories" ? "" : "\n");
-}
-
-bool fieldHolds(Contact& contact, const MappedField& field, std::string_view rowText) {
-  switch (field.rule) {
-    case R::Date:
-      return contact.date(field.writeTo) == dayOrNone(rowText);
-    case R::Gender:
-      return contact.gender() == genderFromRow(rowText);
-    case R::Address:
-      return contact.text(field.writeTo) == rowText &&
-             addressLineOf(contact, field.writeTo) ==
-                 store::addressLine({.street = std::string(rowText)});
-    default:
-      return comparable(field, contact.text(field.writeTo)) == comparable(field, rowText);
-  }
-}
-
-}  // namespace
-
-bool contactHoldsRow(Contact& contact, const store::Recordset& row) {
-  // The contact's own home postal code is never written, so it is empty or the row's.
-  const std::string homeCode = contact.text(P::HomeAddressPostalCode);
-  if (!homeCode.empty() && homeCode != store::nullSafe(row.field("home_zipcode"))) return false;
-  return std::all_of(kFields.begin(), kFields.end(), [&](const MappedField& field) {
-    // The other address's postal code is overwritten by the home one, which has the same target.
-    return field.column == "etc_zipcode" ||
-           fieldHolds(contact, field, store::nullSafe(row.field(field.column)));
-  });
-}
-
-std::string fieldTextFromContact(Contact& contact, const MappedField& field) {
+std::string readField(Contact& contact, const MappedField& field) {
   switch (field.rule) {
     case R::Company:
       return withCompanyMark(contact.text(field.readFrom));
@@ -278,6 +244,24 @@ std::string fieldTextFromContact(Contact& contact, const MappedField& field) {
       return addressLineOf(contact, field.readFrom);
     default:
       return contact.text(field.readFrom);
+  }
+}
+
+}  // namespace
+
+std::optional<std::string> fieldTextFromContact(Contact& contact, const MappedField& field) {
+  try {
+    return readField(contact, field);
+  } catch (const UnreadableProperty&) {
+    return std::nullopt;
+  }
+}
+
+std::string shownText(Contact& contact, ContactProperty property) {
+  try {
+    return contact.text(property);
+  } catch (const UnreadableProperty&) {
+    return {};
   }
 }
 

@@ -3,6 +3,7 @@
 // deliberately not mirror images of each other.
 #pragma once
 
+#include <optional>
 #include <span>
 #include <string>
 #include <string_view>
@@ -59,16 +60,16 @@ struct MapOptions {
 void writeContactFromRow(Contact& contact, const store::Recordset& row, ContactWrite how,
                          const MapOptions& options);
 
-// True when writing the row into the contact, or the contact into the row, would change nothing but
-// dates. Tells a pair whose transfer was cut short before the row was stamped from one that really
-// differs. The name does not count, which no update of a pair carries over in both directions.
-[[nodiscard]] bool contactHoldsRow(Contact& contact, const store::Recordset& row);
-
 // Writes one field's row text into the contact by the field's rule.
 void writeFieldToContact(Contact& contact, const MappedField& field, std::string_view rowText);
 
 // What the row gets of the contact for this field: its text, or an empty text for a missing date.
-[[nodiscard]] std::string fieldTextFromContact(Contact& contact, const MappedField& field);
+// Nothing for what cannot be decoded, which leaves the row's column as it is.
+[[nodiscard]] std::optional<std::string> fieldTextFromContact(Contact& contact,
+                                                              const MappedField& field);
+
+// A property as a window shows it: an empty text for what cannot be decoded.
+[[nodiscard]] std::string shownText(Contact& contact, ContactProperty property);
 
 // What the row holds in this field, in the form that `fieldTextFromContact` gives.
 [[nodiscard]] std::string fieldTextFromRow(const store::Recordset& row, const MappedField& field);

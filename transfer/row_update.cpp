@@ -20,21 +20,23 @@ constexpr std::string_view kTypedFailed = "벨모라 저장실패!";
 // Marks a row as created from or paired with a contact.
 constexpr std::string_view kImportMark = "[OutlookSync]=1,";
 
-std::vector<std::string> fieldTexts(Contact& contact) {
-  std::vector<std::string> texts;
+std::vector<std::optional<std::string>> fieldTexts(Contact& contact) {
+  std::vector<std::optional<std::string>> texts;
   for (const MappedField& field : outlook::mappedFields()) {
     texts.push_back(outlook::fieldTextFromContact(contact, field));
   }
   return texts;
 }
 
-std::string updateStatement(std::string_view rowId, const std::vector<std::string>& texts,
+std::string updateStatement(std::string_view rowId,
+                            const std::vector<std::optional<std::string>>& texts,
                             std::string_view mark, text::DateTime contactTime) {
   std::string sql = "UPDATE tbl_namecard SET ";
   const auto fields = outlook::mappedFields();
   for (std::size_t i = 0; i < fields.size(); ++i) {
+    if (!texts[i]) continue;
     sql.append("[").append(fields[i].column).append("]=");
-    sql.append(outlook::fieldSqlValue(fields[i], texts[i])).append(",");
+    sql.append(outlook::fieldSqlValue(fields[i], *texts[i])).append(",");
   }
   const std::string stamp = store::sqlLiteral(text::formatStamp(contactTime));
   sql.append(mark);
@@ -101,7 +103,9 @@ std::string insertValue(std::string_view column, std::string_view rowId, Contact
   if (column == "OutlookSync") return "1";
   for (const MappedField& field : outlook::mappedFields()) {
     if (field.column != column) continue;
-    return outlook::fieldSqlValue(field, outlook::fieldTextFromContact(contact, field));
+    // A new row has no value that could be lost.
+    return outlook::fieldSqlValue(field,
+                                  outlook::fieldTextFromContact(contact, field).value_or(""));
   }
   // What is left are the three dates.
   return store::sqlLiteral(text::formatStamp(contact.lastModificationTime()));
@@ -153,19 +157,23 @@ bool RowUpdate::mergeForImport(std::string_view rowId, Contact& contact,
       classifyPair(readStamps(*row), contact.lastModificationTime(), ConflictTest::Off);
   const bool contactWins = state.newer == Side::Contact;
 
-  FieldTexts merged;
+  KnownTexts merged;
   for (const MappedField& field : outlook::mappedFields()) {
     const std::string ofRow = outlook::fieldTextFromRow(*row, field);
-    const std::string ofContact = outlook::fieldTextFromContact(contact, field);
-    const bool takeContact = ofRow.empty() || (!ofContact.empty() && contactWins);
-    merged.push_back(takeContact ? ofContact : ofRow);
+    const auto ofContact = outlook::fieldTextFromContact(contact, field);
+    if (!ofContact) {
+      merged.emplace_back();  // either side keeps its own
+      continue;
+    }
+    const bool takeContact = ofRow.empty() || (!ofContact->empty() && contactWins);
+    merged.emplace_back(takeContact ? *ofContact : ofRow);
     const bool faxStays = field.rule == FieldRule::Fax && options.protectFax;
     if (merged.back() == ofContact || faxStays) continue;
     // The result goes back to where the contact's value came from; export's detour for the home
     // postal code would overwrite the other address's here.
     MappedField target = field;
     target.writeTo = field.readFrom;
-    outlook::writeFieldToContact(contact, target, merged.back());
+    outlook::writeFieldToContact(contact, target, *merged.back());
   }
   const bool saved = saveRow(rowId, contact, merged, kImportMark, kImportFailed);
   window_.selectResult(addLine(window_, "↔갱신(" + name + ")", "100%", "완료"));
@@ -187,7 +195,7 @@ void RowUpdate::insertRowFromContact(std::string_view rowId, Contact& contact,
   connection_.execute("INSERT INTO tbl_namecard(" + columns + ") VALUES(" + values + ")");
 }
 
-bool RowUpdate::saveRow(std::string_view rowId, Contact& contact, const FieldTexts& texts,
+bool RowUpdate::saveRow(std::string_view rowId, Contact& contact, const KnownTexts& texts,
                         std::string_view mark, std::string_view failure) {
   outlook::addVLID(contact, rowId);
   contact.save();

@@ -3,6 +3,7 @@
 // at the contact's time. The transfers and the compare window share it.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -60,7 +61,10 @@ class RowUpdate {
                             const TargetFolder& target);
 
  private:
-  bool saveRow(std::string_view rowId, outlook::Contact& contact, const FieldTexts& texts,
+  // The same, with nothing for a column that keeps its value.
+  using KnownTexts = std::vector<std::optional<std::string>>;
+
+  bool saveRow(std::string_view rowId, outlook::Contact& contact, const KnownTexts& texts,
                std::string_view mark, std::string_view failure);
 
   store::Connection& connection_;

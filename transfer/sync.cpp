@@ -36,7 +36,10 @@ void Sync::syncContact(Contact& contact) {
       stamps, contactTime, options_.showConflicts ? ConflictTest::Crosswise : ConflictTest::Off);
   PairedRow paired(list_, *position);
   if (state.newer == Side::Neither) return;
-  const std::string name = outlook::normalize(outlook::joinedName(contact));
+  using P = outlook::ContactProperty;
+  const std::string shown = outlook::normalize(outlook::shownText(contact, P::LastName) +
+                                               outlook::shownText(contact, P::FirstName));
+  const std::string& name = shown.empty() ? row.name : shown;
   if (state.conflict) {
     settle({contact, rowId, stamps.lastModified, contactTime, row.folderName}, state.newer, name);
     if (stopped_) paired.keep();  // the pair that the user stopped at stays in the list

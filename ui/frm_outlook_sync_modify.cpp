@@ -298,18 +298,19 @@ void frmOutlookSyncModify::fillOutlookSide(outlook::Contact& contact) {
   for (const FieldBoxes& field : kFields) {
     TextBox& box = this->*field.outlook;
     if (field.column == "FullName") {
-      box.setText(contact.text(P::FullName));
+      box.setText(outlook::shownText(contact, P::FullName));
     } else if (field.column == "CompanyName") {
-      box.setText(contact.text(P::CompanyName));  // shown as it stands, "(주)" and all
+      box.setText(
+          outlook::shownText(contact, P::CompanyName));  // shown as it stands, "(주)" and all
     } else {
-      box.setText(outlook::fieldTextFromContact(contact, fieldOf(field.column)));
+      box.setText(outlook::fieldTextFromContact(contact, fieldOf(field.column)).value_or(""));
     }
   }
   for (const AddressBlock& block : kAddresses) {
     if (!block.columns.empty()) continue;
     const auto properties = outlook::addressProperties(block.street).parts();
     for (std::size_t i = 0; i < block.parts.size(); ++i) {
-      (this->*block.parts[i]).setText(contact.text(properties[i]));
+      (this->*block.parts[i]).setText(outlook::shownText(contact, properties[i]));
     }
     composeAddress(block);
   }
@@ -453,7 +454,7 @@ bool frmOutlookSyncModify::saveOutlookSide(const transfer::ConflictPair& pair) {
     const std::string& value = (this->*field.outlook).text();
     if (field.column == "FullName") {
       // Written back as it was, it would be split anew, and not always as its owner has split it.
-      if (value != contact.text(P::FullName)) contact.setText(P::FullName, value);
+      if (value != outlook::shownText(contact, P::FullName)) contact.setText(P::FullName, value);
       continue;
     }
     MappedField target = fieldOf(field.column);

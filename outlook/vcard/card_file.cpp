@@ -6,6 +6,7 @@
 #include "outlook/vcard/card_text.h"
 #include "text/ascii.h"
 #include "text/trim.h"
+#include "text/utf8.h"
 
 namespace vlout::outlook::vcard {
 namespace {
@@ -18,11 +19,12 @@ bool isNamed(std::string_view line, std::string_view name) {
 std::string keyOf(std::string_view line) {
   const std::string_view plain = plainValue(line);
   if (std::all_of(plain.begin(), plain.end(), text::isAsciiDigit)) return std::string(plain);
-  return std::string(text::trim(readProperty(line, Version::V30).whole()));
+  return std::string(text::trim(readProperty(line, Version::V30, kUtf8, FileForm::Bytes).whole()));
 }
 
 // Looks at one line of a card for what `CardSpan` tells of it.
 void lookAt(std::string_view line, CardSpan& card) {
+  if (namesCharset(line) || isQuotedPrintable(line)) card.isPlain = false;
   if (isNamed(line, "X-VLID")) {
     if (!card.vlid) card.vlid = keyOf(line);
   } else if (isNamed(line, "KIND") || isNamed(line, "X-ADDRESSBOOKSERVER-KIND")) {
@@ -30,42 +32,123 @@ void lookAt(std::string_view line, CardSpan& card) {
   }
 }
 
+bool isBlankLine(std::string_view line) {
+  constexpr std::string_view kBlanks = " \t\r\n\xEF\xBB\xBF";
+  return line.find_first_not_of(kBlanks) == std::string_view::npos;
+}
+
+class CardFinder {
+ public:
+  explicit CardFinder(std::string_view fileText) : fileText_(fileText) {}
+
+  void see(std::string_view line, std::size_t number) {
+    if (isFrameLine(line, "BEGIN")) {
+      begin(line, number);
+    } else if (depth_ == 0) {
+      seeOutside(line, number);
+    } else if (isFrameLine(line, "END")) {
+      end(line);
+    } else if (beginsInnerCard(line)) {
+      ++depth_;
+    } else if (depth_ == 1) {
+      lookAt(line, card_);
+    }
+    afterAgent_ = isNamed(line, "AGENT");
+  }
+
+  CardFileText finish() {
+    closeUnended();
+    return std::move(found_);
+  }
+
+ private:
+  [[nodiscard]] std::size_t offset(const char* at) const {
+    return static_cast<std::size_t>(at - fileText_.data());
+  }
+
+  void closeUnended() {
+    if (depth_ > 0) found_.strays.push_back({Stray::BeginWithoutEnd, card_.line});
+    depth_ = 0;
+  }
+
+  void begin(std::string_view line, std::size_t number) {
+    // Only an agent's card may stand inside another; any other beginning means that the card before
+    // it has no end.
+    if (!afterAgent_) closeUnended();
+    if (depth_++ == 0) card_ = CardSpan{.start = offset(line.data()), .line = number};
+    inText_ = false;
+  }
+
+  void end(std::string_view line) {
+    if (--depth_ > 0) return;
+    card_.size = offset(line.data() + line.size()) - card_.start;
+    const std::string_view text = fileText_.substr(card_.start, card_.size);
+    card_.isPlain = card_.isPlain && text::isValidUtf8(text);
+    found_.cards.push_back(std::exchange(card_, {}));
+  }
+
+  void seeOutside(std::string_view line, std::size_t number) {
+    const bool ends = isFrameLine(line, "END");
+    if (!ends && isBlankLine(line)) return;
+    if (ends || !inText_) {
+      found_.strays.push_back({ends ? Stray::EndWithoutBegin : Stray::Text, number});
+    }
+    inText_ = !ends;
+  }
+
+  std::string_view fileText_;
+  CardFileText found_;
+  CardSpan card_;
+  int depth_ = 0;
+  bool afterAgent_ = false;
+  bool inText_ = false;
+};
+
+// The mark is a character like others here, and so comes back as it was.
+std::string_view nameOf(FileForm form) {
+  return form == FileForm::Utf16Le ? "UTF-16LE" : "UTF-16BE";
+}
+
 }  // namespace
 
+bool CardFileText::hasUnended() const {
+  return std::any_of(strays.begin(), strays.end(),
+                     [](const Stray& stray) { return stray.kind == Stray::BeginWithoutEnd; });
+}
+
 CardFileText findCards(std::string_view fileText) {
-  CardFileText result;
+  CardFinder finder(fileText);
   LineReader reader(fileText);
-  CardSpan card;
-  int depth = 0;
-  bool afterAgent = false;
   while (!reader.atEnd()) {
-    std::size_t start = reader.position();
-    std::string_view line = reader.next();
-    if (start == 0 &&
-        line.starts_with("\xEF\xBB\xBF")) {  // a byte-order mark before the first card
-      line.remove_prefix(3);
-      start = 3;
-    }
-    if (isFrameLine(line, "BEGIN")) {
-      // Only an agent's card may stand inside another; any other beginning means that the card
-      // before it has no end.
-      if (depth > 0 && !afterAgent) {
-        result.cutOff = true;
-        depth = 0;
-      }
-      if (depth++ == 0) card = CardSpan{.start = start};
-    } else if (depth > 0 && isFrameLine(line, "END")) {
-      if (--depth == 0) {
-        card.size = reader.position() - card.start;
-        result.cards.push_back(std::exchange(card, {}));
-      }
-    } else if (depth == 1) {
-      lookAt(line, card);
-    }
-    afterAgent = isNamed(line, "AGENT");
+    const std::size_t number = reader.linesRead() + 1;
+    finder.see(reader.next(), number);
   }
-  result.cutOff = result.cutOff || depth > 0;
-  return result;
+  return finder.finish();
+}
+
+std::optional<FileForm> convertFile(std::string& bytes) {
+  const bool little = bytes.starts_with("\xFF\xFE");
+  if (!little && !bytes.starts_with("\xFE\xFF")) return FileForm::Bytes;
+  const FileForm form = little ? FileForm::Utf16Le : FileForm::Utf16Be;
+  auto text = decode(bytes, nameOf(form));
+  if (!text) return std::nullopt;
+  bytes = *std::move(text);
+  return form;
+}
+
+std::string fileBytes(std::string_view text, FileForm form) {
+  if (form == FileForm::Bytes) return std::string(text);
+  // UTF-16 has every character.
+  return encode(text, nameOf(form)).value();
+}
+
+std::string firstDisplayName(std::string bytes) {
+  const auto form = convertFile(bytes);
+  const auto cards = form ? findCards(bytes).cards : std::vector<CardSpan>();
+  if (cards.empty()) return {};
+  const CardText card(std::string_view(bytes).substr(cards[0].start, cards[0].size), *form);
+  const auto line = card.firstNamed("FN");
+  return line ? card.property(*line).whole() : std::string();
 }
 
 }  // namespace vlout::outlook::vcard

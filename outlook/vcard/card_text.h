@@ -5,10 +5,12 @@
 
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "outlook/vcard/charset.h"
 #include "outlook/vcard/vcard_syntax.h"
 
 namespace vlout::outlook::vcard {
@@ -19,8 +21,9 @@ class CardText {
 
   // A new, empty card of version 3.0.
   CardText();
-  // A card from its BEGIN line to its END line.
-  explicit CardText(std::string_view text);
+  // A card from its BEGIN line to its END line. Text whose character set is not named is in what
+  // `unnamedCharsets` makes of all such text of the card.
+  explicit CardText(std::string_view text, FileForm form = FileForm::Bytes);
 
   [[nodiscard]] Version version() const { return version_; }
 
@@ -32,8 +35,11 @@ class CardText {
   [[nodiscard]] const Property& property(Position position) const;
 
   // The property for changing. Its line is written anew when it then differs from what it was, and
-  // left out when it has no value any more.
+  // left out when it has no value any more. One that was unreadable keeps its bytes until
+  // `replace`.
   [[nodiscard]] Property& change(Position position);
+  // Gives a line these values in place of those that it has, readable or not.
+  void replace(Position position, std::vector<std::string> values);
   [[nodiscard]] bool isChanged(Position position) const;
 
   // Adds a line before `position`, or at the end. Positions from there on move up by one.
@@ -41,26 +47,59 @@ class CardText {
   Property& append(Property property);
   void remove(Position position);
 
-  // The card's text, from BEGIN to END, with the line ends that it came with.
+  // The card's text, from BEGIN to END, with the line ends that it came with. What is new is in the
+  // character set of the rest. Where that lacks a character, or would no longer be told, all lines
+  // that name no set are brought into UTF-8.
   [[nodiscard]] std::string write() const;
+
+  // What the card's maker has left to its readers: a line that names no character set and is not in
+  // UTF-8, or one that is not of its set.
+  struct Doubt {
+    std::size_t line = 0;  // counted from the BEGIN line, which is 0
+    std::string name;
+    std::string charset;
+    bool unreadable = false;
+  };
+  [[nodiscard]] std::vector<Doubt> doubts() const;
 
  private:
   struct Line {
     std::string raw{};   // as written, with continuation lines and line ends; empty for a new line
     std::string name{};  // in upper case, without a group; empty for what is no property
+    std::string_view unnamed = kUtf8;  // the set of what names none
     mutable std::optional<Property> property{};
     std::unique_ptr<const Property> original{};  // as it was before the first change
 
     [[nodiscard]] bool changed() const {
-      return raw.empty() || (original && *original != *property);
+      return raw.empty() || (original && *original != *property && !property->unreadable);
+    }
+    // An attachment of no bytes is still one.
+    [[nodiscard]] bool isWritten() const {
+      const bool required = name == "N" || name == "FN" || name == "X-ATTACH";
+      return !changed() || required || !property->hasNoValue();
     }
   };
+
+  // The set that new text is written in.
+  struct Charset {
+    std::string name;
+    bool named = false;  // in each line
+  };
+
+  void decideCharsets(std::string_view text);
+  [[nodiscard]] Charset charset() const;
+  [[nodiscard]] std::optional<std::string> writeLines(std::span<const Property* const> properties,
+                                                      const Charset& set) const;
+  [[nodiscard]] std::optional<std::string> writeIn(const Charset& set, bool convertOthers) const;
+  [[nodiscard]] std::string convertedLine(const Line& line) const;
+  [[nodiscard]] bool isReadAlike(const CardText& written, const Charset& set) const;
 
   std::vector<Line> lines_;
   std::string begin_;
   std::string end_;
   std::string lineEnd_ = "\r\n";
   Version version_ = Version::V30;
+  FileForm form_ = FileForm::Bytes;
 };
 
 // Reads a vCard text line by line: each call gives one property's line with its continuation lines.
@@ -70,18 +109,24 @@ class LineReader {
 
   [[nodiscard]] bool atEnd() const { return position_ >= text_.size(); }
   [[nodiscard]] std::size_t position() const { return position_; }
+  // How many lines of the file lie behind.
+  [[nodiscard]] std::size_t linesRead() const { return linesRead_; }
+  // A byte-order mark before a BEGIN, as files joined to one have them, is passed over. An END and
+  // a BEGIN on one line, which comes of joining too, are two lines.
   [[nodiscard]] std::string_view next();
 
  private:
   [[nodiscard]] std::string_view physicalLine(std::size_t from) const;
   [[nodiscard]] bool beginsProperty(std::size_t from) const;
+  void take(std::string_view line);
 
   std::string_view text_;
   std::size_t position_ = 0;
+  std::size_t linesRead_ = 0;
 };
 
 // The property name of a content line, without its group, as it is spelt there; empty when the line
-// has none.
+// has none, or no value.
 [[nodiscard]] std::string_view lineName(std::string_view line);
 
 // What follows the first colon of a line that is not folded, without its line end and blanks
@@ -89,5 +134,9 @@ class LineReader {
 [[nodiscard]] std::string_view plainValue(std::string_view line);
 
 [[nodiscard]] bool isFrameLine(std::string_view line, std::string_view keyword);
+[[nodiscard]] bool isFrame(std::string_view line);  // BEGIN or END
+
+// An agent whose card begins on the same line.
+[[nodiscard]] bool beginsInnerCard(std::string_view line);
 
 }  // namespace vlout::outlook::vcard

@@ -27,14 +27,14 @@ Attachments attachmentsOf(VCardContact& contact) {
 
 void PreviewContact::write(const std::string& row) {
   VCardContact before(home_, position_);
-  static_cast<void>(before.text(ContactProperty::FullName));  // reads the card
+  static_cast<void>(shownText(before, ContactProperty::FullName));  // reads the card
   VCardContact::write(row);
   VCardContact after(home_, position_);
-  compare(fieldCaption("FullName"), before.text(ContactProperty::FullName),
-          after.text(ContactProperty::FullName));
+  compare(fieldCaption("FullName"), shownText(before, ContactProperty::FullName),
+          shownText(after, ContactProperty::FullName));
   for (const MappedField& field : mappedFields()) {
-    compare(fieldCaption(field.column), fieldTextFromContact(before, field),
-            fieldTextFromContact(after, field));
+    compare(fieldCaption(field.column), fieldTextFromContact(before, field).value_or(""),
+            fieldTextFromContact(after, field).value_or(""));
   }
   const Attachments old = attachmentsOf(before);
   const Attachments now = attachmentsOf(after);

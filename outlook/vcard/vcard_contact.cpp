@@ -171,7 +171,7 @@ VCardContact::VCardContact(CardHome& home, std::optional<std::size_t> position)
 
 CardText& VCardContact::card() {
   if (!card_) {
-    card_ = position_ ? CardText(home_.readCard(*position_)) : CardText();
+    card_ = position_ ? CardText(home_.readCard(*position_), home_.formAt(*position_)) : CardText();
     forgetDerivedName();
   }
   return *card_;
@@ -183,9 +183,10 @@ void VCardContact::forgetDerivedName() {
   const auto displayed = card().firstNamed("FN");
   if (!displayed) return;
   const auto n = card().firstNamed("N");
-  if (n && !card().property(*n).hasNoValue()) return;
+  if (n && (card().property(*n).unreadable || !card().property(*n).hasNoValue())) return;
+  if (card().property(*displayed).unreadable) return;
   const std::string shown = card().property(*displayed).whole();
-  if (shown == text(P::CompanyName) || shown == text(P::Email1Address)) {
+  if (shown == readable(P::CompanyName) || shown == readable(P::Email1Address)) {
     card().change(*displayed).values.clear();
   }
 }
@@ -315,7 +316,9 @@ void VCardContact::setValue(const Place& place, std::string_view value) {
   if (valueAt(place, *line) == value) return;  // what the contact says already stays as it is
   if (place.component >= 0) {
     // A structured value that loses its last component may get another one next, so it stays.
-    card().change(*line).setComponent(static_cast<std::size_t>(place.component), value);
+    Property& changed = card().change(*line);
+    changed.setComponent(static_cast<std::size_t>(place.component), value);
+    changed.unreadable = false;
   } else if (value.empty()) {
     removeValue(place, *line);
   } else {
@@ -323,7 +326,7 @@ void VCardContact::setValue(const Place& place, std::string_view value) {
     // The kind that the line gave its value, such as a text in place of a date, need not fit any
     // more.
     if (!isUri(changed) || changed.name == "TEL") changed.removeParameter("VALUE");
-    changed.values = {std::string(value)};
+    card().replace(*line, {std::string(value)});
   }
 }
 
@@ -346,6 +349,7 @@ void VCardContact::removeValue(const Place& place, CardText::Position line) {
 }
 
 void VCardContact::markSlot(CardText::Position line, std::string_view slot) {
+  if (card().property(line).unreadable) return;  // its bytes stay, and cannot be taken for another
   card().change(line).parameters.push_back({std::string(kSlot), {std::string(slot)}});
 }
 
@@ -368,6 +372,37 @@ void VCardContact::markLinesBehindEmptyOnes() {
 // --- text ---------------------------------------------------------------------------------------
 
 std::string VCardContact::text(ContactProperty property) {
+  const auto unreadable = findUnreadable(property);
+  if (unreadable) fail(*unreadable);
+  return readable(property);
+}
+
+// The line because of which a property cannot be read.
+std::optional<CardText::Position> VCardContact::findUnreadable(ContactProperty property) {
+  std::vector<CardText::Position> lines;
+  if (property == P::Categories) {
+    lines = card().named("CATEGORIES");
+  } else if (propertyInfo(property).kind == PropertyKind::Name) {
+    if (!name().empty()) return std::nullopt;
+    lines = card().named("N");
+    for (const CardText::Position displayed : card().named("FN")) lines.push_back(displayed);
+  } else if (const auto line = find(propertyInfo(property).vcard)) {
+    lines.push_back(*line);
+  }
+  const auto found = std::find_if(lines.begin(), lines.end(), [&](CardText::Position line) {
+    return card().property(line).unreadable;
+  });
+  return found == lines.end() ? std::nullopt : std::optional(*found);
+}
+
+void VCardContact::fail(CardText::Position line) {
+  const std::string place = home_.placeOf(*position_);
+  throw UnreadableProperty((place.empty() ? place : place + ": ") + card().property(line).name +
+                           "의 글자를 읽을 수 없습니다");
+}
+
+// What can be read of a property; an empty text where nothing can be.
+std::string VCardContact::readable(ContactProperty property) {
   switch (property) {
     case P::FullName:
       return fullName(name());
@@ -396,7 +431,7 @@ std::string VCardContact::valueAt(const Place& place, CardText::Position line) {
 void VCardContact::setText(ContactProperty property, std::string_view value) {
   switch (property) {
     case P::FullName: {
-      if (text(property) == value) return;
+      if (readable(property) == value) return;
       PersonName changed = splitFullName(value);
       const PersonName current = name();
       const bool samePerson = changed.last == current.last && changed.first == current.first &&
@@ -441,7 +476,7 @@ PersonName VCardContact::name() {
 void VCardContact::setName(const PersonName& name) {
   Property n{.name = "N", .values = {name.last, name.first, name.middle, name.title, name.suffix}};
   if (const auto line = card().firstNamed("N")) {
-    card().change(*line).values = n.values;
+    card().replace(*line, n.values);
   } else {
     card().append(std::move(n));
   }
@@ -450,7 +485,7 @@ void VCardContact::setName(const PersonName& name) {
 
 void VCardContact::setSingle(std::string_view propertyName, std::string_view value) {
   if (const auto line = card().firstNamed(propertyName)) {
-    card().change(*line).values = {std::string(value)};
+    card().replace(*line, {std::string(value)});
   } else {
     card().append({.name = std::string(propertyName), .values = {std::string(value)}});
   }
@@ -470,26 +505,26 @@ void VCardContact::setCategories(std::string_view value) {
   if (joinCategories(names) == categories()) return;
   auto lines = card().named("CATEGORIES");
   for (auto line = lines.rbegin(); line != lines.rend(); ++line) {
-    if (names.empty() || *line != lines.front()) card().remove(*line);
+    const bool kept = names.empty() ? card().property(*line).unreadable : *line == lines.front();
+    if (!kept) card().remove(*line);
   }
   if (names.empty()) return;
   if (lines.empty()) {
     card().append({.name = "CATEGORIES", .values = names});
   } else {
-    card().change(lines.front()).values = names;
+    card().replace(lines.front(), names);
   }
 }
 
 // --- dates and gender ---------------------------------------------------------------------------
 
 text::DateTime VCardContact::date(ContactProperty property) {
-  const auto line = find(propertyInfo(property).vcard);
-  if (!line) return text::noDate();
-  return readDate(card().property(*line).whole()).value_or(text::noDate());
+  return readDate(text(property)).value_or(text::noDate());
 }
 
 void VCardContact::setDate(ContactProperty property, text::DateTime value) {
-  if (text::formatDay(date(property)) == text::formatDay(value)) return;
+  const text::DateTime current = readDate(readable(property)).value_or(text::noDate());
+  if (text::formatDay(current) == text::formatDay(value)) return;
   std::string day = value == text::noDate() ? "" : text::formatDay(value);
   if (card().version() == Version::V40) std::erase(day, '-');  // the only form that it has
   setValue(propertyInfo(property).vcard, day);
@@ -497,13 +532,14 @@ void VCardContact::setDate(ContactProperty property, text::DateTime value) {
 
 Gender VCardContact::gender() {
   const auto line = find(propertyInfo(P::Gender).vcard);
+  if (line && card().property(*line).unreadable) fail(*line);
   return line ? genderOf(card().property(*line)) : Gender::Unspecified;
 }
 
 void VCardContact::setGender(Gender value) {
-  if (gender() == value) return;
   const Place& place = propertyInfo(P::Gender).vcard;
   const auto line = find(place);
+  if ((line ? genderOf(card().property(*line)) : Gender::Unspecified) == value) return;
   const std::string name = line ? card().property(*line).name : newName(place);
   setValue(place, value == Gender::Unspecified ? "" : genderText(name, value));
 }
@@ -592,10 +628,11 @@ void VCardContact::completeForSaving() {
                    .values = {shown.last, shown.first, shown.middle, shown.title, shown.suffix}});
   }
   const auto displayed = card().firstNamed("FN");
-  if (!displayed || card().property(*displayed).hasNoValue()) {
+  const bool unreadable = displayed && card().property(*displayed).unreadable;
+  if (!displayed || (card().property(*displayed).hasNoValue() && !unreadable)) {
     std::string shown = fullName(name());
-    if (shown.empty()) shown = text(P::CompanyName);
-    setSingle("FN", shown.empty() ? text(P::Email1Address) : shown);
+    if (shown.empty()) shown = readable(P::CompanyName);
+    setSingle("FN", shown.empty() ? readable(P::Email1Address) : shown);
   }
   if (!position_ || card().firstNamed("REV")) setSingle("REV", utcNow(card().version()));
   removeStaleLabels();

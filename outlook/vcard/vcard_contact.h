@@ -47,6 +47,9 @@ class VCardContact : public Contact {
 
   CardText& card();
   void forgetDerivedName();
+  [[nodiscard]] std::string readable(ContactProperty property);
+  [[nodiscard]] std::optional<CardText::Position> findUnreadable(ContactProperty property);
+  [[noreturn]] void fail(CardText::Position line);
   [[nodiscard]] std::optional<std::string> vlid();
 
   [[nodiscard]] std::optional<CardText::Position> find(const Place& place);

@@ -58,11 +58,15 @@ class VCardStore : public ContactStore, public CardHome {
   struct OpenFile {
     std::size_t file = kNoFile;
     FileState state;
+    FileForm form = FileForm::Bytes;
     std::string text;
     std::vector<CardSpan> cards;
   };
 
   void addFile(const std::string& name, std::string& buffer);
+  void reportStrays(const std::string& name, const std::vector<Stray>& strays);
+  void reportDoubts(const std::string& name, std::string_view text, FileForm form,
+                    const std::vector<CardSpan>& cards);
   OpenFile& openFile(std::size_t file);
 
   [[nodiscard]] const Item& itemAt(std::size_t position) const { return items_[position - 1]; }
@@ -73,7 +77,11 @@ class VCardStore : public ContactStore, public CardHome {
     return itemAt(position).vlid;
   }
   [[nodiscard]] text::DateTime timeAt(std::size_t position) const override;
+  [[nodiscard]] std::string placeOf(std::size_t position) const override {
+    return files_[itemAt(position).file].name;
+  }
   [[nodiscard]] std::string readCard(std::size_t position) override;
+  [[nodiscard]] FileForm formAt(std::size_t position) override;
   void saveCard(std::size_t position, const std::string& cardText, std::optional<std::string> vlid,
                 const std::string& row) override;
   [[nodiscard]] std::size_t saveNewCard(const std::string& uid, const std::string& cardText,

@@ -5,7 +5,6 @@
 #include <memory>
 
 #include "text/ascii.h"
-#include "text/code_page.h"
 #include "text/utf8.h"
 
 namespace vlout::outlook::vcard {
@@ -22,14 +21,6 @@ using Card = std::unique_ptr<EVCard, GUnref>;
 
 constexpr std::string_view kBegin = "BEGIN:VCARD\r\n";
 constexpr std::string_view kEnd = "\r\nEND:VCARD\r\n";
-
-// Old Korean phones write their cards in code page 949 and say so nowhere, or say it of bytes that
-// are not quoted-printable, which the library does not convert.
-std::string asUtf8(std::string_view line) {
-  if (text::isValidUtf8(line)) return std::string(line);
-  if (auto korean = text::fromCodePage949(line)) return *std::move(korean);
-  return text::sanitizeUtf8(line);
-}
 
 // Phones and webmail escape colons and quotes too, which means nothing more than the character. In
 // version 2.1 a backslash is one.
@@ -89,19 +80,23 @@ bool isBinary(const Property& property) {
          text::equalsIgnoringAsciiCase(value, "BASE64");
 }
 
-EVCardAttribute* toAttribute(const Property& property) {
+void addParameter(EVCardAttribute* attribute, const Parameter& parameter) {
+  EVCardAttributeParam* const added = e_vcard_attribute_param_new(parameter.name.c_str());
+  for (const std::string& value : parameter.values) {
+    e_vcard_attribute_param_add_value(added, value.c_str());
+  }
+  e_vcard_attribute_add_param(attribute, added);
+}
+
+EVCardAttribute* toAttribute(const Property& property, std::string_view charset) {
   EVCardAttribute* const attribute = e_vcard_attribute_new(
       property.group.empty() ? nullptr : property.group.c_str(), property.name.c_str());
   const bool binary = isBinary(property);
   // The library puts each parameter in front of the others.
   for (auto p = property.parameters.rbegin(); p != property.parameters.rend(); ++p) {
-    if (isWritersOwn(*p, binary)) continue;
-    EVCardAttributeParam* const parameter = e_vcard_attribute_param_new(p->name.c_str());
-    for (const std::string& value : p->values) {
-      e_vcard_attribute_param_add_value(parameter, value.c_str());
-    }
-    e_vcard_attribute_add_param(attribute, parameter);
+    if (!isWritersOwn(*p, binary)) addParameter(attribute, *p);
   }
+  if (!charset.empty()) addParameter(attribute, {"CHARSET", {std::string(charset)}});
   for (const std::string& value : property.values) {
     e_vcard_attribute_add_value(attribute, writable(value).c_str());
   }
@@ -116,11 +111,11 @@ std::string_view withoutFrame(std::string_view card) {
   return card.substr(start, card.rfind(kClose) - start);
 }
 
-std::string writeWithLibrary(std::span<const Property* const> properties,
-                             std::string_view lineEnd) {
+std::string writeWithLibrary(std::span<const Property* const> properties, std::string_view lineEnd,
+                             std::string_view charset) {
   const Card card(e_vcard_new());
   for (const Property* const property : properties) {
-    e_vcard_append_attribute(card.get(), toAttribute(*property));
+    e_vcard_append_attribute(card.get(), toAttribute(*property, charset));
   }
   const GText whole(e_vcard_to_string(card.get(), EVC_FORMAT_VCARD_30));
   const std::string_view lines = withoutFrame(whole.get());
@@ -142,7 +137,7 @@ bool needsQuotedPrintable(const std::vector<std::string>& values) {
 class QuotedPrintableWriter {
  public:
   QuotedPrintableWriter(std::string& out, std::string_view lineEnd)
-      : out_(out), lineEnd_(lineEnd), column_(out.size() - (out.rfind('\n') + 1)) {}
+      : out_(out), lineEnd_(lineEnd), column_(out.size() - (out.find_last_of("\r\n") + 1)) {}
 
   void append(std::string_view text) {
     for (const char c : text) {
@@ -268,26 +263,21 @@ std::string Property::whole() const {
   return result;
 }
 
-bool isQuotedPrintable(std::string_view line) {
-  constexpr std::string_view kName = "QUOTED-PRINTABLE";
-  const std::string_view head = line.substr(0, line.find(':'));
-  if (head.size() <= kName.size()) return false;  // no room for it: most lines
-  return text::toAsciiUpper(head).find(kName) != std::string::npos;
-}
-
-Property readProperty(std::string_view line, Version version) {
+Property readProperty(std::string_view line, Version version, std::string_view unnamed,
+                      FileForm form) {
   silenceLibrary();
-  std::string unfolded = asUtf8(line);
-  if (isQuotedPrintable(line)) {
-    // The library joins soft line breaks only behind an encoded byte.
-    unfolded = text::replaceAll(text::replaceAll(unfolded, "=\r\n", ""), "=\n", "");
+  ContentLine content = takeApart(line, form);
+  auto plain = decodeLine(content, unnamed);
+  const bool unreadable = !plain;
+  if (unreadable) {
+    content.value.clear();
+    plain = text::sanitizeUtf8(content.head) + ":";
   }
-  if (version != Version::V21) unfolded = withoutNeedlessEscapes(unfolded);
+  if (version != Version::V21) plain = withoutNeedlessEscapes(*plain);
   std::string card(kBegin);
-  card.append(unfolded).append(kEnd);
-  std::replace(card.begin(), card.end(), '\0', ' ');
+  card.append(*plain).append(kEnd);
   const Card parsed(e_vcard_new_from_string(card.c_str()));
-  Property property;
+  Property property{.unreadable = unreadable};
   const GList* const attributes = e_vcard_get_attributes(parsed.get());
   if (attributes == nullptr) return property;
   auto* const attribute = static_cast<EVCardAttribute*>(attributes->data);
@@ -302,7 +292,8 @@ Property readProperty(std::string_view line, Version version) {
     }
     property.parameters.push_back(std::move(parameter));
   }
-  for (GList* v = e_vcard_attribute_get_values(attribute); v != nullptr; v = v->next) {
+  for (GList* v = unreadable ? nullptr : e_vcard_attribute_get_values(attribute); v != nullptr;
+       v = v->next) {
     std::string value = text::sanitizeUtf8(orEmpty(static_cast<const char*>(v->data)));
     if (value.find('\r') != std::string::npos) value = text::replaceAll(value, "\r\n", "\n");
     property.values.push_back(std::move(value));
@@ -311,8 +302,8 @@ Property readProperty(std::string_view line, Version version) {
 }
 
 std::string writeProperties(std::span<const Property* const> properties, Version version,
-                            std::string_view lineEnd) {
-  if (version != Version::V21) return writeWithLibrary(properties, lineEnd);
+                            std::string_view lineEnd, std::string_view charset) {
+  if (version != Version::V21) return writeWithLibrary(properties, lineEnd, charset);
   std::string out;
   for (const Property* const property : properties) writeVersion21(*property, lineEnd, out);
   return out;

@@ -7,6 +7,8 @@
 #include <string_view>
 #include <vector>
 
+#include "outlook/vcard/content_line.h"
+
 namespace vlout::outlook::vcard {
 
 enum class Version { V21, V30, V40 };
@@ -19,12 +21,13 @@ struct Parameter {
 };
 
 // One property, decoded: texts in UTF-8, without escapes or quoted-printable. Binary values stay in
-// base64.
+// base64. A property whose bytes are not of the character set that they should be in has no values.
 struct Property {
   std::string group{};
   std::string name{};
   std::vector<Parameter> parameters{};
   std::vector<std::string> values{};
+  bool unreadable = false;
 
   bool operator==(const Property&) const = default;
   [[nodiscard]] bool hasNoValue() const;
@@ -41,16 +44,16 @@ struct Property {
   [[nodiscard]] std::string whole() const;
 };
 
-// True for a content line whose value is quoted-printable, which has a folding of its own.
-[[nodiscard]] bool isQuotedPrintable(std::string_view line);
-
 // The property that `line`, a content line with its continuation lines, holds; one without a name
-// when the line is no property.
-[[nodiscard]] Property readProperty(std::string_view line, Version version);
+// when the line is no property. Text whose character set the line does not name is in `unnamed`.
+[[nodiscard]] Property readProperty(std::string_view line, Version version,
+                                    std::string_view unnamed, FileForm form);
 
 // The content lines for `properties`, folded, in the syntax of `version`, each ended by `lineEnd`.
+// All is UTF-8; a `charset` is only named in the lines.
 [[nodiscard]] std::string writeProperties(std::span<const Property* const> properties,
-                                          Version version, std::string_view lineEnd);
+                                          Version version, std::string_view lineEnd,
+                                          std::string_view charset = {});
 
 [[nodiscard]] std::string encodeBase64(std::string_view bytes);
 [[nodiscard]] std::string decodeBase64(std::string_view text);

@@ -27,7 +27,7 @@ class FieldMapTest : public tests::ComponentFixture {
   }
   static std::string fieldOf(Contact& contact, std::string_view column) {
     for (const MappedField& field : mappedFields()) {
-      if (field.column == column) return fieldTextFromContact(contact, field);
+      if (field.column == column) return fieldTextFromContact(contact, field).value();
     }
     return "no such column";
   }

@@ -43,14 +43,6 @@ class VCardStoreTest : public testing::Test {
     return tests::readFile(folder.path() / "a.vcf");
   }
 
-  // What a property reads as in a card with these lines.
-  std::string textIn(const std::string& lines, P property) {
-    tests::writeFile(folder.path() / "a.vcf",
-                     "BEGIN:VCARD\r\nVERSION:3.0\r\n" + lines + "END:VCARD\r\n");
-    const auto store = openStore();
-    return store->item(1)->text(property);
-  }
-
   tests::TemporaryFolder folder;
 };
 
@@ -187,73 +179,6 @@ TEST_F(VCardStoreTest, OtherProgramsFindThePropertiesWhereTheyLookForThem) {
                                 {E_CONTACT_SPOUSE, "Spouse"}};
   for (const Case& c : cases) EXPECT_EQ(field(c.field), c.value) << e_contact_field_name(c.field);
   g_object_unref(seen);
-}
-
-TEST_F(VCardStoreTest, ReadsWhatOtherProgramsWrite) {
-  struct Case {
-    const char* lines;
-    P property;
-    const char* text;
-  };
-  const std::vector<Case> cases{
-      {"TEL;type=CELL;type=VOICE;type=pref:010-1\r\n", P::MobileTelephoneNumber, "010-1"},
-      {"TEL;VALUE=uri;TYPE=\"voice,work\":tel:+82-2-1;ext=3\r\n", P::BusinessTelephoneNumber,
-       "+82-2-1;ext=3"},
-      {"TEL;WORK;FAX:02-1\r\nTEL;WORK:02-2\r\n", P::BusinessTelephoneNumber, "02-2"},
-      {"TEL;WORK:1\r\nTEL;CELL:2\r\nTEL;WORK:3\r\n", P::Business2TelephoneNumber, "3"},
-      {"item1.EMAIL;type=INTERNET:a@example.com\r\n", P::Email1Address, "a@example.com"},
-      {"URL;HOME:http://h\r\nURL;WORK:http://w\r\n", P::WebPage, "http://w"},
-      {"N;CHARSET=EUC-KR;ENCODING=QUOTED-PRINTABLE:=C8=AB;=B1=E6=B5=BF\r\n", P::FirstName, "길동"},
-      {"N:\xC8\xAB;\xB1\xE6\xB5\xBF\r\n", P::LastName, "홍"},  // code page 949, unannounced
-      {"NOTE;ENCODING=QUOTED-PRINTABLE:a=0D=0A=\r\nb:c\r\n", P::Body, "a\nb:c"},
-      {"URL:http\\://a\\,b\\\\:c\r\n", P::WebPage, "http://a,b\\:c"},
-      {"NOTE:first\r\n  folded\r\n", P::Body, "first folded"},
-      {"FN:홍 길동\r\n", P::FirstName, "길동"},                     // no N at all
-      {"N:;;;;\r\nFN:가나다\r\nORG:가나다\r\n", P::FirstName, ""},  // a company, not a person
-      {"N:Doe;John;Adam;Dr.;Jr.\r\n", P::FullName, "Dr. John Adam Doe Jr."},
-      {"ORG:회사;부서;팀\r\n", P::Department, "부서"},
-      {"ADR;type=HOME:;;Street;City;;123;Korea\r\n", P::HomeAddressCity, "City"},
-      {"ADR;TYPE=work:PO;;S;C;ST;Z;USA\r\n", P::BusinessAddressPostOfficeBox, "PO"},
-      {"ADR:;;other;;;;\r\n", P::OtherAddressStreet, "other"},
-      {"CATEGORIES:a,b\r\nCATEGORIES:c\r\n", P::Categories, "a, b, c"},
-      {"X-MS-SPOUSE:배우자\r\n", P::Spouse, "배우자"},
-      {"item2.X-ABRELATEDNAMES:Jenny\r\nitem2.X-ABLabel:_$!<Spouse>!$_\r\n", P::Spouse, "Jenny"},
-      // Folded before its colon, where long parameters push it.
-      {"TITLE:x\r\nTEL;X-COUCHDB-UUID=\"c2fa1caa-2926-4087\";X-EVOLUTION-UI-S\r\n "
-       "LOT=1;TYPE=CELL:010\r\n",
-       P::MobileTelephoneNumber, "010"},
-      {"AGENT:\r\nBEGIN:VCARD\r\nTITLE:inner\r\nEND:VCARD\r\nTITLE:outer\r\n", P::JobTitle,
-       "outer"},
-  };
-  for (const Case& c : cases) EXPECT_EQ(textIn(c.lines, c.property), c.text) << c.lines;
-}
-
-TEST_F(VCardStoreTest, ReadsDatesAndGendersOfOtherPrograms) {
-  struct Case {
-    const char* lines;
-    const char* birthday;
-    const char* anniversary;
-    Gender gender;
-  };
-  const std::vector<Case> cases{
-      {"BDAY:19800322\r\nX-MS-ANNIVERSARY:20110113\r\nGENDER:M\r\n", "1980-03-22", "2011-01-13",
-       Gender::Male},
-      {"BDAY;VALUE=date:1980-03-22T00:00:00Z\r\nX-WAB-GENDER:1\r\n", "1980-03-22", "4501-01-01",
-       Gender::Female},
-      {"BDAY:--0322\r\nX-GENDER:Female\r\nANNIVERSARY:2011-01-13\r\n", "4501-01-01", "2011-01-13",
-       Gender::Female},
-      {"item1.X-ABDATE:1975-03-01\r\nitem1.X-ABLabel:_$!<Anniversary>!$_\r\nGENDER:O;other\r\n",
-       "4501-01-01", "1975-03-01", Gender::Unspecified},
-  };
-  for (const Case& c : cases) {
-    tests::writeFile(folder.path() / "a.vcf",
-                     std::string("BEGIN:VCARD\r\nVERSION:3.0\r\n") + c.lines + "END:VCARD\r\n");
-    const auto store = openStore();
-    const auto contact = store->item(1);
-    EXPECT_EQ(text::formatDay(contact->date(P::Birthday)), c.birthday) << c.lines;
-    EXPECT_EQ(text::formatDay(contact->date(P::Anniversary)), c.anniversary) << c.lines;
-    EXPECT_EQ(contact->gender(), c.gender) << c.lines;
-  }
 }
 
 TEST_F(VCardStoreTest, SavingTouchesOnlyWhatWasChanged) {

@@ -228,6 +228,53 @@ TEST_F(ImportTest, WhatCannotBeInsertedIsReportedAndKeepsNoNumber) {
   EXPECT_EQ(rows(), 3U);
 }
 
+TEST_F(ImportTest, WhatCannotBeReadOfAContactIsWrittenNeitherWayAndTheRestIs) {
+  const std::string lost = "ORG;CHARSET=EUC-KR:\xB1\r\nBDAY;CHARSET=EUC-KR:\xFF\r\n";
+  const std::string company = "회사";
+  struct Case {
+    const char* name;
+    frmOutlookSync::Mode mode;
+    std::string lines;  // beside those that cannot be read
+    std::string company;
+    const char* contact;  // its time; the row's is 2025/01/02
+    const char* title;    // what the row has then
+    const char* line;
+  };
+  const std::vector<Case> cases{
+      {"import by key", frmOutlookSync::kImport, "N:홍;길동\r\nTITLE:새\r\nX-VLID:7\r\n", company,
+       "2025/01/03 00:00:00", "새", "←갱신(홍길동)|100%|완료"},
+      {"import by person", frmOutlookSync::kImport, "N:홍;길동\r\nTITLE:새\r\n", company,
+       "2025/01/03 00:00:00", "새", "↔갱신(홍길동)|100%|완료"},
+      {"sync to the row, nameless", frmOutlookSync::kSync,
+       "N;CHARSET=EUC-KR:\xB1\r\nTITLE:새\r\nX-VLID:7\r\n", company, "2025/01/03 00:00:00", "새",
+       "벨모라→홍길동|100%|완료"},
+      {"sync to the contact", frmOutlookSync::kSync, "N:홍;길동\r\nX-VLID:7\r\n", "",
+       "2025/01/01 00:00:00", "행", "아웃룩→홍길동|100%|완료"},
+      {"import, whose is not known", frmOutlookSync::kImport, "N;CHARSET=EUC-KR:\xB1\r\n", company,
+       "2025/01/03 00:00:00", "행", "실패→(#1): a.vcf: N의 글자를 읽을 수 없습니다|0%|실패"},
+  };
+  for (const Case& c : cases) {
+    startAfresh();
+    addCard(7, {{"FullName", "홍길동"},
+                {"CompanyName", c.company},
+                {"Birthday", "1980-03-22"},
+                {"JobTitle", "행"}});
+    const bool sync = c.mode == frmOutlookSync::kSync;
+    setStamps(7, "2025/01/02 00:00:00", sync ? c.contact : "2025/01/02 00:00:00",
+              "2025/01/02 00:00:00");
+    writeContact("a.vcf", lost + c.lines, c.contact);
+    const auto lines = run(c.mode);
+    EXPECT_THAT(lines, Contains(c.line)) << c.name;
+    EXPECT_THAT(lines, Contains(HasSubstr("a.vcf 3행: ORG의 글자를 EUC-KR"))) << c.name;
+    EXPECT_EQ(valueOf(7, "CompanyName"), c.company) << c.name;
+    EXPECT_EQ(valueOf(7, "Birthday"), "1980-03-22") << c.name;
+    EXPECT_EQ(valueOf(7, "JobTitle"), c.title) << c.name;
+    EXPECT_EQ(rows(), 1U) << c.name;
+    EXPECT_EQ(contactText("a.vcf").find(c.company.empty() ? lost.substr(0, 22) : lost), 26U)
+        << c.name;
+  }
+}
+
 TEST_F(ImportTest, RunsToTheEndEvenWhenAskedToClose) {
   for (int i = 0; i < 5; ++i) {
     writeContact(std::to_string(i) + ".vcf",
