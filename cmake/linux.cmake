@@ -24,6 +24,8 @@ add_library(vlout_linux STATIC
   store/jet/jet_reader.cpp
   store/jet/jet_value.cpp
   outlook/vcard/card_file.cpp
+  outlook/vcard/card_journal.cpp
+  outlook/vcard/card_merge.cpp
   outlook/vcard/card_text.cpp
   outlook/vcard/charset.cpp
   outlook/vcard/content_line.cpp

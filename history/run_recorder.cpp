@@ -243,4 +243,13 @@ FileState RecordedFolder::replace(const std::string& name, std::string_view text
                      });
 }
 
+// The file is written when the run ends, or by whoever opens the folder after a kill. What it will
+// be like then is known now.
+void RecordedFolder::gather(const outlook::vcard::SavedCard& save, const FileState& before) {
+  recorder_->beforeWriting();
+  recorder_->file(save.file, save.willBe);
+  for (const std::string& other : otherNamesOf(save.file)) recorder_->file(other, save.willBe);
+  Folder::gather(save, before);
+}
+
 }  // namespace vlout::history

@@ -95,6 +95,7 @@ class RecordedFolder : public outlook::vcard::Folder {
   FileState replace(const std::string& name, std::string_view text,
                     const std::optional<FileState>& before, bool keepSecond,
                     const std::string& row) override;
+  void gather(const outlook::vcard::SavedCard& save, const FileState& before) override;
 
  private:
   std::shared_ptr<RunRecorder> recorder_;

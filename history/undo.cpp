@@ -79,6 +79,7 @@ Undo::Undo(const fs::path& componentFolder, int run)
   contacts_ = runs_.contactsOf(later_.front());
   lock_ = std::make_unique<outlook::vcard::Folder>(contacts_.string());
   found_ = cardFilesIn(contacts_);
+  findGathered();
   findChanges();
   findEdits();
 }
@@ -99,6 +100,20 @@ void Undo::chooseRun(int number) {
   }
   if (later_.empty()) {
     throw UndoError("작업 " + std::to_string(run_.number) + "부터는 바뀐 것이 없습니다.");
+  }
+}
+
+// A killed run may have left saves that are not in their files yet. They are completed before
+// anything is taken back, so the files count as what they will be then.
+void Undo::findGathered() {
+  for (const auto& [name, file] : lock_->gathered().value_or(outlook::vcard::JournalFiles())) {
+    const auto found = found_.find(name);
+    if (found == found_.end() || found->second.seconds != file.willBe.seconds ||
+        outlook::vcard::nextInSecond(found->second.nanoseconds) != file.willBe.nanoseconds) {
+      continue;  // it has been changed since
+    }
+    found->second = file.willBe;
+    gathered_.push_back(name);
   }
 }
 
@@ -174,7 +189,10 @@ void Undo::perform() {
   const int number = recorder.number();
   try {
     lock_->tidy();
+    static_cast<void>(completeSaves(*lock_));
     requireUnchanged();
+    for (const std::string& name : gathered_)
+      found_[name] = *fileStateAt(contacts_ / text::pathOf(name));
     requireSpace();
     if (!changesNothing()) recorder.beforeWriting();
     putRowsBack(recorder);

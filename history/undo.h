@@ -52,6 +52,7 @@ class Undo {
 
  private:
   void chooseRun(int number);
+  void findGathered();
   void findEdits();
   void addFileEdits(const FileStates& before, const FileStates& found, const Written& written,
                     const std::string& when);
@@ -74,7 +75,8 @@ class Undo {
   std::optional<RestorePoint> point_;
   std::filesystem::path contacts_;
   std::unique_ptr<outlook::vcard::Folder> lock_;
-  FileStates found_;  // the contact files as they are
+  FileStates found_;                   // the contact files as they are
+  std::vector<std::string> gathered_;  // those of them that a killed run's saves are still to reach
   std::vector<RowChange> rows_;
   std::vector<FileChange> files_;
   std::vector<FileChange> lost_;

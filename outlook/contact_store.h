@@ -83,6 +83,12 @@ class Contact {
   [[nodiscard]] virtual text::DateTime lastModificationTime() = 0;
 };
 
+// A save that came to nothing after all: whose contact's, and why.
+struct LostSave {
+  std::string person;
+  std::string cause;
+};
+
 class ContactStore {
  public:
   ContactStore() = default;
@@ -124,8 +130,9 @@ class ContactStore {
   // ContactStoreError where there is no such dialog.
   [[nodiscard]] virtual std::string chooseCategories() = 0;
 
-  // Called when a run has ended: what was saved is to survive a power cut.
-  virtual void flush() = 0;
+  // Called when a run has ended: what was saved is to survive a power cut. A store may have
+  // gathered saves until now; those that came to nothing.
+  [[nodiscard]] virtual std::vector<LostSave> flush() = 0;
 };
 
 }  // namespace vlout::outlook

@@ -25,7 +25,7 @@ RunEnd Export::run() {
   RunEnd end = RunEnd::Completed;
   if (options_.updateExisting) end = comparePhase();
   if (end == RunEnd::Completed && options_.addMissing) end = addPhase();
-  contacts_.flush();
+  flushContacts();
   const Counts counts{added_, updated_, conflicts_};
   if (end == RunEnd::Stopped) {
     addLine(window_, "내보내기 중지", counts.text(), "중지");

@@ -37,7 +37,7 @@ RunEnd Import::run() {
     });
   }
   if (options_.addMissing) addPhase();
-  contacts_.flush();
+  flushContacts();
   finishRun({.line = "가져오기 완료",
              .message = "가져오기를 완료하였습니다.",
              .conflictsFound = "충돌자료가 발견되었습니다."},

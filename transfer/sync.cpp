@@ -16,7 +16,7 @@ RunEnd Sync::run() {
   const RunEnd end = forEachContact(&heading, Stopping::Possible,
                                     [&](Contact& contact, std::size_t) { syncContact(contact); });
   heading.end(end);
-  contacts_.flush();
+  flushContacts();
   close(end);
   return end;
 }

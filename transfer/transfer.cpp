@@ -48,6 +48,10 @@ void Transfer::openFolder() {
   for (const std::string& key : keys_) list_.reserve(key);
 }
 
+void Transfer::flushContacts() {
+  for (const auto& [person, cause] : contacts_.flush()) reportFailure(person, cause);
+}
+
 Person Transfer::personOf(Contact& contact) {
   return {.name = outlook::joinedName(contact),
           .mobile = contact.text(ContactProperty::MobileTelephoneNumber),

@@ -40,6 +40,9 @@ class Transfer {
   // What a closing message says of records that failed.
   [[nodiscard]] std::string failuresText() const;
 
+  // What was saved is to last; saves that came to nothing after all are reported.
+  void flushContacts();
+
   enum class Stopping { Possible, Impossible };
 
   // Takes a row out of the work list when it goes out of scope: whatever happened to the pair, the

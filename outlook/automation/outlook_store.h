@@ -25,7 +25,8 @@ class OutlookStore : public ContactStore {
   [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
   [[nodiscard]] std::unique_ptr<Contact> create() override;
   [[nodiscard]] std::string chooseCategories() override;
-  void flush() override {}  // Outlook keeps its own promises about what is saved
+  // Outlook keeps its own promises about what is saved.
+  [[nodiscard]] std::vector<LostSave> flush() override { return {}; }
 
  private:
   // What is known of an item since the folder was opened. Items that are no contacts have a type

@@ -32,12 +32,6 @@ bool writeAll(int descriptor, std::string_view text) {
   return true;
 }
 
-bool isCardFile(std::string_view name) {
-  constexpr std::string_view kEnding = ".vcf";
-  return name.size() > kEnding.size() && name.front() != '.' &&
-         text::equalsIgnoringAsciiCase(name.substr(name.size() - kEnding.size()), kEnding);
-}
-
 void keepOwner(int file, const struct stat& status) {
   // Only root can give a file away; for anyone else the owner is right already.
   if (::fchown(file, status.st_uid, status.st_gid) != 0) errno = 0;
@@ -60,6 +54,12 @@ bool forEachName(int folder, const std::function<void(const char* name)>& use) {
   if (!directory) return false;
   while (const dirent* const entry = ::readdir(directory.get())) use(entry->d_name);
   return true;
+}
+
+bool isCardFile(std::string_view name) {
+  constexpr std::string_view kEnding = ".vcf";
+  return name.size() > kEnding.size() && name.front() != '.' &&
+         text::equalsIgnoringAsciiCase(name.substr(name.size() - kEnding.size()), kEnding);
 }
 
 bool forEachCardFile(int folder, const std::function<void(const char* name)>& use) {
@@ -132,6 +132,7 @@ Folder::Folder(const std::string& path) : path_(path) {
     errno = error;
     fail("");
   }
+  journal_.emplace(descriptor_);
 }
 
 Folder::~Folder() {
@@ -286,15 +287,40 @@ void Folder::place(Draft& draft, const std::string& name) const {
 // becomes a contact of its own, and is told as such by the next run: its key is another's.
 void Folder::renewLinks(const std::string& name, const FileState& before, const FileState& now,
                         const Completed& completed) const {
-  const auto others = otherNames_.find(name);
-  if (others == otherNames_.end()) return;
-  for (const std::string& other : others->second) {
+  for (const std::string& other : otherNamesOf(name)) {
     Draft draft(descriptor_, before);
     if (::linkat(descriptor_, name.c_str(), descriptor_, draft.name().c_str(), 0) != 0) continue;
     draft.made();
     completed(other, now);
     static_cast<void>(draft.place(other));
   }
+}
+
+std::vector<std::string> Folder::otherNamesOf(const std::string& name) const {
+  const auto others = otherNames_.find(name);
+  return others == otherNames_.end() ? std::vector<std::string>() : others->second;
+}
+
+void Folder::gather(const SavedCard& save, const FileState& before) {
+  const Target target = targetOf(save.file);
+  static_cast<void>(target.folder.empty()
+                        ? requireReplaceable(target.name, before)
+                        : Folder(target.folder).requireReplaceable(target.name, before));
+  if (!journal_->append(save)) fail(CardJournal::kName);
+}
+
+std::optional<JournalFiles> Folder::gathered() {
+  std::string text;
+  if (!Folder::read(CardJournal::kName, text)) return std::nullopt;
+  return CardJournal::parse(text);
+}
+
+FileState Folder::rewrite(const std::string& name, std::string_view text, const FileState& before) {
+  return Folder::replace(name, text, before, true, "");
+}
+
+void Folder::dropGathered() {
+  journal_->remove();
 }
 
 void Folder::replaceBy(const std::string& name, const std::optional<FileState>& before,

@@ -12,10 +12,14 @@
 #include <sys/stat.h>
 #include <vector>
 
+#include "outlook/vcard/card_journal.h"
 #include "outlook/vcard/draft.h"
 #include "outlook/vcard/file_state.h"
 
 namespace vlout::outlook::vcard {
+
+// Whether a file is a vCard by its name.
+[[nodiscard]] bool isCardFile(std::string_view name);
 
 // Calls `use` with the name of each vCard file of an open folder, in no order. False when the
 // folder cannot be read; `errno` tells why.
@@ -70,6 +74,18 @@ class Folder {
                             const std::optional<FileState>& before, bool keepSecond,
                             const std::string& row);
 
+  // Keeps a save of one card of a file that is written later. The file is in the state `before`.
+  virtual void gather(const SavedCard& save, const FileState& before);
+  // What has been gathered and not been written, also by a run that was killed. Nothing when that
+  // is nothing.
+  [[nodiscard]] std::optional<JournalFiles> gathered();
+  // Replaces a file by its text with gathered saves and the changes of other programs: it is not
+  // what those saves have told it would be.
+  virtual FileState rewrite(const std::string& name, std::string_view text,
+                            const FileState& before);
+  // Forgets what has been gathered.
+  virtual void dropGathered();
+
   // Called with each file's state, or nothing for its end, before it gets its place.
   using Completed = std::function<void(const std::string& name, const std::optional<FileState>&)>;
 
@@ -100,6 +116,7 @@ class Folder {
   [[nodiscard]] Target targetOf(const std::string& name) const;
 
   [[nodiscard]] std::vector<CardFile> findCardFiles();
+  [[nodiscard]] std::vector<std::string> otherNamesOf(const std::string& name) const;
 
   FileState replaceFile(const std::string& name, std::string_view text,
                         const std::optional<FileState>& before, bool keepSecond,
@@ -117,6 +134,7 @@ class Folder {
 
   std::string path_;
   int descriptor_ = -1;
+  std::optional<CardJournal> journal_;
   std::map<std::string, std::vector<std::string>> otherNames_;  // of files that have some
   std::vector<std::string> own_;                                // this program's hidden files
 };

@@ -50,6 +50,17 @@ class PreviewFolder : public Folder {
     return state;
   }
 
+  void gather(const SavedCard& save, const FileState& before) override {
+    const Target target = targetOf(save.file);
+    const auto saved = saved_.find(keyOf(target));
+    if (saved == saved_.end()) requireTarget(target, before);
+  }
+  FileState rewrite(const std::string& name, std::string_view text,
+                    const FileState& before) override {
+    return replace(name, text, before, true, "");
+  }
+  void dropGathered() override {}
+
   void flush() override {}
 
  private:

@@ -1,9 +1,11 @@
 #include "outlook/vcard/vcard_store.h"
 
 #include <algorithm>
+#include <exception>
 #include <set>
 
 #include "outlook/vcard/vcard_contact.h"
+#include "text/hash.h"
 
 namespace vlout::outlook::vcard {
 namespace {
@@ -34,6 +36,14 @@ bool isTransferred(std::string_view name) {
 
 }  // namespace
 
+VCardStore::~VCardStore() {
+  try {
+    static_cast<void>(writeGathered());
+  } catch (const std::exception&) {
+    // The journal has what could not be written; whoever opens the folder next is told why.
+  }
+}
+
 bool VCardStore::connect() {
   if (folder_) return true;
   try {
@@ -51,8 +61,12 @@ void VCardStore::openContactsFolder(const std::function<void()>& afterEach) {
   if (!folder_) throw ContactStoreError(path_ + ": 연락처 폴더가 열려 있지 않습니다");
   files_.clear();
   items_.clear();
+  shared_.clear();
   open_ = {};
   notices_.clear();
+  for (const auto& [person, cause] : completeSaves(*folder_)) {
+    notices_.push_back(std::string(person).append(": ").append(cause));
+  }
   std::string buffer;
   for (const CardFile& file : folder_->cardFiles()) addFile(file.name, buffer);
   for (const std::string& name : folder_->keptVersions()) {
@@ -77,6 +91,14 @@ void VCardStore::addFile(const std::string& name, std::string& buffer) {
     reportStrays(name, text.strays);
   }
   reportDoubts(name, buffer, *form, text.cards);
+  if (text.cards.size() > 1) {
+    SharedFile& shared = shared_[files_.size()];
+    shared.size = state->size;
+    for (const CardSpan& span : text.cards) {
+      shared.cards.push_back({text::hashOf(std::string_view(buffer).substr(span.start, span.size)),
+                              state->seconds, state->nanoseconds});
+    }
+  }
   for (std::size_t i = 0; i < text.cards.size(); ++i) {
     items_.push_back({files_.size(), i, text.cards[i].isGroup, std::move(text.cards[i].vlid)});
   }
@@ -139,13 +161,23 @@ std::string VCardStore::chooseCategories() {
   throw ContactStoreError("vCard 폴더에는 범주 선택 창이 없습니다");
 }
 
-void VCardStore::flush() {
+std::vector<LostSave> VCardStore::flush() {
+  std::vector<LostSave> lost = writeGathered();
   if (written_) folder_->flush();
   written_ = false;
+  // Not before the files are on the disk.
+  folder_->dropGathered();
+  return lost;
 }
 
 text::DateTime VCardStore::timeAt(std::size_t position) const {
-  const FileState& state = files_[itemAt(position).file].state;
+  const Item& item = itemAt(position);
+  const auto shared = shared_.find(item.file);
+  if (shared != shared_.end()) {
+    const SharedCard& card = shared->second.cards[item.card];
+    return text::fromUnixTime(card.seconds, card.nanoseconds);
+  }
+  const FileState& state = files_[item.file].state;
   return text::fromUnixTime(state.seconds, state.nanoseconds);
 }
 
@@ -172,6 +204,11 @@ FileForm VCardStore::formAt(std::size_t position) {
 
 std::string VCardStore::readCard(std::size_t position) {
   const Item& item = itemAt(position);
+  const auto shared = shared_.find(item.file);
+  if (shared != shared_.end()) {
+    const auto change = shared->second.changes.find(item.card);
+    if (change != shared->second.changes.end()) return change->second.text;
+  }
   const OpenFile& open = openFile(item.file);
   const CardSpan& span = open.cards.at(item.card);
   return open.text.substr(span.start, span.size);
@@ -181,22 +218,80 @@ void VCardStore::saveCard(std::size_t position, const std::string& cardText,
                           std::optional<std::string> vlid, const std::string& row) {
   Item& item = items_[position - 1];
   File& file = files_[item.file];
-  OpenFile& open = openFile(item.file);
-  CardSpan& span = open.cards.at(item.card);
-  open.file = kNoFile;  // what is kept is right again only once the file is written
-  open.text.replace(span.start, span.size, cardText);
-  // The cards of one file share its time. Were it to move with every save, the others would look as
-  // if they had been edited.
-  const bool shared = file.cards > 1;
-  file.state =
-      folder_->replace(file.name, fileBytes(open.text, open.form), file.state, shared, row);
-  const std::size_t grown = cardText.size() - span.size;  // modulo: a smaller card wraps round
-  span.size = cardText.size();
-  for (std::size_t i = item.card + 1; i < open.cards.size(); ++i) open.cards[i].start += grown;
-  open.state = file.state;
-  open.file = item.file;
+  if (file.cards > 1) {
+    gatherCard(item, cardText);
+  } else {
+    OpenFile& open = openFile(item.file);
+    const CardSpan& span = open.cards.at(item.card);
+    open.file = kNoFile;
+    open.text.replace(span.start, span.size, cardText);
+    file.state =
+        folder_->replace(file.name, fileBytes(open.text, open.form), file.state, false, row);
+  }
   item.vlid = std::move(vlid);
   written_ = true;
+}
+
+// A save of one card among several: it is safe in the journal, and the file is written once for all
+// of them. The file keeps the whole second of its time, or the other cards would look as if they
+// had been edited wherever nobody remembers each card's own.
+void VCardStore::gatherCard(const Item& item, const std::string& cardText) {
+  const File& file = files_[item.file];
+  SharedFile& shared = shared_.at(item.file);
+  SharedCard& card = shared.cards[item.card];
+  const auto known = shared.changes.find(item.card);
+  const OpenFile& open = openFile(item.file);
+  const CardSpan& span = open.cards.at(item.card);
+  const auto sizeOf = [&](std::string_view text) {
+    return static_cast<std::int64_t>(fileBytes(text, open.form).size());
+  };
+  FileState willBe = file.state;
+  willBe.size = shared.size + sizeOf(cardText) -
+                sizeOf(known == shared.changes.end()
+                           ? std::string_view(open.text).substr(span.start, span.size)
+                           : known->second.text);
+  willBe.nanoseconds = nextInSecond(file.state.nanoseconds);
+  folder_->gather({file.name, willBe, item.card, card.hash, cardText}, file.state);
+  CardChange& change = shared.changes[item.card];
+  change.earlier.push_back(card.hash);
+  change.text = cardText;
+  shared.size = willBe.size;
+  card = {text::hashOf(cardText), willBe.seconds, willBe.nanoseconds};
+}
+
+// A file that cannot be written keeps its saves in the journal, and does not keep the others from
+// being written.
+std::vector<LostSave> VCardStore::writeGathered() {
+  std::vector<LostSave> lost;
+  std::exception_ptr failure;
+  for (auto& [index, shared] : shared_) {
+    constexpr int kAttempts = 3;  // another program may write in just that moment
+    for (int attempt = 1; !shared.changes.empty() && attempt <= kAttempts; ++attempt) {
+      try {
+        writeGathered(index, shared, lost);
+      } catch (const ContactStoreError&) {
+        if (attempt == kAttempts) failure = std::current_exception();
+      }
+    }
+  }
+  if (failure) std::rethrow_exception(failure);
+  return lost;
+}
+
+void VCardStore::writeGathered(std::size_t index, SharedFile& shared, std::vector<LostSave>& lost) {
+  File& file = files_[index];
+  std::string text;
+  const auto state = folder_->read(file.name, text);
+  const MergedFile merged = mergeCards(text, shared.changes);
+  const bool isAsItWas = state == file.state;
+  if (state && isAsItWas) {
+    file.state = folder_->replace(file.name, merged.bytes, state, true, "");
+  } else if (state && merged.isChanged) {
+    static_cast<void>(folder_->rewrite(file.name, merged.bytes, *state));
+  }
+  if (!isAsItWas) file.state = {};  // where its cards lie is not known any more
+  addLostSaves(file.name, merged, lost);
+  shared.changes.clear();
 }
 
 std::size_t VCardStore::saveNewCard(const std::string& uid, const std::string& cardText,

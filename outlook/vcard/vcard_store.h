@@ -6,6 +6,7 @@
 #include <functional>
 #include <memory>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "outlook/contact_store.h"
@@ -24,6 +25,7 @@ class VCardStore : public ContactStore, public CardHome {
       FolderMaker makeFolder =
           [](const std::string& path) { return std::make_unique<Folder>(path); })
       : path_(std::move(folder)), makeFolder_(std::move(makeFolder)) {}
+  ~VCardStore() override;
 
   [[nodiscard]] bool connect() override;
   [[nodiscard]] std::string connectFailure() const override { return connectFailure_; }
@@ -35,7 +37,7 @@ class VCardStore : public ContactStore, public CardHome {
   [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
   [[nodiscard]] std::unique_ptr<Contact> create() override;
   [[nodiscard]] std::string chooseCategories() override;
-  void flush() override;
+  [[nodiscard]] std::vector<LostSave> flush() override;
 
  protected:
   // Throws ContactStoreError when there is no item at that position.
@@ -54,6 +56,18 @@ class VCardStore : public ContactStore, public CardHome {
     std::optional<std::string> vlid;
   };
 
+  // A card of a file that holds several, as it is with everything that was saved.
+  struct SharedCard {
+    std::uint64_t hash = 0;
+    std::int64_t seconds = 0;  // when it was last changed
+    std::int32_t nanoseconds = 0;
+  };
+  struct SharedFile {
+    std::vector<SharedCard> cards;
+    CardChanges changes;    // saves that are not in the file yet
+    std::int64_t size = 0;  // of the file with them
+  };
+
   static constexpr std::size_t kNoFile = static_cast<std::size_t>(-1);
   struct OpenFile {
     std::size_t file = kNoFile;
@@ -68,6 +82,9 @@ class VCardStore : public ContactStore, public CardHome {
   void reportDoubts(const std::string& name, std::string_view text, FileForm form,
                     const std::vector<CardSpan>& cards);
   OpenFile& openFile(std::size_t file);
+  void gatherCard(const Item& item, const std::string& cardText);
+  void writeGathered(std::size_t index, SharedFile& shared, std::vector<LostSave>& lost);
+  [[nodiscard]] std::vector<LostSave> writeGathered();
 
   [[nodiscard]] const Item& itemAt(std::size_t position) const { return items_[position - 1]; }
   [[nodiscard]] bool isGroupAt(std::size_t position) const override {
@@ -94,6 +111,7 @@ class VCardStore : public ContactStore, public CardHome {
   std::unique_ptr<Folder> folder_;
   std::vector<File> files_;
   std::vector<Item> items_;
+  std::unordered_map<std::size_t, SharedFile> shared_;  // by position in `files_`
   OpenFile open_;
   std::vector<std::string> notices_;
   bool written_ = false;  // since the last flush

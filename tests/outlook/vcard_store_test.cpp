@@ -22,6 +22,7 @@ namespace {
 using P = ContactProperty;
 using testing::ElementsAre;
 using testing::HasSubstr;
+using testing::IsEmpty;
 using testing::Not;
 
 class VCardStoreTest : public testing::Test {
@@ -287,6 +288,9 @@ TEST_F(VCardStoreTest, FilesOfSeveralCardsAreWrittenBackWhole) {
   const auto contact = store->item(2);
   contact->setText(P::JobTitle, "T");
   contact->save();
+  EXPECT_THAT(tests::readFile(file), Not(HasSubstr("TITLE")));  // it is written once, at the end
+  EXPECT_EQ(store->item(2)->text(P::JobTitle), "T");
+  EXPECT_THAT(store->flush(), IsEmpty());
   const std::string changedSecond = text::replaceAll(second, "END:", "TITLE:T\nEND:");
   EXPECT_EQ(tests::readFile(file),
             "\xEF\xBB\xBF" + first + "\n" + changedSecond + group + "trailing\n");
@@ -294,6 +298,85 @@ TEST_F(VCardStoreTest, FilesOfSeveralCardsAreWrittenBackWhole) {
   EXPECT_EQ(text::toWholeSeconds(store->item(1)->lastModificationTime()),
             text::toWholeSeconds(time));
   EXPECT_EQ(store->item(1)->text(P::LastName), "A");
+}
+
+// Saves of cards that share a file are gathered. Another program may change the file before it is
+// written, at the end of the run or, after a kill, when the folder is opened again.
+TEST_F(VCardStoreTest, GatheredSavesMeetTheFileAsItIsThen) {
+  const auto card = [](const std::string& name, const std::string& title) {
+    std::string text = "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:" + name + "\r\nN:;" + name + ";;;\r\n";
+    if (!title.empty()) text += "TITLE:" + title + "\r\n";
+    return text + "END:VCARD\r\n";
+  };
+  const std::string journal = ".vloutsync-journal";
+  const auto cutJournal = [&](const std::filesystem::path& where) {
+    std::filesystem::resize_file(where / journal, std::filesystem::file_size(where / journal) - 1);
+  };
+  const auto damageJournal = [&](const std::filesystem::path& where) {
+    tests::writeFile(where / journal,
+                     text::replaceAll(tests::readFile(where / journal), "TITLE:1", "TITLE:?"));
+  };
+  const std::string a = card("A", "");
+  const std::string b = card("B", "");
+  const std::string c = card("C", "");
+  const std::string ours = a + card("B", "2") + card("C", "3");
+  struct Case {
+    std::string found;  // what the other program has made of the file, if anything
+    std::string after;
+    std::vector<std::string> lost;
+    std::function<void(const std::filesystem::path&)> damage{};  // of a killed run's journal
+  };
+  const std::vector<Case> cases{
+      {"", ours, {}},
+      {ours, ours, {}},  // it had been written already
+      {card("A", "x") + b + c, card("A", "x") + card("B", "2") + card("C", "3"), {}},
+      {a + card("B", "x") + c, a + card("B", "x") + card("C", "3"), {"B"}},
+      {c + "\r\n" + a + b, card("C", "3") + "\r\n" + a + card("B", "2"), {}},
+      {b + b + c, b + card("B", "2") + card("C", "3"), {}},
+      {a, a, {"B", "C"}},
+      {"", a + card("B", "2") + c, {}, cutJournal},
+      {"", a + b + card("C", "3"), {"B"}, damageJournal},
+  };
+  const auto whole = folder.path() / "whole";
+  for (const bool isKilled : {true, false}) {
+    for (const Case& test : cases) {
+      std::filesystem::remove_all(whole);
+      const auto file = whole / "many.vcf";
+      tests::writeFile(file, a + b + c);
+      auto store = std::make_unique<VCardStore>(whole.string());
+      ASSERT_TRUE(store->connect());
+      store->openContactsFolder();
+      for (const char* title : {"1", "2"}) {
+        const auto contact = store->item(2);
+        contact->setText(P::JobTitle, title);
+        contact->save();
+      }
+      const auto contact = store->item(3);
+      contact->setText(P::JobTitle, "3");
+      contact->save();
+      const auto path = isKilled ? folder.path() / "killed" : whole;
+      if (isKilled) {
+        std::filesystem::remove_all(path);
+        std::filesystem::copy(whole, path);
+        if (test.damage) test.damage(path);
+      } else if (test.damage) {
+        continue;
+      }
+      if (!test.found.empty()) tests::writeFile(path / "many.vcf", test.found);
+      std::vector<std::string> lost;
+      if (isKilled) {
+        store = std::make_unique<VCardStore>(path.string());
+        ASSERT_TRUE(store->connect());
+        store->openContactsFolder();
+        for (const auto& notice : store->folderNotices()) lost.push_back(notice.substr(0, 1));
+      } else {
+        for (const auto& [person, cause] : store->flush()) lost.push_back(person);
+      }
+      EXPECT_EQ(tests::readFile(path / "many.vcf"), test.after) << isKilled;
+      EXPECT_EQ(lost, test.lost) << test.after;
+      EXPECT_THAT(tests::fileNames(path), ElementsAre("many.vcf"));
+    }
+  }
 }
 
 TEST_F(VCardStoreTest, AwkwardParametersAndFileNamesSurviveInEveryVersion) {
