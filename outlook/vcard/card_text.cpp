@@ -26,7 +26,14 @@ std::string_view withoutMarks(std::string_view line) {
 }
 
 bool endsInSoftBreak(std::string_view line) {
-  return withoutLineEnd(line).ends_with('=') && isQuotedPrintable(line);
+  if (!isQuotedPrintable(line)) return false;
+  // One line end, not an empty line behind it.
+  if (line.ends_with('\n')) {
+    line = line.substr(0, line.find_last_not_of('\r', line.size() - 2) + 1);
+  } else if (line.ends_with('\r')) {
+    line.remove_suffix(1);
+  }
+  return line.ends_with('=');
 }
 
 // Whether the colon that ends a head stands in this part of a line. Quotes may have been opened in
@@ -169,10 +176,13 @@ CardText::CardText(std::string_view text, FileForm form) : form_(form) {
     line.raw = raw;
     if (isFrameLine(raw, "BEGIN") || beginsInnerCard(raw)) ++depth;
     // A card inside this card, as old phones keep an agent, is none of ours.
-    if (depth == 1) line.name = text::toAsciiUpper(lineName(raw));
+    if (depth == 1 && findColon(raw) != std::string_view::npos) {
+      line.name = text::toAsciiUpper(lineName(raw));
+    }
     if (line.name == "VERSION") version_ = versionFrom(plainValue(raw));
     lines_.push_back(std::move(line));
   }
+  if (!lines_.empty()) lines_.back().wasLast = true;
   decideCharsets(text);
 }
 
@@ -188,6 +198,7 @@ void CardText::decideCharsets(std::string_view text) {
     texts.push_back(std::move(bytes));
     lines.push_back(&line);
   }
+  isUtf8_ = std::all_of(texts.begin(), texts.end(), text::isValidUtf8);
   const auto sets = unnamedCharsets(texts);
   for (std::size_t i = 0; i < lines.size(); ++i) lines[i]->unnamed = sets[i];
 }
@@ -210,7 +221,10 @@ std::optional<CardText::Position> CardText::firstNamed(std::string_view name,
 
 const Property& CardText::property(Position position) const {
   const Line& line = lines_[position];
-  if (!line.property) line.property = readProperty(line.raw, version_, line.unnamed, form_);
+  if (!line.property) {
+    line.property = readProperty(line.raw, version_, line.unnamed, form_);
+    line.property->name = line.name;  // which even a line has whose parameters make no sense
+  }
   return *line.property;
 }
 
@@ -279,15 +293,22 @@ std::optional<std::string> CardText::writeLines(std::span<const Property* const>
   return text;
 }
 
-// A line in UTF-8 that was in another set and did not say so.
+// A line in UTF-8 that was in another set and did not say so. One that is damaged says so now: as
+// the last of its kind it would be taken for Latin-1.
 std::string CardText::convertedLine(const Line& line) const {
+  const ContentLine content = takeApart(line.raw, form_);
+  const auto text = decodeLine(content, line.unnamed);
+  if (!text && content.charset.empty() && !line.name.empty()) {
+    std::string named = line.raw;
+    return named.insert(findColon(named), ";CHARSET=" + std::string(line.unnamed));
+  }
+  if (!text || line.unnamed == kUtf8) return line.raw;
   if (isQuotedPrintable(line.raw)) {
     const Property property = readProperty(line.raw, version_, line.unnamed, form_);
     const Property* const one[] = {&property};
-    return property.unreadable ? line.raw : writeProperties(one, version_, lineEnd_);
+    return writeProperties(one, version_, lineEnd_);
   }
-  const auto text = decodeLine(takeApart(line.raw, form_), line.unnamed);
-  return text ? *text + lineEnd_ : line.raw;
+  return *text + lineEnd_;
 }
 
 // The card with what is new in that set, or nothing when the set lacks a character.
@@ -306,13 +327,15 @@ std::optional<std::string> CardText::writeIn(const Charset& set, bool convertOth
     if (!line.isWritten()) continue;
     // A value that ends in a soft line break takes the next line for its own, and an empty one does
     // no harm.
-    if (std::exchange(awaitsLine, !line.changed() && endsInSoftBreak(line.raw))) text += lineEnd_;
+    if (std::exchange(awaitsLine, line.wasLast && !line.changed() && endsInSoftBreak(line.raw))) {
+      text += lineEnd_;
+    }
     if (line.changed()) {
       changed.push_back(&*line.property);
       continue;
     }
     if (!writeChanged()) return std::nullopt;
-    text += convertOthers && line.unnamed != kUtf8 ? convertedLine(line) : line.raw;
+    text += convertOthers ? convertedLine(line) : line.raw;
   }
   if (!writeChanged()) return std::nullopt;
   return text + end_;
@@ -334,10 +357,8 @@ bool CardText::isReadAlike(const CardText& written, const Charset& set) const {
 
 std::string CardText::write() const {
   const Charset set = charset();
-  const bool telling = std::all_of(lines_.begin(), lines_.end(),
-                                   [](const Line& line) { return line.unnamed == kUtf8; });
   auto text = writeIn(set, false);
-  if (text && (telling || isReadAlike(CardText(*text, form_), set))) return *std::move(text);
+  if (text && (isUtf8_ || isReadAlike(CardText(*text, form_), set))) return *std::move(text);
   return *writeIn({std::string(kUtf8)}, true);
 }
 

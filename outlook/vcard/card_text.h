@@ -67,6 +67,7 @@ class CardText {
     std::string raw{};   // as written, with continuation lines and line ends; empty for a new line
     std::string name{};  // in upper case, without a group; empty for what is no property
     std::string_view unnamed = kUtf8;  // the set of what names none
+    bool wasLast = false;              // before END, when the card was read
     mutable std::optional<Property> property{};
     std::unique_ptr<const Property> original{};  // as it was before the first change
 
@@ -100,6 +101,7 @@ class CardText {
   std::string lineEnd_ = "\r\n";
   Version version_ = Version::V30;
   FileForm form_ = FileForm::Bytes;
+  bool isUtf8_ = true;  // all that names no set
 };
 
 // Reads a vCard text line by line: each call gives one property's line with its continuation lines.

@@ -36,8 +36,8 @@ bool contains(std::string_view head, std::string_view word) {
          }) != head.end();
 }
 
-// The colon that ends the head: the first one outside quotes, or the first one if the quotes do not
-// close.
+}  // namespace
+
 std::size_t findColon(std::string_view line) {
   const std::size_t first = line.find(':');
   if (line.substr(0, first).find('"') == std::string_view::npos) return first;
@@ -46,8 +46,10 @@ std::size_t findColon(std::string_view line) {
     if (line[i] == '"') quoted = !quoted;
     if (line[i] == ':' && !quoted) return i;
   }
-  return first;
+  return quoted ? first : std::string_view::npos;
 }
+
+namespace {
 
 std::string_view headOf(std::string_view line) {
   return line.substr(0, findColon(line));

@@ -27,6 +27,10 @@ struct LineEnd {
 };
 [[nodiscard]] LineEnd findLineEnd(std::string_view text, std::size_t from);
 
+// The colon that ends the head of a line: the first one outside quotes, or the first one if the
+// quotes do not close; npos when the line is no property.
+[[nodiscard]] std::size_t findColon(std::string_view line);
+
 // How a head says that the value is encoded; the parameters stand behind its first semicolon.
 [[nodiscard]] bool isQuotedPrintable(std::string_view line);
 [[nodiscard]] bool isBinary(std::string_view line);

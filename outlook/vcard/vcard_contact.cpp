@@ -628,8 +628,13 @@ void VCardContact::completeForSaving() {
                    .values = {shown.last, shown.first, shown.middle, shown.title, shown.suffix}});
   }
   const auto displayed = card().firstNamed("FN");
-  const bool unreadable = displayed && card().property(*displayed).unreadable;
-  if (!displayed || (card().property(*displayed).hasNoValue() && !unreadable)) {
+  // What stood in place of a name that cannot be read would be taken for the name.
+  const auto isUnreadable = [&](const std::optional<CardText::Position>& line) {
+    return line && card().property(*line).unreadable;
+  };
+  const bool nameIsThere =
+      isUnreadable(displayed) || (isUnreadable(card().firstNamed("N")) && name().empty());
+  if (!nameIsThere && (!displayed || card().property(*displayed).hasNoValue())) {
     std::string shown = fullName(name());
     if (shown.empty()) shown = readable(P::CompanyName);
     setSingle("FN", shown.empty() ? readable(P::Email1Address) : shown);

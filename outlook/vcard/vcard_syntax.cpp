@@ -66,9 +66,25 @@ std::string writable(std::string_view value) {
   return text::sanitizeUtf8(result);
 }
 
-// Encodings are the writer's business: a value that is written anew has its own.
+// A group or parameter that other programs, and this one, find again.
+bool isName(std::string_view name) {
+  return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
+    return text::isAsciiDigit(c) || c == '-' || c == '_' || (c >= 'A' && c <= 'Z') ||
+           (c >= 'a' && c <= 'z');
+  });
+}
+
+// A quote in a parameter's value cannot be written.
+std::string writableParameter(std::string_view value) {
+  std::string result = writable(value);
+  std::erase_if(result, [](char c) { return c == '"' || c == '\n'; });
+  return result;
+}
+
+// Encodings are the writer's business: a value that is written anew has its own. So are parameters
+// of damaged lines.
 bool isWritersOwn(const Parameter& parameter, bool binary) {
-  return text::equalsIgnoringAsciiCase(parameter.name, "CHARSET") ||
+  return !isName(parameter.name) || text::equalsIgnoringAsciiCase(parameter.name, "CHARSET") ||
          (!binary && text::equalsIgnoringAsciiCase(parameter.name, "ENCODING"));
 }
 
@@ -83,14 +99,14 @@ bool isBinary(const Property& property) {
 void addParameter(EVCardAttribute* attribute, const Parameter& parameter) {
   EVCardAttributeParam* const added = e_vcard_attribute_param_new(parameter.name.c_str());
   for (const std::string& value : parameter.values) {
-    e_vcard_attribute_param_add_value(added, value.c_str());
+    e_vcard_attribute_param_add_value(added, writableParameter(value).c_str());
   }
   e_vcard_attribute_add_param(attribute, added);
 }
 
 EVCardAttribute* toAttribute(const Property& property, std::string_view charset) {
   EVCardAttribute* const attribute = e_vcard_attribute_new(
-      property.group.empty() ? nullptr : property.group.c_str(), property.name.c_str());
+      isName(property.group) ? property.group.c_str() : nullptr, property.name.c_str());
   const bool binary = isBinary(property);
   // The library puts each parameter in front of the others.
   for (auto p = property.parameters.rbegin(); p != property.parameters.rend(); ++p) {
@@ -175,11 +191,12 @@ void writeVersion21(const Property& property, std::string_view lineEnd, std::str
   const bool binary = isBinary(property);
   std::vector<std::string> values;
   for (const std::string& value : property.values) values.push_back(writable(value));
-  if (!property.group.empty()) out.append(property.group).append(".");
+  if (isName(property.group)) out.append(property.group).append(".");
   out += property.name;
   for (const Parameter& parameter : property.parameters) {
     if (isWritersOwn(parameter, false)) continue;
-    for (const std::string& value : parameter.values) {
+    for (const std::string& each : parameter.values) {
+      const std::string value = writableParameter(each);
       const bool quoted = value.find_first_of(";:,=") != std::string::npos;
       out.append(";").append(parameter.name).append(quoted ? "=\"" : "=").append(value);
       if (quoted) out += '"';
@@ -294,9 +311,8 @@ Property readProperty(std::string_view line, Version version, std::string_view u
   }
   for (GList* v = unreadable ? nullptr : e_vcard_attribute_get_values(attribute); v != nullptr;
        v = v->next) {
-    std::string value = text::sanitizeUtf8(orEmpty(static_cast<const char*>(v->data)));
-    if (value.find('\r') != std::string::npos) value = text::replaceAll(value, "\r\n", "\n");
-    property.values.push_back(std::move(value));
+    // What could not be written again is not read either, or the two would differ.
+    property.values.push_back(writable(orEmpty(static_cast<const char*>(v->data))));
   }
   return property;
 }
