@@ -228,6 +228,11 @@ const Property& CardText::property(Position position) const {
   return *line.property;
 }
 
+const Property& CardText::original(Position position) const {
+  const auto& original = lines_[position].original;
+  return original ? *original : property(position);
+}
+
 Property& CardText::change(Position position) {
   static_cast<void>(property(position));
   Line& line = lines_[position];

@@ -33,6 +33,8 @@ class CardText {
   [[nodiscard]] std::optional<Position> firstNamed(std::string_view name, Position start = 0) const;
 
   [[nodiscard]] const Property& property(Position position) const;
+  // The same as it was when the card was read.
+  [[nodiscard]] const Property& original(Position position) const;
 
   // The property for changing. Its line is written anew when it then differs from what it was, and
   // left out when it has no value any more. One that was unreadable keeps its bytes until

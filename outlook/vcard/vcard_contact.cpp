@@ -43,6 +43,19 @@ bool hasTypesOf(const VCardPlace& place, const Property& property) {
   return !anyWord(place.requiredTypes, absent) && !anyWord(place.excludedTypes, present);
 }
 
+// The component of a structured value that a property lies in. Webmail puts whole addresses into
+// the extended address and leaves the street empty, which is told by the line as it was read: an
+// address is emptied before it is written.
+std::size_t componentOf(const VCardPlace& place, const Property& property) {
+  constexpr std::size_t kExtended = 1;
+  constexpr std::size_t kStreet = 2;
+  const auto component = static_cast<std::size_t>(place.component);
+  const bool extended = property.name == "ADR" && component == kStreet &&
+                        property.component(kStreet).empty() &&
+                        !property.component(kExtended).empty();
+  return extended ? kExtended : component;
+}
+
 // The slot that a line was given, or an empty text for a line that takes its place by its order.
 std::string_view slotOf(const Property& property) {
   const Parameter* const slot = property.parameter(kSlot);
@@ -317,7 +330,7 @@ void VCardContact::setValue(const Place& place, std::string_view value) {
   if (place.component >= 0) {
     // A structured value that loses its last component may get another one next, so it stays.
     Property& changed = card().change(*line);
-    changed.setComponent(static_cast<std::size_t>(place.component), value);
+    changed.setComponent(componentOf(place, card().original(*line)), value);
     changed.unreadable = false;
   } else if (value.empty()) {
     removeValue(place, *line);
@@ -425,7 +438,7 @@ std::string VCardContact::readable(ContactProperty property) {
 std::string VCardContact::valueAt(const Place& place, CardText::Position line) {
   const Property& property = card().property(line);
   if (place.component < 0) return wholeValue(property);
-  return property.component(static_cast<std::size_t>(place.component));
+  return property.component(componentOf(place, card().original(line)));
 }
 
 void VCardContact::setText(ContactProperty property, std::string_view value) {
