@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "outlook/contact_property.h"
+#include "outlook/person_name.h"
 #include "text/date_time.h"
 
 namespace vlout::outlook {
@@ -114,8 +115,11 @@ class ContactStore {
 
   [[nodiscard]] virtual std::size_t count() const = 0;
 
-  // The `VLID` values that contacts of the folder carry.
-  [[nodiscard]] virtual std::vector<std::string> keys() const = 0;
+  // What the item at a 1-based position was when the folder was opened, without reading it again:
+  // the `VLID` of a contact, empty when it had none; and the name of a contact without a `VLID`,
+  // empty when it is not known. Both are empty for items that are no contacts.
+  [[nodiscard]] virtual std::string keyWhenOpened(std::size_t index) const = 0;
+  [[nodiscard]] virtual PersonName nameWhenOpened(std::size_t index) const = 0;
 
   // True when an item could not be read as the folder was opened: it may be a contact with a key.
   [[nodiscard]] virtual bool mayHideContacts() const { return false; }

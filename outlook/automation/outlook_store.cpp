@@ -32,6 +32,17 @@ std::string explain(HRESULT result) {
   return text;
 }
 
+// The name by which a contact is known when it cannot be read later; a refusal now costs it no more
+// than that.
+PersonName nameOf(OutlookContact& contact) {
+  try {
+    return {.last = contact.text(ContactProperty::LastName),
+            .first = contact.text(ContactProperty::FirstName)};
+  } catch (const ContactStoreError&) {
+    return {};
+  }
+}
+
 }  // namespace
 
 bool OutlookStore::connect() {
@@ -106,20 +117,13 @@ OutlookStore::Entry OutlookStore::readEntry(long index) {
     if (entry.typeName == kContactItem) {
       entry.id = contact.entryId();
       entry.key = contact.userPropertyText(kVLID);
+      if (entry.key.empty()) entry.name = nameOf(contact);
     }
   } catch (const ContactStoreError& error) {
     entry.typeName.clear();
     entry.failure = error.what();
   }
   return entry;
-}
-
-std::vector<std::string> OutlookStore::keys() const {
-  std::vector<std::string> result;
-  for (const Entry& entry : entries_) {
-    if (!entry.key.empty()) result.push_back(entry.key);
-  }
-  return result;
 }
 
 bool OutlookStore::mayHideContacts() const {

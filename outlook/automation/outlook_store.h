@@ -20,7 +20,12 @@ class OutlookStore : public ContactStore {
   void openContactsFolder(const std::function<void()>& afterEach) override;
   [[nodiscard]] std::vector<std::string> folderNotices() const override { return {}; }
   [[nodiscard]] std::size_t count() const override { return entries_.size(); }
-  [[nodiscard]] std::vector<std::string> keys() const override;
+  [[nodiscard]] std::string keyWhenOpened(std::size_t index) const override {
+    return entries_[index - 1].key;
+  }
+  [[nodiscard]] PersonName nameWhenOpened(std::size_t index) const override {
+    return entries_[index - 1].name;
+  }
   [[nodiscard]] bool mayHideContacts() const override;
   [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
   [[nodiscard]] std::unique_ptr<Contact> create() override;
@@ -35,6 +40,7 @@ class OutlookStore : public ContactStore {
     std::string id;
     std::string typeName;
     std::string key;
+    PersonName name;  // of a contact without a key
     std::string failure;
   };
 

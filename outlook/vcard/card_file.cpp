@@ -29,6 +29,8 @@ void lookAt(std::string_view line, CardSpan& card) {
     if (!card.vlid) card.vlid = keyOf(line);
   } else if (isNamed(line, "KIND") || isNamed(line, "X-ADDRESSBOOKSERVER-KIND")) {
     card.isGroup = text::equalsIgnoringAsciiCase(plainValue(line), "group");
+  } else if (isNamed(line, "N") || isNamed(line, "FN") || isNamed(line, "VERSION")) {
+    card.nameLines += line;
   }
 }
 

@@ -18,6 +18,7 @@ struct CardSpan {
   bool isGroup = false;               // a list of contacts, not a contact
   bool isPlain = true;                // in UTF-8 throughout, and nothing says otherwise
   std::optional<std::string> vlid{};  // the row number that the card carries
+  std::string nameLines{};            // the lines that its name, and how to read it, follow from
 };
 
 // Something in a file that belongs to no card that can be read.

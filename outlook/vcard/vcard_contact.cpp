@@ -179,6 +179,21 @@ std::string genderText(std::string_view propertyName, Gender value) {
 
 }  // namespace
 
+PersonName nameOf(const CardText& card) {
+  PersonName result;
+  if (const auto line = card.firstNamed("N")) {
+    const Property& n = card.property(*line);
+    result = {.last = n.component(0),
+              .first = n.component(1),
+              .middle = n.component(2),
+              .title = n.component(3),
+              .suffix = n.component(4)};
+  }
+  if (!result.empty()) return result;
+  const auto displayed = card.firstNamed("FN");
+  return displayed ? splitFullName(card.property(*displayed).whole()) : result;
+}
+
 VCardContact::VCardContact(CardHome& home, std::optional<std::size_t> position)
     : home_(home), position_(position) {}
 
@@ -472,18 +487,7 @@ void VCardContact::setText(ContactProperty property, std::string_view value) {
 }
 
 PersonName VCardContact::name() {
-  PersonName result;
-  if (const auto line = card().firstNamed("N")) {
-    const Property& n = card().property(*line);
-    result = {.last = n.component(0),
-              .first = n.component(1),
-              .middle = n.component(2),
-              .title = n.component(3),
-              .suffix = n.component(4)};
-  }
-  if (!result.empty()) return result;
-  const auto displayed = card().firstNamed("FN");
-  return displayed ? splitFullName(card().property(*displayed).whole()) : result;
+  return nameOf(card());
 }
 
 void VCardContact::setName(const PersonName& name) {

@@ -12,6 +12,9 @@
 
 namespace vlout::outlook::vcard {
 
+// The parts of the name that a card gives in `N`, or else in `FN`.
+[[nodiscard]] PersonName nameOf(const CardText& card);
+
 class VCardContact : public Contact {
  public:
   // The item at a 1-based position of its home, or with no position a new contact.

@@ -100,7 +100,10 @@ void VCardStore::addFile(const std::string& name, std::string& buffer) {
     }
   }
   for (std::size_t i = 0; i < text.cards.size(); ++i) {
-    items_.push_back({files_.size(), i, text.cards[i].isGroup, std::move(text.cards[i].vlid)});
+    CardSpan& card = text.cards[i];
+    if (card.vlid && !card.vlid->empty()) card.nameLines.clear();
+    items_.push_back(
+        {files_.size(), i, card.isGroup, std::move(card.vlid), std::move(card.nameLines)});
   }
   files_.push_back({name, *state, text.cards.size()});
 }
@@ -145,12 +148,15 @@ std::unique_ptr<Contact> VCardStore::item(std::size_t index) {
   return std::make_unique<VCardContact>(*this, index);
 }
 
-std::vector<std::string> VCardStore::keys() const {
-  std::vector<std::string> result;
-  for (const Item& item : items_) {
-    if (item.vlid && !item.isGroup) result.push_back(*item.vlid);
-  }
-  return result;
+std::string VCardStore::keyWhenOpened(std::size_t index) const {
+  const Item& item = itemAt(index);
+  return item.isGroup ? std::string() : item.vlid.value_or("");
+}
+
+PersonName VCardStore::nameWhenOpened(std::size_t index) const {
+  const Item& item = itemAt(index);
+  if (item.isGroup || item.nameLines.empty()) return {};
+  return nameOf(CardText("BEGIN:VCARD\r\n" + item.nameLines + "END:VCARD\r\n"));
 }
 
 std::unique_ptr<Contact> VCardStore::create() {
@@ -298,7 +304,7 @@ std::size_t VCardStore::saveNewCard(const std::string& uid, const std::string& c
                                     std::optional<std::string> vlid, const std::string& row) {
   const std::string name = uid + ".vcf";
   const FileState state = folder_->replace(name, cardText, std::nullopt, false, row);
-  items_.push_back({files_.size(), 0, false, std::move(vlid)});
+  items_.push_back({files_.size(), 0, false, std::move(vlid), {}});
   files_.push_back({name, state, 1});
   written_ = true;
   return items_.size();

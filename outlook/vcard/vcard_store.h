@@ -33,7 +33,8 @@ class VCardStore : public ContactStore, public CardHome {
   void openContactsFolder(const std::function<void()>& afterEach) override;
   [[nodiscard]] std::vector<std::string> folderNotices() const override { return notices_; }
   [[nodiscard]] std::size_t count() const override { return items_.size(); }
-  [[nodiscard]] std::vector<std::string> keys() const override;
+  [[nodiscard]] std::string keyWhenOpened(std::size_t index) const override;
+  [[nodiscard]] PersonName nameWhenOpened(std::size_t index) const override;
   [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
   [[nodiscard]] std::unique_ptr<Contact> create() override;
   [[nodiscard]] std::string chooseCategories() override;
@@ -54,6 +55,7 @@ class VCardStore : public ContactStore, public CardHome {
     std::size_t card = 0;  // which card of the file
     bool isGroup = false;
     std::optional<std::string> vlid;
+    std::string nameLines;  // of a contact without a key
   };
 
   // A card of a file that holds several, as it is with everything that was saved.
