@@ -52,14 +52,12 @@ constexpr auto kFields = std::to_array<MappedField>({
 });
 
 // The order in which a contact is written; `Categories` moves to the front when the name is kept.
+// An address takes its postal code along.
 constexpr auto kWriteOrder = std::to_array<std::string_view>(
-    {"CompanyName",    "Department",     "JobTitle",    "home_phone",   "cellphone",
-     "company_phone1", "company_phone2", "Categories",  "company_fax1", "home_fax",
-     "etc_fax",        "email",          "email2",      "Webpage",      "Webpage2",
-     "Memo_",          "Birthday",       "Anniversary", "Gender",       "company_zipcode",
-     "company_addr",   "etc_zipcode",    "etc_addr",    "home_zipcode", "home_addr",
-     "LifePartner"});
-static_assert(kWriteOrder.size() == kFields.size());
+    {"CompanyName",    "Department",   "JobTitle",     "home_phone", "cellphone",  "company_phone1",
+     "company_phone2", "Categories",   "company_fax1", "home_fax",   "etc_fax",    "email",
+     "email2",         "Webpage",      "Webpage2",     "Memo_",      "Birthday",   "Anniversary",
+     "Gender",         "company_addr", "etc_addr",     "home_addr",  "LifePartner"});
 
 constexpr std::size_t fieldIndex(std::string_view column) {
   for (std::size_t i = 0; i < kFields.size(); ++i) {
@@ -74,6 +72,21 @@ constexpr auto kWriteIndexes = [] {
   return indexes;
 }();
 constexpr std::size_t kCategories = fieldIndex("Categories");
+
+// The postal code of an address stands behind it in the table.
+constexpr const MappedField& postalCodeOf(std::size_t address) {
+  return kFields[address + 1];
+}
+constexpr bool addressesHavePostalCodes() {
+  std::size_t addresses = 0;
+  for (std::size_t i = 0; i < kFields.size(); ++i) {
+    if (kFields[i].rule != R::Address) continue;
+    ++addresses;
+    if (!postalCodeOf(i).column.ends_with("_zipcode")) return false;
+  }
+  return kWriteOrder.size() + addresses == kFields.size();
+}
+static_assert(addressesHavePostalCodes());
 
 struct Caption {
   std::string_view column;
@@ -130,12 +143,11 @@ std::string addressLineOf(Contact& contact, P street) {
                              .postOfficeBox = contact.text(properties.postOfficeBox)});
 }
 
-void writeAddressLine(Contact& contact, P street, std::string_view line) {
+void emptyAddress(Contact& contact, P street) {
   const AddressProperties& properties = addressProperties(street);
   contact.setText(properties.state, "");
   contact.setText(properties.city, "");
   contact.setText(properties.street, "");
-  contact.setText(properties.street, line);
 }
 
 void writeName(Contact& contact, std::string_view rowName, bool splitName) {
@@ -201,7 +213,8 @@ void writeFieldToContact(Contact& contact, const MappedField& field, std::string
       contact.setGender(genderFromRow(rowText));
       break;
     case R::Address:
-      writeAddressLine(contact, field.writeTo, rowText);
+      emptyAddress(contact, field.writeTo);
+      contact.setText(field.writeTo, rowText);
       break;
     default:
       contact.setText(field.writeTo, rowText);
@@ -210,18 +223,30 @@ void writeFieldToContact(Contact& contact, const MappedField& field, std::string
 
 void writeContactFromRow(Contact& contact, const store::Recordset& row, ContactWrite how,
                          const MapOptions& options) {
-  const auto write = [&](const MappedField& field) {
+  const auto value = [&](const MappedField& field) {
+    return store::nullSafe(row.field(field.column));
+  };
+  const auto write = [&](std::size_t index) {
+    const MappedField& field = kFields[index];
     const bool faxStays = field.rule == R::Fax && how != ContactWrite::Create && options.protectFax;
-    if (!faxStays) writeFieldToContact(contact, field, store::nullSafe(row.field(field.column)));
+    if (faxStays) return;
+    if (field.rule == R::Address) {
+      const MappedField& code = postalCodeOf(index);
+      emptyAddress(contact, field.writeTo);
+      contact.setText(code.writeTo, value(code));
+      contact.setText(field.writeTo, value(field));
+    } else {
+      writeFieldToContact(contact, field, value(field));
+    }
   };
   const bool keepName = how == ContactWrite::UpdateKeepingName;
   if (keepName) {
-    write(kFields[kCategories]);
+    write(kCategories);
   } else {
     writeName(contact, store::nullSafe(row.field("FullName")), options.splitName);
   }
   for (const std::size_t index : kWriteIndexes) {
-    if (!keepName || index != kCategories) write(kFields[index]);
+    if (!keepName || index != kCategories) write(index);
   }
   if (options.pictures != nullptr) options.pictures->attach(contact, row);
   addVLID(contact, store::nullSafe(row.field("i_idx")));

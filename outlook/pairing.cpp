@@ -1,5 +1,7 @@
 #include "outlook/pairing.h"
 
+#include "text/trim.h"
+
 namespace vlout::outlook {
 
 bool hasVLID(Contact& contact) {
@@ -12,6 +14,13 @@ bool hasVLID(Contact& contact) {
 
 std::string readVLID(Contact& contact) {
   return contact.userPropertyText(kVLID);
+}
+
+std::optional<std::string> keyOf(Contact& contact) {
+  if (!hasVLID(contact)) return std::nullopt;
+  std::string key(text::trim(readVLID(contact)));
+  if (key.empty()) return std::nullopt;
+  return key;
 }
 
 void addVLID(Contact& contact, std::string_view rowId) {

@@ -2,6 +2,7 @@
 // by which a contact without a key is looked up.
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -16,6 +17,9 @@ inline constexpr std::string_view kVLID = "VLID";
 
 // The row number that `VLID` holds, as text.
 [[nodiscard]] std::string readVLID(Contact& contact);
+
+// The contact's key: what `VLID` holds, without blanks around it. An empty `VLID` is no key.
+[[nodiscard]] std::optional<std::string> keyOf(Contact& contact);
 
 // Sets `VLID`, adding it as a text property when it is missing. The contact is not saved.
 void addVLID(Contact& contact, std::string_view rowId);

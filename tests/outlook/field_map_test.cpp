@@ -5,6 +5,8 @@
 #include <gtest/gtest.h>
 
 #include "outlook/pairing.h"
+#include "outlook/vcard/vcard_contact.h"
+#include "outlook/vcard/vcard_store.h"
 #include "store/sql.h"
 #include "tests/support/component_fixture.h"
 
@@ -32,6 +34,23 @@ class FieldMapTest : public tests::ComponentFixture {
     return "no such column";
   }
 };
+
+TEST_F(FieldMapTest, AnAddressIsEmptiedThenGetsItsCodeThenItsStreet) {
+  struct Watched : vcard::VCardContact {
+    using VCardContact::VCardContact;
+    void setText(P property, std::string_view value) override {
+      const std::string name(propertyInfo(property).objectModelName);
+      if (name.starts_with("OtherAddress"))
+        written += name.substr(12) + "=" + std::string(value) + " ";
+      VCardContact::setText(property, value);
+    }
+    std::string written;
+  };
+  addCard(1, {{"etc_addr", "길"}, {"etc_zipcode", "1"}, {"home_zipcode", "2"}});
+  Watched contact(dynamic_cast<vcard::VCardStore&>(runtime->contacts()), std::nullopt);
+  writeContactFromRow(contact, *store::readCard(database, "1"), ContactWrite::Create, {});
+  EXPECT_EQ(contact.written, "State= City= Street= PostalCode=1 Street=길 PostalCode=2 ");
+}
 
 TEST_F(FieldMapTest, NamesAreSplitByScriptLengthAndOption) {
   struct Case {
