@@ -87,7 +87,7 @@ class Scene {
     load();
     outlook::vcard::VCardStore contacts(contactFolder().string());
     if (!contacts.connect()) throw std::runtime_error(contacts.connectFailure());
-    transfer::Export(connection_, contacts, list_, window_, {}).run();
+    transfer::Export(connection_, contacts, list_, window_, {}).runExport();
   }
 
   void importAll() {
@@ -95,7 +95,7 @@ class Scene {
     outlook::vcard::VCardStore contacts(contactFolder().string());
     if (!contacts.connect()) throw std::runtime_error(contacts.connectFailure());
     std::vector<std::size_t> pending;
-    transfer::Import(connection_, contacts, list_, pending, window_, {}, {"2", "미정"}).run();
+    transfer::Import(connection_, contacts, list_, pending, window_, {}, {"2", "미정"}).runImport();
   }
 
   void syncAll() {
@@ -103,7 +103,7 @@ class Scene {
     outlook::vcard::VCardStore contacts(contactFolder().string());
     if (!contacts.connect()) throw std::runtime_error(contacts.connectFailure());
     NoConflicts conflicts;
-    transfer::Sync(connection_, contacts, list_, window_, conflicts, {}).run();
+    transfer::Sync(connection_, contacts, list_, window_, conflicts, {}).runSync();
   }
 
   // Contacts as another program made them: no keys, and no rows in the database.

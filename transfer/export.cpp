@@ -18,9 +18,11 @@ std::string rowName(const store::Recordset& row) {
 
 }  // namespace
 
-RunEnd Export::run() {
+RunEnd Export::runExport() {
   const RunButtonDisabled disabled(window_);
   openFolder();
+  reportFolderNotices();
+  hidesContacts_ = contacts_.mayHideContacts();
   window_.showProgress(true);
   RunEnd end = RunEnd::Completed;
   if (options_.updateExisting) end = comparePhase();
@@ -42,49 +44,56 @@ RunEnd Export::run() {
 
 RunEnd Export::comparePhase() {
   PhaseLine heading(window_, "연락처 비교/갱신", contacts_.count());
-  const RunEnd end =
-      forEachContact(&heading, Stopping::Possible,
-                     [&](Contact& contact, std::size_t) { compareOrMerge(contact); });
+  const RunEnd end = forEachContact(
+      &heading, Stopping::Possible,
+      [&](Contact& contact, std::size_t position) { compareOrMerge(contact, position); });
   heading.end(end);
   return end;
 }
 
-std::optional<Export::Pair> Export::findRow(Contact& contact) {
-  const bool keyed = outlook::hasVLID(contact);
-  if (keyed) {
-    const std::string key = outlook::readVLID(contact);
-    if (const auto position = list_.findById(key)) return Pair{*position, true};
-    reportUnusableKey(contact, key);
+std::optional<Export::Pair> Export::findRow(Contact& contact, std::size_t position) {
+  if (isDouble(position)) {
+    reportDouble(contact);
+    return std::nullopt;
+  }
+  const auto key = outlook::keyOf(contact);
+  if (key) {
+    if (const auto row = list_.findById(*key)) return Pair{*row, true};
+    reportUnusableKey(contact, *key);
   }
   try {
-    return findRowByPerson(contact, keyed);
+    return findRowByPerson(contact, key.has_value());
   } catch (const outlook::ContactStoreError&) {
-    reserveRowsOf(contact);
+    reserveRowsOf(position);
     throw;
   }
 }
 
-// A contact that refuses its number or address may be that of any listed card of its name: none of
-// them must get a second one.
-void Export::reserveRowsOf(Contact& contact) {
-  const std::string last = contact.text(outlook::ContactProperty::LastName);
-  const std::string first = contact.text(outlook::ContactProperty::FirstName);
-  list_.reserveName(outlook::normalize(last + first));
-  list_.reserveName(outlook::normalize(first + last));
+// A contact that cannot be read may be that of any listed card of the name that it had: none of
+// them must get a second one. Where even the name is unknown, it may be that of any card.
+void Export::reserveRowsOf(std::size_t position) {
+  const outlook::PersonName name = contacts_.nameWhenOpened(position);
+  if (name.empty()) hidesContacts_ = true;
+  list_.reserveName(outlook::normalize(name.last + name.first));
+  list_.reserveName(outlook::normalize(name.first + name.last));
 }
 
 std::optional<Export::Pair> Export::findRowByPerson(Contact& contact, bool keyed) {
-  auto position = findByPerson(contact);
+  auto match = findByPerson(contact);
   // Inverted on purpose: a contact whose key names no row of the list is left alone when its
   // normalised name does find a row.
-  if (keyed && position) return std::nullopt;
-  if (!position && list_.size() > 0) position = list_.findByName(personOf(contact));
-  if (!position) return std::nullopt;
-  return Pair{*position, keyed};
+  if (keyed && match) return std::nullopt;
+  if (!match && !list_.empty()) match = list_.findByName(personOf(contact));
+  if (!match) return std::nullopt;
+  if (match->taken) {
+    reportSecondContact(contact, list_.row(match->candidate).id);
+    return std::nullopt;
+  }
+  return Pair{match->candidate, keyed};
 }
 
-void Export::compareOrMerge(Contact& contact) {
-  const auto pair = findRow(contact);
+void Export::compareOrMerge(Contact& contact, std::size_t position) {
+  const auto pair = findRow(contact, position);
   if (!pair) return;
   const PairedRow paired(list_, pair->position);
   const WorkListRow& row = list_.row(pair->position);
@@ -127,8 +136,8 @@ RunEnd Export::addPhase() {
   RunEnd end = RunEnd::Completed;
   if (!options_.updateExisting) {
     // Rows that have a contact already are dropped, without comparing or writing.
-    end = forEachContact(nullptr, Stopping::Possible, [&](Contact& contact, std::size_t) {
-      if (const auto pair = findRow(contact)) list_.remove(pair->position);
+    end = forEachContact(nullptr, Stopping::Possible, [&](Contact& contact, std::size_t position) {
+      if (const auto pair = findRow(contact, position)) list_.remove(pair->position);
     });
   }
   const auto positions = list_.remaining();
@@ -139,7 +148,7 @@ RunEnd Export::addPhase() {
       end = RunEnd::Stopped;
     } else {
       const WorkListRow& row = list_.row(positions[n]);
-      guarded(row.name, [&] { addUnlessHidden(row); });
+      guarded([&] { return row.name; }, [&] { addUnlessHidden(row); });
     }
   }
   heading.end(end);
@@ -149,7 +158,7 @@ RunEnd Export::addPhase() {
 // A card whose contact is there but could not be read must not get a second one.
 void Export::addUnlessHidden(const WorkListRow& row) {
   const bool sentBefore = text::parseDateTime(row.lastSync).has_value();
-  if (list_.isReserved(row.id) || (sentBefore && contacts_.mayHideContacts())) {
+  if (list_.isReserved(row.id) || (sentBefore && hidesContacts_)) {
     reportFailure(row.name, "이 명함의 연락처를 읽지 못하여 새로 보내지 않습니다");
   } else {
     add(row.id);

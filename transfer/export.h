@@ -34,7 +34,7 @@ class Export : private Transfer {
   // Runs both phases; each record is written and stamped before the next one is looked at. A record
   // that fails is reported and passed over. Throws ContactStoreError or DatabaseError when the
   // folder or the database is lost as a whole.
-  RunEnd run();
+  RunEnd runExport();
 
  private:
   // A row of the work list that a contact belongs to, and by what they were paired.
@@ -46,16 +46,17 @@ class Export : private Transfer {
   RunEnd comparePhase();
   RunEnd addPhase();
 
-  [[nodiscard]] std::optional<Pair> findRow(outlook::Contact& contact);
+  [[nodiscard]] std::optional<Pair> findRow(outlook::Contact& contact, std::size_t position);
   [[nodiscard]] std::optional<Pair> findRowByPerson(outlook::Contact& contact, bool keyed);
-  void reserveRowsOf(outlook::Contact& contact);
-  void compareOrMerge(outlook::Contact& contact);
+  void reserveRowsOf(std::size_t position);
+  void compareOrMerge(outlook::Contact& contact, std::size_t position);
   void compare(const std::string& rowId, outlook::Contact& contact);
   void addUnlessHidden(const WorkListRow& row);
   void add(const std::string& rowId);
 
   ExportOptions options_;
   RowUpdate rowUpdate_;
+  bool hidesContacts_ = false;  // a contact of any card could not be read
   int added_ = 0;
   int updated_ = 0;
   int conflicts_ = 0;

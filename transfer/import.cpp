@@ -12,18 +12,13 @@ namespace {
 
 using outlook::Contact;
 
-// What two sides say of a value that both have.
-bool bothHaveEqual(std::string_view row, std::string_view contact) {
-  return !row.empty() && !contact.empty() && text::equalsIgnoringAsciiCase(row, contact);
-}
-
 }  // namespace
 
-RunEnd Import::run() {
+RunEnd Import::runImport() {
   const RunButtonDisabled disabled(window_);
   pending_.clear();
   openFolder();
-  for (const std::string& key : keys_) ++carriedKeys_[key];
+  reportFolderNotices();
   window_.showProgress(true);
   if (options_.updateExisting) {
     PhaseLine heading(window_, "연락처 비교/갱신", contacts_.count());
@@ -48,9 +43,10 @@ RunEnd Import::run() {
 // --- pairing ------------------------------------------------------------------------------------
 
 void Import::compareContact(Contact& contact, std::size_t position) {
-  if (outlook::hasVLID(contact)) {
-    const std::string key = outlook::readVLID(contact);
-    if (const auto listed = list_.findById(key)) {
+  if (isDouble(position)) {
+    reportDouble(contact);
+  } else if (const auto key = outlook::keyOf(contact)) {
+    if (const auto listed = list_.findById(*key)) {
       const PairedRow paired(list_, *listed);
       record_ = list_.row(*listed).name;
       const Compared result = compareForImport(list_.row(*listed).id, contact);
@@ -58,19 +54,10 @@ void Import::compareContact(Contact& contact, std::size_t position) {
       if (result == Compared::Conflict) ++conflicts_;
       return;
     }
-    reportUnusableKey(contact, key);
-    if (!findByPerson(contact) && !findDuplicate(contact)) pending_.push_back(position);
-    return;
-  }
-  if (const auto listed = findByPerson(contact)) {
-    const PairedRow paired(list_, *listed);
-    mergeInto(list_.row(*listed).id, contact);
-  } else if (const auto rowId = findDuplicate(contact)) {
-    // Another contact is the row's, by its key or since earlier in this run: this one is its
-    // double, and merging it too would put its values over that one's.
-    if (list_.isReserved(*rowId) || list_.wasRemoved(*rowId)) return;
-    mergeInto(*rowId, contact);
-    if (const auto left = list_.findById(*rowId)) list_.remove(*left);
+    reportUnusableKey(contact, *key);
+    if (!findDuplicateByName(personOf(contact))) pending_.push_back(position);
+  } else if (const auto row = findRowOfPerson(contact)) {
+    if (!row->taken) mergeInto(row->id, contact);
   } else {
     pending_.push_back(position);
   }
@@ -78,53 +65,63 @@ void Import::compareContact(Contact& contact, std::size_t position) {
 
 // The compare pass without its comparing: only finds the contacts that have no row.
 void Import::collectContact(Contact& contact, std::size_t position) {
-  if (outlook::hasVLID(contact)) {
-    const std::string key = outlook::readVLID(contact);
-    if (const auto listed = list_.findById(key)) {
+  if (isDouble(position)) {
+    reportDouble(contact);
+  } else if (const auto key = outlook::keyOf(contact)) {
+    if (const auto listed = list_.findById(*key)) {
       list_.remove(*listed);
       return;
     }
-    reportUnusableKey(contact, key);
-    if (text::parseInteger(key) && store::cardExists(connection_, key)) return;
-    if (findByPerson(contact) || findDuplicate(contact)) return;
-  } else if (const auto listed = findByPerson(contact)) {
-    list_.remove(*listed);
-    return;
-  } else if (findDuplicate(contact)) {
-    return;
+    reportUnusableKey(contact, *key);
+    if (text::parseInteger(*key) && store::cardExists(connection_, *key)) return;
+    if (!findDuplicateByName(personOf(contact))) pending_.push_back(position);
+  } else if (const auto row = findRowOfPerson(contact)) {
+    if (const auto listed = list_.findById(row->id); listed && !row->taken) list_.remove(*listed);
+  } else {
+    pending_.push_back(position);
   }
-  pending_.push_back(position);
 }
 
-std::optional<std::string> Import::findDuplicate(Contact& contact) {
-  Person person = personOf(contact);
-  person.name = outlook::normalize(person.name);
-  return findDuplicateByName(person);
+std::optional<Import::FoundRow> Import::findRowOfPerson(Contact& contact) {
+  std::optional<FoundRow> found;
+  if (const auto listed = findByPerson(contact)) {
+    found = {list_.row(listed->candidate).id, listed->taken};
+  } else if (const auto rowId = findDuplicateByName(personOf(contact))) {
+    found = {*rowId, list_.isTaken(*rowId)};
+  }
+  if (found && found->taken) reportSecondContact(contact, found->id);
+  return found;
 }
 
 std::optional<std::string> Import::findDuplicateByName(const Person& person) {
-  const std::string name = text::replaceAll(person.name, " ", "");
+  const std::string name = text::replaceAll(outlook::normalize(person.name), " ", "");
   const auto rows = connection_.query(
       "SELECT i_idx,FullName,cellphone,email,Categories from [tbl_namecard] where  ([FullName]=" +
       store::sqlLiteral(name) + " AND [P_IDX]=0) ");
-  const std::string mobile = text::digitsOnly(person.mobile);
-  const std::string_view email = text::trim(person.email);
-  const bool nameAlone = mobile.empty() && email.empty();
-  // A nameless contact is known by its number or e-mail, never by having neither.
-  if (nameAlone && name.empty()) return std::nullopt;
+  const bool hasNumber = !text::digitsOnly(person.mobile).empty();
+  const bool hasAddress = !text::trim(person.email).empty();
+  std::vector<std::string> ids;
+  PersonMatch match;
   for (; !rows->atEnd(); rows->moveNext()) {
-    const std::string rowMobile = text::digitsOnly(store::nullSafe(rows->field("cellphone")));
-    const std::string_view rowEmail = text::trim(store::nullSafe(rows->field("email")));
-    if (nameAlone || bothHaveEqual(rowMobile, mobile) || bothHaveEqual(rowEmail, email)) {
-      return std::string(store::nullSafe(rows->field("i_idx")));
-    }
+    ids.emplace_back(store::nullSafe(rows->field("i_idx")));
+    match.offer(ids.size() - 1,
+                likeness(text::digitsOnly(store::nullSafe(rows->field("cellphone"))),
+                         text::trim(store::nullSafe(rows->field("email"))), person),
+                list_.isTaken(ids.back()));
   }
-  return std::nullopt;
+  // Of several rows the first is meant by a contact that has nothing to tell them apart by; one
+  // that has both a number and an address is known by one of them. A nameless contact always is.
+  if (ids.size() > 1 && !hasNumber && !hasAddress && !name.empty()) return ids.front();
+  const auto choice = match.choose(name.empty() || (hasNumber && hasAddress) ? Evidence::EqualValue
+                                                                             : Evidence::NameAlone);
+  return choice ? std::optional(ids[choice->candidate]) : std::nullopt;
 }
 
 // --- updating -----------------------------------------------------------------------------------
 
 void Import::mergeInto(const std::string& rowId, Contact& contact) {
+  std::optional<PairedRow> paired;
+  if (const auto listed = list_.findById(rowId)) paired.emplace(list_, *listed);
   if (rowUpdate_.mergeForImport(rowId, contact, options_.map)) {
     ++updated_;
   } else {
@@ -162,48 +159,63 @@ Import::Compared Import::compareForImport(const std::string& rowId, Contact& con
 
 void Import::addPhase() {
   if (pending_.empty()) return;
+  for (std::size_t i = 1; i <= contacts_.count(); ++i) {
+    ++keptNumbers_[std::string(text::trim(contacts_.keyWhenOpened(i)))];
+  }
+  // What is about to be numbered anew does not keep its number.
+  for (const std::size_t position : pending_) {
+    --keptNumbers_[std::string(text::trim(contacts_.keyWhenOpened(position)))];
+  }
   PhaseLine heading(window_, "연락처 추가", pending_.size());
   for (std::size_t n = 0; n < pending_.size(); ++n) {
     heading.advance(n + 1);
     static_cast<void>(window_.yield());
-    guarded("#" + std::to_string(pending_[n]), [&] { addContactAsRow(pending_[n]); });
+    guarded([&] { return nameWhenOpened(pending_[n]); }, [&] { addContactAsRow(pending_[n]); });
   }
   heading.finish();
 }
 
 // The next card number. A contact that lost its row may still carry a number that is free again;
 // were a new row to get it, that contact would be taken for the new row's.
-std::string Import::nextFreeId(const std::string& ownKey) {
-  int id = store::nextCardId(connection_);
-  while (true) {
-    if (id > INT16_MAX) throw std::overflow_error("명함 번호가 32767을 넘습니다.");
-    std::string text = std::to_string(id);
-    const auto carried = carriedKeys_.find(text);
-    const int all = carried == carriedKeys_.end() ? 0 : carried->second;
-    if (all - (text == ownKey ? 1 : 0) <= 0) return text;
-    ++id;
+std::string Import::nextFreeId() {
+  for (int id = store::nextCardId(connection_); id <= INT16_MAX; ++id) {
+    const auto kept = keptNumbers_.find(std::to_string(id));
+    if (kept == keptNumbers_.end() || kept->second == 0) return std::to_string(id);
   }
+  throw std::overflow_error("명함 번호가 32767을 넘습니다.");
 }
 
 void Import::addContactAsRow(std::size_t position) {
   const auto contact = contacts_.item(position);
   const std::string name = outlook::rowNameFromContact(*contact);
   record_ = name;
-  const std::string key = outlook::hasVLID(*contact) ? outlook::readVLID(*contact) : "";
-  const std::string rowId = nextFreeId(key);
-  outlook::addVLID(*contact, rowId);
-  contact->save();
+  const std::string key = outlook::keyOf(*contact).value_or("");
+  // Everything is read before the contact gets the number: what cannot be read must not leave one
+  // on it.
+  const auto row = rowUpdate_.readNewRow(*contact, target_);
+  const std::string rowId = nextFreeId();
   try {
-    rowUpdate_.insertRowFromContact(rowId, *contact, target_);
-  } catch (const store::DatabaseError&) {
-    // The number is free for the next row now, so the contact must not keep it.
-    outlook::addVLID(*contact, key);
+    outlook::addVLID(*contact, rowId);
     contact->save();
+    rowUpdate_.insertRow(rowId, row, contact->lastModificationTime());
+  } catch (...) {
+    giveBackKey(*contact, key, rowId);
     throw;
   }
-  if (!key.empty()) --carriedKeys_[key];
   window_.selectResult(addLine(window_, "←추가(" + name + ")", "100%", "완료"));
   ++added_;
+}
+
+// The number is free for the next row now, so the contact must not keep it. Where it cannot be
+// taken back, the number is not free.
+void Import::giveBackKey(Contact& contact, const std::string& key, const std::string& rowId) {
+  ++keptNumbers_[key];
+  try {
+    outlook::addVLID(contact, key);
+    contact.save();
+  } catch (const outlook::ContactStoreError&) {
+    ++keptNumbers_[rowId];  // the failure that led here is the one that is reported
+  }
 }
 
 }  // namespace vlout::transfer

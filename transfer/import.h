@@ -36,7 +36,7 @@ class Import : private Transfer {
   // Runs every phase to the end; import cannot be stopped. A contact that fails is reported and
   // passed over. Throws ContactStoreError or DatabaseError when the folder or the database is lost
   // as a whole.
-  RunEnd run();
+  RunEnd runImport();
 
  private:
   enum class Compared { Nothing, Updated, Conflict };
@@ -44,6 +44,13 @@ class Import : private Transfer {
   void compareContact(outlook::Contact& contact, std::size_t position);
   void collectContact(outlook::Contact& contact, std::size_t position);
   void mergeInto(const std::string& rowId, outlook::Contact& contact);
+  // The row of the contact's person, in the list or anywhere among the cards; one that has its
+  // contact already is reported, and so is found too.
+  struct FoundRow {
+    std::string id;
+    bool taken;
+  };
+  [[nodiscard]] std::optional<FoundRow> findRowOfPerson(outlook::Contact& contact);
   [[nodiscard]] Compared compareForImport(const std::string& rowId, outlook::Contact& contact);
 
   // The row of the same person anywhere among the cards: its id, or nothing.
@@ -52,14 +59,15 @@ class Import : private Transfer {
 
   void addPhase();
   void addContactAsRow(std::size_t position);
-  [[nodiscard]] std::string nextFreeId(const std::string& ownKey);
+  void giveBackKey(outlook::Contact& contact, const std::string& key, const std::string& rowId);
+  [[nodiscard]] std::string nextFreeId();
 
   std::vector<std::size_t>& pending_;
   ImportOptions options_;
   TargetFolder target_;
   RowUpdate rowUpdate_;
-  // The keys that contacts carry, and how many do: a new row must not take another's number.
-  std::unordered_map<std::string, int> carriedKeys_;
+  // How many contacts carry a number and will keep it: no new row gets such a number.
+  std::unordered_map<std::string, int> keptNumbers_;
   int added_ = 0;
   int updated_ = 0;
   int conflicts_ = 0;

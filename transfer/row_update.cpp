@@ -1,5 +1,6 @@
 #include "transfer/row_update.h"
 
+#include <algorithm>
 #include <array>
 
 #include "outlook/pairing.h"
@@ -92,10 +93,12 @@ constexpr auto kInsertColumns = std::to_array<std::string_view>(
      "etc_addr",       "etc_zipcode",    "home_addr",    "home_zipcode",   "CreationTime",
      "LifePartner",    "OutlookSync",    "Last_moddate", "Outlook_modate", "VLLastsync_date"});
 
-std::string insertValue(std::string_view column, std::string_view rowId, Contact& contact,
-                        const TargetFolder& target) {
+constexpr auto kStampColumns =
+    std::to_array<std::string_view>({"Last_moddate", "Outlook_modate", "VLLastsync_date"});
+
+// The value of a column that the contact or its folder gives; empty for the number and the dates.
+std::string insertValue(std::string_view column, Contact& contact, const TargetFolder& target) {
   if (column == "FullName") return store::sqlLiteral(outlook::rowNameFromContact(contact));
-  if (column == "i_idx") return std::string(rowId);
   if (column == "f_idx") return target.id;
   if (column == "folder_name") return store::sqlLiteral(target.name);
   if (column == "p_idx") return "0";
@@ -107,8 +110,7 @@ std::string insertValue(std::string_view column, std::string_view rowId, Contact
     return outlook::fieldSqlValue(field,
                                   outlook::fieldTextFromContact(contact, field).value_or(""));
   }
-  // What is left are the three dates.
-  return store::sqlLiteral(text::formatStamp(contact.lastModificationTime()));
+  return "";
 }
 
 }  // namespace
@@ -180,17 +182,27 @@ bool RowUpdate::mergeForImport(std::string_view rowId, Contact& contact,
   return saved;
 }
 
-void RowUpdate::insertRowFromContact(std::string_view rowId, Contact& contact,
-                                     const TargetFolder& target) {
+RowUpdate::NewRow RowUpdate::readNewRow(Contact& contact, const TargetFolder& target) {
+  NewRow row;
+  for (const std::string_view column : kInsertColumns) {
+    row.push_back(insertValue(column, contact, target));
+  }
+  return row;
+}
+
+void RowUpdate::insertRow(std::string_view rowId, const NewRow& row, text::DateTime contactTime) {
+  const std::string stamp = store::sqlLiteral(text::formatStamp(contactTime));
   std::string columns;
   std::string values;
-  for (const std::string_view column : kInsertColumns) {
-    if (!columns.empty()) {
+  for (std::size_t i = 0; i < row.size(); ++i) {
+    if (i > 0) {
       columns += ",";
       values += ",";
     }
-    columns += column;
-    values += insertValue(column, rowId, contact, target);
+    columns += kInsertColumns[i];
+    const bool isStamp = std::find(kStampColumns.begin(), kStampColumns.end(), kInsertColumns[i]) !=
+                         kStampColumns.end();
+    values += isStamp ? std::string_view(stamp) : kInsertColumns[i] == "i_idx" ? rowId : row[i];
   }
   connection_.execute("INSERT INTO tbl_namecard(" + columns + ") VALUES(" + values + ")");
 }

@@ -11,6 +11,7 @@
 #include "outlook/contact_store.h"
 #include "outlook/field_map.h"
 #include "store/connection.h"
+#include "text/date_time.h"
 #include "transfer/run_window.h"
 
 namespace vlout::transfer {
@@ -56,9 +57,12 @@ class RowUpdate {
   bool mergeForImport(std::string_view rowId, outlook::Contact& contact,
                       const outlook::MapOptions& options);
 
-  // Inserts a row for a contact that is stamped with its number and saved.
-  void insertRowFromContact(std::string_view rowId, outlook::Contact& contact,
-                            const TargetFolder& target);
+  // What a new row gets of a contact and its folder: one SQL value for each column of the insert,
+  // empty for the number and the dates.
+  using NewRow = std::vector<std::string>;
+  [[nodiscard]] NewRow readNewRow(outlook::Contact& contact, const TargetFolder& target);
+  // Inserts the row of a contact that has been stamped with the number and saved.
+  void insertRow(std::string_view rowId, const NewRow& row, text::DateTime contactTime);
 
  private:
   // The same, with nothing for a column that keeps its value.

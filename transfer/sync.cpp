@@ -8,25 +8,28 @@ namespace vlout::transfer {
 
 using outlook::Contact;
 
-RunEnd Sync::run() {
+RunEnd Sync::runSync() {
   const RunButtonDisabled disabled(window_);
   openFolder();
   window_.showProgress(true);
   PhaseLine heading(window_, "연락처 비교/갱신", contacts_.count());
-  const RunEnd end = forEachContact(&heading, Stopping::Possible,
-                                    [&](Contact& contact, std::size_t) { syncContact(contact); });
+  const RunEnd end = forEachContact(
+      &heading, Stopping::Possible,
+      [&](Contact& contact, std::size_t position) { syncContact(contact, position); });
   heading.end(end);
   flushContacts();
   close(end);
   return end;
 }
 
-void Sync::syncContact(Contact& contact) {
-  if (!outlook::hasVLID(contact)) return;
-  const std::string rowId = outlook::readVLID(contact);
-  const auto position = list_.findById(rowId);
-  if (!position) return;
-  const WorkListRow& row = list_.row(*position);
+void Sync::syncContact(Contact& contact, std::size_t position) {
+  if (isDouble(position)) return;
+  const auto key = outlook::keyOf(contact);
+  if (!key) return;
+  const auto listed = list_.findById(*key);
+  if (!listed) return;
+  PairedRow paired(list_, *listed);
+  const WorkListRow& row = list_.row(*listed);
   record_ = row.name;
   const RowStamps stamps{.lastModified = text::parseDateTime(row.lastModified),
                          .outlookModified = text::parseDateTime(row.outlookModified),
@@ -34,17 +37,16 @@ void Sync::syncContact(Contact& contact) {
   const text::DateTime contactTime = contact.lastModificationTime();
   const PairState state = classifyPair(
       stamps, contactTime, options_.showConflicts ? ConflictTest::Crosswise : ConflictTest::Off);
-  PairedRow paired(list_, *position);
   if (state.newer == Side::Neither) return;
   using P = outlook::ContactProperty;
   const std::string shown = outlook::normalize(outlook::shownText(contact, P::LastName) +
                                                outlook::shownText(contact, P::FirstName));
   const std::string& name = shown.empty() ? row.name : shown;
   if (state.conflict) {
-    settle({contact, rowId, stamps.lastModified, contactTime, row.folderName}, state.newer, name);
+    settle({contact, row.id, stamps.lastModified, contactTime, row.folderName}, state.newer, name);
     if (stopped_) paired.keep();  // the pair that the user stopped at stays in the list
   } else {
-    transfer(state.newer, rowId, contact, name);
+    transfer(state.newer, row.id, contact, name);
   }
 }
 

@@ -29,10 +29,10 @@ class Sync : private Transfer {
   // Every pair is written and stamped before the next one is looked at; what was done before a stop
   // stays done. A pair that fails is reported and passed over. Throws ContactStoreError or
   // DatabaseError when the folder or the database is lost as a whole.
-  RunEnd run();
+  RunEnd runSync();
 
  private:
-  void syncContact(outlook::Contact& contact);
+  void syncContact(outlook::Contact& contact, std::size_t position);
   void transfer(Side newer, const std::string& rowId, outlook::Contact& contact,
                 const std::string& name);
   void settle(const ConflictPair& pair, Side newer, const std::string& name);

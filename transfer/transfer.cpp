@@ -1,8 +1,13 @@
 #include "transfer/transfer.h"
 
+#include <algorithm>
+
 #include "outlook/normalizer.h"
 #include "outlook/pairing.h"
 #include "text/ascii.h"
+#include "text/date_time.h"
+#include "text/latin_script.h"
+#include "text/trim.h"
 
 namespace vlout::transfer {
 
@@ -40,12 +45,76 @@ void Transfer::hideProgress() {
 void Transfer::openFolder() {
   // A wish to stop is kept by the window; the walk over the contacts heeds it.
   contacts_.openContactsFolder([this] { window_.keepAlive(); });
+  // A contact without a key that comes first must not take the row of one that has it.
+  std::vector<Carrier> carriers;
+  for (std::size_t i = 1; i <= contacts_.count(); ++i) {
+    const auto row = list_.reserve(text::trim(contacts_.keyWhenOpened(i)));
+    if (row) carriers.push_back({*row, i});
+  }
+  std::stable_sort(carriers.begin(), carriers.end(),
+                   [](const Carrier& a, const Carrier& b) { return a.row < b.row; });
+  for (auto first = carriers.begin(); first != carriers.end();) {
+    const auto last = std::find_if(first, carriers.end(),
+                                   [&](const Carrier& each) { return each.row != first->row; });
+    if (last - first > 1) leaveOutDoubles({first, last});
+    first = last;
+  }
+}
+
+void Transfer::leaveOutDoubles(std::span<const Carrier> carriers) {
+  const auto owner = ownerOf(list_.row(carriers.front().row), carriers);
+  for (const Carrier& each : carriers) {
+    if (each.contact != owner) doubles_.insert(each.contact);
+  }
+}
+
+// The contact that the row was last transferred with, else the one of its name, else the first.
+// When one of them cannot be read and no other is known by its time, it may be any.
+std::optional<std::size_t> Transfer::ownerOf(const WorkListRow& row,
+                                             std::span<const Carrier> carriers) {
+  const auto transferred = text::parseDateTime(row.outlookModified);
+  const std::string rowName = outlook::normalize(row.name);
+  std::optional<std::size_t> owner;
+  int best = -1;
+  bool unreadable = false;
+  for (const Carrier& each : carriers) {
+    try {
+      const auto contact = contacts_.item(each.contact);
+      const bool sameTime =
+          transferred && *transferred == text::toWholeSeconds(contact->lastModificationTime());
+      const std::string last = contact->text(ContactProperty::LastName);
+      const std::string first = contact->text(ContactProperty::FirstName);
+      const bool sameName = outlook::normalize(last + first) == rowName ||
+                            outlook::normalize(first + last) == rowName;
+      const int claim = (sameTime ? 2 : 0) + (sameName ? 1 : 0);
+      if (claim > best) owner = each.contact;
+      best = std::max(best, claim);
+    } catch (const outlook::ContactStoreError&) {
+      unreadable = true;  // reported when its turn comes
+    }
+  }
+  if (unreadable && best < 2) return std::nullopt;
+  return owner;
+}
+
+void Transfer::reportFolderNotices() {
   for (const std::string& notice : contacts_.folderNotices()) {
     addLine(window_, notice, "0%", "제외");
   }
-  // A contact without a key that comes first must not take the row of one that has it.
-  keys_ = contacts_.keys();
-  for (const std::string& key : keys_) list_.reserve(key);
+}
+
+std::string Transfer::nameWhenOpened(std::size_t position) const {
+  if (const auto row = list_.find(text::trim(contacts_.keyWhenOpened(position)))) {
+    return list_.row(*row).name;
+  }
+  const outlook::PersonName name = contacts_.nameWhenOpened(position);
+  return name.empty() ? "#" + std::to_string(position) : name.last + name.first;
+}
+
+void Transfer::removeRowOf(std::size_t position) {
+  if (isDouble(position)) return;
+  const auto row = list_.findById(text::trim(contacts_.keyWhenOpened(position)));
+  if (row) list_.remove(*row);
 }
 
 void Transfer::flushContacts() {
@@ -58,22 +127,33 @@ Person Transfer::personOf(Contact& contact) {
           .email = contact.text(ContactProperty::Email1Address)};
 }
 
-std::optional<WorkList::Position> Transfer::findByPerson(Contact& contact) const {
-  if (list_.size() == 0) return std::nullopt;  // no need to read the contact
+std::optional<PersonMatch::Choice> Transfer::findByPerson(Contact& contact) const {
+  if (list_.empty()) return std::nullopt;  // no need to read the contact
   Person person = personOf(contact);
+  std::string joined = person.name;
+  // "지" "민" and "민" "지" are two people; in Latin script the order is only a way of writing.
+  const Evidence evidence =
+      text::isLatinScript(joined) ? Evidence::NameAlone : Evidence::EqualValue;
   person.name = outlook::normalize(person.name);
   if (const auto found = list_.findByNormalizedName(person)) return found;
   person.name = outlook::normalize(contact.text(ContactProperty::FirstName) +
                                    contact.text(ContactProperty::LastName));
-  return list_.findByNormalizedName(person);
+  return list_.findByNormalizedName(person, evidence);
+}
+
+void Transfer::reportDouble(Contact& contact) {
+  addLine(window_, "VLID 중복(" + outlook::joinedName(contact) + "): " + outlook::readVLID(contact),
+          "0%", "제외");
+}
+
+void Transfer::reportSecondContact(Contact& contact, std::string_view rowId) {
+  addLine(window_, "동일인 중복(" + outlook::joinedName(contact) + "): " + std::string(rowId), "0%",
+          "제외");
 }
 
 void Transfer::reportUnusableKey(Contact& contact, std::string_view key) {
-  const bool number = text::parseInteger(key).has_value();
-  if (number && !list_.wasRemoved(key)) return;  // a card that simply takes no part in this run
-  if (key.empty()) return;                       // given back after a failed import
-  const std::string reason = number ? "VLID 중복" : "VLID 오류";
-  addLine(window_, reason + "(" + outlook::joinedName(contact) + "): " + std::string(key), "0%",
+  if (text::parseInteger(key)) return;  // a card that simply takes no part in this run
+  addLine(window_, "VLID 오류(" + outlook::joinedName(contact) + "): " + std::string(key), "0%",
           "제외");
 }
 

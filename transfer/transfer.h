@@ -3,8 +3,10 @@
 #pragma once
 
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <unordered_set>
 #include <vector>
 
 #include "outlook/contact_store.h"
@@ -63,27 +65,39 @@ class Transfer {
     bool kept_ = false;
   };
 
-  // Opens the folder, reports what in it is no contact that can be read, and keeps each listed row
-  // for the contact that carries its key. The work list must be loaded.
+  // Opens the folder and keeps each listed row for the contact that carries its key; of several
+  // that carry one key, for one of them. The work list must be loaded.
   void openFolder();
+  // Reports what in the folder is no contact that can be read.
+  void reportFolderNotices();
 
   // Calls `step(contact, position)` for every contact of the folder, passing over other items.
   // Shows progress in `heading`, or in the progress bar alone when there is none. Ends early when
   // the user asks for it, if the transfer is one that can be stopped, or when a step has set
-  // `stopped_`.
+  // `stopped_`. The row of a contact that fails leaves the work list.
   template <typename Step>
   RunEnd forEachContact(PhaseLine* heading, Stopping stopping, Step step);
 
-  // Runs one record's step. A failure is reported under `record_` and passed over, unless the
-  // database is gone: that ends the run.
-  template <typename Step>
-  void guarded(std::string_view name, Step step);
+  // Runs one record's step. A failure is reported under `record_`, or what `name` gives when the
+  // step has not set it, and passed over, unless the database is gone: that ends the run. False
+  // when it failed.
+  template <typename Name, typename Step>
+  bool guarded(Name name, Step step);
 
   [[nodiscard]] static Person personOf(outlook::Contact& contact);
   // The row of that person by the normalised name, family name first or given name first.
-  [[nodiscard]] std::optional<WorkList::Position> findByPerson(outlook::Contact& contact) const;
+  [[nodiscard]] std::optional<PersonMatch::Choice> findByPerson(outlook::Contact& contact) const;
 
-  // Reports a `VLID` that is no number, or that another contact of this run had before.
+  // What the record of a contact is called when it cannot be read.
+  [[nodiscard]] std::string nameWhenOpened(std::size_t position) const;
+
+  // True for a contact whose key another contact of the folder has a better claim to: a copy that
+  // took it along. It takes no part in the run.
+  [[nodiscard]] bool isDouble(std::size_t position) const { return doubles_.contains(position); }
+  void reportDouble(outlook::Contact& contact);
+  // Reports a contact without a key whose card has its contact already.
+  void reportSecondContact(outlook::Contact& contact, std::string_view rowId);
+  // Reports a `VLID` that is no number.
   void reportUnusableKey(outlook::Contact& contact, std::string_view key);
   void reportFailure(std::string_view name, std::string_view cause);
 
@@ -91,22 +105,37 @@ class Transfer {
   outlook::ContactStore& contacts_;
   WorkList& list_;
   RunWindow& window_;
-  std::vector<std::string> keys_;  // that contacts of the folder carried when it was opened
   bool stopped_ = false;
   int failures_ = 0;
   std::string record_;  // the name of the record that a step is at, for its failure
+
+ private:
+  // A contact that carries the key of a listed row.
+  struct Carrier {
+    WorkList::Position row;
+    std::size_t contact;
+  };
+
+  void leaveOutDoubles(std::span<const Carrier> carriers);
+  [[nodiscard]] std::optional<std::size_t> ownerOf(const WorkListRow& row,
+                                                   std::span<const Carrier> carriers);
+  void removeRowOf(std::size_t position);
+
+  std::unordered_set<std::size_t> doubles_;  // positions of contacts
 };
 
-template <typename Step>
-void Transfer::guarded(std::string_view name, Step step) {
-  record_ = name;
+template <typename Name, typename Step>
+bool Transfer::guarded(Name name, Step step) {
+  record_.clear();
   try {
     step();
+    return true;
   } catch (const RunAborted&) {
     throw;
   } catch (const std::exception& error) {
     if (!connection_.isOpen()) throw;
-    reportFailure(record_, error.what());
+    reportFailure(record_.empty() ? name() : record_, error.what());
+    return false;
   }
 }
 
@@ -121,10 +150,12 @@ RunEnd Transfer::forEachContact(PhaseLine* heading, Stopping stopping, Step step
     }
     stopped_ = window_.yield() && stopping == Stopping::Possible;
     if (stopped_) break;
-    guarded("#" + std::to_string(i), [&] {
-      const auto contact = contacts_.item(i);
-      if (contact->typeName() == outlook::kContactItem) step(*contact, i);
-    });
+    const bool done = guarded([&] { return nameWhenOpened(i); },
+                              [&] {
+                                const auto contact = contacts_.item(i);
+                                if (contact->typeName() == outlook::kContactItem) step(*contact, i);
+                              });
+    if (!done) removeRowOf(i);
   }
   return stopped_ ? RunEnd::Stopped : RunEnd::Completed;
 }

@@ -1,32 +1,8 @@
 #include "transfer/work_list.h"
 
 #include "outlook/normalizer.h"
-#include "text/ascii.h"
-#include "text/trim.h"
 
 namespace vlout::transfer {
-namespace {
-
-// What two sides say of one value: they agree, they differ, or it cannot be told.
-enum class Agreement { Equal, Different, Unknown, BothEmpty };
-
-Agreement compare(std::string_view row, std::string_view contact) {
-  if (row.empty() && contact.empty()) return Agreement::BothEmpty;
-  if (row.empty() || contact.empty()) return Agreement::Unknown;
-  return text::equalsIgnoringAsciiCase(row, contact) ? Agreement::Equal : Agreement::Different;
-}
-
-bool isSamePerson(const WorkListRow& row, const Person& person) {
-  const Agreement mobile = compare(row.mobile, text::digitsOnly(person.mobile));
-  const Agreement email = compare(row.email, text::trim(person.email));
-  if (mobile == Agreement::Different || email == Agreement::Different) return false;
-  if (mobile == Agreement::Equal || email == Agreement::Equal) return true;
-  const bool nameAlone = mobile == Agreement::BothEmpty && email == Agreement::BothEmpty;
-  return nameAlone && !person.name.empty();
-}
-
-}  // namespace
-
 void WorkList::clear() {
   *this = WorkList();
 }
@@ -48,9 +24,10 @@ std::vector<WorkList::Position> WorkList::remaining() const {
   return positions;
 }
 
-void WorkList::reserve(std::string_view id) {
-  const auto found = byId_.find(std::string(id));
-  if (found != byId_.end()) rows_[found->second].reserved = true;
+std::optional<WorkList::Position> WorkList::reserve(std::string_view id) {
+  const auto position = find(id);
+  if (position) rows_[*position].reserved = true;
+  return position;
 }
 
 void WorkList::reserveName(const std::string& normalizedName) {
@@ -61,29 +38,34 @@ void WorkList::reserveName(const std::string& normalizedName) {
 }
 
 bool WorkList::isReserved(std::string_view id) const {
-  const auto found = byId_.find(std::string(id));
-  return found != byId_.end() && rows_[found->second].reserved;
+  const auto position = find(id);
+  return position && rows_[*position].reserved;
+}
+
+bool WorkList::isTaken(std::string_view id) const {
+  const auto position = find(id);
+  return position && isTaken(rows_[*position]);
 }
 
 std::optional<WorkList::Position> WorkList::findById(std::string_view id) const {
+  const auto position = find(id);
+  return position && rows_[*position].present ? position : std::nullopt;
+}
+
+std::optional<WorkList::Position> WorkList::find(std::string_view id) const {
   const auto found = byId_.find(std::string(id));
-  if (found == byId_.end() || !rows_[found->second].present) return std::nullopt;
-  return found->second;
+  return found == byId_.end() ? std::nullopt : std::optional(found->second);
 }
 
-bool WorkList::wasRemoved(std::string_view id) const {
-  const auto found = byId_.find(std::string(id));
-  return found != byId_.end() && !rows_[found->second].present;
-}
-
-std::optional<WorkList::Position> WorkList::findByNormalizedName(const Person& person) const {
+std::optional<PersonMatch::Choice> WorkList::findByNormalizedName(const Person& person,
+                                                                  Evidence evidence) const {
   indexNames();
-  return find(byNormalizedName_, person);
+  return match(byNormalizedName_, person, evidence);
 }
 
-std::optional<WorkList::Position> WorkList::findByName(const Person& person) const {
+std::optional<PersonMatch::Choice> WorkList::findByName(const Person& person) const {
   indexNames();
-  return find(byName_, person);
+  return match(byName_, person, Evidence::NameAlone);
 }
 
 void WorkList::remove(Position position) {
@@ -92,14 +74,16 @@ void WorkList::remove(Position position) {
   --left_;
 }
 
-std::optional<WorkList::Position> WorkList::find(const Index& index, const Person& person) const {
+std::optional<PersonMatch::Choice> WorkList::match(const Index& index, const Person& person,
+                                                   Evidence evidence) const {
   const auto found = index.find(person.name);
   if (found == index.end()) return std::nullopt;
+  PersonMatch rows;
   for (const Position position : found->second) {
     const Entry& entry = rows_[position];
-    if (entry.present && !entry.reserved && isSamePerson(entry.row, person)) return position;
+    rows.offer(position, likeness(entry.row.mobile, entry.row.email, person), isTaken(entry));
   }
-  return std::nullopt;
+  return rows.choose(person.name.empty() ? Evidence::EqualValue : evidence);
 }
 
 void WorkList::indexNames() const {

@@ -10,6 +10,8 @@
 #include <unordered_map>
 #include <vector>
 
+#include "transfer/person_match.h"
+
 namespace vlout::transfer {
 
 struct WorkListRow {
@@ -23,13 +25,6 @@ struct WorkListRow {
   std::string folderName{};
 };
 
-// Whom a contact without a usable key is looked up by.
-struct Person {
-  std::string name{};
-  std::string mobile{};  // as the contact holds it
-  std::string email{};
-};
-
 class WorkList {
  public:
   using Position = std::size_t;
@@ -39,6 +34,8 @@ class WorkList {
 
   // The number of rows still in the list.
   [[nodiscard]] std::size_t size() const { return left_; }
+  // True when no row was loaded.
+  [[nodiscard]] bool empty() const { return rows_.empty(); }
 
   // The row at a position of the list as it was loaded, whether removed or not.
   [[nodiscard]] const WorkListRow& row(Position position) const { return rows_[position].row; }
@@ -47,25 +44,27 @@ class WorkList {
   [[nodiscard]] std::vector<Position> remaining() const;
 
   // Keeps the row of that id, if there is one, for the contact that carries its key: no other
-  // contact finds it by person.
-  void reserve(std::string_view id);
+  // contact gets it by person. Its position.
+  std::optional<Position> reserve(std::string_view id);
   // The same for every row of that normalised name.
   void reserveName(const std::string& normalizedName);
   [[nodiscard]] bool isReserved(std::string_view id) const;
+  // True when the row of that id has its contact: it was removed from the list or is reserved.
+  [[nodiscard]] bool isTaken(std::string_view id) const;
 
+  // The row of that id that is still in the list.
   [[nodiscard]] std::optional<Position> findById(std::string_view id) const;
+  // The row of that id, whether removed or not.
+  [[nodiscard]] std::optional<Position> find(std::string_view id) const;
 
-  // True when a row of that id was in the list and has been removed.
-  [[nodiscard]] bool wasRemoved(std::string_view id) const;
-
-  // The first row whose name, passed through the normaliser, equals `person.name`, and which is the
-  // same person: of mobile number and e-mail, every one that both sides have is equal, and at least
-  // one is, unless neither side has either. A person without a name is known by number or e-mail
-  // alone.
-  [[nodiscard]] std::optional<Position> findByNormalizedName(const Person& person) const;
+  // The row of the same person among those whose name, passed through the normaliser, equals
+  // `person.name`. It is taken when it was removed from the list or is reserved. A person without
+  // a name is known by an equal value alone.
+  [[nodiscard]] std::optional<PersonMatch::Choice> findByNormalizedName(
+      const Person& person, Evidence evidence = Evidence::NameAlone) const;
 
   // The same with the row's name as it stands.
-  [[nodiscard]] std::optional<Position> findByName(const Person& person) const;
+  [[nodiscard]] std::optional<PersonMatch::Choice> findByName(const Person& person) const;
 
   void remove(Position position);
 
@@ -77,7 +76,9 @@ class WorkList {
   };
   using Index = std::unordered_map<std::string, std::vector<Position>>;
 
-  [[nodiscard]] std::optional<Position> find(const Index& index, const Person& person) const;
+  [[nodiscard]] static bool isTaken(const Entry& entry) { return !entry.present || entry.reserved; }
+  [[nodiscard]] std::optional<PersonMatch::Choice> match(const Index& index, const Person& person,
+                                                         Evidence evidence) const;
   void indexNames() const;
 
   std::vector<Entry> rows_;

@@ -425,7 +425,7 @@ void frmOutlookSync::runImport() {
       .map = mapOptions()};
   transfer::Import transfer(component_.connection(), component_.contacts(), ListView2, AppendList,
                             *this, options, {Text1.tag(), Text1.text()});
-  finish(kImport, transfer.run());
+  finish(kImport, transfer.runImport());
 }
 
 void frmOutlookSync::runSync() {
@@ -434,7 +434,7 @@ void frmOutlookSync::runSync() {
   if (isRefused(outcome, "연결할 데이터가 없습니다!")) return;
   transfer::Sync transfer(component_.connection(), component_.contacts(), ListView2, *this, *this,
                           {.showConflicts = Sync_Check2.isChecked(), .map = mapOptions()});
-  finish(kSync, transfer.run());
+  finish(kSync, transfer.runSync());
 }
 
 outlook::MapOptions frmOutlookSync::mapOptions() {
@@ -453,7 +453,7 @@ void frmOutlookSync::runExport() {
       .map = mapOptions()};
   transfer::Export transfer(component_.connection(), component_.contacts(), ListView2, *this,
                             options);
-  finish(kExport, transfer.run());
+  finish(kExport, transfer.runExport());
 }
 
 std::string_view frmOutlookSync::loadForExport() {

@@ -252,16 +252,20 @@ TEST_F(ExportTest, ARecordThatFailsIsNamedAndTheOthersGoOn) {
   addCard(2, {{"FullName", "나"}});
   setStamps(1, "2025/02/01 00:00:00", "2025/01/01 00:00:00", "2025/01/01 00:00:00");
   writeContact("a.vcf", "N:;가;;;\r\nX-VLID:1\r\n", "2025/01/01 00:00:00");
+  addCard(3, {{"FullName", "다"}});
+  writeContact("b.vcf", "N:;다;;;\r\n", "2025/01/01 00:00:00");
   bool changed = false;
-  toolkit->onPump = [&] {  // another program writes the contact while the run is going on
+  toolkit->onPump = [&] {  // another program writes the contacts while the run is going on
     if (!changed) writeContact("a.vcf", "N:;남;;;\r\nX-VLID:1\r\n", "2025/01/01 00:00:01");
+    if (!changed) writeContact("b.vcf", "N:;라;;;\r\n", "2025/01/01 00:00:01");
     changed = true;
   };
   const auto lines = exportAll();
   EXPECT_THAT(lines, Contains(AllOf(StartsWith("실패→(가): "), HasSubstr("a.vcf"))));
+  EXPECT_THAT(lines, Contains(AllOf(StartsWith("실패→(다): "), HasSubstr("b.vcf"))));
   EXPECT_THAT(lines, Contains("내보내기 완료|추가=1/갱신=0|"));
   EXPECT_THAT(contactText("a.vcf"), HasSubstr("남"));
-  EXPECT_EQ(cardFiles().size(), 2U);  // no second contact for the card that failed
+  EXPECT_EQ(cardFiles().size(), 3U);  // no second contact for the cards that failed
   EXPECT_EQ(valueOf(1, "Last_moddate"), "2025/02/01 00:00:00");
 }
 

@@ -1,5 +1,6 @@
 #include "transfer/sync.h"
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -121,6 +122,41 @@ TEST_F(SyncTest, ConflictsEndAsTheUserDecides) {
                 HasSubstr("TITLE:" + (title.empty() ? "연락처" : title) + "\r\n"));
     if (!title.empty()) {
       EXPECT_THAT(sync(), Contains("갱신완료|벨모라=0/아웃룩=0|")) << c.line;
+    }
+  }
+}
+
+TEST_F(SyncTest, OfSeveralContactsWithOneKeyOneIsThePair) {
+  struct Case {
+    const char *firstName, *secondName;  // of the contacts a and b
+    const char* secondTime;              // the row was last transferred at 2025/01/01
+    char pair;
+  };
+  for (const Case& c : {Case{"다른사람", "다른사람", "2025/01/01 00:00:00", 'b'},
+                        Case{"다른사람", "이름1", "2024/12/31 00:00:00", 'b'},
+                        Case{"다른사람", "남", "2024/12/31 00:00:00", 'a'},
+                        Case{"이름1", "이름1", "2024/12/31 00:00:00", 'a'}}) {
+    for (const auto mode :
+         {frmOutlookSync::kSync, frmOutlookSync::kExport, frmOutlookSync::kImport}) {
+      startAfresh();
+      makePair(1, "r");
+      std::filesystem::remove(contactsFolder() / "1.vcf");
+      const auto write = [&](const char* file, const char* name, const char* time) {
+        writeContact(file, std::string("N:;") + name + ";;;\r\nTITLE:연락처\r\nX-VLID:1\r\n", time);
+      };
+      write("a.vcf", c.firstName, "2024/12/30 00:00:00");
+      write("b.vcf", c.secondName, c.secondTime);
+      const std::string other = c.pair == 'a' ? "b.vcf" : "a.vcf";
+      const std::string before = contactText(other);
+      const auto lines = run(mode);
+      EXPECT_EQ(contactText(other), before) << c.secondName << mode;
+      EXPECT_EQ(cardFiles().size(), 2U);
+      const std::string report =
+          std::string("VLID 중복(") + (c.pair == 'a' ? c.secondName : c.firstName) + "): 1|0%|제외";
+      EXPECT_EQ(std::count(lines.begin(), lines.end(), report),
+                mode == frmOutlookSync::kSync ? 0 : 1);
+      if (mode == frmOutlookSync::kImport) continue;  // the row is the newer side
+      EXPECT_THAT(contactText(std::string(1, c.pair) + ".vcf"), HasSubstr("TITLE:행"));
     }
   }
 }

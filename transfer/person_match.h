@@ -1,0 +1,63 @@
+// Whether a row and a contact without a usable key are the same person, and which of several rows
+// of the name it is. Export and import decide it by this one rule.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace vlout::transfer {
+
+// Whom a contact without a usable key is looked up by.
+struct Person {
+  std::string name{};
+  std::string mobile{};  // as the contact holds it
+  std::string email{};
+};
+
+// What mobile number and e-mail address say of two sides that have the same name, from the least
+// to the most likely.
+enum class Likeness {
+  Different,       // one that both have differs, and none is equal
+  Possible,        // there is none that both have
+  Same,            // one is equal, which outweighs that the other differs
+  SameThroughout,  // one is equal, and none differs
+};
+
+// `rowMobile` is digits alone, `rowEmail` without blanks around it. Letter case does not count.
+[[nodiscard]] Likeness likeness(std::string_view rowMobile, std::string_view rowEmail,
+                                const Person& person);
+
+// Which evidence a match needs besides the name.
+enum class Evidence {
+  NameAlone,   // none, as long as nothing speaks against it
+  EqualValue,  // an equal number or address
+};
+
+// Chooses among the rows of one name: the one that is most alike; without any equal value the only
+// one that is possible, and no row when there are several. A row that has its contact already is
+// chosen only when no other row is as much alike.
+class PersonMatch {
+ public:
+  struct Choice {
+    std::size_t candidate;
+    bool taken;  // it has its contact already
+  };
+
+  void offer(std::size_t candidate, Likeness likeness, bool taken);
+  [[nodiscard]] std::optional<Choice> choose(Evidence evidence) const;
+
+ private:
+  struct Possible {
+    std::size_t first = 0;
+    int count = 0;
+  };
+
+  std::optional<Choice> best_;
+  Likeness bestLikeness_ = Likeness::Possible;
+  Possible free_;
+  Possible taken_;
+};
+
+}  // namespace vlout::transfer
