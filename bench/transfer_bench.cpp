@@ -85,25 +85,23 @@ class Scene {
 
   void exportAll() {
     load();
-    outlook::vcard::VCardStore contacts(contactFolder().string());
-    if (!contacts.connect()) throw std::runtime_error(contacts.connectFailure());
-    transfer::Export(connection_, contacts, list_, window_, {}).runExport();
+    const auto contacts = openContacts();
+    transfer::Export(connection_, *contacts, list_, window_, {}).runExport();
   }
 
   void importAll() {
     load();
-    outlook::vcard::VCardStore contacts(contactFolder().string());
-    if (!contacts.connect()) throw std::runtime_error(contacts.connectFailure());
+    const auto contacts = openContacts();
     std::vector<std::size_t> pending;
-    transfer::Import(connection_, contacts, list_, pending, window_, {}, {"2", "미정"}).runImport();
+    transfer::Import(connection_, *contacts, list_, pending, window_, {}, {"2", "미정"})
+        .runImport();
   }
 
   void syncAll() {
     load();
-    outlook::vcard::VCardStore contacts(contactFolder().string());
-    if (!contacts.connect()) throw std::runtime_error(contacts.connectFailure());
+    const auto contacts = openContacts();
     NoConflicts conflicts;
-    transfer::Sync(connection_, contacts, list_, window_, conflicts, {}).runSync();
+    transfer::Sync(connection_, *contacts, list_, window_, conflicts, {}).runSync();
   }
 
   // Contacts as another program made them: no keys, and no rows in the database.
@@ -139,6 +137,18 @@ class Scene {
   [[nodiscard]] store::Connection& connection() { return connection_; }
 
  private:
+  // With what earlier runs have seen of the folder, as in the component.
+  [[nodiscard]] std::unique_ptr<outlook::vcard::VCardStore> openContacts() const {
+    using namespace outlook::vcard;
+    std::filesystem::create_directory(folder_ / "history");
+    auto contacts = std::make_unique<VCardStore>(
+        contactFolder().string(),
+        [](const std::string& path) { return std::make_unique<Folder>(path); },
+        IndexPlace{folder_ / "history" / "contacts.index"});
+    if (!contacts->connect()) throw std::runtime_error(contacts->connectFailure());
+    return contacts;
+  }
+
   std::filesystem::path folder_;
   store::SqliteConnection connection_;
   transfer::WorkList list_;

@@ -31,6 +31,7 @@ add_library(vlout_linux STATIC
   outlook/vcard/content_line.cpp
   outlook/vcard/draft.cpp
   outlook/vcard/folder.cpp
+  outlook/vcard/folder_index.cpp
   outlook/vcard/preview_contact.cpp
   outlook/vcard/preview_store.cpp
   outlook/vcard/vcard_contact.cpp

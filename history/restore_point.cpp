@@ -69,8 +69,8 @@ FileStates cardFilesIn(const fs::path& folder) {
   const auto files = outlook::vcard::listCardFiles(directory.get());
   if (!files) throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
   for (const outlook::vcard::CardFile& file : *files) {
-    states.emplace(file.name, file.state);
-    for (const std::string& other : file.otherNames) states.emplace(other, file.state);
+    states.emplace(file.name, file.sight.state);
+    for (const std::string& other : file.otherNames) states.emplace(other, file.sight.state);
   }
   return states;
 }

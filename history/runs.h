@@ -35,6 +35,9 @@ class Runs {
       : component_(std::filesystem::weakly_canonical(componentFolder)),
         folder_(component_ / "history") {}
 
+  // Where what runs have seen of their contact folder is kept, beside the runs.
+  [[nodiscard]] std::filesystem::path contactsIndex() const { return folder_ / "contacts.index"; }
+
   // Oldest first. A record that cannot be read counts as an unfinished run.
   [[nodiscard]] std::vector<RunRecord> list() const;
 

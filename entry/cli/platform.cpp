@@ -16,18 +16,19 @@ Platform makePlatform(const std::filesystem::path& componentFolder,
   const auto makeFolder = [recorder](const std::string& path) {
     return std::make_unique<history::RecordedFolder>(path, recorder);
   };
+  const auto index = history::Runs(componentFolder).contactsIndex();
   return {
       .makeConnection =
           [recorder, stop] {
             return std::make_unique<history::RecordedConnection>(recorder, stop);
           },
       .makeContacts =
-          [contacts, makeFolder] {
-            return std::make_unique<outlook::vcard::VCardStore>(text::pathText(contacts),
-                                                                makeFolder);
+          [contacts, makeFolder, index] {
+            return std::make_unique<outlook::vcard::VCardStore>(
+                text::pathText(contacts), makeFolder, outlook::vcard::IndexPlace{index});
           },
       .toolkit = std::move(toolkit),
-      .makePreview = [contacts] { return std::make_unique<StorePreview>(contacts); },
+      .makePreview = [contacts, index] { return std::make_unique<StorePreview>(contacts, index); },
       .runBegins = [recorder](const ui::RunDescription& run) { return recorder->begins(run); },
       // The connections of this platform are all of this kind, that of a preview too.
       .completeCutShort =

@@ -54,7 +54,8 @@ PrivateFolder::~PrivateFolder() {
   std::filesystem::remove_all(path_, ignored);
 }
 
-StorePreview::StorePreview(const std::filesystem::path& contacts)
+StorePreview::StorePreview(const std::filesystem::path& contacts,
+                           const std::filesystem::path& index)
     : connection_(
           folder_.path(),
           [this](const std::string& column, const std::string& before, const std::string& after) {
@@ -62,9 +63,12 @@ StorePreview::StorePreview(const std::filesystem::path& contacts)
             const std::string_view caption = outlook::fieldCaption(column);
             if (!caption.empty()) add(true, caption, before, after);
           }),
-      contacts_(text::pathText(contacts),
-                [this](std::string_view caption, const std::string& before,
-                       const std::string& after) { add(false, caption, before, after); }) {}
+      contacts_(
+          text::pathText(contacts),
+          [this](std::string_view caption, const std::string& before, const std::string& after) {
+            add(false, caption, before, after);
+          },
+          index) {}
 
 void StorePreview::add(bool onCard, std::string_view caption, const std::string& before,
                        const std::string& after) {

@@ -27,7 +27,8 @@ class PrivateFolder {
 
 class StorePreview : public Preview {
  public:
-  explicit StorePreview(const std::filesystem::path& contacts);
+  // `index` is what runs know of the contacts.
+  StorePreview(const std::filesystem::path& contacts, const std::filesystem::path& index);
 
   [[nodiscard]] store::Connection& connection() override { return connection_; }
   [[nodiscard]] outlook::ContactStore& contacts() override { return contacts_; }

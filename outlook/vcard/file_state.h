@@ -1,6 +1,7 @@
 // What tells one state of a file from another, without a look into it.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 #include <sys/stat.h>
 
@@ -18,6 +19,29 @@ struct FileState {
 [[nodiscard]] inline FileState stateOf(const struct stat& status) {
   return {status.st_ino, status.st_size, status.st_mtim.tv_sec,
           static_cast<std::int32_t>(status.st_mtim.tv_nsec)};
+}
+
+// A point of time as the system counts them.
+struct Moment {
+  std::int64_t seconds = 0;
+  std::int32_t nanoseconds = 0;
+
+  auto operator<=>(const Moment&) const = default;
+};
+
+// All that a look at a file tells without opening it.
+struct FileSight {
+  FileState state;
+  std::uint64_t device = 0;
+  Moment changed{};  // of its content, its names or anything else; nobody can set it
+
+  bool operator==(const FileSight&) const = default;
+};
+
+[[nodiscard]] inline FileSight sightOf(const struct stat& status) {
+  return {stateOf(status),
+          status.st_dev,
+          {status.st_ctim.tv_sec, static_cast<std::int32_t>(status.st_ctim.tv_nsec)}};
 }
 
 }  // namespace vlout::outlook::vcard

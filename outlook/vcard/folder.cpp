@@ -80,11 +80,11 @@ std::optional<std::vector<CardFile>> listCardFiles(int folder, std::vector<std::
   std::unordered_map<ino_t, std::size_t> known;
   const auto find = [&](const struct stat& status) -> CardFile* {
     const auto found = known.find(status.st_ino);
-    const bool isFound = found != known.end() && files[found->second].device == status.st_dev;
+    const bool isFound = found != known.end() && files[found->second].sight.device == status.st_dev;
     return isFound ? &files[found->second] : nullptr;
   };
   const auto add = [&](const std::string& name, const struct stat& status) {
-    files.push_back({name, stateOf(status), status.st_dev});
+    files.push_back({name, sightOf(status)});
   };
   std::vector<std::string> links;
   for (const std::string& name : names) {
@@ -102,7 +102,7 @@ std::optional<std::vector<CardFile>> listCardFiles(int folder, std::vector<std::
   }
   if (links.empty()) return files;
   // A file goes by its own name, even when that of a link comes first.
-  for (std::size_t i = 0; i < files.size(); ++i) known.emplace(files[i].state.inode, i);
+  for (std::size_t i = 0; i < files.size(); ++i) known.emplace(files[i].sight.state.inode, i);
   for (const std::string& name : links) {
     struct stat status {};
     const bool isThere = ::fstatat(folder, name.c_str(), &status, 0) == 0;
@@ -349,6 +349,18 @@ void Folder::remove(const std::string& name, const FileState& before,
   const Draft::Outcome outcome = draft.takeAway(name);
   if (outcome == Draft::Outcome::Failed) fail(name);
   if (outcome == Draft::Outcome::Changed) failAsChanged(name, draft.keptAs());
+}
+
+std::optional<FileSight> Folder::look(const std::string& name) const {
+  struct stat status {};
+  if (::fstatat(descriptor_, name.c_str(), &status, 0) != 0) return std::nullopt;
+  return sightOf(status);
+}
+
+FolderIdentity Folder::identity() const {
+  struct stat status {};
+  if (::fstat(descriptor_, &status) != 0) fail("");
+  return {status.st_dev, status.st_ino};
 }
 
 void Folder::flush() {

@@ -15,6 +15,7 @@
 #include "outlook/vcard/card_journal.h"
 #include "outlook/vcard/draft.h"
 #include "outlook/vcard/file_state.h"
+#include "outlook/vcard/folder_index.h"
 
 namespace vlout::outlook::vcard {
 
@@ -28,8 +29,7 @@ bool forEachCardFile(int folder, const std::function<void(const char* name)>& us
 // A vCard file as it is found in its folder, without a look into it.
 struct CardFile {
   std::string name;
-  FileState state;
-  dev_t device = 0;
+  FileSight sight;
   std::vector<std::string> otherNames{};  // hard links to it beside it
 };
 
@@ -102,6 +102,10 @@ class Folder {
 
   // Removes what an interrupted save has left behind.
   void tidy();
+
+  // What a look at a file tells now; nothing when it is gone.
+  [[nodiscard]] std::optional<FileSight> look(const std::string& name) const;
+  [[nodiscard]] FolderIdentity identity() const;
 
   // Waits until what was written is on the disk.
   virtual void flush();

@@ -15,7 +15,11 @@ class PreviewFolder : public Folder {
 
   std::vector<CardFile> cardFiles() override {
     std::vector<CardFile> files = findCardFiles();
-    for (const std::string& name : new_) files.push_back({name, saved_.at(name).state});
+    for (CardFile& file : files) {
+      const auto saved = saved_.empty() ? saved_.end() : saved_.find(keyOf(targetOf(file.name)));
+      if (saved != saved_.end()) file.sight = {saved->second.state};
+    }
+    for (const std::string& name : new_) files.push_back({name, {saved_.at(name).state}});
     return files;
   }
 
@@ -85,9 +89,10 @@ class PreviewFolder : public Folder {
 
 }  // namespace
 
-PreviewStore::PreviewStore(std::string folder, FieldChanged changed)
+PreviewStore::PreviewStore(std::string folder, FieldChanged changed, std::filesystem::path index)
     : VCardStore(std::move(folder),
-                 [](const std::string& path) { return std::make_unique<PreviewFolder>(path); }),
+                 [](const std::string& path) { return std::make_unique<PreviewFolder>(path); },
+                 {.file = std::move(index), .isReadOnly = true}),
       changed_(std::move(changed)) {}
 
 std::unique_ptr<Contact> PreviewStore::item(std::size_t index) {

@@ -3,6 +3,7 @@
 // to its time stamps. It tells what is changed in contacts that are there.
 #pragma once
 
+#include <filesystem>
 #include <string>
 
 #include "outlook/vcard/preview_contact.h"
@@ -12,7 +13,8 @@ namespace vlout::outlook::vcard {
 
 class PreviewStore : public VCardStore {
  public:
-  PreviewStore(std::string folder, FieldChanged changed);
+  // What runs know of the folder is read from `index`, if it has a name.
+  PreviewStore(std::string folder, FieldChanged changed, std::filesystem::path index = {});
 
   [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
 

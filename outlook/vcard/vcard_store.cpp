@@ -67,14 +67,41 @@ void VCardStore::openContactsFolder(const std::function<void()>& afterEach) {
   for (const auto& [person, cause] : completeSaves(*folder_)) {
     notices_.push_back(std::string(person).append(": ").append(cause));
   }
+  const Moment now = currentMoment();
+  FolderIndex index;
+  if (!index_.file.empty()) index = FolderIndex(index_.file, folder_->identity());
+  std::size_t known = 0;
   std::string buffer;
-  for (const CardFile& file : folder_->cardFiles()) addFile(file.name, buffer);
+  for (const CardFile& file : folder_->cardFiles()) {
+    const KnownFile* const entry = index.find(file.name);
+    if (entry != nullptr) ++known;
+    if (entry != nullptr && entry->isSettled && entry->sight == file.sight) {
+      addKnown(file, *entry);
+    } else {
+      addFile(file, entry, now, buffer);
+    }
+  }
+  indexIsOld_ = indexIsOld_ || known != index.size();
   for (const std::string& name : folder_->keptVersions()) {
     notices_.push_back(name + ": 다른 프로그램이 쓴 내용을 따로 두었습니다. 확인한 뒤 지우십시오");
   }
 }
 
-void VCardStore::addFile(const std::string& name, std::string& buffer) {
+void VCardStore::addKnown(const CardFile& found, const KnownFile& known) {
+  const std::size_t index = files_.size();
+  files_.push_back({found.name, found.sight, items_.size(), known.cards.size(), true});
+  if (known.cards.size() > 1) shared_[index].size = found.sight.state.size;
+  for (std::size_t i = 0; i < known.cards.size(); ++i) {
+    const KnownCard& card = known.cards[i];
+    items_.push_back({index, i, card.isGroup, card.vlid, card.nameLines});
+    if (known.cards.size() > 1) shared_[index].cards.push_back({card.hash, card.time});
+  }
+}
+
+void VCardStore::addFile(const CardFile& found, const KnownFile* known, const Moment& now,
+                         std::string& buffer) {
+  const std::string& name = found.name;
+  const std::size_t notices = notices_.size();
   // A file that cannot be read ends the run: which card it belongs to is not known, and a second
   // contact for that card must not be made.
   const auto state = folder_->read(name, buffer);
@@ -91,21 +118,86 @@ void VCardStore::addFile(const std::string& name, std::string& buffer) {
     reportStrays(name, text.strays);
   }
   reportDoubts(name, buffer, *form, text.cards);
-  if (text.cards.size() > 1) {
-    SharedFile& shared = shared_[files_.size()];
-    shared.size = state->size;
-    for (const CardSpan& span : text.cards) {
-      shared.cards.push_back({text::hashOf(std::string_view(buffer).substr(span.start, span.size)),
-                              state->seconds, state->nanoseconds});
-    }
-  }
+  File file{name, found.sight, items_.size(), text.cards.size()};
+  file.isDoubtful = notices_.size() > notices;
+  file.isSettled = !file.isDoubtful && found.sight.state == *state && hasSettled(found.sight, now);
+  file.sight.state = *state;
+  files_.push_back(std::move(file));
+  if (text.cards.size() > 1) addShared(buffer, text.cards, known);
   for (std::size_t i = 0; i < text.cards.size(); ++i) {
     CardSpan& card = text.cards[i];
     if (card.vlid && !card.vlid->empty()) card.nameLines.clear();
     items_.push_back(
-        {files_.size(), i, card.isGroup, std::move(card.vlid), std::move(card.nameLines)});
+        {files_.size() - 1, i, card.isGroup, std::move(card.vlid), std::move(card.nameLines)});
   }
-  files_.push_back({name, *state, text.cards.size()});
+  if (index_.file.empty()) return;
+  const KnownFile entry = knownOf(files_.size() - 1);
+  const bool isKept = entry.isSettled || entry.cards.size() > 1;
+  if (isKept ? known == nullptr || *known != entry : known != nullptr) indexIsOld_ = true;
+}
+
+// The cards of the file that was added last. One that has the bytes of a card that was seen in it
+// before has not changed since then, whenever the file was written.
+void VCardStore::addShared(std::string_view text, const std::vector<CardSpan>& cards,
+                           const KnownFile* known) {
+  const FileState& state = files_.back().sight.state;
+  SharedFile& shared = shared_[files_.size() - 1];
+  shared.size = state.size;
+  std::unordered_multimap<std::uint64_t, Moment> times;
+  if (known != nullptr) {
+    for (const KnownCard& card : known->cards) times.emplace(card.hash, card.time);
+  }
+  for (const CardSpan& span : cards) {
+    SharedCard card{text::hashOf(text.substr(span.start, span.size)),
+                    {state.seconds, state.nanoseconds}};
+    const auto time = times.find(card.hash);
+    if (time != times.end()) card.time = times.extract(time).mapped();
+    shared.cards.push_back(card);
+  }
+}
+
+KnownFile VCardStore::knownOf(std::size_t index) const {
+  const File& file = files_[index];
+  KnownFile known{file.sight, file.isSettled};
+  const auto shared = shared_.find(index);
+  for (std::size_t i = 0; i < file.cards; ++i) {
+    const Item& item = items_[file.firstItem + i];
+    known.cards.push_back({item.isGroup, item.vlid, item.nameLines});
+    if (shared == shared_.end()) continue;
+    known.cards.back().hash = shared->second.cards[i].hash;
+    known.cards.back().time = shared->second.cards[i].time;
+  }
+  return known;
+}
+
+// Whether each contact of a file has a key; what there is to know of one without has to be read.
+bool VCardStore::hasKeys(const File& file) const {
+  const auto first = items_.begin() + static_cast<std::ptrdiff_t>(file.firstItem);
+  return std::all_of(first, first + static_cast<std::ptrdiff_t>(file.cards), [](const Item& item) {
+    return item.isGroup || (item.vlid && !item.vlid->empty());
+  });
+}
+
+void VCardStore::saveIndex() {
+  if (index_.file.empty() || index_.isReadOnly || !indexIsOld_) return;
+  const Moment now = currentMoment();
+  std::vector<std::size_t> order;
+  for (std::size_t i = 0; i < files_.size(); ++i) order.push_back(i);
+  std::sort(order.begin(), order.end(),
+            [&](std::size_t a, std::size_t b) { return files_[a].name < files_[b].name; });
+  FolderIndexWriter writer;
+  for (const std::size_t i : order) {
+    File& file = files_[i];
+    const auto sight = file.isWritten ? folder_->look(file.name) : std::nullopt;
+    if (sight && sight->state == file.sight.state) {
+      file.sight = *sight;
+      file.isSettled = !file.isDoubtful && hasKeys(file) && hasSettled(*sight, now);
+      file.isWritten = false;
+    }
+    if (file.isSettled || file.cards > 1) writer.add(file.name, knownOf(i));
+  }
+  writer.save(index_.file, folder_->identity());
+  indexIsOld_ = false;
 }
 
 void VCardStore::reportStrays(const std::string& name, const std::vector<Stray>& strays) {
@@ -173,6 +265,7 @@ std::vector<LostSave> VCardStore::flush() {
   written_ = false;
   // Not before the files are on the disk.
   folder_->dropGathered();
+  saveIndex();
   return lost;
 }
 
@@ -180,20 +273,20 @@ text::DateTime VCardStore::timeAt(std::size_t position) const {
   const Item& item = itemAt(position);
   const auto shared = shared_.find(item.file);
   if (shared != shared_.end()) {
-    const SharedCard& card = shared->second.cards[item.card];
-    return text::fromUnixTime(card.seconds, card.nanoseconds);
+    const Moment& time = shared->second.cards[item.card].time;
+    return text::fromUnixTime(time.seconds, time.nanoseconds);
   }
-  const FileState& state = files_[item.file].state;
+  const FileState& state = files_[item.file].sight.state;
   return text::fromUnixTime(state.seconds, state.nanoseconds);
 }
 
 // The file's text and where its cards lie, kept until another file is asked for: a file of many
 // cards is read and searched once for all of them.
 VCardStore::OpenFile& VCardStore::openFile(std::size_t file) {
-  if (open_.file == file && open_.state == files_[file].state) return open_;
+  if (open_.file == file && open_.state == files_[file].sight.state) return open_;
   open_.file = kNoFile;
   const auto state = folder_->read(files_[file].name, open_.text);
-  if (!state || *state != files_[file].state) {
+  if (!state || *state != files_[file].sight.state) {
     throw ContactStoreError(path_ + "/" + files_[file].name +
                             ": 그 사이에 다른 프로그램이 바꾸었습니다");
   }
@@ -231,11 +324,18 @@ void VCardStore::saveCard(std::size_t position, const std::string& cardText,
     const CardSpan& span = open.cards.at(item.card);
     open.file = kNoFile;
     open.text.replace(span.start, span.size, cardText);
-    file.state =
-        folder_->replace(file.name, fileBytes(open.text, open.form), file.state, false, row);
+    markWritten(file, folder_->replace(file.name, fileBytes(open.text, open.form), file.sight.state,
+                                       false, row));
   }
   item.vlid = std::move(vlid);
   written_ = true;
+}
+
+void VCardStore::markWritten(File& file, const FileState& state) {
+  file.sight = {state};
+  file.isSettled = false;
+  file.isWritten = true;
+  indexIsOld_ = true;
 }
 
 // A save of one card among several: it is safe in the journal, and the file is written once for all
@@ -251,18 +351,18 @@ void VCardStore::gatherCard(const Item& item, const std::string& cardText) {
   const auto sizeOf = [&](std::string_view text) {
     return static_cast<std::int64_t>(fileBytes(text, open.form).size());
   };
-  FileState willBe = file.state;
+  FileState willBe = file.sight.state;
   willBe.size = shared.size + sizeOf(cardText) -
                 sizeOf(known == shared.changes.end()
                            ? std::string_view(open.text).substr(span.start, span.size)
                            : known->second.text);
-  willBe.nanoseconds = nextInSecond(file.state.nanoseconds);
-  folder_->gather({file.name, willBe, item.card, card.hash, cardText}, file.state);
+  willBe.nanoseconds = nextInSecond(file.sight.state.nanoseconds);
+  folder_->gather({file.name, willBe, item.card, card.hash, cardText}, file.sight.state);
   CardChange& change = shared.changes[item.card];
   change.earlier.push_back(card.hash);
   change.text = cardText;
   shared.size = willBe.size;
-  card = {text::hashOf(cardText), willBe.seconds, willBe.nanoseconds};
+  card = {text::hashOf(cardText), {willBe.seconds, willBe.nanoseconds}};
 }
 
 // A file that cannot be written keeps its saves in the journal, and does not keep the others from
@@ -289,13 +389,14 @@ void VCardStore::writeGathered(std::size_t index, SharedFile& shared, std::vecto
   std::string text;
   const auto state = folder_->read(file.name, text);
   const MergedFile merged = mergeCards(text, shared.changes);
-  const bool isAsItWas = state == file.state;
-  if (state && isAsItWas) {
-    file.state = folder_->replace(file.name, merged.bytes, state, true, "");
-  } else if (state && merged.isChanged) {
-    static_cast<void>(folder_->rewrite(file.name, merged.bytes, *state));
+  if (state == file.sight.state) {
+    markWritten(file, folder_->replace(file.name, merged.bytes, state, true, ""));
+  } else {
+    if (state && merged.isChanged) {
+      static_cast<void>(folder_->rewrite(file.name, merged.bytes, *state));
+    }
+    markWritten(file, {});  // where its cards lie is not known any more
   }
-  if (!isAsItWas) file.state = {};  // where its cards lie is not known any more
   addLostSaves(file.name, merged, lost);
   shared.changes.clear();
 }
@@ -304,8 +405,9 @@ std::size_t VCardStore::saveNewCard(const std::string& uid, const std::string& c
                                     std::optional<std::string> vlid, const std::string& row) {
   const std::string name = uid + ".vcf";
   const FileState state = folder_->replace(name, cardText, std::nullopt, false, row);
-  items_.push_back({files_.size(), 0, false, std::move(vlid), {}});
-  files_.push_back({name, state, 1});
+  files_.push_back({name, {}, items_.size(), 1});
+  markWritten(files_.back(), state);
+  items_.push_back({files_.size() - 1, 0, false, std::move(vlid), {}});
   written_ = true;
   return items_.size();
 }

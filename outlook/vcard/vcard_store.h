@@ -3,6 +3,7 @@
 // folder is read once when it is opened and is this process's alone from `connect` on.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <memory>
 #include <string>
@@ -16,6 +17,12 @@
 
 namespace vlout::outlook::vcard {
 
+// Where what is known of a folder is kept between runs; nowhere without a name.
+struct IndexPlace {
+  std::filesystem::path file{};
+  bool isReadOnly = false;
+};
+
 class VCardStore : public ContactStore, public CardHome {
  public:
   using FolderMaker = std::function<std::unique_ptr<Folder>(const std::string& path)>;
@@ -23,8 +30,9 @@ class VCardStore : public ContactStore, public CardHome {
   explicit VCardStore(
       std::string folder,
       FolderMaker makeFolder =
-          [](const std::string& path) { return std::make_unique<Folder>(path); })
-      : path_(std::move(folder)), makeFolder_(std::move(makeFolder)) {}
+          [](const std::string& path) { return std::make_unique<Folder>(path); },
+      IndexPlace index = {})
+      : path_(std::move(folder)), makeFolder_(std::move(makeFolder)), index_(std::move(index)) {}
   ~VCardStore() override;
 
   [[nodiscard]] bool connect() override;
@@ -47,8 +55,12 @@ class VCardStore : public ContactStore, public CardHome {
  private:
   struct File {
     std::string name;
-    FileState state;
+    FileSight sight;
+    std::size_t firstItem = 0;
     std::size_t cards = 0;
+    bool isSettled = false;   // the index may tell what is in it
+    bool isDoubtful = false;  // there is something to report of it in every run
+    bool isWritten = false;   // by this run
   };
   struct Item {
     std::size_t file = 0;
@@ -61,8 +73,7 @@ class VCardStore : public ContactStore, public CardHome {
   // A card of a file that holds several, as it is with everything that was saved.
   struct SharedCard {
     std::uint64_t hash = 0;
-    std::int64_t seconds = 0;  // when it was last changed
-    std::int32_t nanoseconds = 0;
+    Moment time{};  // when it was last changed
   };
   struct SharedFile {
     std::vector<SharedCard> cards;
@@ -79,11 +90,18 @@ class VCardStore : public ContactStore, public CardHome {
     std::vector<CardSpan> cards;
   };
 
-  void addFile(const std::string& name, std::string& buffer);
+  void addKnown(const CardFile& found, const KnownFile& known);
+  void addFile(const CardFile& found, const KnownFile* known, const Moment& now,
+               std::string& buffer);
+  void addShared(std::string_view text, const std::vector<CardSpan>& cards, const KnownFile* known);
+  [[nodiscard]] bool hasKeys(const File& file) const;
+  [[nodiscard]] KnownFile knownOf(std::size_t file) const;
+  void saveIndex();
   void reportStrays(const std::string& name, const std::vector<Stray>& strays);
   void reportDoubts(const std::string& name, std::string_view text, FileForm form,
                     const std::vector<CardSpan>& cards);
   OpenFile& openFile(std::size_t file);
+  void markWritten(File& file, const FileState& state);
   void gatherCard(const Item& item, const std::string& cardText);
   void writeGathered(std::size_t index, SharedFile& shared, std::vector<LostSave>& lost);
   [[nodiscard]] std::vector<LostSave> writeGathered();
@@ -116,6 +134,8 @@ class VCardStore : public ContactStore, public CardHome {
   std::unordered_map<std::size_t, SharedFile> shared_;  // by position in `files_`
   OpenFile open_;
   std::vector<std::string> notices_;
+  IndexPlace index_;
+  bool indexIsOld_ = false;
   bool written_ = false;  // since the last flush
 };
 

@@ -3,6 +3,7 @@
 // the same run again must change nothing. Before each run a preview must give its very lines, with
 // the fields that the model says will change, and touch nothing.
 #include <cstdlib>
+#include <fcntl.h>
 #include <fstream>
 #include <map>
 #include <random>
@@ -81,6 +82,22 @@ class AgreementTest : public tests::ComponentFixture {
     pair.contact = clock;
   }
 
+  // Another program gives two contacts each other's file.
+  void exchangeFiles(int a, int b) {
+    if (!model[a].hasContact || !model[b].hasContact) return;
+    struct stat ofA {};
+    struct stat ofB {};
+    ASSERT_EQ(stat(fileOf(a).c_str(), &ofA) + stat(fileOf(b).c_str(), &ofB), 0);
+    const std::string text = tests::readFile(fileOf(a));
+    tests::writeFile(fileOf(a), tests::readFile(fileOf(b)));
+    tests::writeFile(fileOf(b), text);
+    std::swap(files[a], files[b]);
+    for (const auto& [file, time] : {std::pair{fileOf(a), ofA.st_mtim}, {fileOf(b), ofB.st_mtim}}) {
+      const timespec times[2] = {time, time};
+      ASSERT_EQ(utimensat(AT_FDCWD, file.c_str(), times, 0), 0);
+    }
+  }
+
   void deleteContact(int id) {
     if (!model[id].hasContact) return;
     std::filesystem::remove(fileOf(id));
@@ -142,6 +159,7 @@ class AgreementTest : public tests::ComponentFixture {
       window.Export_Check3.setValue(run.ignoreConflicts);
       window.Sync_Check2.setValue(run.showConflicts);
     };
+    harmIndex();
     std::vector<std::string> previewed;
     std::multiset<std::string> changed;
     for (const std::string& line : preview(run.mode, setBoxes)) {
@@ -209,6 +227,45 @@ class AgreementTest : public tests::ComponentFixture {
     return all;
   }
 
+  // What runs know of the contacts is a cache: they end alike without it, with an old one, and with
+  // one that is damaged in any way.
+  void harmIndex() {
+    const auto index = folder() / "history" / "contacts.index";
+    const std::string bytes = tests::readFile(index);
+    std::string harmed = bytes;
+    const auto somewhere = [&] { return static_cast<std::size_t>(random(bytes.size())); };
+    switch (bytes.empty() ? 0 : random(7)) {
+      case 0:
+        break;  // none of it, or all
+      case 1:
+        harmed.clear();
+        break;
+      case 2:
+        harmed.resize(somewhere());
+        break;
+      case 3:
+        ++harmed[somewhere()];
+        break;
+      case 4:  // a contact's key is another's
+        harmed = text::replaceAll(bytes,
+                                  std::string("\2\0\0\0"
+                                              "12",
+                                              6),
+                                  std::string("\2\0\0\0"
+                                              "13",
+                                              6));
+        break;
+      case 5:
+        harmed += bytes;
+        break;
+      default:
+        harmed = oldIndex;
+    }
+    if (harmed != bytes) tests::writeFile(index, harmed);
+    if (!bytes.empty() && random(3) == 0) oldIndex = bytes;
+  }
+
+  std::string oldIndex;
   std::mt19937_64 generator{7};
   std::map<int, ModelPair> model;
   std::map<int, std::string> files;
@@ -236,6 +293,7 @@ TEST_F(AgreementTest, EveryRoundEndsAsTheModelSays) {
       some([&](int id) { editRow(id); });
       some([&](int id) { editContact(id); });
     }
+    some([&](int id) { exchangeFiles(id, 1 + id % cards); });
     if (round % 3 == 0)
       some([&](int id) {
         if (random(4) == 0) deleteContact(id);

@@ -77,6 +77,29 @@ TEST_F(SyncTest, GoesInTheDirectionThatChanged) {
   EXPECT_EQ(valueOf(1, "JobTitle"), "행");
 }
 
+// Cards that share a file share its time. What was seen of each tells which of them has changed.
+TEST_F(SyncTest, ACardDoesNotChangeWithAnotherOfItsFile) {
+  for (const bool isRemembered : {true, false}) {
+    startAfresh();
+    makePair(1, "");
+    makePair(2, "");
+    tests::writeFile(contactsFolder() / "many.vcf", contactText("1.vcf") + contactText("2.vcf"));
+    for (const char* name : {"1.vcf", "2.vcf"}) std::filesystem::remove(contactsFolder() / name);
+    tests::setModified(contactsFolder() / "many.vcf", "2025/01/01 00:00:00");
+    EXPECT_THAT(sync(), Contains("갱신완료|벨모라=0/아웃룩=0|"));
+    if (!isRemembered) std::filesystem::remove(folder() / "history" / "contacts.index");
+    std::string text = contactText("many.vcf");
+    text.replace(text.rfind("TITLE:연락처"), std::string("TITLE:연락처").size(), "TITLE:밖에서");
+    tests::writeFile(contactsFolder() / "many.vcf", text);
+    tests::setModified(contactsFolder() / "many.vcf", "2025/01/02 00:00:00");
+    setStamps(1, "2025/01/03 00:00:00", "2025/01/01 00:00:00", "2025/01/01 00:00:00");
+    const auto lines = sync();
+    EXPECT_EQ(valueOf(2, "JobTitle"), "밖에서");
+    EXPECT_THAT(lines, Contains(isRemembered ? "아웃룩→이름1|100%|완료" : "→충돌←(이름1)|0%|제외"));
+    EXPECT_THAT(sync(), Contains("갱신완료|벨모라=0/아웃룩=0|"));
+  }
+}
+
 TEST_F(SyncTest, ConflictsEndAsTheUserDecides) {
   struct Case {
     const char* sides;

@@ -1,0 +1,212 @@
+#include "outlook/vcard/folder_index.h"
+
+#include <cstring>
+#include <ctime>
+#include <fcntl.h>
+#include <fstream>
+#include <sys/stat.h>
+#include <system_error>
+#include <type_traits>
+#include <unistd.h>
+
+#include "text/file_descriptor.h"
+#include "text/hash.h"
+
+namespace vlout::outlook::vcard {
+namespace {
+
+// To be changed along with the form, and with what is taken for a key, a group or a card.
+constexpr std::uint64_t kForm = 0x564C4F5554490001;
+
+template <typename Number>
+void put(std::string& bytes, Number number) {
+  static_assert(std::is_integral_v<Number>);
+  bytes.append(reinterpret_cast<const char*>(&number), sizeof number);
+}
+
+void put(std::string& bytes, std::string_view text) {
+  put(bytes, static_cast<std::uint32_t>(text.size()));
+  bytes.append(text);
+}
+
+void put(std::string& bytes, const Moment& time) {
+  put(bytes, time.seconds);
+  put(bytes, time.nanoseconds);
+}
+
+// Takes numbers and texts off the front. After the first that is not there whole it is no good.
+class Taker {
+ public:
+  explicit Taker(std::string_view bytes) : left_(bytes) {}
+
+  template <typename Number>
+  Number number() {
+    Number number{};
+    const std::string_view bytes = take(sizeof number);
+    if (!bytes.empty()) std::memcpy(&number, bytes.data(), sizeof number);
+    return number;
+  }
+  std::string_view text() { return take(number<std::uint32_t>()); }
+  Moment moment() {
+    Moment time;
+    time.seconds = number<std::int64_t>();
+    time.nanoseconds = number<std::int32_t>();
+    return time;
+  }
+  [[nodiscard]] bool isGood() const { return isGood_; }
+  [[nodiscard]] std::size_t left() const { return left_.size(); }
+
+ private:
+  std::string_view take(std::size_t size) {
+    isGood_ = isGood_ && size <= left_.size();
+    if (!isGood_) return {};
+    const std::string_view bytes = left_.substr(0, size);
+    left_.remove_prefix(size);
+    return bytes;
+  }
+
+  std::string_view left_;
+  bool isGood_ = true;
+};
+
+constexpr std::uint8_t kSettled = 1;
+constexpr std::uint8_t kGroup = 1;
+constexpr std::uint8_t kHasKey = 2;
+
+std::string readWhole(const std::filesystem::path& path) {
+  const text::FileDescriptor file(text::openUnnoticed(path.c_str(), O_NONBLOCK));
+  struct stat status {};
+  constexpr off_t kLargest = off_t{1} << 28;
+  std::string bytes;
+  if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
+      status.st_size > kLargest) {
+    return bytes;
+  }
+  bytes.resize(static_cast<std::size_t>(status.st_size));
+  const ssize_t count = ::read(file.get(), bytes.data(), bytes.size());
+  bytes.resize(count < 0 ? 0 : static_cast<std::size_t>(count));
+  return bytes;
+}
+
+}  // namespace
+
+bool hasSettled(const FileSight& sight, const Moment& now) {
+  constexpr std::int64_t kSecond = 1'000'000'000;
+  // Some file systems count whole seconds or two of them, the others the ticks of the system.
+  const std::int64_t granularity = sight.changed.nanoseconds == 0 ? 2 * kSecond : kSecond / 50;
+  const std::int64_t seconds = now.seconds - sight.changed.seconds;
+  if (seconds > 2 || seconds < 0) return seconds > 2;
+  return seconds * kSecond + now.nanoseconds - sight.changed.nanoseconds > granularity;
+}
+
+Moment currentMoment() {
+  timespec now{};
+  ::clock_gettime(CLOCK_REALTIME, &now);
+  return {now.tv_sec, static_cast<std::int32_t>(now.tv_nsec)};
+}
+
+FolderIndex::FolderIndex(const std::filesystem::path& file, const FolderIdentity& folder)
+    : bytes_(readWhole(file)) {
+  Taker header(bytes_);
+  const bool isOurs = header.number<std::uint64_t>() == kForm &&
+                      header.number<std::uint64_t>() == folder.device &&
+                      header.number<std::uint64_t>() == folder.inode;
+  const auto count = header.number<std::uint64_t>();
+  const auto hash = header.number<std::uint64_t>();
+  position_ = bytes_.size() - header.left();
+  if (!isOurs || !header.isGood() ||
+      text::hashOf(std::string_view(bytes_).substr(position_)) != hash) {
+    bytes_.clear();
+    position_ = 0;
+    return;
+  }
+  size_ = static_cast<std::size_t>(count);
+}
+
+bool FolderIndex::readEntry() {
+  Taker entry(std::string_view(bytes_).substr(position_));
+  name_ = entry.text();
+  FileSight& sight = file_.sight;
+  sight.device = entry.number<std::uint64_t>();
+  sight.state.inode = entry.number<std::uint64_t>();
+  sight.state.size = entry.number<std::int64_t>();
+  const Moment modified = entry.moment();
+  sight.state.seconds = modified.seconds;
+  sight.state.nanoseconds = modified.nanoseconds;
+  sight.changed = entry.moment();
+  file_.isSettled = entry.number<std::uint8_t>() == kSettled;
+  const auto cards = entry.number<std::uint32_t>();
+  file_.cards.clear();
+  for (std::uint32_t i = 0; i < cards && entry.isGood(); ++i) {
+    KnownCard card;
+    const auto flags = entry.number<std::uint8_t>();
+    card.isGroup = (flags & kGroup) != 0;
+    if ((flags & kHasKey) != 0) card.vlid = entry.text();
+    card.nameLines = entry.text();
+    if (cards > 1) {
+      card.hash = entry.number<std::uint64_t>();
+      card.time = entry.moment();
+    }
+    file_.cards.push_back(std::move(card));
+  }
+  hasEntry_ = entry.isGood();
+  position_ = bytes_.size() - entry.left();
+  return hasEntry_;
+}
+
+const KnownFile* FolderIndex::find(std::string_view name) {
+  while (!hasEntry_ || name_ < name) {
+    if (position_ == bytes_.size() || !readEntry()) {
+      position_ = bytes_.size();
+      hasEntry_ = false;
+      return nullptr;
+    }
+  }
+  return name_ == name ? &file_ : nullptr;
+}
+
+void FolderIndexWriter::add(std::string_view name, const KnownFile& file) {
+  const FileSight& sight = file.sight;
+  put(entries_, name);
+  put(entries_, sight.device);
+  put(entries_, sight.state.inode);
+  put(entries_, sight.state.size);
+  put(entries_, Moment{sight.state.seconds, sight.state.nanoseconds});
+  put(entries_, sight.changed);
+  put(entries_, file.isSettled ? kSettled : std::uint8_t{0});
+  put(entries_, static_cast<std::uint32_t>(file.cards.size()));
+  for (const KnownCard& card : file.cards) {
+    put(entries_,
+        static_cast<std::uint8_t>((card.isGroup ? kGroup : 0) | (card.vlid ? kHasKey : 0)));
+    if (card.vlid) put(entries_, std::string_view(*card.vlid));
+    put(entries_, std::string_view(card.nameLines));
+    if (file.cards.size() > 1) {
+      put(entries_, card.hash);
+      put(entries_, card.time);
+    }
+  }
+  ++count_;
+}
+
+void FolderIndexWriter::save(const std::filesystem::path& file,
+                             const FolderIdentity& folder) const {
+  std::string bytes;
+  for (const std::uint64_t number :
+       {kForm, folder.device, folder.inode, count_, text::hashOf(entries_)}) {
+    put(bytes, number);
+  }
+  bytes += entries_;
+  auto draft = file;
+  draft += ".new";
+  std::error_code ignored;
+  {
+    std::ofstream stream(draft, std::ios::binary | std::ios::trunc);
+    stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    stream.close();
+    if (stream) std::filesystem::rename(draft, file, ignored);
+    if (stream && !ignored) return;
+  }
+  std::filesystem::remove(draft, ignored);
+}
+
+}  // namespace vlout::outlook::vcard
