@@ -37,12 +37,15 @@ add_library(vlout_linux STATIC
   outlook/vcard/vcard_contact.cpp
   outlook/vcard/vcard_store.cpp
   outlook/vcard/vcard_syntax.cpp
+  history/card_files.cpp
   history/completion.cpp
+  history/entries.cpp
   history/restore_point.cpp
   history/rows.cpp
   history/run_recorder.cpp
   history/runs.cpp
   history/undo.cpp
+  history/written_log.cpp
   sample/cards.cpp
   sample/picture.cpp
   ui/terminal/terminal_toolkit.cpp

@@ -9,6 +9,7 @@
 
 #include "history/restore_point.h"
 #include "history/rows.h"
+#include "history/written_log.h"
 #include "outlook/pairing.h"
 #include "store/sql.h"
 #include "store/sqlite/backup.h"

@@ -11,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "history/restore_point.h"
+#include "history/row_key.h"
 #include "store/sqlite/statement.h"
 
 namespace vlout::history {

@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "history/completion.h"
+#include "history/restore_point.h"
 #include "history/rows.h"
 #include "outlook/contact_store.h"
 #include "store/sql.h"

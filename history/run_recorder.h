@@ -8,9 +8,10 @@
 #include <string>
 #include <vector>
 
-#include "history/restore_point.h"
+#include "history/card_files.h"
 #include "history/rows.h"
 #include "history/runs.h"
+#include "history/written_log.h"
 #include "outlook/contact_store.h"
 #include "outlook/vcard/folder.h"
 #include "store/sqlite/sqlite_connection.h"

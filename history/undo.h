@@ -10,9 +10,12 @@
 #include <string>
 #include <vector>
 
+#include "history/card_files.h"
+#include "history/restore_point.h"
 #include "history/rows.h"
 #include "history/run_recorder.h"
 #include "history/runs.h"
+#include "history/written_log.h"
 #include "outlook/vcard/folder.h"
 #include "store/sqlite/sqlite_connection.h"
 

@@ -1,0 +1,70 @@
+#include "history/card_files.h"
+
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+#include "outlook/contact_store.h"
+#include "text/file_descriptor.h"
+
+namespace vlout::history {
+namespace {
+
+namespace fs = std::filesystem;
+
+[[noreturn]] void fail(const fs::path& path) {
+  throw std::system_error(errno, std::generic_category(), path.string());
+}
+
+}  // namespace
+
+FileStates cardFilesIn(const fs::path& folder) {
+  FileStates states;
+  const text::FileDescriptor directory(text::openUnnoticed(folder.c_str(), O_DIRECTORY));
+  const auto files = outlook::vcard::listCardFiles(directory.get());
+  if (!files) throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
+  for (const outlook::vcard::CardFile& file : *files) {
+    states.emplace(file.name, file.sight.state);
+    for (const std::string& other : file.otherNames) states.emplace(other, file.sight.state);
+  }
+  return states;
+}
+
+std::size_t countCardFiles(const fs::path& folder) {
+  std::size_t count = 0;
+  const text::FileDescriptor directory(text::openUnnoticed(folder.c_str(), O_DIRECTORY));
+  if (!outlook::vcard::forEachCardFile(directory.get(), [&](const char*) { ++count; })) {
+    throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
+  }
+  return count;
+}
+
+std::optional<FileState> fileStateAt(const fs::path& file) {
+  struct stat status {};
+  if (::stat(file.c_str(), &status) != 0) return std::nullopt;
+  return outlook::vcard::stateOf(status);
+}
+
+bool isSame(const std::optional<FileState>& a, const std::optional<FileState>& b) {
+  if (!a || !b) return !a && !b;
+  return a->size == b->size && a->seconds == b->seconds && a->nanoseconds == b->nanoseconds;
+}
+
+bool linkOrCopy(const fs::path& file, const fs::path& link) {
+  if (::linkat(AT_FDCWD, file.c_str(), AT_FDCWD, link.c_str(), AT_SYMLINK_FOLLOW) == 0) return true;
+  if (errno == ENOENT) return false;
+  if (errno != EXDEV && errno != EPERM && errno != EMLINK && errno != EOPNOTSUPP) fail(link);
+  fs::copy_file(file, link);
+  struct stat status {};
+  if (::stat(file.c_str(), &status) != 0) fail(file);
+  // Only root can give a file away; for anyone else the owner is right already.
+  if (::chown(link.c_str(), status.st_uid, status.st_gid) != 0) errno = 0;
+  const timespec times[2] = {status.st_atim, status.st_mtim};
+  if (::utimensat(AT_FDCWD, link.c_str(), times, 0) != 0) fail(link);
+  return true;
+}
+
+}  // namespace vlout::history
