@@ -49,14 +49,20 @@ add_library(vlout_linux STATIC
   sample/cards.cpp
   sample/picture.cpp
   ui/terminal/terminal_toolkit.cpp
+  entry/cli/command.cpp
   entry/cli/component_folder.cpp
+  entry/cli/convert_command.cpp
   entry/cli/convert_jet.cpp
   entry/cli/history_command.cpp
+  entry/cli/init_command.cpp
   entry/cli/platform.cpp
   entry/cli/preview.cpp
   entry/cli/run_command.cpp
+  entry/cli/sample_command.cpp
+  entry/cli/terminal.cpp
+  entry/cli/undo_command.cpp
   entry/cli/window_command.cpp)
-target_link_libraries(vlout_linux PUBLIC vlout_core PkgConfig::SQLITE PRIVATE PkgConfig::EBOOK PkgConfig::MDB JPEG::JPEG)
+target_link_libraries(vlout_linux PUBLIC vlout_core PkgConfig::SQLITE PRIVATE PkgConfig::EBOOK PkgConfig::MDB JPEG::JPEG CLI11::CLI11)
 
 add_executable(vloutsync entry/cli/main.cpp)
 target_link_libraries(vloutsync PRIVATE vlout_linux CLI11::CLI11)

@@ -9,7 +9,6 @@
 #include <unistd.h>
 #include <vector>
 
-#include "sample/cards.h"
 #include "store/sqlite/sqlite_connection.h"
 
 namespace vlout::entry::cli {
@@ -79,15 +78,11 @@ void place(const std::filesystem::path& finished, const std::filesystem::path& d
   std::filesystem::rename(finished, database);  // a file system that knows the plain one only
 }
 
-void writeExportList(const std::filesystem::path& folder,
-                     const sample::SampleSelection& selection) {
-  makePrivateFolder(folder / "temp");
-  const auto file = folder / "temp" / "exportlist.txt";
-  std::ofstream list(file, std::ios::binary | std::ios::trunc);
-  list << selection.folder << "\r\n";
-  for (const std::int64_t card : selection.cards) list << card << "\r\n";
-  list.close();
-  if (!list) throw std::system_error(errno, std::generic_category(), file.string());
+void writeExportList(const std::filesystem::path& file, const std::string& list) {
+  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+  stream << list;
+  stream.close();
+  if (!stream) throw std::system_error(errno, std::generic_category(), file.string());
 }
 
 }  // namespace
@@ -106,14 +101,7 @@ std::filesystem::path contactFolder(const std::filesystem::path& given,
   return given.empty() ? componentFolder / "contacts" : given;
 }
 
-void initializeFolder(const std::filesystem::path& folder) {
-  makePrivateFolder(folder);
-  store::createDatabase(store::ConnectionSettings{.componentFolder = folder}.databaseFile());
-  makePrivateFolder(folder / "contacts");
-}
-
-void initializeFolder(const std::filesystem::path& folder,
-                      const std::function<void(store::Connection&)>& fill) {
+void initializeFolder(const std::filesystem::path& folder, const Filler& fill) {
   const auto database = store::ConnectionSettings{.componentFolder = folder}.databaseFile();
   requireFree(database);
   NewFolders made;
@@ -124,28 +112,18 @@ void initializeFolder(const std::filesystem::path& folder,
                                                  folder / (".new-" + std::to_string(getpid()))};
   workshop.make(inWorkshop.componentFolder);
   store::createDatabase(inWorkshop.databaseFile());
-  {
+  std::string list;
+  if (fill) {
     store::SqliteConnection connection;
     connection.open(inWorkshop);
-    fill(connection);
+    list = fill(connection);
+  }
+  if (!list.empty()) {
+    made.make(folder / "temp");
+    writeExportList(folder / "temp" / "exportlist.txt", list);
   }
   place(inWorkshop.databaseFile(), database);
   made.keep();
-}
-
-void makeSampleFolder(const std::filesystem::path& folder, int cards, std::uint64_t seed) {
-  initializeFolder(folder);
-  try {
-    store::SqliteConnection connection;
-    connection.open({.componentFolder = folder});
-    writeExportList(folder,
-                    sample::fillWithSampleCards(connection, {.cards = cards, .seed = seed}));
-  } catch (...) {
-    std::error_code ignored;  // the failure to report is the one that led here
-    std::filesystem::remove(store::ConnectionSettings{.componentFolder = folder}.databaseFile(),
-                            ignored);
-    throw;
-  }
 }
 
 }  // namespace vlout::entry::cli

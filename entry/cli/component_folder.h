@@ -2,9 +2,9 @@
 // call it.
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <string>
 
 #include "store/connection.h"
 
@@ -17,18 +17,14 @@ namespace vlout::entry::cli {
 [[nodiscard]] std::filesystem::path contactFolder(const std::filesystem::path& given,
                                                   const std::filesystem::path& componentFolder);
 
-// Makes a new component folder with an empty database and an empty contact folder. Throws
-// store::DatabaseError when there is a database already, std::filesystem::filesystem_error when a
-// folder cannot be made.
-void initializeFolder(const std::filesystem::path& folder);
+// Works on the database of a new component folder. What it returns becomes the host's export list,
+// unless it is empty.
+using Filler = std::function<std::string(store::Connection&)>;
 
-// The same with a database that `fill` has worked on. The database is made in a place of its own
-// and appears in the folder only once it is whole; when `fill` throws, nothing is left.
-void initializeFolder(const std::filesystem::path& folder,
-                      const std::function<void(store::Connection&)>& fill);
-
-// The same as the first, filled with `cards` sample cards and an export list. When that fails, the
-// database is taken away again.
-void makeSampleFolder(const std::filesystem::path& folder, int cards, std::uint64_t seed);
+// Makes a new component folder with an empty contact folder and a database that `fill`, where there
+// is one, has worked on. The database is made in a place of its own and appears in the folder only
+// once it is whole; when anything fails, nothing is left. Throws store::DatabaseError when there is
+// a database already, std::system_error when a folder cannot be made, and what `fill` throws.
+void initializeFolder(const std::filesystem::path& folder, const Filler& fill = {});
 
 }  // namespace vlout::entry::cli

@@ -214,6 +214,7 @@ void convertJet(const std::filesystem::path& source, const std::filesystem::path
     mover.finish();
     connection.execute("COMMIT");
     mover.report(done);
+    return std::string();
   });
   report << done.str();
 }

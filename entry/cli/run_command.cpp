@@ -1,11 +1,17 @@
 #include "entry/cli/run_command.h"
 
+#include <CLI/CLI.hpp>
 #include <array>
+#include <iostream>
+#include <map>
 #include <memory>
 #include <string_view>
 #include <system_error>
 
+#include "entry/cli/command.h"
+#include "entry/cli/component_folder.h"
 #include "entry/cli/platform.h"
+#include "entry/cli/terminal.h"
 #include "entry/orun.h"
 #include "text/regular_file.h"
 #include "text/shown_text.h"
@@ -112,6 +118,86 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
   explainSettings(request.folder, errors);
   ORUN(runtime).OUTSYNCRUN();
   return completed;
+}
+
+namespace {
+
+struct Arguments {
+  std::string folder;
+  std::string contacts;
+  std::string mode;
+  std::string range;
+  bool subgroups = false;
+  std::vector<std::string> boxes;
+  std::string onConflict = "skip";
+  bool preview = false;
+  bool yes = false;
+};
+
+std::string checkBoxSetting(const std::string& text) {
+  if (parseBoxSetting(text)) return {};
+  return "OUT_CHECK1 … OUT_CHECK10 또는 chadd 뒤에 =0 이나 =1 이 와야 합니다: " + text;
+}
+
+int runGiven(const Arguments& arguments) {
+  using OnConflict = ui::TerminalToolkit::OnConflict;
+  const std::map<std::string, frmOutlookSync::Mode> modes{{"import", frmOutlookSync::kImport},
+                                                          {"export", frmOutlookSync::kExport},
+                                                          {"sync", frmOutlookSync::kSync}};
+  const std::map<std::string, OnConflict> answers{{"skip", OnConflict::Skip},
+                                                  {"newer", OnConflict::TakeNewer},
+                                                  {"card", OnConflict::KeepCard},
+                                                  {"outlook", OnConflict::KeepOutlook},
+                                                  {"stop", OnConflict::Stop}};
+  const std::map<std::string, frmOutlookSync::Range> ranges{
+      {"selected", frmOutlookSync::kSelectedCards},
+      {"group", frmOutlookSync::kGroup},
+      {"all", frmOutlookSync::kAllCards}};
+  RunRequest request;
+  request.mode = modes.at(arguments.mode);
+  request.onConflict = answers.at(arguments.onConflict);
+  request.folder = componentFolder(arguments.folder);
+  request.contacts = contactFolder(arguments.contacts, request.folder);
+  if (!arguments.range.empty()) request.range = ranges.at(arguments.range);
+  request.subgroups = arguments.subgroups;
+  request.preview = arguments.preview;
+  request.goOn = arguments.yes;
+  for (const std::string& box : arguments.boxes) {
+    request.boxes.push_back(parseBoxSetting(box).value());
+  }
+  const bool completed =
+      runTransfer(request, std::cout, std::cerr, terminalWidth(), handleInterrupts());
+  std::cout.flush();
+  return completed && std::cout ? kDone : kRefused;
+}
+
+}  // namespace
+
+void addRunCommand(CLI::App& app, int& status) {
+  CLI::App* const run = app.add_subcommand("run", "가져오기, 내보내기 또는 상호갱신을 실행합니다.");
+  const auto arguments = std::make_shared<Arguments>();
+  run->add_option("transfer", arguments->mode,
+                  "import 아웃룩→벨모라, export 벨모라→아웃룩, sync 상호갱신")
+      ->required()
+      ->check(CLI::IsMember({"import", "export", "sync"}));
+  addFolderOption(*run, arguments->folder);
+  addContactsOption(*run, arguments->contacts);
+  run->add_option("--range", arguments->range,
+                  "내보내기 범위: selected 선택항목(기본값), group 그룹, all 전체자료")
+      ->check(CLI::IsMember({"selected", "group", "all"}));
+  run->add_flag("--subgroups", arguments->subgroups, "하위그룹 포함 (--range group)");
+  run->add_option("--set", arguments->boxes,
+                  "옵션 상자를 켜거나(1) 끕니다(0): OUT_CHECKn=0|1, chadd=0|1. 창에서와 같이 "
+                  "다음 실행에도 남습니다(chadd 제외).")
+      ->check(checkBoxSetting);
+  run->add_option("--on-conflict", arguments->onConflict,
+                  "상호갱신의 충돌 처리: skip, newer, card, outlook, stop")
+      ->check(CLI::IsMember({"skip", "newer", "card", "outlook", "stop"}));
+  run->add_flag("--preview", arguments->preview,
+                "결과와 바뀔 값을 보여 주기만 하고 아무것도 쓰지 않습니다.");
+  run->add_flag("--yes", arguments->yes,
+                "지난 작업 때와 달리 비어 있는 연락처 폴더에도 내보냅니다.");
+  run->callback([arguments, &status] { status = runGiven(*arguments); });
 }
 
 }  // namespace vlout::entry::cli

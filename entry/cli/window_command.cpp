@@ -1,9 +1,14 @@
 #include "entry/cli/window_command.h"
 
+#include <CLI/CLI.hpp>
 #include <cstdlib>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <unistd.h>
+
+#include "entry/cli/command.h"
+#include "entry/cli/component_folder.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -27,6 +32,29 @@ void showWindow(const std::filesystem::path& folder, const std::filesystem::path
     execl(place.c_str(), place.c_str(), folder.c_str(), contacts.c_str(), nullptr);
   }
   throw std::runtime_error(std::string(kProgram) + ": 창을 보여 주는 프로그램이 없습니다");
+}
+
+void openWindow(const std::string& given, const std::string& contacts) {
+  const auto folder = componentFolder(given);
+  // A folder that is named has to be there.
+  if (given.empty() && !std::filesystem::exists(folder)) initializeFolder(folder);
+  showWindow(folder, contactFolder(contacts, folder));
+}
+
+void addWindowCommand(CLI::App& app, int& status) {
+  CLI::App* const command =
+      app.add_subcommand("window", "창을 엽니다. 명령이 없을 때도 그렇습니다.");
+  struct Arguments {
+    std::string folder;
+    std::string contacts;
+  };
+  const auto arguments = std::make_shared<Arguments>();
+  addFolderOption(*command, arguments->folder);
+  addContactsOption(*command, arguments->contacts);
+  command->callback([arguments, &status] {
+    openWindow(arguments->folder, arguments->contacts);
+    status = kDone;
+  });
 }
 
 }  // namespace vlout::entry::cli

@@ -4,11 +4,16 @@
 #pragma once
 
 #include <filesystem>
+#include <string>
 
 namespace vlout::entry::cli {
 
 // True when there is a screen to show windows on.
 [[nodiscard]] bool hasDisplay();
+
+// Shows the windows on the component folder `given`, or on the default one, which is made at a
+// first start from the desktop's menu. As `showWindow`.
+void openWindow(const std::string& given, const std::string& contacts);
 
 // Does not return when the program was found. Throws std::runtime_error.
 void showWindow(const std::filesystem::path& folder, const std::filesystem::path& contacts);

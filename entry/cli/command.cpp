@@ -1,0 +1,17 @@
+#include "entry/cli/command.h"
+
+#include <CLI/CLI.hpp>
+
+namespace vlout::entry::cli {
+
+void addFolderOption(CLI::App& command, std::string& folder) {
+  command.add_option("--folder", folder,
+                     "구성 요소 폴더 (기본값: $VELMORA_FOLDER, 없으면 ~/.local/share/velmora)");
+}
+
+void addContactsOption(CLI::App& command, std::string& contacts) {
+  command.add_option("--contacts", contacts,
+                     "vCard 연락처 폴더 (기본값: 구성 요소 폴더의 contacts)");
+}
+
+}  // namespace vlout::entry::cli

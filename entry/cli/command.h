@@ -1,0 +1,35 @@
+// The commands of vloutsync. Each has a file of its own, NAME_command.cpp, with its arguments,
+// their help and what it does; main() lists them. To add a command, write such a file and put it
+// on the list.
+#pragma once
+
+#include <string>
+
+namespace CLI {
+class App;
+}
+
+namespace vlout::entry::cli {
+
+// Exit statuses of the program.
+inline constexpr int kDone = 0;
+inline constexpr int kRefused = 1;
+inline constexpr int kWrongArguments = 2;
+
+// Adds a command. When it is the one that the user gives, it runs while the arguments are parsed
+// and sets `status`; what it cannot do it throws as a std::exception.
+using AddCommand = void (*)(CLI::App& app, int& status);
+
+void addInitCommand(CLI::App& app, int& status);
+void addSampleCommand(CLI::App& app, int& status);
+void addRunCommand(CLI::App& app, int& status);
+void addHistoryCommand(CLI::App& app, int& status);
+void addUndoCommand(CLI::App& app, int& status);
+void addConvertCommand(CLI::App& app, int& status);
+void addWindowCommand(CLI::App& app, int& status);
+
+// Options that several commands have. The texts get what the user gives.
+void addFolderOption(CLI::App& command, std::string& folder);
+void addContactsOption(CLI::App& command, std::string& contacts);
+
+}  // namespace vlout::entry::cli

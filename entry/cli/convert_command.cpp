@@ -1,0 +1,34 @@
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "entry/cli/command.h"
+#include "entry/cli/component_folder.h"
+#include "entry/cli/convert_jet.h"
+#include "entry/cli/terminal.h"
+
+namespace vlout::entry::cli {
+namespace {
+
+struct Arguments {
+  std::string file;
+  std::string folder;
+};
+
+}  // namespace
+
+void addConvertCommand(CLI::App& app, int& status) {
+  CLI::App* const command = app.add_subcommand(
+      "convert-jet", "Jet(Access) 데이터베이스를 읽어 새 구성 요소 폴더를 만듭니다.");
+  const auto arguments = std::make_shared<Arguments>();
+  command->add_option("file", arguments->file, "Jet 파일. 읽기만 합니다.")->required();
+  addFolderOption(*command, arguments->folder);
+  command->callback([arguments, &status] {
+    const auto folder = componentFolder(arguments->folder);
+    convertJet(arguments->file, folder, std::cout, handleInterrupts());
+    std::cout << folder.string() << std::endl;
+    status = std::cout ? kDone : kRefused;
+  });
+}
+
+}  // namespace vlout::entry::cli

@@ -1,0 +1,23 @@
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "entry/cli/command.h"
+#include "entry/cli/component_folder.h"
+
+namespace vlout::entry::cli {
+
+void addInitCommand(CLI::App& app, int& status) {
+  CLI::App* const command =
+      app.add_subcommand("init", "빈 데이터베이스로 새 구성 요소 폴더를 만듭니다.");
+  const auto given = std::make_shared<std::string>();
+  addFolderOption(*command, *given);
+  command->callback([given, &status] {
+    const auto folder = componentFolder(*given);
+    initializeFolder(folder);
+    std::cout << folder.string() << std::endl;
+    status = std::cout ? kDone : kRefused;
+  });
+}
+
+}  // namespace vlout::entry::cli

@@ -1,0 +1,51 @@
+#include <CLI/CLI.hpp>
+#include <iostream>
+#include <memory>
+
+#include "entry/cli/command.h"
+#include "entry/cli/component_folder.h"
+#include "sample/cards.h"
+
+namespace vlout::entry::cli {
+namespace {
+
+struct Arguments {
+  std::string folder;
+  int cards = 200;
+  std::uint64_t seed = 1;
+};
+
+std::string exportList(const sample::SampleSelection& selection) {
+  std::string list = std::to_string(selection.folder) + "\r\n";
+  for (const std::int64_t card : selection.cards) list += std::to_string(card) + "\r\n";
+  return list;
+}
+
+void makeSampleFolder(const std::filesystem::path& folder, const Arguments& arguments) {
+  initializeFolder(folder, [&](store::Connection& connection) {
+    return exportList(sample::fillWithSampleCards(
+        connection, {.cards = arguments.cards, .seed = arguments.seed}));
+  });
+}
+
+}  // namespace
+
+void addSampleCommand(CLI::App& app, int& status) {
+  CLI::App* const command =
+      app.add_subcommand("sample", "예제 명함이 든 새 구성 요소 폴더를 만듭니다.");
+  const auto arguments = std::make_shared<Arguments>();
+  addFolderOption(*command, arguments->folder);
+  command->add_option("--cards", arguments->cards, "명함 수")
+      ->check(CLI::Range(0, 32767))
+      ->required();
+  command->add_option("--seed", arguments->seed, "같은 값은 같은 명함을 만듭니다.")
+      ->capture_default_str();
+  command->callback([arguments, &status] {
+    const auto folder = componentFolder(arguments->folder);
+    makeSampleFolder(folder, *arguments);
+    std::cout << folder.string() << std::endl;
+    status = std::cout ? kDone : kRefused;
+  });
+}
+
+}  // namespace vlout::entry::cli

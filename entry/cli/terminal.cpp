@@ -1,0 +1,29 @@
+#include "entry/cli/terminal.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+namespace vlout::entry::cli {
+namespace {
+
+volatile std::sig_atomic_t interrupted = 0;
+
+}  // namespace
+
+const volatile std::sig_atomic_t& handleInterrupts() {
+  struct sigaction action {};
+  action.sa_handler = [](int) { interrupted = 1; };
+  action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
+  sigaction(SIGINT, &action, nullptr);
+  sigaction(SIGTERM, &action, nullptr);
+  return interrupted;
+}
+
+int terminalWidth() {
+  if (isatty(STDERR_FILENO) == 0) return 0;
+  winsize size{};
+  const bool known = ioctl(STDERR_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0;
+  return known ? size.ws_col : 80;
+}
+
+}  // namespace vlout::entry::cli

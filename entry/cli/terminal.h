@@ -1,0 +1,15 @@
+// The terminal that a command runs in: its width, its interrupts.
+#pragma once
+
+#include <csignal>
+
+namespace vlout::entry::cli {
+
+// From now on the first interrupt only sets the flag that this returns, so that the command can
+// stop in order; a second one ends the program.
+[[nodiscard]] const volatile std::sig_atomic_t& handleInterrupts();
+
+// The columns of standard error; 0 when it is no terminal.
+[[nodiscard]] int terminalWidth();
+
+}  // namespace vlout::entry::cli

@@ -1,0 +1,106 @@
+#include <CLI/CLI.hpp>
+#include <array>
+#include <iostream>
+#include <memory>
+#include <string>
+#include <unistd.h>
+
+#include "entry/cli/command.h"
+#include "entry/cli/component_folder.h"
+#include "history/undo.h"
+#include "text/shown_text.h"
+
+namespace vlout::entry::cli {
+namespace {
+
+struct Arguments {
+  std::string folder;
+  int run = 0;  // 0 for the last one that changed anything
+  bool preview = false;
+  bool force = false;
+  bool yes = false;
+};
+
+// In the order of history::Change.
+constexpr std::array<const char*, 3> kPutBack{"되돌림", "삭제", "되살림"};
+
+void printCounts(const char* what, const std::array<int, 3>& counts, std::ostream& out) {
+  out << what;
+  for (std::size_t i = 0; i < counts.size(); ++i) out << ' ' << kPutBack[i] << '=' << counts[i];
+  out << '\n';
+}
+
+void printChanges(const history::Undo& undo, std::ostream& out) {
+  std::array<int, 3> rows{};
+  std::array<int, 3> files{};
+  for (const auto& row : undo.rows()) ++rows.at(static_cast<std::size_t>(row.change));
+  for (const auto& file : undo.files()) ++files.at(static_cast<std::size_t>(file.change));
+  printCounts("명함:", rows, out);
+  printCounts("연락처:", files, out);
+  for (const auto& row : undo.rows()) {
+    out << nounOf(row.key) << '\t' << kPutBack.at(static_cast<std::size_t>(row.change)) << '\t'
+        << text::onOneLine(row.name) << '\n';
+  }
+  const auto print = [&](const history::FileChange& file, const char* what) {
+    out << "연락처\t" << what << '\t' << text::onOneLine(file.person) << '\t'
+        << text::onOneLine(file.name) << '\n';
+  };
+  for (const auto& file : undo.files()) {
+    print(file, kPutBack.at(static_cast<std::size_t>(file.change)));
+  }
+  for (const auto& file : undo.lost()) print(file, "그대로 둠(보관한 파일이 제자리에서 바뀌었음)");
+}
+
+bool confirm(std::ostream& errors) {
+  if (isatty(STDIN_FILENO) == 0) {
+    errors << "터미널이 아니어서 물을 수 없습니다. 되돌리려면 --yes 를 붙이십시오.\n";
+    return false;
+  }
+  errors << "되돌릴까요? [y/N] " << std::flush;
+  std::string answer;
+  std::getline(std::cin, answer);
+  return answer == "y" || answer == "Y" || answer == "예";
+}
+
+// Says what it will change and what was edited since, asks, and goes back. False when nothing was
+// done.
+bool undoRun(const Arguments& request, std::ostream& out, std::ostream& errors) {
+  history::Undo undo(componentFolder(request.folder), request.run);
+  out << "작업 " << undo.run().number << "(" << undo.run().started << ", " << undo.run().mode
+      << ") 전으로 되돌립니다.\n";
+  printChanges(undo, out);
+  if (!undo.edits().empty()) {
+    out << "그 뒤에 바뀐 것(되돌리면 사라집니다):\n";
+    for (const std::string& edit : undo.edits()) out << "  " << text::onOneLine(edit) << '\n';
+  }
+  out.flush();
+  if (request.preview) return true;
+  if (!undo.edits().empty() && !request.force) {
+    errors << "작업 뒤에 바뀐 것이 있어 되돌리지 않았습니다. 그래도 되돌리려면 --force 를 "
+              "붙이십시오.\n";
+    return false;
+  }
+  if (!request.yes && !confirm(errors)) return false;
+  undo.perform();
+  out << "되돌렸습니다.\n";
+  return true;
+}
+
+}  // namespace
+
+void addUndoCommand(CLI::App& app, int& status) {
+  CLI::App* const undo = app.add_subcommand(
+      "undo", "양쪽을 어느 작업 전의 상태로 되돌립니다. 무엇이 바뀌는지 먼저 말합니다.");
+  const auto arguments = std::make_shared<Arguments>();
+  undo->add_option("run", arguments->run, "작업 번호 (기본값: 무엇인가 바꾼 마지막 작업)")
+      ->check(CLI::PositiveNumber);
+  addFolderOption(*undo, arguments->folder);
+  undo->add_flag("--preview", arguments->preview, "무엇이 바뀌는지 말하기만 합니다.");
+  undo->add_flag("--force", arguments->force, "그 뒤에 바뀐 것이 사라져도 되돌립니다.");
+  undo->add_flag("--yes", arguments->yes, "묻지 않습니다. 터미널이 아니면 있어야 합니다.");
+  undo->callback([arguments, &status] {
+    status = undoRun(*arguments, std::cout, std::cerr) ? kDone : kRefused;
+  });
+}
+
+}  // namespace vlout::entry::cli
