@@ -21,9 +21,9 @@ class CardPictureFiles : public outlook::CardPictures {
 
   // Replaces the attachment of the row's `Fname`, compared without regard to case; a row without a
   // picture changes nothing. The attachment carries `Fname` as its name, or the temporary file's
-  // name when that is empty, so that the next write finds it. A picture that cannot be written fails
-  // alone; only when the one before it has been taken off the contact already, that which failed is
-  // thrown, so that the contact is not saved without either.
+  // name when that is empty, so that the next write finds it. A picture that cannot be written
+  // fails alone; only when the one before it has been taken off the contact already, that which
+  // failed is thrown, so that the contact is not saved without either.
   void attach(outlook::Contact& contact, const store::Recordset& row) override;
 
  private:

@@ -53,7 +53,8 @@ TEST_F(CompareWindowTest, OpensLockedWithDifferencesMarked) {
                 {"company_nation", "대한민국"},
                 {"company_sido", "서울"},
                 {"company_addr", "테헤란로"}},
-               "N:홍;길동;;;\r\nTITLE:이사\r\nNOTE:한\\n줄\r\nADR;TYPE=WORK:;;테헤란로;;서울;;대한민국\r\nBDAY:"
+               "N:홍;길동;;;\r\nTITLE:이사\r\nNOTE:한\\n줄\r\nADR;TYPE=WORK:;;테헤란로;;서울;;"
+               "대한민국\r\nBDAY:"
                "1980-03-02\r\n");
   bool shown = false;
   compare([&](frmOutlookSyncModify& window) {
@@ -91,8 +92,8 @@ TEST_F(CompareWindowTest, OpensLockedWithDifferencesMarked) {
   EXPECT_EQ(toolkit->messages[0].text.substr(0, 10), std::string("→충돌←\r\n").substr(0, 10));
   EXPECT_EQ(toolkit->messages[1].text, "현재 설치된 아웃룩버전은 지원하지 않습니다!");
   setStamps(1, "2025/01/01 00:00:00", "2025/01/01 00:00:00", "2025/01/01 00:00:00");
-  EXPECT_THAT(preview(frmOutlookSync::kSync), AllOf(Contains("  직책: 부장 → 이사|명함|변경"),
-                                                    Not(Contains(HasSubstr("메모")))));
+  EXPECT_THAT(preview(frmOutlookSync::kSync),
+              AllOf(Contains("  직책: 부장 → 이사|명함|변경"), Not(Contains(HasSubstr("메모")))));
 }
 
 TEST_F(CompareWindowTest, ValidatesEachSideInItsOwnWay) {
