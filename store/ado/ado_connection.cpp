@@ -43,6 +43,29 @@ std::string_view bytesOf(const VARIANT& value, std::string& buffer) {
   return buffer;
 }
 
+// The statement as Jet takes it. Within a text it reads what stands between two bars as the name of
+// a parameter, so bars are put together with the text around them. Throws for a statement that is
+// longer than Jet can take.
+_bstr_t jetStatement(std::string_view sql) {
+  static_cast<void>(readStatement(sql));  // one statement and nothing that Jet would not take
+  std::string statement;
+  bool inText = false;
+  for (const char each : sql) {
+    if (each == '\'') inText = !inText;
+    if (each == '|' && inText) {
+      statement += "'&Chr(124)&'";
+    } else {
+      statement += each;
+    }
+  }
+  _bstr_t wide = bstr(statement);
+  constexpr unsigned kLongest = 64'000;  // in UTF-16 units
+  if (wide.length() > kLongest) {
+    throw DatabaseError("메모가 너무 길어 저장할 수 없습니다(모든 항목을 합하여 64,000자까지)");
+  }
+  return wide;
+}
+
 }  // namespace
 
 // A client-side recordset. What was read of the current row is kept until the next one, since a
@@ -53,7 +76,7 @@ class AdoConnection::Rows : public Recordset {
       : owner_(owner), recordset_(createAdo<Recordset15>(ado::kRecordsetClass, ado::kRecordset)) {
     const auto require = [&](HRESULT result) { owner_.check(result, sql); };
     require(recordset_->put_CursorLocation(adUseClient));
-    require(recordset_->Open(_variant_t(bstr(sql)),
+    require(recordset_->Open(_variant_t(jetStatement(sql)),
                              _variant_t(static_cast<IDispatch*>(owner_.connection_.Get())),
                              adOpenForwardOnly, adLockUnspecified, kOptionUnspecified));
     ado::Number count;
@@ -121,7 +144,8 @@ class AdoConnection::Rows : public Recordset {
     owner_.check(field.get_ActualSize(size.out()), name);
     auto bytes = std::make_unique<std::string>();
     std::string piece;
-    while (static_cast<std::int64_t>(bytes->size()) < size.value()) {
+    // A provider that does not know the size says -1; the data end with an empty piece then.
+    while (size.value() < 0 || static_cast<std::int64_t>(bytes->size()) < size.value()) {
       _variant_t chunk;
       owner_.check(field.GetChunk(kChunk, &chunk), name);
       const std::string_view part = bytesOf(chunk, piece);
@@ -169,16 +193,14 @@ void AdoConnection::requireOpen() const {
 
 std::int64_t AdoConnection::execute(std::string_view sql) {
   requireOpen();
-  static_cast<void>(readStatement(sql));  // one statement and nothing that Jet would not take
   _variant_t affected;
   ComPtr<_ADORecordset> unused;
-  check(connection_->Execute(bstr(sql), &affected, kOptionUnspecified, &unused), sql);
+  check(connection_->Execute(jetStatement(sql), &affected, kOptionUnspecified, &unused), sql);
   return text::parseInteger(windows::variantText(affected)).value_or(0);
 }
 
 std::unique_ptr<Recordset> AdoConnection::query(std::string_view sql) {
   requireOpen();
-  static_cast<void>(readStatement(sql));
   return std::make_unique<Rows>(*this, sql);
 }
 

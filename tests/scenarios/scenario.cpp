@@ -131,6 +131,7 @@ void Scenario::writeFiles(const std::filesystem::path& componentFolder) const {
   };
   write("[exportlist]", "temp/exportlist.txt");
   write("[settings.ini]", "settings.ini");
+  write("[jet.txt]", "jet.txt");
   write("[VelmoraOlSync.ini]", "VelmoraOlSync.ini");
 }
 

@@ -1,8 +1,13 @@
 // Stands in for ADO with the Jet provider: the same interfaces over an SQLite file. Where Jet is
 // particular, so is this: one statement a call, a client-side cursor, GetChunk that starts over
-// when another field was read, Null for an empty piece.
+// when another field was read, Null for an empty piece, statements of 64,000 characters at most, no
+// bars in texts, 255 characters in a column that is no memo. What differs between databases is
+// switched on by the words of `jet.txt` beside the file: "sizes" are unknown (-1), "dates" are
+// dates.
 #include <sqlite3.h>
 
+#include <fstream>
+#include <iterator>
 #include <map>
 #include <memory>
 #include <optional>
@@ -12,6 +17,8 @@
 #include "tests/windows/ado_unused.h"
 #include "tests/windows/stand_ins.h"
 #include "text/ascii.h"
+#include "text/date_time.h"
+#include "text/file_path.h"
 #include "windows/com.h"
 #include "windows/text.h"
 
@@ -25,6 +32,8 @@ const IID& interfaceOf(const std::array<IID, 2>& names) {
   return sizeof(void*) == 8 ? names[0] : names[1];
 }
 
+std::string switches;
+
 struct Cell {
   int type = SQLITE_NULL;
   std::string bytes;
@@ -36,6 +45,26 @@ struct Table {
   std::size_t row = 0;
   const void* lastField = nullptr;  // that was read
 };
+
+bool isSwitchedOn(std::string_view what) {
+  return switches.find(what) != std::string::npos;
+}
+
+// Jet's operator for texts and its function in SQLite's words; nothing for a bar in a text.
+std::optional<std::string> translated(const std::string& sql) {
+  std::string result;
+  bool inText = false;
+  for (const char each : sql) {
+    if (each == '\'') inText = !inText;
+    if (inText && each == '|') return std::nullopt;
+    if (!inText && each == '&') {
+      result += "||";
+    } else {
+      result += each;
+    }
+  }
+  return result;
+}
 
 class Error : public UnusedError {
  public:
@@ -93,6 +122,13 @@ class AdoConnection : public UnusedConnection {
       Close();
       return fail(reason);
     }
+    std::ifstream stream(text::pathOf(text).parent_path() / "jet.txt");
+    switches.assign(std::istreambuf_iterator<char>(stream), {});
+    const auto chr = [](sqlite3_context* call, int, sqlite3_value** values) {
+      const char character = static_cast<char>(sqlite3_value_int(values[0]));
+      sqlite3_result_text(call, &character, 1, SQLITE_TRANSIENT);
+    };
+    sqlite3_create_function(database_, "Chr", 1, SQLITE_UTF8, nullptr, chr, nullptr, nullptr);
     return S_OK;
   }
 
@@ -115,13 +151,28 @@ class AdoConnection : public UnusedConnection {
   STDMETHODIMP Execute(BSTR sql, VARIANT* affected, long options, _ADORecordset**) override {
     if (options != -1) return E_INVALIDARG;
     const int before = sqlite3_total_changes(database_);
+    sqlite3_exec(database_, "SAVEPOINT s", nullptr, nullptr, nullptr);
     const auto table = run(windows::utf8(sql));
+    const bool fits = table && textsFit();
+    sqlite3_exec(database_, fits ? "RELEASE s" : "ROLLBACK TO s; RELEASE s", nullptr, nullptr,
+                 nullptr);
     if (!table) return E_FAIL;
+    if (!fits) return fail("The field is too small to accept the amount of data.");
     *affected = _variant_t(static_cast<long>(sqlite3_total_changes(database_) - before));
     return S_OK;
   }
 
-  std::unique_ptr<Table> run(const std::string& sql) {
+  std::unique_ptr<Table> run(const std::string& jetSql) {
+    if (windows::wide(jetSql).size() > 64'000) {
+      fail("The SQL statement is too long.");
+      return nullptr;
+    }
+    const auto translation = translated(jetSql);
+    if (!translation) {
+      fail("No value given for one or more required parameters.");
+      return nullptr;
+    }
+    const std::string& sql = *translation;
     sqlite3_stmt* statement = nullptr;
     const char* rest = nullptr;
     if (sqlite3_prepare_v2(database_, sql.c_str(), -1, &statement, &rest) != SQLITE_OK) {
@@ -154,6 +205,14 @@ class AdoConnection : public UnusedConnection {
   }
 
  private:
+  bool textsFit() {
+    const auto tooLong = run(
+        "SELECT i_idx FROM tbl_namecard WHERE max(length(FullName),length(CompanyName),"
+        "length(Department),length(JobTitle),length(email),length(Webpage),length(company_addr),"
+        "length(Categories),length(folder_name))>255");
+    return tooLong == nullptr || tooLong->rows.empty();
+  }
+
   HRESULT fail(const std::string& text) {
     lastError_ = "[Jet] " + text;
     return E_FAIL;
@@ -177,8 +236,11 @@ class AdoField : public UnusedField {
   STDMETHODIMP get_Value(VARIANT* value) override {
     table_->lastField = this;
     const Cell& each = cell();
+    const auto date = isDate() ? text::parseDateTime(each.bytes) : std::nullopt;
     if (each.type == SQLITE_NULL) {
       value->vt = VT_NULL;
+    } else if (date) {
+      *value = _variant_t(windows::toAutomationDate(*date), VT_DATE).Detach();
     } else if (each.type == SQLITE_INTEGER) {
       *value = _variant_t(std::stol(each.bytes)).Detach();
     } else {
@@ -187,7 +249,8 @@ class AdoField : public UnusedField {
     return S_OK;
   }
   STDMETHODIMP get_ActualSize(long* size) override {
-    *reinterpret_cast<ADO_LONGPTR*>(size) = static_cast<ADO_LONGPTR>(cell().bytes.size());
+    const auto bytes = static_cast<ADO_LONGPTR>(cell().bytes.size());
+    *reinterpret_cast<ADO_LONGPTR*>(size) = isSwitchedOn("sizes") ? -1 : bytes;
     return S_OK;
   }
   STDMETHODIMP GetChunk(long length, VARIANT* chunk) override {
@@ -208,6 +271,11 @@ class AdoField : public UnusedField {
   }
 
  private:
+  [[nodiscard]] bool isDate() const {
+    const std::string& name = table_->columns[column_];
+    return isSwitchedOn("dates") &&
+           (name.find("date") != std::string::npos || name == "Birthday" || name == "Anniversary");
+  }
   [[nodiscard]] const Cell& cell() const { return table_->rows.at(table_->row).at(column_); }
 
   std::shared_ptr<Table> table_;
