@@ -23,11 +23,13 @@ namespace vlout::tests {
 //   expect NAME TEXT    the control shows exactly that
 //   state NAME 0|1      the check box has that state
 //   message TEXT        a message box comes up whose text begins so; it is confirmed
+//                       ("\n" is a line break, under Wine)
 //   line TEXT           the result list has that line: its cells with "|" between
 //   title TEXT          the window of that caption is on top from here on
 //   escape, close       the Esc key; the frame's close box
 //   enter               the Enter key, which presses the window's usual button
 //   again               the host calls the method a second time
+//   lines NAME          the result list has exactly the lines of the section "[NAME]", under Wine
 //   middle X Y          the window's middle is there, under Wine; the tests' screens are 1280x1024,
 //                       1024x768 and 5200x900 side by side
 //   picture NAME        a picture of the screen, where pictures are taken

@@ -15,11 +15,13 @@
 #include <stdexcept>
 
 #include "tests/scenarios/scenario.h"
+#include "text/ascii.h"
 #include "windows/text.h"
 
 namespace {
 
 using vlout::tests::Action;
+using vlout::tests::Scenario;
 using vlout::windows::utf8;
 using vlout::windows::wide;
 
@@ -135,6 +137,8 @@ std::string linesOf(HWND list) {
 
 class Player {
  public:
+  explicit Player(const Scenario& scenario) : scenario_(scenario) {}
+
   void perform(const Action& action) {
     if (action.verb == "message") return confirm(action.text);
     if (action.verb == "title") return wait(action.text);
@@ -153,6 +157,8 @@ class Player {
       if (("\n" + lines).find("\n" + action.text + "\n") == std::string::npos) {
         fail("no line " + action.text + " among\n" + lines);
       }
+    } else if (action.verb == "lines") {
+      compareLines(linesOf(control("ListView1")), scenario_.lines("[" + action.text + "]"));
     } else {
       use(control(action.control), action);
     }
@@ -209,6 +215,17 @@ class Player {
     }
   }
 
+  static void compareLines(const std::string& shown, const std::vector<std::string>& expected) {
+    std::istringstream lines(shown);
+    std::size_t number = 0;
+    for (std::string line; std::getline(lines, line); ++number) {
+      const std::string wanted = number < expected.size() ? expected[number] : "nothing";
+      if (line != wanted)
+        fail("line " + std::to_string(number) + ": " + line + "\nis not " + wanted);
+    }
+    if (number < expected.size()) fail("missing: " + expected[number]);
+  }
+
   void checkMiddle(const std::string& expected) const {
     RECT area{};
     GetWindowRect(window_, &area);
@@ -251,7 +268,8 @@ class Player {
     SendMessageW(tree, TVM_SELECTITEM, TVGN_CARET, node);
   }
 
-  static void confirm(const std::string& expected) {
+  static void confirm(const std::string& text) {
+    const std::string expected = vlout::text::replaceAll(text, "\\n", "\r\n");
     const HWND box = waitFor("a message: " + expected, [] { return findDialog("VLOUTSync"); });
     std::string shown;
     findChild(box, [&](HWND child) {
@@ -279,6 +297,7 @@ class Player {
     Sleep(1500);
   }
 
+  const Scenario& scenario_;
   HWND window_ = nullptr;
 };
 
@@ -288,8 +307,9 @@ int main(int argc, char** argv) {
   const std::string file = argc > 1 ? argv[1] : "";
   Action current;
   try {
-    Player player;
-    for (const Action& action : vlout::tests::Scenario::read(file).actions()) {
+    const Scenario scenario = Scenario::read(file);
+    Player player(scenario);
+    for (const Action& action : scenario.actions()) {
       current = action;
       player.perform(action);
     }
