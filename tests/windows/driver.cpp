@@ -220,8 +220,8 @@ class Player {
     std::size_t number = 0;
     for (std::string line; std::getline(lines, line); ++number) {
       const std::string wanted = number < expected.size() ? expected[number] : "nothing";
-      if (line != wanted)
-        fail("line " + std::to_string(number) + ": " + line + "\nis not " + wanted);
+      if (line == wanted) continue;
+      fail(std::to_string(number).append(": ").append(line).append("\nis not ").append(wanted));
     }
     if (number < expected.size()) fail("missing: " + expected[number]);
   }
