@@ -72,7 +72,7 @@ std::vector<ui::FieldChange> Runtime::takeChanges() {
 }
 
 std::string Runtime::runBegins(const ui::RunDescription& run) {
-  const std::string objection = platform_.runBegins ? platform_.runBegins(run) : std::string();
+  std::string objection = platform_.runBegins ? platform_.runBegins(run) : std::string();
   if (!objection.empty() || !platform_.completeCutShort || !connection().isOpen()) return objection;
   try {
     platform_.completeCutShort(connection(), contacts());

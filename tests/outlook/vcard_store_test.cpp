@@ -338,11 +338,12 @@ TEST_F(VCardStoreTest, GatheredSavesMeetTheFileAsItIsThen) {
       {"", a + b + card("C", "3"), {"B"}, damageJournal},
   };
   const auto whole = folder.path() / "whole";
+  const std::string all = std::string(a).append(b).append(c);
   for (const bool isKilled : {true, false}) {
     for (const Case& test : cases) {
       std::filesystem::remove_all(whole);
       const auto file = whole / "many.vcf";
-      tests::writeFile(file, a + b + c);
+      tests::writeFile(file, all);
       auto store = std::make_unique<VCardStore>(whole.string());
       ASSERT_TRUE(store->connect());
       store->openContactsFolder();
