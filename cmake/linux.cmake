@@ -37,6 +37,7 @@ add_library(vlout_linux STATIC
   outlook/vcard/vcard_contact.cpp
   outlook/vcard/vcard_store.cpp
   outlook/vcard/vcard_syntax.cpp
+  posix/private_folder.cpp
   history/card_files.cpp
   history/completion.cpp
   history/entries.cpp

@@ -8,7 +8,7 @@
 #include <unistd.h>
 
 #include "outlook/contact_store.h"
-#include "text/file_descriptor.h"
+#include "posix/file_descriptor.h"
 
 namespace vlout::history {
 namespace {
@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 
 FileStates cardFilesIn(const fs::path& folder) {
   FileStates states;
-  const text::FileDescriptor directory(text::openUnnoticed(folder.c_str(), O_DIRECTORY));
+  const posix::FileDescriptor directory(posix::openUnnoticed(folder.c_str(), O_DIRECTORY));
   const auto files = outlook::vcard::listCardFiles(directory.get());
   if (!files) throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
   for (const outlook::vcard::CardFile& file : *files) {
@@ -35,7 +35,7 @@ FileStates cardFilesIn(const fs::path& folder) {
 
 std::size_t countCardFiles(const fs::path& folder) {
   std::size_t count = 0;
-  const text::FileDescriptor directory(text::openUnnoticed(folder.c_str(), O_DIRECTORY));
+  const posix::FileDescriptor directory(posix::openUnnoticed(folder.c_str(), O_DIRECTORY));
   if (!outlook::vcard::forEachCardFile(directory.get(), [&](const char*) { ++count; })) {
     throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
   }

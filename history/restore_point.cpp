@@ -11,8 +11,8 @@
 
 #include "history/entries.h"
 #include "outlook/contact_store.h"
+#include "posix/file_descriptor.h"
 #include "store/sqlite/backup.h"
-#include "text/file_descriptor.h"
 
 namespace vlout::history {
 namespace {
@@ -81,7 +81,7 @@ void RestorePoint::take(const fs::path& database, const fs::path& contacts) cons
   if (!list) fail(draft / "contacts.list");
   // A point that a power cut has left half written must not pass for a whole one.
   for (const char* const part : {"contacts.list", "contacts", ""}) {
-    const text::FileDescriptor written(text::openUnnoticed((draft / part).c_str()));
+    const posix::FileDescriptor written(posix::openUnnoticed((draft / part).c_str()));
     if (written.get() < 0 || ::fsync(written.get()) != 0) fail(draft / part);
   }
   fs::rename(draft, run_ / "point");

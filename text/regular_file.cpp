@@ -11,7 +11,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include "text/file_descriptor.h"
+#include "posix/file_descriptor.h"
 #endif
 
 #include "text/file_path.h"
@@ -55,7 +55,8 @@ std::string readRegularFile(const std::filesystem::path& file) {
 #else
 
 std::string readRegularFile(const std::filesystem::path& file) {
-  const FileDescriptor opened(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+  const posix::FileDescriptor opened(
+      ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
   struct stat status {};
   if (opened.get() < 0 || ::fstat(opened.get(), &status) != 0) fail(file, errno);
   if (!S_ISREG(status.st_mode)) failAsNotRegular(file);

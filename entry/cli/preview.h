@@ -7,23 +7,10 @@
 
 #include "entry/runtime.h"
 #include "outlook/vcard/preview_store.h"
+#include "posix/private_folder.h"
 #include "store/sqlite/preview_connection.h"
 
 namespace vlout::entry::cli {
-
-// A folder for this user's eyes that goes with the object. Throws std::runtime_error when it cannot
-// be made.
-class PrivateFolder {
- public:
-  PrivateFolder();
-  ~PrivateFolder();
-  PrivateFolder(const PrivateFolder&) = delete;
-  PrivateFolder& operator=(const PrivateFolder&) = delete;
-  [[nodiscard]] const std::filesystem::path& path() const { return path_; }
-
- private:
-  std::filesystem::path path_;
-};
 
 class StorePreview : public Preview {
  public:
@@ -41,7 +28,7 @@ class StorePreview : public Preview {
   void add(bool onCard, std::string_view caption, const std::string& before,
            const std::string& after);
 
-  PrivateFolder folder_;
+  posix::PrivateFolder folder_;
   std::vector<ui::FieldChange> changes_;
   store::PreviewConnection connection_;
   outlook::vcard::PreviewStore contacts_;

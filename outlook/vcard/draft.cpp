@@ -8,7 +8,7 @@
 #include <unistd.h>
 #include <utility>
 
-#include "text/file_descriptor.h"
+#include "posix/file_descriptor.h"
 
 namespace vlout::outlook::vcard {
 namespace {
@@ -75,7 +75,7 @@ std::string keepVersion(int folder, const std::string& name) {
 class WriterWatch {
  public:
   WriterWatch(int folder, const std::string& name)
-      : file_(text::openUnnoticed(name.c_str(), O_NONBLOCK | O_NOFOLLOW, folder)) {
+      : file_(posix::openUnnoticed(name.c_str(), O_NONBLOCK | O_NOFOLLOW, folder)) {
     // An opening for writing waits until the lease is given back. The signal that tells of it is
     // one that nobody heeds.
     if (file_.get() < 0 || ::fcntl(file_.get(), F_SETSIG, SIGURG) != 0) return;
@@ -88,7 +88,7 @@ class WriterWatch {
   }
 
  private:
-  text::FileDescriptor file_;
+  posix::FileDescriptor file_;
   bool isLeased_ = false;
   bool hasWriter_ = false;
 };

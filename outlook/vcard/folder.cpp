@@ -13,8 +13,8 @@
 #include <utility>
 
 #include "outlook/contact_store.h"
+#include "posix/file_descriptor.h"
 #include "text/ascii.h"
-#include "text/file_descriptor.h"
 
 namespace vlout::outlook::vcard {
 namespace {
@@ -49,7 +49,7 @@ bool forEachName(int folder, const std::function<void(const char* name)>& use) {
   struct CloseDirectory {
     void operator()(DIR* directory) const { ::closedir(directory); }
   };
-  const int copy = text::openUnnoticed(".", O_DIRECTORY, folder);
+  const int copy = posix::openUnnoticed(".", O_DIRECTORY, folder);
   const std::unique_ptr<DIR, CloseDirectory> directory(copy < 0 ? nullptr : ::fdopendir(copy));
   if (!directory) return false;
   while (const dirent* const entry = ::readdir(directory.get())) use(entry->d_name);
@@ -120,7 +120,7 @@ std::int32_t nextInSecond(std::int64_t nanoseconds) {
 }
 
 Folder::Folder(const std::string& path) : path_(path) {
-  descriptor_ = text::openUnnoticed(path.c_str(), O_DIRECTORY);
+  descriptor_ = posix::openUnnoticed(path.c_str(), O_DIRECTORY);
   if (descriptor_ < 0) fail("");
   if (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     ::close(descriptor_);
@@ -191,7 +191,7 @@ std::vector<CardFile> Folder::findCardFiles() {
 
 std::optional<FileState> Folder::read(const std::string& name, std::string& text) {
   // Without O_NONBLOCK a named pipe in the folder would hold the run up for ever.
-  const text::FileDescriptor file(text::openUnnoticed(name.c_str(), O_NONBLOCK, descriptor_));
+  const posix::FileDescriptor file(posix::openUnnoticed(name.c_str(), O_NONBLOCK, descriptor_));
   struct stat status {};
   if (file.get() < 0 && errno == ENOENT) return std::nullopt;  // deleted meanwhile
   if (file.get() < 0 || ::fstat(file.get(), &status) != 0) fail(name);
@@ -262,7 +262,7 @@ FileState Folder::replaceFile(const std::string& name, std::string_view text,
     mode = status.st_mode & 07777;
   }
   Draft draft(descriptor_, before);
-  const text::FileDescriptor file(draft.create(mode));
+  const posix::FileDescriptor file(draft.create(mode));
   if (file.get() < 0 || !writeAll(file.get(), text)) fail(name);
   if (before) keepOwner(file.get(), status);
   if (keepSecond) keepSecondOf(file.get(), status);

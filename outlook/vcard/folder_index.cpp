@@ -9,7 +9,7 @@
 #include <type_traits>
 #include <unistd.h>
 
-#include "text/file_descriptor.h"
+#include "posix/file_descriptor.h"
 #include "text/hash.h"
 
 namespace vlout::outlook::vcard {
@@ -74,7 +74,7 @@ constexpr std::uint8_t kGroup = 1;
 constexpr std::uint8_t kHasKey = 2;
 
 std::string readWhole(const std::filesystem::path& path) {
-  const text::FileDescriptor file(text::openUnnoticed(path.c_str(), O_NONBLOCK));
+  const posix::FileDescriptor file(posix::openUnnoticed(path.c_str(), O_NONBLOCK));
   struct stat status {};
   constexpr off_t kLargest = off_t{1} << 28;
   std::string bytes;

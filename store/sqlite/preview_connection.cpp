@@ -19,10 +19,10 @@
 #include <tuple>
 #include <unistd.h>
 
+#include "posix/file_descriptor.h"
 #include "store/sql.h"
 #include "store/sqlite/backup.h"
 #include "text/ascii.h"
-#include "text/file_descriptor.h"
 
 namespace vlout::store {
 namespace {
@@ -36,9 +36,9 @@ constexpr std::array<const char*, 3> kSuffixes{"", "-wal", "-journal"};
 
 // Copies a file without leaving an access time on it; false when there is none.
 bool copyFile(const std::string& from, const std::string& to) {
-  const text::FileDescriptor source(text::openUnnoticed(from.c_str()));
+  const posix::FileDescriptor source(posix::openUnnoticed(from.c_str()));
   if (source.get() < 0 && errno == ENOENT) return false;
-  const text::FileDescriptor target(
+  const posix::FileDescriptor target(
       ::open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
   if (source.get() < 0 || target.get() < 0) failWithSystemText();
   constexpr std::size_t kPiece = std::size_t{1} << 24;

@@ -11,9 +11,9 @@
 #include <unistd.h>
 #include <vector>
 
+#include "posix/file_descriptor.h"
 #include "store/statement_text.h"
 #include "text/ascii.h"
-#include "text/file_descriptor.h"
 
 namespace vlout::store {
 namespace {
@@ -24,7 +24,7 @@ constexpr std::size_t kMostPrepared = 64;
 
 bool isJetFile(const std::filesystem::path& file) {
   std::array<char, 20> head{};
-  const text::FileDescriptor stream(text::openUnnoticed(file.c_str(), O_NONBLOCK));
+  const posix::FileDescriptor stream(posix::openUnnoticed(file.c_str(), O_NONBLOCK));
   const ssize_t count = ::read(stream.get(), head.data(), head.size());
   const std::string_view mark(head.data() + 4, 15);
   return count == static_cast<ssize_t>(head.size()) &&

@@ -5,7 +5,7 @@
 #include <fcntl.h>
 #include <unistd.h>
 
-namespace vlout::text {
+namespace vlout::posix {
 
 class FileDescriptor {
  public:
@@ -29,4 +29,4 @@ class FileDescriptor {
   return ::openat(folder, name, flags | O_RDONLY | O_CLOEXEC);
 }
 
-}  // namespace vlout::text
+}  // namespace vlout::posix
