@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "outlook/field_map.h"
+#include "text/ascii.h"
 #include "text/file_path.h"
 
 namespace vlout::entry::cli {
