@@ -1,7 +1,7 @@
 # The Linux adapters and the program that hosts the component.
 find_package(PkgConfig REQUIRED)
 pkg_check_modules(SQLITE REQUIRED IMPORTED_TARGET sqlite3>=3.40)
-pkg_check_modules(EBOOK REQUIRED IMPORTED_TARGET libebook-contacts-1.2>=3.46)
+pkg_check_modules(EBOOK REQUIRED IMPORTED_TARGET libebook-1.2>=3.46)
 pkg_check_modules(GLIB REQUIRED IMPORTED_TARGET glib-2.0)
 pkg_check_modules(MDB REQUIRED IMPORTED_TARGET libmdb>=1.0)
 find_package(JPEG REQUIRED)
@@ -39,6 +39,12 @@ add_library(vlout_linux STATIC
   outlook/vcard/vcard_syntax.cpp
   posix/private_folder.cpp
   history/card_files.cpp
+  outlook/evolution/calls.cpp
+  outlook/evolution/change_times.cpp
+  outlook/evolution/desktop.cpp
+  outlook/evolution/evolution_store.cpp
+  outlook/evolution/fingerprint.cpp
+  outlook/evolution/open_book.cpp
   history/completion.cpp
   history/entries.cpp
   history/restore_point.cpp

@@ -2,7 +2,7 @@
 set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
-build_packages=(g++ cmake ninja-build ccache pkg-config libsqlite3-dev libebook-contacts1.2-dev mdbtools-dev
+build_packages=(g++ cmake ninja-build ccache pkg-config libsqlite3-dev libebook1.2-dev mdbtools-dev
   libcli11-dev libjpeg-dev qt6-base-dev fonts-nanum libgtest-dev libgmock-dev libbenchmark-dev)
 
 step() { printf '== %s\n' "$*"; }
@@ -54,6 +54,9 @@ build() {
     die "The build failed; all of it is in $log"
   fi
 }
+
+# For the tests on address books of the desktop.
+book_packages=(evolution-data-server radicale dbus-daemon curl)
 
 windows_build_packages=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix mingw-w64-tools libwine-dev)
 windows_test_packages=(wine wine64 xvfb xserver-xephyr imagemagick debootstrap openssl sqlite3 p7zip-full python3)

@@ -31,6 +31,8 @@ void lookAt(std::string_view line, CardSpan& card) {
     card.isGroup = text::equalsIgnoringAsciiCase(plainValue(line), "group");
   } else if (isNamed(line, "N") || isNamed(line, "FN") || isNamed(line, "VERSION")) {
     card.nameLines += line;
+  } else if (isNamed(line, "X-EVOLUTION-LIST")) {
+    card.isGroup = text::equalsIgnoringAsciiCase(plainValue(line), "true");
   }
 }
 

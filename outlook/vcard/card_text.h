@@ -27,6 +27,11 @@ class CardText {
 
   [[nodiscard]] Version version() const { return version_; }
 
+  // The number of lines, and the name of the property in one: in upper case, without its group, and
+  // empty for what is no property.
+  [[nodiscard]] std::size_t size() const { return lines_.size(); }
+  [[nodiscard]] const std::string& name(Position position) const { return lines_[position].name; }
+
   // The positions of the lines whose property has that name, in order.
   [[nodiscard]] std::vector<Position> named(std::string_view name) const;
   // The first such line from `start` on.

@@ -1,0 +1,92 @@
+#include "outlook/evolution/calls.h"
+
+#include <condition_variable>
+#include <gio/gio.h>
+#include <mutex>
+#include <thread>
+#include <utility>
+
+#include "outlook/contact_store.h"
+#include "outlook/evolution/glib_ref.h"
+
+namespace vlout::outlook::evolution {
+namespace {
+
+using std::chrono::milliseconds;
+
+constexpr milliseconds kLook{20};
+constexpr milliseconds kEnding{2'000};  // for a call that was told to end
+
+}  // namespace
+
+struct Calls::Thread {
+  std::mutex mutex;
+  std::condition_variable woken;
+  std::function<void()> job;
+  bool ends = false;
+  Ref<GCancellable> cancellable{g_cancellable_new()};
+  std::thread thread;
+
+  // Signals of the services are delivered here, between the calls and not into somebody's loop.
+  void work() {
+    GMainContext* const context = g_main_context_new();
+    g_main_context_push_thread_default(context);
+    for (;;) {
+      std::unique_lock lock(mutex);
+      woken.wait(lock, [&] { return ends || job; });
+      if (!job) break;
+      const auto next = std::exchange(job, nullptr);
+      lock.unlock();
+      next();
+      while (g_main_context_iteration(context, FALSE) != FALSE) {
+      }
+    }
+    g_main_context_pop_thread_default(context);
+    g_main_context_unref(context);
+  }
+};
+
+Calls::Calls(std::function<void()> whileWaiting, milliseconds patience)
+    : whileWaiting_(std::move(whileWaiting)),
+      patience_(patience),
+      thread_(std::make_shared<Thread>()) {
+  thread_->thread = std::thread([own = thread_] { own->work(); });
+}
+
+Calls::~Calls() {
+  {
+    const std::lock_guard lock(thread_->mutex);
+    thread_->ends = true;
+  }
+  thread_->woken.notify_one();
+  // One that hangs is left to the end of the process.
+  lost_ ? thread_->thread.detach() : thread_->thread.join();
+}
+
+GCancellable* Calls::begin() {
+  if (lost_) throw ContactStoreError("주소록 서비스가 응답하지 않습니다");
+  return thread_->cancellable.get();
+}
+
+void Calls::hand(std::function<void()> job) {
+  {
+    const std::lock_guard lock(thread_->mutex);
+    thread_->job = std::move(job);
+  }
+  thread_->woken.notify_one();
+}
+
+void Calls::wait(const Ready& ready) {
+  const auto start = std::chrono::steady_clock::now();
+  while (!ready(kLook)) {
+    whileWaiting_();
+    if (std::chrono::steady_clock::now() - start < patience_) continue;
+    g_cancellable_cancel(thread_->cancellable.get());
+    lost_ = !ready(kEnding);
+    if (!lost_) g_cancellable_reset(thread_->cancellable.get());
+    throw ContactStoreError("주소록 서비스가 " + std::to_string(patience_.count() / 1000) +
+                            "초 동안 응답하지 않아 그만 기다립니다");
+  }
+}
+
+}  // namespace vlout::outlook::evolution

@@ -1,0 +1,56 @@
+// Calls into the desktop's services, which may take their time or never answer. Each is made on a
+// thread of its own, while the caller lets its windows live, and is given up after a time.
+#pragma once
+
+#include <chrono>
+#include <functional>
+#include <future>
+#include <memory>
+
+// GLib's own name.
+using GCancellable = struct _GCancellable;  // NOLINT(bugprone-reserved-identifier)
+
+namespace vlout::outlook::evolution {
+
+class Calls {
+ public:
+  static constexpr std::chrono::milliseconds kPatience{30'000};
+
+  // `whileWaiting` is called now and then during a call; it must not come back to these calls.
+  explicit Calls(std::function<void()> whileWaiting,
+                 std::chrono::milliseconds patience = kPatience);
+  ~Calls();
+  Calls(const Calls&) = delete;
+  Calls& operator=(const Calls&) = delete;
+
+  // Runs `job` and returns what it returns, or throws what it throws. `job` must own all that it
+  // uses: it outlives a call that was given up. Throws ContactStoreError then, and ever after.
+  template <typename Job>
+  auto run(Job job) {
+    using Result = decltype(job(static_cast<GCancellable*>(nullptr)));
+    GCancellable* const cancellable = begin();
+    const auto task = std::make_shared<std::packaged_task<Result()>>(
+        [job = std::move(job), cancellable] { return job(cancellable); });
+    auto result = task->get_future();
+    hand([task] { (*task)(); });
+    wait([&](std::chrono::milliseconds time) {
+      return result.wait_for(time) == std::future_status::ready;
+    });
+    return result.get();
+  }
+
+ private:
+  struct Thread;
+  using Ready = std::function<bool(std::chrono::milliseconds)>;
+
+  [[nodiscard]] GCancellable* begin();
+  void hand(std::function<void()> job);
+  void wait(const Ready& ready);
+
+  std::function<void()> whileWaiting_;
+  std::chrono::milliseconds patience_;
+  std::shared_ptr<Thread> thread_;
+  bool lost_ = false;
+};
+
+}  // namespace vlout::outlook::evolution

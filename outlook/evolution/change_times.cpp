@@ -1,0 +1,214 @@
+#include "outlook/evolution/change_times.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <charconv>
+#include <chrono>
+#include <fcntl.h>
+#include <fstream>
+#include <sstream>
+#include <system_error>
+#include <unistd.h>
+#include <utility>
+
+#include "outlook/evolution/fingerprint.h"
+#include "outlook/vcard/card_text.h"
+#include "text/ascii.h"
+#include "text/date_time.h"
+#include "text/file_descriptor.h"
+
+namespace vlout::outlook::evolution {
+namespace {
+
+namespace fs = std::filesystem;
+
+// A line of the table: kind, UID, the two fingerprints, the time and the card, separated by blanks.
+// A later line of a UID replaces an earlier one of its kind; a kind of `=` stands for what is
+// certain, `?` for a save that was about to be made.
+constexpr char kCertain = '=';
+constexpr char kPending = '?';
+constexpr std::string_view kNone = "-";
+
+bool isPlain(char c) {
+  return c > ' ' && c != '%' && c != '/' && c != 0x7F;
+}
+
+// A UID as a file name or a word of a line.
+std::string asWord(std::string_view uid) {
+  constexpr std::string_view kDigits = "0123456789ABCDEF";
+  std::string result;
+  for (const char c : uid) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (isPlain(c) || byte >= 0x80) {
+      result += c;
+    } else {
+      result += {'%', kDigits[byte >> 4], kDigits[byte & 15]};
+    }
+  }
+  return result;
+}
+
+std::string fromWord(std::string_view word) {
+  std::string result;
+  for (std::size_t i = 0; i < word.size(); ++i) {
+    unsigned byte = 0;
+    const char* const code = word.data() + i + 1;
+    if (word[i] == '%' && i + 2 < word.size() &&
+        std::from_chars(code, code + 2, byte, 16).ptr == code + 2) {
+      result += static_cast<char>(byte);
+      i += 2;
+    } else {
+      result += word[i];
+    }
+  }
+  return result;
+}
+
+// REV in either of its forms, 2025-01-31T10:00:00Z and 20250131T100000Z, as Unix time.
+std::optional<ChangeTime> revisionOf(const std::string& cardText) {
+  vcard::LineReader reader(cardText);
+  while (!reader.atEnd()) {
+    const std::string_view line = reader.next();
+    if (!text::equalsIgnoringAsciiCase(vcard::lineName(line), "REV")) continue;
+    std::string digits;
+    for (const char c : vcard::plainValue(line)) {
+      if (text::isAsciiDigit(c)) digits += c;
+    }
+    constexpr std::size_t kToTheSecond = 14;
+    if (digits.size() < kToTheSecond) return std::nullopt;  // a counter, or a day
+    const auto part = [&](std::size_t from, std::size_t size) {
+      return static_cast<int>(text::parseInteger(digits.substr(from, size)).value_or(0));
+    };
+    const auto time = text::makeDateTime(part(0, 4), part(4, 2), part(6, 2), part(8, 2),
+                                         part(10, 2), part(12, 2));
+    if (!time) return std::nullopt;
+    return ChangeTime{time->seconds, 0};
+  }
+  return std::nullopt;
+}
+
+[[noreturn]] void fail(const fs::path& file) {
+  throw std::system_error(errno, std::generic_category(), file.string());
+}
+
+}  // namespace
+
+ChangeTime ChangeTime::now() {
+  const auto since = std::chrono::system_clock::now().time_since_epoch();
+  const auto seconds = std::chrono::floor<std::chrono::seconds>(since);
+  return {seconds.count(),
+          static_cast<std::int32_t>(std::chrono::nanoseconds(since - seconds).count())};
+}
+
+ChangeTimes::ChangeTimes(const fs::path& componentFolder, const std::string& bookUid, bool keeps)
+    : file_(componentFolder / "books" / asWord(bookUid)), keeps_(keeps) {
+  read();
+}
+
+void ChangeTimes::read() {
+  std::ifstream file(file_, std::ios::binary);
+  for (std::string text; std::getline(file, text) && !file.eof();) {
+    std::istringstream words(text);
+    char kind = 0;
+    std::string uid;
+    Entry entry;
+    words >> kind >> uid >> entry.text >> entry.content >> entry.time.seconds >>
+        entry.time.nanoseconds >> entry.vlid;
+    if (!words) continue;  // a line that a kill has cut off, and the next one behind it
+    entry.vlid = entry.vlid == kNone ? "" : fromWord(entry.vlid);
+    Contact& contact = contacts_[fromWord(uid)];
+    if (kind == kPending) {
+      contact.pending = std::move(entry);
+    } else {
+      contact.last = std::move(entry);
+      contact.pending.reset();
+    }
+  }
+}
+
+ChangeTimes::Known ChangeTimes::found(const std::string& uid, const std::string& text) {
+  Contact& contact = contacts_[uid];
+  Entry now{.text = textFingerprint(text)};
+  const auto known = [&] {
+    const Entry& last = *contact.last;
+    return Known{last.time, last.vlid.empty() ? std::nullopt : std::optional(last.vlid)};
+  };
+  if (contact.last && !contact.pending && contact.last->text == now.text) return known();
+  now.content = contentFingerprint(text);
+  if (contact.pending && contact.pending->content == now.content) {
+    now.time = contact.pending->time;
+    now.vlid = contact.pending->vlid;
+  } else if (contact.last && contact.last->content == now.content) {
+    now.time = contact.last->time;
+    now.vlid = contact.last->vlid;
+  } else {
+    const ChangeTime present = ChangeTime::now();
+    const auto revision = revisionOf(text);
+    const bool isLater = revision && (!contact.last || *revision > contact.last->time);
+    // A server whose clock is ahead does not make changes of the future.
+    now.time = isLater && *revision <= present ? *revision : present;
+    if (contact.last) now.vlid = contact.last->vlid;
+  }
+  contact.last = std::move(now);
+  contact.pending.reset();
+  changed_ = true;
+  return known();
+}
+
+void ChangeTimes::saving(const std::string& uid, const std::string& text,
+                         const std::optional<std::string>& vlid) {
+  append(
+      kPending, uid,
+      {.content = contentFingerprint(text), .time = ChangeTime::now(), .vlid = vlid.value_or("")});
+}
+
+ChangeTime ChangeTimes::saved(const std::string& uid, const std::string& stored,
+                              const std::optional<std::string>& vlid) {
+  Contact& contact = contacts_[uid];
+  contact.last = Entry{.text = textFingerprint(stored),
+                       .content = contentFingerprint(stored),
+                       .time = ChangeTime::now(),
+                       .vlid = vlid.value_or("")};
+  contact.pending.reset();
+  append(kCertain, uid, *contact.last);
+  return contact.last->time;
+}
+
+std::string ChangeTimes::line(char kind, const std::string& uid, const Entry& entry) {
+  return std::string(1, kind) + ' ' + asWord(uid) + ' ' + std::to_string(entry.text) + ' ' +
+         std::to_string(entry.content) + ' ' + std::to_string(entry.time.seconds) + ' ' +
+         std::to_string(entry.time.nanoseconds) + ' ' +
+         (entry.vlid.empty() ? std::string(kNone) : asWord(entry.vlid)) + '\n';
+}
+
+void ChangeTimes::append(char kind, const std::string& uid, const Entry& entry) {
+  if (!keeps_) return;
+  flush();
+  fs::create_directories(file_.parent_path());
+  const text::FileDescriptor file(
+      ::open(file_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
+  const std::string text = line(kind, uid, entry);
+  if (file.get() < 0 ||
+      ::write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
+    fail(file_);
+  }
+}
+
+void ChangeTimes::flush() {
+  if (!keeps_ || !changed_) return;
+  fs::create_directories(file_.parent_path());
+  fs::permissions(file_.parent_path(), fs::perms::owner_all);
+  fs::path draft = file_;
+  draft += ".new";
+  std::ofstream file(draft, std::ios::binary | std::ios::trunc);
+  for (const auto& [uid, contact] : contacts_) {
+    if (contact.last) file << line(kCertain, uid, *contact.last);
+    if (contact.pending) file << line(kPending, uid, *contact.pending);
+  }
+  file.close();
+  if (!file) fail(draft);
+  fs::rename(draft, file_);
+  changed_ = false;
+}
+
+}  // namespace vlout::outlook::evolution

@@ -1,0 +1,70 @@
+// When the contacts of a book last changed, and which card each belongs to. Address books of
+// servers do not tell the first and may lose the second, so both are kept in the component folder,
+// by UID. The store asks this table for each contact and tells it of each of its own saves.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <map>
+#include <optional>
+#include <string>
+#include <unordered_map>
+
+namespace vlout::outlook::evolution {
+
+// In Unix time.
+struct ChangeTime {
+  std::int64_t seconds = 0;
+  std::int32_t nanoseconds = 0;
+
+  auto operator<=>(const ChangeTime&) const = default;  // NOLINT(modernize-use-nullptr)
+  [[nodiscard]] static ChangeTime now();
+};
+
+class ChangeTimes {
+ public:
+  // Reads the table of a book; a missing or damaged one knows nothing. `keeps` is false for one
+  // that is only looked at. Throws std::system_error.
+  ChangeTimes(const std::filesystem::path& componentFolder, const std::string& bookUid, bool keeps);
+
+  struct Known {
+    ChangeTime time{};
+    std::optional<std::string> vlid;  // the card that the component wrote it for
+  };
+  // The contact as it is found. One that says the same as when it was seen last has not changed;
+  // else it changed at its REV, if that is later than the time kept, or just now.
+  Known found(const std::string& uid, const std::string& text);
+
+  // Before and after each save of the component's own. After a kill in between, the contact that is
+  // found then counts as saved at the time of `saving`.
+  void saving(const std::string& uid, const std::string& text,
+              const std::optional<std::string>& vlid);
+  ChangeTime saved(const std::string& uid, const std::string& stored,
+                   const std::optional<std::string>& vlid);
+
+  // Keeps what `found` has learnt.
+  void flush();
+
+ private:
+  struct Entry {
+    std::uint64_t text = 0;  // fingerprint of the very text; 0 where it is not known
+    std::uint64_t content = 0;
+    ChangeTime time{};
+    std::string vlid{};  // empty for none
+  };
+  struct Contact {
+    std::optional<Entry> last;
+    std::optional<Entry> pending;
+  };
+
+  void read();
+  void append(char kind, const std::string& uid, const Entry& entry);
+  [[nodiscard]] static std::string line(char kind, const std::string& uid, const Entry& entry);
+
+  std::filesystem::path file_;
+  bool keeps_;
+  std::unordered_map<std::string, Contact> contacts_;
+  bool changed_ = false;
+};
+
+}  // namespace vlout::outlook::evolution

@@ -1,0 +1,173 @@
+#include "outlook/evolution/evolution_store.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "outlook/evolution/fingerprint.h"
+#include "outlook/vcard/card_file.h"
+#include "outlook/vcard/vcard_contact.h"
+
+namespace vlout::outlook::evolution {
+namespace {
+
+// A server has dropped the key of a contact: it is given it back, and keeps it from its next save
+// on.
+std::string withKey(const std::string& text, const std::string& vlid) {
+  const std::size_t end = text.rfind("END:VCARD");
+  if (end == std::string::npos) return text;
+  return text.substr(0, end) + "X-VLID:" + vlid + "\r\n" + text.substr(end);
+}
+
+}  // namespace
+
+bool EvolutionStore::connect() {
+  if (book_) return true;
+  try {
+    if (!desktop_) desktop_ = std::make_unique<Desktop>(settings_.whileWaiting, settings_.patience);
+    book_ = desktop_->open(settings_.book);
+  } catch (const ContactStoreError& error) {
+    connectFailure_ = error.what();
+    return false;
+  }
+  connectFailure_.clear();
+  return true;
+}
+
+void EvolutionStore::openContactsFolder(const std::function<void()>& afterEach) {
+  if (!book_) throw ContactStoreError("주소록이 열려 있지 않습니다");
+  std::vector<StoredCard> cards = book_->list();
+  afterEach();
+  // A book tells its contacts in any order; positions are to be the same in every run.
+  std::sort(cards.begin(), cards.end(),
+            [](const StoredCard& a, const StoredCard& b) { return a.uid < b.uid; });
+  // What a preview has saved is gone with it.
+  times_.emplace(settings_.componentFolder, book_->info().uid, !isPreview());
+  items_.clear();
+  notices_.clear();
+  items_.reserve(cards.size());
+  for (StoredCard& card : cards) add(std::move(card));
+  times_->flush();
+}
+
+void EvolutionStore::add(StoredCard card) {
+  const auto spans = vcard::findCards(card.text).cards;
+  if (spans.empty() || card.uid.empty()) {
+    notices_.push_back(card.uid + ": 읽을 수 없는 연락처입니다");
+    return;
+  }
+  const ChangeTimes::Known known = times_->found(card.uid, card.text);
+  Item item{.uid = std::move(card.uid),
+            .text = std::move(card.text),
+            .isGroup = spans.front().isGroup,
+            .vlid = spans.front().vlid,
+            .time = known.time};
+  if (!item.vlid && known.vlid) item.vlid = known.vlid;
+  items_.push_back(std::move(item));
+}
+
+std::vector<std::string> EvolutionStore::keys() const {
+  std::vector<std::string> result;
+  for (const Item& item : items_) {
+    if (item.vlid && !item.isGroup) result.push_back(*item.vlid);
+  }
+  return result;
+}
+
+std::unique_ptr<Contact> EvolutionStore::item(std::size_t index) {
+  if (index < 1 || index > items_.size()) {
+    throw ContactStoreError("연락처가 없습니다 #" + std::to_string(index));
+  }
+  if (isPreview()) {
+    return std::make_unique<vcard::PreviewContact>(*this, index, settings_.onlyPreview);
+  }
+  return std::make_unique<vcard::VCardContact>(*this, index);
+}
+
+std::unique_ptr<Contact> EvolutionStore::create() {
+  return std::make_unique<vcard::VCardContact>(*this, std::nullopt);
+}
+
+std::string EvolutionStore::chooseCategories() {
+  throw ContactStoreError("데스크톱 주소록에는 범주 선택 창이 없습니다");
+}
+
+// Each save of the service is for good when it answers.
+void EvolutionStore::flush() {
+  if (times_) times_->flush();
+}
+
+bool EvolutionStore::isGroupAt(std::size_t position) const {
+  return at(position).isGroup;
+}
+
+const std::optional<std::string>& EvolutionStore::vlidAt(std::size_t position) const {
+  return at(position).vlid;
+}
+
+text::DateTime EvolutionStore::timeAt(std::size_t position) const {
+  const ChangeTime& time = at(position).time;
+  return text::fromUnixTime(time.seconds, time.nanoseconds);
+}
+
+std::string EvolutionStore::readCard(std::size_t position) {
+  const Item& item = at(position);
+  const bool lacksKey = item.vlid && !vcard::findCards(item.text).cards.front().vlid;
+  return lacksKey ? withKey(item.text, *item.vlid) : item.text;
+}
+
+// The service takes a stale contact without a word.
+void EvolutionStore::requireUnchanged(const Item& item) {
+  const auto now = book_->get(item.uid);
+  if (!now) throw ContactStoreError(item.uid + ": 그 사이에 다른 프로그램이 지웠습니다");
+  const bool isSame =
+      *now == item.text ||
+      (contentFingerprint(*now) == contentFingerprint(item.text) &&
+       vcard::findCards(*now).cards.front().vlid == vcard::findCards(item.text).cards.front().vlid);
+  if (!isSame) throw ContactStoreError(item.uid + ": 그 사이에 다른 프로그램이 바꾸었습니다");
+}
+
+void EvolutionStore::announce(const std::string& uid, const std::optional<std::string>& before,
+                              const std::string& text) {
+  if (settings_.watcher) settings_.watcher->writing(uid, before, contentFingerprint(text));
+}
+
+// What has become of a contact that was just saved. Where the service cannot tell, the next run
+// finds out.
+std::string EvolutionStore::stored(const std::string& uid) {
+  if (auto text = book_->get(uid)) return *std::move(text);
+  throw ContactStoreError(uid + ": 저장한 연락처가 주소록에 없습니다");
+}
+
+void EvolutionStore::saveCard(std::size_t position, const std::string& cardText,
+                              std::optional<std::string> vlid) {
+  Item& item = items_[position - 1];
+  if (isPreview()) {
+    item.text = cardText;
+    item.time = ChangeTime::now();
+  } else {
+    requireUnchanged(item);
+    announce(item.uid, settings_.watcher ? book_->getWhole(item.uid) : std::nullopt, cardText);
+    times_->saving(item.uid, cardText, vlid);
+    book_->modify(cardText);
+    item.text = stored(item.uid);
+    item.time = times_->saved(item.uid, item.text, vlid);
+  }
+  item.vlid = std::move(vlid);
+}
+
+std::size_t EvolutionStore::saveNewCard(const std::string& uid, const std::string& cardText,
+                                        std::optional<std::string> vlid) {
+  Item item{.uid = uid, .text = cardText, .vlid = vlid, .time = ChangeTime::now()};
+  if (!isPreview()) {
+    announce(uid, std::nullopt, cardText);
+    times_->saving(uid, cardText, vlid);
+    item.uid = book_->add({cardText}).at(0);
+    if (item.uid != uid) announce(item.uid, std::nullopt, cardText);
+    item.text = stored(item.uid);
+    item.time = times_->saved(item.uid, item.text, vlid);
+  }
+  items_.push_back(std::move(item));
+  return items_.size();
+}
+
+}  // namespace vlout::outlook::evolution

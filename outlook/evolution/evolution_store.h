@@ -1,0 +1,92 @@
+// The contact store on an address book of the desktop: its contacts are vCards and read and written
+// as those of a folder, and it adds what a book lacks, the time of each contact's last change and a
+// key that no server drops. The book is read once when it is opened and is this process's alone
+// from `connect` on.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "outlook/contact_store.h"
+#include "outlook/evolution/change_times.h"
+#include "outlook/evolution/desktop.h"
+#include "outlook/vcard/card_home.h"
+#include "outlook/vcard/preview_contact.h"
+
+namespace vlout::outlook::evolution {
+
+// Told of each write to the book while it has not yet been made.
+class BookWatcher {
+ public:
+  virtual ~BookWatcher() = default;
+  // `before` is the contact as it is, or nothing for a new one; `content` the fingerprint that it
+  // will have. Whatever it throws keeps the contact from being written.
+  virtual void writing(const std::string& uid, const std::optional<std::string>& before,
+                       std::uint64_t content) = 0;
+};
+
+class EvolutionStore : public ContactStore, public vcard::CardHome {
+ public:
+  struct Settings {
+    std::filesystem::path componentFolder;
+    std::string book;  // its UID or name, or empty for the default one
+    std::function<void()> whileWaiting = [] {};
+    std::chrono::milliseconds patience = Calls::kPatience;
+    std::shared_ptr<BookWatcher> watcher = nullptr;
+    // For a preview: what is saved stays in memory, and this hears of it.
+    vcard::FieldChanged onlyPreview = nullptr;
+  };
+  explicit EvolutionStore(Settings settings) : settings_(std::move(settings)) {}
+
+  [[nodiscard]] bool connect() override;
+  [[nodiscard]] std::string connectFailure() const override { return connectFailure_; }
+  using ContactStore::openContactsFolder;
+  void openContactsFolder(const std::function<void()>& afterEach) override;
+  [[nodiscard]] std::vector<std::string> folderNotices() const override { return notices_; }
+  [[nodiscard]] std::size_t count() const override { return items_.size(); }
+  [[nodiscard]] std::vector<std::string> keys() const override;
+  [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
+  [[nodiscard]] std::unique_ptr<Contact> create() override;
+  [[nodiscard]] std::string chooseCategories() override;
+  void flush() override;
+
+ private:
+  struct Item {
+    std::string uid;
+    std::string text;  // as it was read
+    bool isGroup = false;
+    std::optional<std::string> vlid{};
+    ChangeTime time{};
+  };
+
+  [[nodiscard]] bool isGroupAt(std::size_t position) const override;
+  [[nodiscard]] const std::optional<std::string>& vlidAt(std::size_t position) const override;
+  [[nodiscard]] text::DateTime timeAt(std::size_t position) const override;
+  [[nodiscard]] std::string readCard(std::size_t position) override;
+  void saveCard(std::size_t position, const std::string& cardText,
+                std::optional<std::string> vlid) override;
+  [[nodiscard]] std::size_t saveNewCard(const std::string& uid, const std::string& cardText,
+                                        std::optional<std::string> vlid) override;
+
+  void add(StoredCard card);
+  void requireUnchanged(const Item& item);
+  void announce(const std::string& uid, const std::optional<std::string>& before,
+                const std::string& text);
+  [[nodiscard]] std::string stored(const std::string& uid);
+  [[nodiscard]] bool isPreview() const { return settings_.onlyPreview != nullptr; }
+  [[nodiscard]] const Item& at(std::size_t position) const { return items_[position - 1]; }
+
+  Settings settings_;
+  std::string connectFailure_;
+  std::unique_ptr<Desktop> desktop_;
+  std::unique_ptr<Book> book_;
+  std::optional<ChangeTimes> times_;
+  std::vector<Item> items_;
+  std::vector<std::string> notices_;
+};
+
+}  // namespace vlout::outlook::evolution

@@ -1,0 +1,249 @@
+#include <algorithm>
+#include <utility>
+
+#include "outlook/evolution/session.h"
+
+namespace vlout::outlook::evolution {
+namespace {
+
+// A call that failed since the service is not there any more.
+class ServiceGone : public ContactStoreError {
+ public:
+  using ContactStoreError::ContactStoreError;
+};
+
+[[noreturn]] void fail(const std::string& book, const Error& error) {
+  const std::string text = book + ": " + error.text();
+  const bool isGone = error.is(G_DBUS_ERROR) || error.is(G_IO_ERROR, G_IO_ERROR_CLOSED) ||
+                      error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_DBUS_ERROR) ||
+                      error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_NOT_OPENED);
+  if (isGone) throw ServiceGone(text);
+  throw ContactStoreError(text);
+}
+
+EVCard* cardOf(EContact* contact) {
+  return reinterpret_cast<EVCard*>(contact);
+}
+
+std::string textOf(EContact* contact) {
+  const Text text(e_vcard_to_string(cardOf(contact), EVC_FORMAT_VCARD_30));
+  return asText(text.get());
+}
+
+std::string uidOf(EContact* contact) {
+  return asText(static_cast<const char*>(e_contact_get_const(contact, E_CONTACT_UID)));
+}
+
+// A list of contacts for a call, or of one.
+class Contacts {
+ public:
+  explicit Contacts(const std::vector<std::string>& texts) {
+    for (auto text = texts.rbegin(); text != texts.rend(); ++text) {
+      list_ = g_slist_prepend(list_, e_contact_new_from_vcard(text->c_str()));
+    }
+  }
+  ~Contacts() { g_slist_free_full(list_, g_object_unref); }
+  Contacts(const Contacts&) = delete;
+  Contacts& operator=(const Contacts&) = delete;
+  [[nodiscard]] GSList* get() const { return list_; }
+  [[nodiscard]] GSList** out() { return &list_; }
+
+ private:
+  GSList* list_ = nullptr;
+};
+
+// A name on the session bus that this process has to itself: runs on a book are told apart by it,
+// and it goes with the process.
+class BusName {
+ public:
+  explicit BusName(const std::string& uid) {
+    const Text digest(g_compute_checksum_for_string(G_CHECKSUM_SHA1, uid.c_str(), -1));
+    name_ = "org.velmora.vloutsync.book_" + asText(digest.get());
+  }
+  ~BusName() {
+    if (isTaken_) ask("ReleaseName", g_variant_new("(s)", name_.c_str()));
+  }
+  BusName(const BusName&) = delete;
+  BusName& operator=(const BusName&) = delete;
+
+  [[nodiscard]] bool take() {
+    constexpr guint32 kDoNotQueue = 4;
+    constexpr guint32 kIsAnothers = 3;
+    isTaken_ = ask("RequestName", g_variant_new("(su)", name_.c_str(), kDoNotQueue)) != kIsAnothers;
+    return isTaken_;
+  }
+
+ private:
+  static guint32 ask(const char* method, GVariant* arguments) {
+    const Ref<GDBusConnection> bus(g_bus_get_sync(G_BUS_TYPE_SESSION, nullptr, nullptr));
+    GVariant* const reply = g_dbus_connection_call_sync(
+        bus.get(), "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method,
+        arguments, G_VARIANT_TYPE("(u)"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr, nullptr);
+    guint32 answer = 0;
+    if (reply == nullptr) return answer;
+    g_variant_get(reply, "(u)", &answer);
+    g_variant_unref(reply);
+    return answer;
+  }
+
+  std::string name_;
+  bool isTaken_ = false;
+};
+
+// Reads one contact; nothing when there is none.
+std::optional<std::string> read(const Client& client, const std::string& book,
+                                const std::string& uid, bool withPictures,
+                                GCancellable* cancellable) {
+  EContact* found = nullptr;
+  Error error;
+  if (e_book_client_get_contact_sync(client.get(), uid.c_str(), &found, cancellable, error.out()) ==
+      FALSE) {
+    if (error.is(E_BOOK_CLIENT_ERROR, E_BOOK_CLIENT_ERROR_CONTACT_NOT_FOUND)) return std::nullopt;
+    fail(book, error);
+  }
+  const Ref<EContact> contact(found);
+  if (withPictures && e_contact_inline_local_photos(contact.get(), error.out()) == FALSE) {
+    fail(book, error);
+  }
+  return textOf(contact.get());
+}
+
+class OpenBook : public Book {
+ public:
+  OpenBook(std::shared_ptr<Desktop::Session> session, Source source, BookInfo info)
+      : session_(std::move(session)),
+        source_(std::move(source)),
+        info_(std::move(info)),
+        name_(info_.uid) {
+    if (!name_.take())
+      throw ContactStoreError(info_.name + ": 다른 실행이 이 주소록을 사용하고 있습니다");
+    open();
+  }
+
+ private:
+  template <typename Job>
+  auto call(Job job) {
+    if (!client_) open();
+    try {
+      return session_->calls.run([job, client = client_, book = info_.name](GCancellable* c) {
+        return job(client, book, c);
+      });
+    } catch (const ServiceGone&) {
+      client_.reset();
+      throw;
+    }
+  }
+
+ public:
+  [[nodiscard]] const BookInfo& info() const override { return info_; }
+
+  [[nodiscard]] std::vector<StoredCard> list() override {
+    return call([registry = session_->connected(), source = source_](
+                    const Client& client, const std::string& book, GCancellable* cancellable) {
+      if (e_client_check_refresh_supported(base(client)) != FALSE) {
+        // What it finds comes before the answer to the next call. Without it, the contacts are as
+        // the service has them.
+        e_client_refresh_sync(base(client), cancellable, nullptr);
+      }
+      Contacts contacts({});
+      Error error;
+      if (e_book_client_get_contacts_sync(client.get(), kEveryContact, contacts.out(), cancellable,
+                                          error.out()) == FALSE) {
+        fail(book, error);
+      }
+      // Only now is it certain that the account lets itself be used.
+      const std::string objection = objectionTo(registry, source, client, cancellable);
+      if (!objection.empty()) throw ContactStoreError(book + ": " + objection);
+      std::vector<StoredCard> result;
+      for (const GSList* each = contacts.get(); each != nullptr; each = each->next) {
+        auto* const contact = static_cast<EContact*>(each->data);
+        std::string text = textOf(contact);
+        result.push_back({uidOf(contact), std::move(text)});
+      }
+      return result;
+    });
+  }
+
+  [[nodiscard]] std::optional<std::string> get(const std::string& uid) override {
+    return get(uid, false);
+  }
+  [[nodiscard]] std::optional<std::string> getWhole(const std::string& uid) override {
+    return get(uid, true);
+  }
+
+  std::vector<std::string> add(const std::vector<std::string>& texts) override {
+    return call([texts](const Client& client, const std::string& book, GCancellable* cancellable) {
+      const Contacts contacts(texts);
+      GSList* uids = nullptr;
+      Error error;
+      if (e_book_client_add_contacts_sync(client.get(), contacts.get(), E_BOOK_OPERATION_FLAG_NONE,
+                                          &uids, cancellable, error.out()) == FALSE) {
+        fail(book, error);
+      }
+      std::vector<std::string> result;
+      for (const GSList* each = uids; each != nullptr; each = each->next) {
+        result.push_back(asText(static_cast<const char*>(each->data)));
+      }
+      g_slist_free_full(uids, g_free);
+      return result;
+    });
+  }
+
+  void modify(const std::string& text) override {
+    call([text](const Client& client, const std::string& book, GCancellable* cancellable) {
+      const Ref<EContact> contact(e_contact_new_from_vcard(text.c_str()));
+      Error error;
+      if (e_book_client_modify_contact_sync(client.get(), contact.get(), E_BOOK_OPERATION_FLAG_NONE,
+                                            cancellable, error.out()) == FALSE) {
+        fail(book, error);
+      }
+      return true;
+    });
+  }
+
+  void remove(const std::string& uid) override {
+    call([uid](const Client& client, const std::string& book, GCancellable* cancellable) {
+      Error error;
+      if (e_book_client_remove_contact_by_uid_sync(client.get(), uid.c_str(),
+                                                   E_BOOK_OPERATION_FLAG_NONE, cancellable,
+                                                   error.out()) == FALSE) {
+        fail(book, error);
+      }
+      return true;
+    });
+  }
+
+ private:
+  [[nodiscard]] std::optional<std::string> get(const std::string& uid, bool withPictures) {
+    return call([uid, withPictures](const Client& client, const std::string& book,
+                                    GCancellable* cancellable) {
+      return read(client, book, uid, withPictures, cancellable);
+    });
+  }
+
+  void open() {
+    client_ = session_->calls.run(
+        [registry = session_->connected(), source = source_, name = info_.name](GCancellable* c) {
+          Client client = connect(source, c);
+          const std::string objection = objectionTo(registry, source, client, c);
+          if (!objection.empty()) throw ContactStoreError(name + ": " + objection);
+          if (!isWritable(client, c)) throw ContactStoreError(name + ": 읽기 전용 주소록입니다");
+          return client;
+        });
+  }
+
+  std::shared_ptr<Desktop::Session> session_;
+  Source source_;
+  BookInfo info_;
+  BusName name_;
+  Client client_;
+};
+
+}  // namespace
+
+std::unique_ptr<Book> openBook(std::shared_ptr<Desktop::Session> session, Source source,
+                               BookInfo info) {
+  return std::make_unique<OpenBook>(std::move(session), std::move(source), std::move(info));
+}
+
+}  // namespace vlout::outlook::evolution
