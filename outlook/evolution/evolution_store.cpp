@@ -127,8 +127,8 @@ void EvolutionStore::requireUnchanged(const Item& item) {
 }
 
 void EvolutionStore::announce(const std::string& uid, const std::optional<std::string>& before,
-                              const std::string& text) {
-  if (settings_.watcher) settings_.watcher->writing(uid, before, contentFingerprint(text));
+                              const std::string& text, const std::string& row) {
+  if (settings_.watcher) settings_.watcher->writing(uid, before, contentFingerprint(text), row);
 }
 
 // What has become of a contact that was just saved. Where the service cannot tell, the next run
@@ -139,14 +139,14 @@ std::string EvolutionStore::stored(const std::string& uid) {
 }
 
 void EvolutionStore::saveCard(std::size_t position, const std::string& cardText,
-                              std::optional<std::string> vlid) {
+                              std::optional<std::string> vlid, const std::string& row) {
   Item& item = items_[position - 1];
   if (isPreview()) {
     item.text = cardText;
     item.time = ChangeTime::now();
   } else {
     requireUnchanged(item);
-    announce(item.uid, settings_.watcher ? book_->getWhole(item.uid) : std::nullopt, cardText);
+    announce(item.uid, settings_.watcher ? book_->getWhole(item.uid) : std::nullopt, cardText, row);
     times_->saving(item.uid, cardText, vlid);
     book_->modify(cardText);
     item.text = stored(item.uid);
@@ -156,13 +156,13 @@ void EvolutionStore::saveCard(std::size_t position, const std::string& cardText,
 }
 
 std::size_t EvolutionStore::saveNewCard(const std::string& uid, const std::string& cardText,
-                                        std::optional<std::string> vlid) {
+                                        std::optional<std::string> vlid, const std::string& row) {
   Item item{.uid = uid, .text = cardText, .vlid = vlid, .time = ChangeTime::now()};
   if (!isPreview()) {
-    announce(uid, std::nullopt, cardText);
+    announce(uid, std::nullopt, cardText, row);
     times_->saving(uid, cardText, vlid);
     item.uid = book_->add({cardText}).at(0);
-    if (item.uid != uid) announce(item.uid, std::nullopt, cardText);
+    if (item.uid != uid) announce(item.uid, std::nullopt, cardText, row);
     item.text = stored(item.uid);
     item.time = times_->saved(item.uid, item.text, vlid);
   }

@@ -24,9 +24,9 @@ class BookWatcher {
  public:
   virtual ~BookWatcher() = default;
   // `before` is the contact as it is, or nothing for a new one; `content` the fingerprint that it
-  // will have. Whatever it throws keeps the contact from being written.
+  // will have; `row` as for its home. Whatever it throws keeps the contact from being written.
   virtual void writing(const std::string& uid, const std::optional<std::string>& before,
-                       std::uint64_t content) = 0;
+                       std::uint64_t content, const std::string& row) = 0;
 };
 
 class EvolutionStore : public ContactStore, public vcard::CardHome {
@@ -67,15 +67,16 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
   [[nodiscard]] const std::optional<std::string>& vlidAt(std::size_t position) const override;
   [[nodiscard]] text::DateTime timeAt(std::size_t position) const override;
   [[nodiscard]] std::string readCard(std::size_t position) override;
-  void saveCard(std::size_t position, const std::string& cardText,
-                std::optional<std::string> vlid) override;
+  void saveCard(std::size_t position, const std::string& cardText, std::optional<std::string> vlid,
+                const std::string& row) override;
   [[nodiscard]] std::size_t saveNewCard(const std::string& uid, const std::string& cardText,
-                                        std::optional<std::string> vlid) override;
+                                        std::optional<std::string> vlid,
+                                        const std::string& row) override;
 
   void add(StoredCard card);
   void requireUnchanged(const Item& item);
   void announce(const std::string& uid, const std::optional<std::string>& before,
-                const std::string& text);
+                const std::string& text, const std::string& row);
   [[nodiscard]] std::string stored(const std::string& uid);
   [[nodiscard]] bool isPreview() const { return settings_.onlyPreview != nullptr; }
   [[nodiscard]] const Item& at(std::size_t position) const { return items_[position - 1]; }
