@@ -44,7 +44,9 @@ add_library(vlout_linux STATIC
   outlook/evolution/desktop.cpp
   outlook/evolution/evolution_store.cpp
   outlook/evolution/fingerprint.cpp
+  outlook/evolution/mirror.cpp
   outlook/evolution/open_book.cpp
+  outlook/evolution/uid_word.cpp
   history/completion.cpp
   history/entries.cpp
   history/restore_point.cpp

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <charconv>
 #include <chrono>
 #include <fcntl.h>
 #include <fstream>
@@ -12,6 +11,7 @@
 #include <utility>
 
 #include "outlook/evolution/fingerprint.h"
+#include "outlook/evolution/uid_word.h"
 #include "outlook/vcard/card_text.h"
 #include "text/ascii.h"
 #include "text/date_time.h"
@@ -28,41 +28,6 @@ namespace fs = std::filesystem;
 constexpr char kCertain = '=';
 constexpr char kPending = '?';
 constexpr std::string_view kNone = "-";
-
-bool isPlain(char c) {
-  return c > ' ' && c != '%' && c != '/' && c != 0x7F;
-}
-
-// A UID as a file name or a word of a line.
-std::string asWord(std::string_view uid) {
-  constexpr std::string_view kDigits = "0123456789ABCDEF";
-  std::string result;
-  for (const char c : uid) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (isPlain(c) || byte >= 0x80) {
-      result += c;
-    } else {
-      result += {'%', kDigits[byte >> 4], kDigits[byte & 15]};
-    }
-  }
-  return result;
-}
-
-std::string fromWord(std::string_view word) {
-  std::string result;
-  for (std::size_t i = 0; i < word.size(); ++i) {
-    unsigned byte = 0;
-    const char* const code = word.data() + i + 1;
-    if (word[i] == '%' && i + 2 < word.size() &&
-        std::from_chars(code, code + 2, byte, 16).ptr == code + 2) {
-      result += static_cast<char>(byte);
-      i += 2;
-    } else {
-      result += word[i];
-    }
-  }
-  return result;
-}
 
 // REV in either of its forms, 2025-01-31T10:00:00Z and 20250131T100000Z, as Unix time.
 std::optional<ChangeTime> revisionOf(const std::string& cardText) {
@@ -156,22 +121,20 @@ ChangeTimes::Known ChangeTimes::found(const std::string& uid, const std::string&
 }
 
 void ChangeTimes::saving(const std::string& uid, const std::string& text,
-                         const std::optional<std::string>& vlid) {
-  append(
-      kPending, uid,
-      {.content = contentFingerprint(text), .time = ChangeTime::now(), .vlid = vlid.value_or("")});
+                         const std::optional<std::string>& vlid, ChangeTime time) {
+  append(kPending, uid,
+         {.content = contentFingerprint(text), .time = time, .vlid = vlid.value_or("")});
 }
 
-ChangeTime ChangeTimes::saved(const std::string& uid, const std::string& stored,
-                              const std::optional<std::string>& vlid) {
+void ChangeTimes::saved(const std::string& uid, const std::string& stored,
+                        const std::optional<std::string>& vlid, ChangeTime time) {
   Contact& contact = contacts_[uid];
   contact.last = Entry{.text = textFingerprint(stored),
                        .content = contentFingerprint(stored),
-                       .time = ChangeTime::now(),
+                       .time = time,
                        .vlid = vlid.value_or("")};
   contact.pending.reset();
   append(kCertain, uid, *contact.last);
-  return contact.last->time;
 }
 
 std::string ChangeTimes::line(char kind, const std::string& uid, const Entry& entry) {

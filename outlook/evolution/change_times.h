@@ -35,12 +35,12 @@ class ChangeTimes {
   // else it changed at its REV, if that is later than the time kept, or just now.
   Known found(const std::string& uid, const std::string& text);
 
-  // Before and after each save of the component's own. After a kill in between, the contact that is
-  // found then counts as saved at the time of `saving`.
+  // Before and after each save of the component's own, which is kept with that time. After a kill
+  // in between, the contact that is found then counts as saved.
   void saving(const std::string& uid, const std::string& text,
-              const std::optional<std::string>& vlid);
-  ChangeTime saved(const std::string& uid, const std::string& stored,
-                   const std::optional<std::string>& vlid);
+              const std::optional<std::string>& vlid, ChangeTime time);
+  void saved(const std::string& uid, const std::string& stored,
+             const std::optional<std::string>& vlid, ChangeTime time);
 
   // Keeps what `found` has learnt.
   void flush();

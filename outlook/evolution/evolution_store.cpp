@@ -23,8 +23,7 @@ std::string withKey(const std::string& text, const std::string& vlid) {
 bool EvolutionStore::connect() {
   if (book_) return true;
   try {
-    if (!desktop_) desktop_ = std::make_unique<Desktop>(settings_.whileWaiting, settings_.patience);
-    book_ = desktop_->open(settings_.book);
+    book_ = settings_.desktop->open(settings_.book);
   } catch (const ContactStoreError& error) {
     connectFailure_ = error.what();
     return false;
@@ -34,19 +33,35 @@ bool EvolutionStore::connect() {
 }
 
 void EvolutionStore::openContactsFolder(const std::function<void()>& afterEach) {
+  static_cast<void>(afterEach);  // the calls let windows live
+  if (!std::exchange(hasLooked_, false)) look();
+  hasLooked_ = false;
+}
+
+void EvolutionStore::look() {
   if (!book_) throw ContactStoreError("주소록이 열려 있지 않습니다");
   std::vector<StoredCard> cards = book_->list();
-  afterEach();
   // A book tells its contacts in any order; positions are to be the same in every run.
   std::sort(cards.begin(), cards.end(),
             [](const StoredCard& a, const StoredCard& b) { return a.uid < b.uid; });
-  // What a preview has saved is gone with it.
-  times_.emplace(settings_.componentFolder, book_->info().uid, !isPreview());
+  const std::string& uid = book_->info().uid;
+  times_.emplace(settings_.componentFolder, uid, !isPreview());
+  if (!isPreview()) mirror_.emplace(mirrorOf(settings_.componentFolder, uid));
   items_.clear();
   notices_.clear();
   items_.reserve(cards.size());
   for (StoredCard& card : cards) add(std::move(card));
   times_->flush();
+  if (mirror_) mirror_->dropOthers();
+  hasLooked_ = true;
+}
+
+// What history sees of a contact.
+void EvolutionStore::reflect(const Item& item) {
+  if (mirror_->has(item.uid, item.time)) return;
+  const bool hasFiles = item.text.find("file:") != std::string::npos;
+  mirror_->keep(item.uid, hasFiles ? book_->getWhole(item.uid).value_or(item.text) : item.text,
+                item.time);
 }
 
 void EvolutionStore::add(StoredCard card) {
@@ -62,6 +77,7 @@ void EvolutionStore::add(StoredCard card) {
             .vlid = spans.front().vlid,
             .time = known.time};
   if (!item.vlid && known.vlid) item.vlid = known.vlid;
+  if (mirror_) reflect(item);
   items_.push_back(std::move(item));
 }
 
@@ -126,16 +142,25 @@ void EvolutionStore::requireUnchanged(const Item& item) {
   if (!isSame) throw ContactStoreError(item.uid + ": 그 사이에 다른 프로그램이 바꾸었습니다");
 }
 
-void EvolutionStore::announce(const std::string& uid, const std::optional<std::string>& before,
-                              const std::string& text, const std::string& row) {
-  if (settings_.watcher) settings_.watcher->writing(uid, before, contentFingerprint(text), row);
+// The write is known to history and to the table before it is made, and its file stands ready.
+void EvolutionStore::announce(const std::string& uid, const std::string& text, ChangeTime time,
+                              const std::string& row) {
+  const vcard::FileState state = mirror_->draft(uid, text, time);
+  if (settings_.watcher) settings_.watcher->writing(Mirror::nameOf(uid), state, row);
 }
 
-// What has become of a contact that was just saved. Where the service cannot tell, the next run
-// finds out.
-std::string EvolutionStore::stored(const std::string& uid) {
-  if (auto text = book_->get(uid)) return *std::move(text);
-  throw ContactStoreError(uid + ": 저장한 연락처가 주소록에 없습니다");
+// Looks at what has become of a contact that was just saved. Where the service cannot tell, the
+// next run finds out.
+void EvolutionStore::complete(Item& item, const std::string& sent,
+                              const std::optional<std::string>& vlid, const std::string& row) {
+  auto stored = book_->get(item.uid);
+  if (!stored) throw ContactStoreError(item.uid + ": 저장한 연락처가 주소록에 없습니다");
+  item.text = *std::move(stored);
+  times_->saved(item.uid, item.text, vlid, item.time);
+  if (contentFingerprint(item.text) != contentFingerprint(sent)) {
+    announce(item.uid, item.text, item.time, row);  // the server has its own mind
+  }
+  mirror_->place(item.uid);
 }
 
 void EvolutionStore::saveCard(std::size_t position, const std::string& cardText,
@@ -146,11 +171,13 @@ void EvolutionStore::saveCard(std::size_t position, const std::string& cardText,
     item.time = ChangeTime::now();
   } else {
     requireUnchanged(item);
-    announce(item.uid, settings_.watcher ? book_->getWhole(item.uid) : std::nullopt, cardText, row);
-    times_->saving(item.uid, cardText, vlid);
+    if (settings_.watcher) settings_.watcher->beforeWriting();
+    const ChangeTime time = ChangeTime::now();
+    times_->saving(item.uid, cardText, vlid, time);
+    announce(item.uid, cardText, time, row);
     book_->modify(cardText);
-    item.text = stored(item.uid);
-    item.time = times_->saved(item.uid, item.text, vlid);
+    item.time = time;
+    complete(item, cardText, vlid, row);
   }
   item.vlid = std::move(vlid);
 }
@@ -159,12 +186,12 @@ std::size_t EvolutionStore::saveNewCard(const std::string& uid, const std::strin
                                         std::optional<std::string> vlid, const std::string& row) {
   Item item{.uid = uid, .text = cardText, .vlid = vlid, .time = ChangeTime::now()};
   if (!isPreview()) {
-    announce(uid, std::nullopt, cardText, row);
-    times_->saving(uid, cardText, vlid);
+    if (settings_.watcher) settings_.watcher->beforeWriting();
+    times_->saving(uid, cardText, vlid, item.time);
+    announce(uid, cardText, item.time, row);
     item.uid = book_->add({cardText}).at(0);
-    if (item.uid != uid) announce(item.uid, std::nullopt, cardText, row);
-    item.text = stored(item.uid);
-    item.time = times_->saved(item.uid, item.text, vlid);
+    if (item.uid != uid) announce(item.uid, cardText, item.time, row);
+    complete(item, cardText, vlid, row);
   }
   items_.push_back(std::move(item));
   return items_.size();

@@ -14,28 +14,29 @@
 #include "outlook/contact_store.h"
 #include "outlook/evolution/change_times.h"
 #include "outlook/evolution/desktop.h"
+#include "outlook/evolution/mirror.h"
 #include "outlook/vcard/card_home.h"
 #include "outlook/vcard/preview_contact.h"
 
 namespace vlout::outlook::evolution {
 
-// Told of each write to the book while it has not yet been made.
+// Told of each write to the book while it has not yet been made. What it throws keeps the contact
+// from being written.
 class BookWatcher {
  public:
   virtual ~BookWatcher() = default;
-  // `before` is the contact as it is, or nothing for a new one; `content` the fingerprint that it
-  // will have; `row` as for its home. Whatever it throws keeps the contact from being written.
-  virtual void writing(const std::string& uid, const std::optional<std::string>& before,
-                       std::uint64_t content, const std::string& row) = 0;
+  virtual void beforeWriting() = 0;
+  // The file of the mirror and the state that it will have; `row` as for CardHome::saveCard.
+  virtual void writing(const std::string& file, const vcard::FileState& state,
+                       const std::string& row) = 0;
 };
 
 class EvolutionStore : public ContactStore, public vcard::CardHome {
  public:
   struct Settings {
     std::filesystem::path componentFolder;
+    std::shared_ptr<Desktop> desktop;
     std::string book;  // its UID or name, or empty for the default one
-    std::function<void()> whileWaiting = [] {};
-    std::chrono::milliseconds patience = Calls::kPatience;
     std::shared_ptr<BookWatcher> watcher = nullptr;
     // For a preview: what is saved stays in memory, and this hears of it.
     vcard::FieldChanged onlyPreview = nullptr;
@@ -45,6 +46,9 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
   [[nodiscard]] bool connect() override;
   [[nodiscard]] std::string connectFailure() const override { return connectFailure_; }
   using ContactStore::openContactsFolder;
+  // Reads the book and brings its mirror up to date; the next `openContactsFolder` is content with
+  // that.
+  void look();
   void openContactsFolder(const std::function<void()>& afterEach) override;
   [[nodiscard]] std::vector<std::string> folderNotices() const override { return notices_; }
   [[nodiscard]] std::size_t count() const override { return items_.size(); }
@@ -75,17 +79,20 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
 
   void add(StoredCard card);
   void requireUnchanged(const Item& item);
-  void announce(const std::string& uid, const std::optional<std::string>& before,
-                const std::string& text, const std::string& row);
-  [[nodiscard]] std::string stored(const std::string& uid);
+  void announce(const std::string& uid, const std::string& text, ChangeTime time,
+                const std::string& row);
+  void complete(Item& item, const std::string& sent, const std::optional<std::string>& vlid,
+                const std::string& row);
+  void reflect(const Item& item);
   [[nodiscard]] bool isPreview() const { return settings_.onlyPreview != nullptr; }
   [[nodiscard]] const Item& at(std::size_t position) const { return items_[position - 1]; }
 
   Settings settings_;
   std::string connectFailure_;
-  std::unique_ptr<Desktop> desktop_;
   std::unique_ptr<Book> book_;
   std::optional<ChangeTimes> times_;
+  std::optional<Mirror> mirror_;  // unless it is a preview
+  bool hasLooked_ = false;
   std::vector<Item> items_;
   std::vector<std::string> notices_;
 };

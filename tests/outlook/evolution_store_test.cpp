@@ -67,11 +67,10 @@ class EvolutionStoreTest : public testing::TestWithParam<const char*> {
   }
 
   std::unique_ptr<EvolutionStore> open(std::chrono::milliseconds patience = Calls::kPatience) {
-    auto store = std::make_unique<EvolutionStore>(
-        EvolutionStore::Settings{.componentFolder = folder.path(),
-                                 .book = bookUid(),
-                                 .whileWaiting = [this] { ++waits; },
-                                 .patience = patience});
+    auto store = std::make_unique<EvolutionStore>(EvolutionStore::Settings{
+        .componentFolder = folder.path(),
+        .desktop = std::make_shared<Desktop>([this] { ++waits; }, patience),
+        .book = bookUid()});
     EXPECT_TRUE(store->connect()) << store->connectFailure();
     store->openContactsFolder();
     return store;

@@ -1,0 +1,12 @@
+// A UID, which may hold anything, as a file name and as a word of a line.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace vlout::outlook::evolution {
+
+[[nodiscard]] std::string asWord(std::string_view uid);
+[[nodiscard]] std::string fromWord(std::string_view word);
+
+}  // namespace vlout::outlook::evolution
