@@ -59,6 +59,8 @@ add_library(vlout_linux STATIC
   sample/picture.cpp
   ui/terminal/terminal_toolkit.cpp
   entry/cli/command.cpp
+  entry/cli/book_side.cpp
+  entry/cli/books_command.cpp
   entry/cli/component_folder.cpp
   entry/cli/convert_command.cpp
   entry/cli/convert_jet.cpp

@@ -78,7 +78,7 @@ std::optional<std::size_t> RunRecorder::filesLeftBy(const RunRecord& run) const 
 // A folder that held many contacts at the last run and holds none now is more likely not mounted,
 // or another one, than meant.
 std::string RunRecorder::objectionToEmptied(bool preview) {
-  const bool isEmpty = countCardFiles(contacts_) == 0;
+  const bool isEmpty = (count_ ? count_() : countCardFiles(contacts_)) == 0;
   if (!isEmpty) warned_ = false;
   if (!isEmpty || emptied_.goOn || warned_) return {};
   const auto runs = runs_.list();
@@ -87,9 +87,9 @@ std::string RunRecorder::objectionToEmptied(bool preview) {
     if (!files) continue;
     if (*files < kWorthAsking) break;
     warned_ = emptied_.askAgain && !preview;
-    return "연락처 폴더가 비어 있습니다: " + text::pathText(contacts_) + "\r\n지난 작업(" +
-           run->started + ") 때에는 연락처 파일이 " + std::to_string(*files) + "개 있었습니다(" +
-           text::pathText(runs_.contactsOf(*run)) +
+    return "연락처 폴더가 비어 있습니다: " + (place_.empty() ? text::pathText(contacts_) : place_) +
+           "\r\n지난 작업(" + run->started + ") 때에는 연락처 파일이 " + std::to_string(*files) +
+           "개 있었습니다(" + text::pathText(runs_.contactsOf(*run)) +
            ").\r\n폴더가 연결되지 않았거나 다른 폴더라면 모든 명함이 새 연락처로 다시 "
            "추가됩니다. " +
            emptied_.howToGoOn;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -30,6 +31,13 @@ class RunRecorder {
  public:
   RunRecorder(std::filesystem::path componentFolder, const std::filesystem::path& contacts,
               EmptiedFolder emptied);
+
+  // For contacts that lie elsewhere, of which the folder is only a mirror: what people call the
+  // place, and how many contacts it holds now.
+  void contactsAreIn(std::string place, std::function<std::size_t()> count) {
+    place_ = std::move(place);
+    count_ = std::move(count);
+  }
 
   // A reason not to start, or an empty text; then `ended` follows, unless it is a preview.
   [[nodiscard]] std::string begins(const transfer::RunDescription& run);
@@ -67,6 +75,8 @@ class RunRecorder {
   std::optional<RunRecord> record_;  // while a run is under way
   std::optional<WrittenLog> log_;    // once it writes
   bool warned_ = false;
+  std::string place_;
+  std::function<std::size_t()> count_;
 };
 
 // The database of a run.

@@ -61,7 +61,7 @@ void compareFiles(const FileStates& then, const FileStates& now, Use use) {
 
 }  // namespace
 
-Undo::Undo(const fs::path& componentFolder, int run)
+Undo::Undo(const fs::path& componentFolder, int run, const OpenMirrored& openMirrored)
     : folder_(componentFolder),
       database_(store::ConnectionSettings{.componentFolder = folder_}.databaseFile()),
       runs_(folder_) {
@@ -77,6 +77,7 @@ Undo::Undo(const fs::path& componentFolder, int run)
   }
   point_.emplace(runs_.folderOf(later_.front().number));
   contacts_ = runs_.contactsOf(later_.front());
+  mirrored_ = openMirrored(contacts_);
   lock_ = std::make_unique<outlook::vcard::Folder>(contacts_.string());
   found_ = cardFilesIn(contacts_);
   findGathered();
@@ -277,9 +278,11 @@ void Undo::putFileBack(const FileChange& file, RunRecorder& recorder) const {
     recorder.file(name, state);
   };
   if (file.change == Change::Added) {
+    if (mirrored_) mirrored_->remove(contacts_ / text::pathOf(file.name));
     lock_->remove(file.name, *found, log);
     return;
   }
+  if (mirrored_) mirrored_->putBack(point_->contact(file.name));
   lock_->replaceBy(
       file.name, found,
       [&](const fs::path& place) {

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -33,12 +34,27 @@ struct FileChange {
   std::string person{};
 };
 
+// The place whose contacts a folder mirrors; it is put back along with the folder's files. Both
+// throw ContactStoreError.
+class MirroredContacts {
+ public:
+  virtual ~MirroredContacts() = default;
+  // The contact of a kept file, which counts as changed when that file was.
+  virtual void putBack(const std::filesystem::path& kept) = 0;
+  virtual void remove(const std::filesystem::path& mirrored) = 0;
+};
+
 class Undo {
  public:
+  // Opens the place that a contact folder of a run mirrors and brings the folder up to date; null
+  // where it is the contacts' own.
+  using OpenMirrored =
+      std::function<std::unique_ptr<MirroredContacts>(const std::filesystem::path& contacts)>;
+
   // `run` is the run to go back before, or 0 for the last one that wrote and was not taken back.
   // Holds the contact folder from here on. Changes nothing. Throws UndoError, ContactStoreError,
   // DatabaseError.
-  Undo(const std::filesystem::path& componentFolder, int run);
+  Undo(const std::filesystem::path& componentFolder, int run, const OpenMirrored& openMirrored);
 
   [[nodiscard]] const RunRecord& run() const { return run_; }
   [[nodiscard]] const std::vector<RowChange>& rows() const { return rows_; }
@@ -77,6 +93,7 @@ class Undo {
   RunRecord run_;
   std::optional<RestorePoint> point_;
   std::filesystem::path contacts_;
+  std::unique_ptr<MirroredContacts> mirrored_;
   std::unique_ptr<outlook::vcard::Folder> lock_;
   FileStates found_;                   // the contact files as they are
   std::vector<std::string> gathered_;  // those of them that a killed run's saves are still to reach

@@ -49,6 +49,9 @@ class Toolkit {
   // Does nothing where windows have no skins.
   virtual void applySkin(const std::filesystem::path& skinFile) { static_cast<void>(skinFile); }
 
+  // Draws what has changed, while the program waits for something else, and takes no input.
+  virtual void repaint() {}
+
   // Lets pending events through. A toolkit with windows to repaint waits a millisecond first.
   virtual void pump() = 0;
 

@@ -10,8 +10,10 @@ void addFolderOption(CLI::App& command, std::string& folder) {
 }
 
 void addContactsOption(CLI::App& command, std::string& contacts) {
-  command.add_option("--contacts", contacts,
-                     "vCard 연락처 폴더 (기본값: 구성 요소 폴더의 contacts)");
+  command.add_option(
+      "--contacts", contacts,
+      "vCard 연락처 폴더, 또는 데스크톱 주소록: book: 은 기본 주소록, book:이름, book:UID "
+      "(기본값: 구성 요소 폴더의 contacts)");
 }
 
 }  // namespace vlout::entry::cli

@@ -25,6 +25,7 @@ void addSampleCommand(CLI::App& app, int& status);
 void addRunCommand(CLI::App& app, int& status);
 void addHistoryCommand(CLI::App& app, int& status);
 void addUndoCommand(CLI::App& app, int& status);
+void addBooksCommand(CLI::App& app, int& status);
 void addConvertCommand(CLI::App& app, int& status);
 void addWindowCommand(CLI::App& app, int& status);
 

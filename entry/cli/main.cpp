@@ -15,8 +15,8 @@ namespace cli = vlout::entry::cli;
 
 // In the order of the help.
 constexpr cli::AddCommand kCommands[] = {
-    cli::addInitCommand, cli::addSampleCommand,  cli::addRunCommand,    cli::addHistoryCommand,
-    cli::addUndoCommand, cli::addConvertCommand, cli::addWindowCommand,
+    cli::addInitCommand, cli::addSampleCommand, cli::addRunCommand,     cli::addHistoryCommand,
+    cli::addUndoCommand, cli::addBooksCommand,  cli::addConvertCommand, cli::addWindowCommand,
 };
 
 int run(int argc, char** argv) {

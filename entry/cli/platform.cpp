@@ -1,8 +1,11 @@
 #include "entry/cli/platform.h"
 
+#include <optional>
 #include <utility>
 
+#include "entry/cli/book_side.h"
 #include "entry/cli/preview.h"
+#include "outlook/vcard/preview_store.h"
 #include "outlook/vcard/vcard_store.h"
 #include "text/file_path.h"
 
@@ -12,12 +15,18 @@ Platform makePlatform(const std::filesystem::path& componentFolder,
                       const std::filesystem::path& contacts, std::unique_ptr<ui::Toolkit> toolkit,
                       const history::EmptiedFolder& emptied,
                       const volatile std::sig_atomic_t* stop) {
-  const auto recorder = std::make_shared<history::RunRecorder>(componentFolder, contacts, emptied);
+  const auto book = bookIn(contacts);
+  std::optional<BookSide> side;
+  if (book) {
+    side.emplace(componentFolder, *book, [shown = toolkit.get()] { shown->repaint(); });
+  }
+  const auto recorder = std::make_shared<history::RunRecorder>(
+      componentFolder, side ? side->mirror() : contacts, emptied);
   const auto makeFolder = [recorder](const std::string& path) {
     return std::make_unique<history::RecordedFolder>(path, recorder);
   };
   const auto index = history::Runs(componentFolder).contactsIndex();
-  return {
+  Platform platform{
       .makeConnection =
           [recorder, stop] {
             return std::make_unique<history::RecordedConnection>(recorder, stop);
@@ -28,7 +37,13 @@ Platform makePlatform(const std::filesystem::path& componentFolder,
                 text::pathText(contacts), makeFolder, outlook::vcard::IndexPlace{index});
           },
       .toolkit = std::move(toolkit),
-      .makePreview = [contacts, index] { return std::make_unique<StorePreview>(contacts, index); },
+      .makePreview =
+          [contacts, index] {
+            return std::make_unique<StorePreview>([&](outlook::vcard::FieldChanged changed) {
+              return std::make_unique<outlook::vcard::PreviewStore>(text::pathText(contacts),
+                                                                    std::move(changed), index);
+            });
+          },
       .runBegins = [recorder](const ui::RunDescription& run) { return recorder->begins(run); },
       // The connections of this platform are all of this kind, that of a preview too.
       .completeCutShort =
@@ -37,6 +52,8 @@ Platform makePlatform(const std::filesystem::path& componentFolder,
           },
       .runEnded = [recorder](const ui::RunOutcome& outcome) { recorder->ended(outcome); },
   };
+  if (side) side->use(platform, recorder);
+  return platform;
 }
 
 }  // namespace vlout::entry::cli

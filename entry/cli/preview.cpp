@@ -9,8 +9,7 @@
 
 namespace vlout::entry::cli {
 
-StorePreview::StorePreview(const std::filesystem::path& contacts,
-                           const std::filesystem::path& index)
+StorePreview::StorePreview(const MakeContacts& makeContacts)
     : connection_(
           folder_.path(),
           [this](const std::string& column, const std::string& before, const std::string& after) {
@@ -19,11 +18,8 @@ StorePreview::StorePreview(const std::filesystem::path& contacts,
             if (!caption.empty()) add(true, caption, before, after);
           }),
       contacts_(
-          text::pathText(contacts),
-          [this](std::string_view caption, const std::string& before, const std::string& after) {
-            add(false, caption, before, after);
-          },
-          index) {}
+          makeContacts([this](std::string_view caption, const std::string& before,
+                              const std::string& after) { add(false, caption, before, after); })) {}
 
 void StorePreview::add(bool onCard, std::string_view caption, const std::string& before,
                        const std::string& after) {

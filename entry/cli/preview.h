@@ -1,12 +1,14 @@
-// A preview on Linux: a private copy of the database and a view on the folder of vCards, both gone
+// A preview on Linux: a private copy of the database and a view on the contacts, both gone
 // with it.
 #pragma once
 
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <vector>
 
 #include "entry/runtime.h"
-#include "outlook/vcard/preview_store.h"
+#include "outlook/vcard/preview_contact.h"
 #include "posix/private_folder.h"
 #include "store/sqlite/preview_connection.h"
 
@@ -14,11 +16,13 @@ namespace vlout::entry::cli {
 
 class StorePreview : public Preview {
  public:
-  // `index` is what runs know of the contacts.
-  StorePreview(const std::filesystem::path& contacts, const std::filesystem::path& index);
+  // Makes the view on the contacts, which tells the fields that a save changes.
+  using MakeContacts =
+      std::function<std::unique_ptr<outlook::ContactStore>(outlook::vcard::FieldChanged)>;
+  explicit StorePreview(const MakeContacts& makeContacts);
 
   [[nodiscard]] store::Connection& connection() override { return connection_; }
-  [[nodiscard]] outlook::ContactStore& contacts() override { return contacts_; }
+  [[nodiscard]] outlook::ContactStore& contacts() override { return *contacts_; }
   [[nodiscard]] const std::filesystem::path& temporaryFolder() const override {
     return folder_.path();
   }
@@ -31,7 +35,7 @@ class StorePreview : public Preview {
   posix::PrivateFolder folder_;
   std::vector<ui::FieldChange> changes_;
   store::PreviewConnection connection_;
-  outlook::vcard::PreviewStore contacts_;
+  std::unique_ptr<outlook::ContactStore> contacts_;
 };
 
 }  // namespace vlout::entry::cli

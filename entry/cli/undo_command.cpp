@@ -5,6 +5,7 @@
 #include <string>
 #include <unistd.h>
 
+#include "entry/cli/book_side.h"
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
 #include "history/undo.h"
@@ -65,7 +66,10 @@ bool confirm(std::ostream& errors) {
 // Says what it will change and what was edited since, asks, and goes back. False when nothing was
 // done.
 bool undoRun(const Arguments& request, std::ostream& out, std::ostream& errors) {
-  history::Undo undo(componentFolder(request.folder), request.run);
+  const auto folder = componentFolder(request.folder);
+  history::Undo undo(folder, request.run, [&](const std::filesystem::path& contacts) {
+    return openMirrored(folder, contacts);
+  });
   out << "작업 " << undo.run().number << "(" << undo.run().started << ", " << undo.run().mode
       << ") 전으로 되돌립니다.\n";
   printChanges(undo, out);

@@ -96,7 +96,7 @@ BookInfo lookAt(const Registry& registry, const Source& source, GCancellable* ca
   GSList* uids = nullptr;
   if (e_book_client_get_contacts_uids_sync(client.get(), kEveryContact, &uids, cancellable,
                                            nullptr) != FALSE) {
-    info.contacts = g_slist_length(uids);
+    if (info.failure.empty()) info.contacts = g_slist_length(uids);
     g_slist_free_full(uids, g_free);
   }
   return info;
@@ -167,7 +167,8 @@ std::string objectionTo(const Registry& registry, const Source& source, const Cl
     return !is(E_SOURCE_CONNECTION_STATUS_DISCONNECTED) &&
            !is(E_SOURCE_CONNECTION_STATUS_CONNECTING);
   };
-  waitFor(isSettled, cancellable);
+  constexpr int kSettling = 50;
+  waitFor(isSettled, cancellable, kSettling);
   if (is(E_SOURCE_CONNECTION_STATUS_AWAITING_CREDENTIALS)) {
     const std::string failure = connectionFailure(source, cancellable);
     if (!failure.empty()) return "서버에 연결할 수 없습니다: " + failure;
@@ -182,8 +183,8 @@ std::string objectionTo(const Registry& registry, const Source& source, const Cl
   if (is(E_SOURCE_CONNECTION_STATUS_SSL_FAILED)) {
     return "서버의 인증서를 믿을 수 없습니다. 데스크톱의 계정 설정에서 확인하십시오";
   }
-  const bool isOnline = isSettled() && e_client_is_online(base(client)) != FALSE;
-  return isOnline ? "" : "계정이 오프라인입니다";
+  // One whose state stays unknown is given the benefit of the doubt: each call tells for itself.
+  return e_client_is_online(base(client)) == FALSE ? "계정이 오프라인입니다" : "";
 }
 
 Desktop::Desktop(std::function<void()> whileWaiting, std::chrono::milliseconds patience)
@@ -209,6 +210,21 @@ std::vector<BookInfo> Desktop::books() {
     result.push_back(std::move(info));
   }
   return result;
+}
+
+BookInfo Desktop::find(const std::string& name) {
+  const Registry registry = session_->connected();
+  return infoOf(registry, choose(registry, name));
+}
+
+std::size_t Desktop::count(const std::string& name) {
+  const Registry registry = session_->connected();
+  const BookInfo seen =
+      session_->calls.run([registry, source = choose(registry, name)](GCancellable* cancellable) {
+        return lookAt(registry, source, cancellable);
+      });
+  if (!seen.failure.empty()) throw ContactStoreError(seen.failure);
+  return seen.contacts.value_or(0);
 }
 
 std::unique_ptr<Book> Desktop::open(const std::string& name) {

@@ -63,6 +63,11 @@ class Desktop {
   // Each book is opened to look at it.
   [[nodiscard]] std::vector<BookInfo> books();
 
+  // A book by its UID or name, or the default one for an empty text, unopened.
+  [[nodiscard]] BookInfo find(const std::string& name);
+  // The number of its contacts.
+  [[nodiscard]] std::size_t count(const std::string& name);
+
   // The book of that UID or name, or the default one for an empty text. Refused when it is
   // read-only, or its account is offline or lacks its password. It is this process's alone.
   [[nodiscard]] std::unique_ptr<Book> open(const std::string& name);

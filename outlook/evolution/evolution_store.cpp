@@ -5,6 +5,7 @@
 
 #include "outlook/evolution/fingerprint.h"
 #include "outlook/vcard/card_file.h"
+#include "outlook/vcard/card_text.h"
 #include "outlook/vcard/vcard_contact.h"
 
 namespace vlout::outlook::evolution {
@@ -161,6 +162,38 @@ void EvolutionStore::complete(Item& item, const std::string& sent,
     announce(item.uid, item.text, item.time, row);  // the server has its own mind
   }
   mirror_->place(item.uid);
+}
+
+const EvolutionStore::Item* EvolutionStore::find(const std::string& cardText) const {
+  const vcard::CardText card(cardText);
+  const auto line = card.firstNamed("UID");
+  const std::string uid = line ? card.property(*line).whole() : "";
+  const auto found =
+      std::find_if(items_.begin(), items_.end(), [&](const Item& item) { return item.uid == uid; });
+  return found == items_.end() ? nullptr : &*found;
+}
+
+void EvolutionStore::putBack(const std::string& cardText, ChangeTime time) {
+  const auto cards = vcard::findCards(cardText).cards;
+  if (cards.empty()) throw ContactStoreError("보관한 연락처를 읽을 수 없습니다");
+  const auto& vlid = cards.front().vlid;
+  std::string uid;
+  if (const Item* const item = find(cardText)) {
+    requireUnchanged(*item);
+    uid = item->uid;
+    times_->saving(uid, cardText, vlid, time);
+    book_->modify(cardText);
+  } else {
+    uid = book_->add({cardText}).at(0);
+  }
+  times_->saved(uid, book_->get(uid).value_or(cardText), vlid, time);
+}
+
+void EvolutionStore::remove(const std::string& cardText) {
+  const Item* const item = find(cardText);
+  if (item == nullptr) return;  // it is gone already
+  requireUnchanged(*item);
+  book_->remove(item->uid);
 }
 
 void EvolutionStore::saveCard(std::size_t position, const std::string& cardText,

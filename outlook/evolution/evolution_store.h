@@ -50,6 +50,12 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
   // that.
   void look();
   void openContactsFolder(const std::function<void()>& afterEach) override;
+
+  // For those who take a run back. Gives the contact of that UID that content, or brings it back;
+  // it then counts as changed at that time.
+  void putBack(const std::string& cardText, ChangeTime time);
+  void remove(const std::string& cardText);
+
   [[nodiscard]] std::vector<std::string> folderNotices() const override { return notices_; }
   [[nodiscard]] std::size_t count() const override { return items_.size(); }
   [[nodiscard]] std::vector<std::string> keys() const override;
@@ -78,6 +84,8 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
                                         const std::string& row) override;
 
   void add(StoredCard card);
+  // The contact with the UID of that card, or null.
+  [[nodiscard]] const Item* find(const std::string& cardText) const;
   void requireUnchanged(const Item& item);
   void announce(const std::string& uid, const std::string& text, ChangeTime time,
                 const std::string& row);

@@ -80,6 +80,10 @@ void QtToolkit::applySkin(const std::filesystem::path& skinFile) {
   qApp->setStyleSheet(skin ? skin->styleSheet : QString());
 }
 
+void QtToolkit::repaint() {
+  QApplication::processEvents(QEventLoop::ExcludeUserInputEvents);
+}
+
 void QtToolkit::pump() {
   if (ahead_ >= kWait) {
     ahead_ -= kWait;

@@ -25,6 +25,7 @@ class QtToolkit : public Toolkit {
   void messageBox(MessageIcon icon, std::string_view text) override;
   [[nodiscard]] ScreenSize screenSize() const override;
   void applySkin(const std::filesystem::path& skinFile) override;
+  void repaint() override;
   void pump() override;
 
  private:

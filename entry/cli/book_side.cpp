@@ -1,0 +1,117 @@
+#include "entry/cli/book_side.h"
+
+#include <fstream>
+#include <iterator>
+#include <string_view>
+#include <utility>
+
+#include "entry/cli/preview.h"
+#include "history/recorded_book.h"
+#include "text/file_path.h"
+
+namespace vlout::entry::cli {
+namespace {
+
+namespace evolution = outlook::evolution;
+namespace fs = std::filesystem;
+
+constexpr std::string_view kBook = "book:";
+
+class MirroredBook : public history::MirroredContacts {
+ public:
+  MirroredBook(const fs::path& componentFolder, const std::string& uid)
+      : store_({.componentFolder = componentFolder,
+                .desktop = std::make_shared<evolution::Desktop>([] {}),
+                .book = uid}) {
+    if (!store_.connect()) throw outlook::ContactStoreError(store_.connectFailure());
+    store_.look();
+  }
+
+  void putBack(const fs::path& kept) override {
+    const auto state = history::fileStateAt(kept);
+    if (!state) throw history::UndoError("보관한 연락처가 없습니다: " + text::pathText(kept));
+    store_.putBack(contentOf(kept), {state->seconds, state->nanoseconds});
+  }
+  void remove(const fs::path& mirrored) override { store_.remove(contentOf(mirrored)); }
+
+ private:
+  static std::string contentOf(const fs::path& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+  }
+
+  evolution::EvolutionStore store_;
+};
+
+}  // namespace
+
+std::optional<std::string> bookIn(const fs::path& contacts) {
+  const std::string name = text::pathText(contacts);
+  if (!name.starts_with(kBook)) return std::nullopt;
+  return name.substr(kBook.size());
+}
+
+BookSide::BookSide(fs::path componentFolder, const std::string& book,
+                   std::function<void()> whileWaiting)
+    : componentFolder_(std::move(componentFolder)),
+      desktop_(std::make_shared<evolution::Desktop>(std::move(whileWaiting))),
+      info_(desktop_->find(book)) {
+  // History looks into it before the book has been read for the first time.
+  if (fs::exists(componentFolder_)) fs::create_directories(mirror());
+}
+
+fs::path BookSide::mirror() const {
+  return evolution::mirrorOf(componentFolder_, info_.uid);
+}
+
+std::unique_ptr<outlook::ContactStore> BookSide::makeStore(
+    std::shared_ptr<evolution::BookWatcher> watcher) const {
+  return std::make_unique<evolution::EvolutionStore>(
+      evolution::EvolutionStore::Settings{.componentFolder = componentFolder_,
+                                          .desktop = desktop_,
+                                          .book = info_.uid,
+                                          .watcher = std::move(watcher)});
+}
+
+std::unique_ptr<outlook::ContactStore> BookSide::makePreviewStore(
+    outlook::vcard::FieldChanged changed) const {
+  return std::make_unique<evolution::EvolutionStore>(
+      evolution::EvolutionStore::Settings{.componentFolder = componentFolder_,
+                                          .desktop = desktop_,
+                                          .book = info_.uid,
+                                          .onlyPreview = std::move(changed)});
+}
+
+void BookSide::use(Platform& platform,
+                   const std::shared_ptr<history::RunRecorder>& recorder) const {
+  recorder->contactsAreIn("book:" + info_.name,
+                          [desktop = desktop_, uid = info_.uid] { return desktop->count(uid); });
+  platform.makeContacts = [self = *this, recorder] {
+    return self.makeStore(std::make_shared<history::RecordedBook>(recorder));
+  };
+  platform.makePreview = [self = *this] {
+    return std::make_unique<StorePreview>(
+        [&](outlook::vcard::FieldChanged changed) { return self.makePreviewStore(changed); });
+  };
+  platform.completeCutShort = [complete = platform.completeCutShort](
+                                  store::Connection& connection, outlook::ContactStore& contacts) {
+    // What a killed run has left is told from the mirror.
+    auto& book = dynamic_cast<evolution::EvolutionStore&>(contacts);
+    try {
+      if (!book.connect()) return;
+      book.look();
+    } catch (const outlook::ContactStoreError&) {
+      return;  // the run meets it too, and says it
+    }
+    complete(connection, contacts);
+  };
+}
+
+std::unique_ptr<history::MirroredContacts> openMirrored(const fs::path& componentFolder,
+                                                        const fs::path& contacts) {
+  const std::string uid = evolution::bookOfMirror(componentFolder, contacts);
+  if (uid.empty()) return nullptr;
+  return std::make_unique<MirroredBook>(componentFolder, uid);
+}
+
+}  // namespace vlout::entry::cli

@@ -1,0 +1,49 @@
+// An address book of the desktop in place of the folder of vCards. The platform and `undo` come
+// here when a book is named.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "entry/runtime.h"
+#include "history/run_recorder.h"
+#include "history/undo.h"
+#include "outlook/evolution/evolution_store.h"
+
+namespace vlout::entry::cli {
+
+// The name behind "book:", which is empty for the default book; nothing for a folder.
+[[nodiscard]] std::optional<std::string> bookIn(const std::filesystem::path& contacts);
+
+class BookSide {
+ public:
+  // Finds the book. Throws ContactStoreError.
+  BookSide(std::filesystem::path componentFolder, const std::string& book,
+           std::function<void()> whileWaiting);
+
+  // The folder that history keeps and compares in its place.
+  [[nodiscard]] std::filesystem::path mirror() const;
+
+  // Makes a platform work on the book.
+  void use(Platform& platform, const std::shared_ptr<history::RunRecorder>& recorder) const;
+
+  [[nodiscard]] std::unique_ptr<outlook::ContactStore> makeStore(
+      std::shared_ptr<outlook::evolution::BookWatcher> watcher) const;
+  [[nodiscard]] std::unique_ptr<outlook::ContactStore> makePreviewStore(
+      outlook::vcard::FieldChanged changed) const;
+
+ private:
+  std::filesystem::path componentFolder_;
+  std::shared_ptr<outlook::evolution::Desktop> desktop_;
+  outlook::evolution::BookInfo info_;
+};
+
+// For history::Undo: the book that a contact folder of a run mirrors, opened; null for a real
+// folder. Throws ContactStoreError.
+[[nodiscard]] std::unique_ptr<history::MirroredContacts> openMirrored(
+    const std::filesystem::path& componentFolder, const std::filesystem::path& contacts);
+
+}  // namespace vlout::entry::cli

@@ -1,0 +1,29 @@
+// The address book of a run, as its recorder hears of it: by the files of its mirror.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "history/run_recorder.h"
+#include "outlook/evolution/evolution_store.h"
+#include "text/ascii.h"
+
+namespace vlout::history {
+
+class RecordedBook : public outlook::evolution::BookWatcher {
+ public:
+  explicit RecordedBook(std::shared_ptr<RunRecorder> recorder) : recorder_(std::move(recorder)) {}
+  void beforeWriting() override { recorder_->beforeWriting(); }
+  void writing(const std::string& file, const FileState& state, const std::string& row) override {
+    if (const auto card = text::parseInteger(row)) {
+      recorder_->sent(file, state, *card);
+    } else {
+      recorder_->file(file, state);
+    }
+  }
+
+ private:
+  std::shared_ptr<RunRecorder> recorder_;
+};
+
+}  // namespace vlout::history
