@@ -54,7 +54,9 @@ class Undo {
   // `run` is the run to go back before, or 0 for the last one that wrote and was not taken back.
   // Holds the contact folder from here on. Changes nothing. Throws UndoError, ContactStoreError,
   // DatabaseError.
-  Undo(const std::filesystem::path& componentFolder, int run, const OpenMirrored& openMirrored);
+  Undo(
+      const std::filesystem::path& componentFolder, int run,
+      const OpenMirrored& openMirrored = [](const std::filesystem::path&) { return nullptr; });
 
   [[nodiscard]] const RunRecord& run() const { return run_; }
   [[nodiscard]] const std::vector<RowChange>& rows() const { return rows_; }
