@@ -17,6 +17,18 @@ using std::chrono::milliseconds;
 constexpr milliseconds kLook{20};
 constexpr milliseconds kEnding{2'000};  // for a call that was told to end
 
+// Signals of the services are delivered here, during the calls and not into somebody's loop. There
+// is one registry of accounts in a process, and it stays with the context that it began in.
+struct Signals {
+  GMainContext* context = g_main_context_new();
+  std::mutex mutex;
+};
+
+std::shared_ptr<Signals>& signalsOfServices() {
+  static auto signals = std::make_shared<Signals>();
+  return signals;
+}
+
 }  // namespace
 
 struct Calls::Thread {
@@ -27,22 +39,21 @@ struct Calls::Thread {
   Ref<GCancellable> cancellable{g_cancellable_new()};
   std::thread thread;
 
-  // Signals of the services are delivered here, between the calls and not into somebody's loop.
   void work() {
-    GMainContext* const context = g_main_context_new();
-    g_main_context_push_thread_default(context);
     for (;;) {
       std::unique_lock lock(mutex);
       woken.wait(lock, [&] { return ends || job; });
       if (!job) break;
       const auto next = std::exchange(job, nullptr);
       lock.unlock();
+      const auto signals = signalsOfServices();
+      const std::lock_guard alone(signals->mutex);
+      g_main_context_push_thread_default(signals->context);
       next();
-      while (g_main_context_iteration(context, FALSE) != FALSE) {
+      while (g_main_context_iteration(signals->context, FALSE) != FALSE) {
       }
+      g_main_context_pop_thread_default(signals->context);
     }
-    g_main_context_pop_thread_default(context);
-    g_main_context_unref(context);
   }
 };
 
@@ -83,7 +94,11 @@ void Calls::wait(const Ready& ready) {
     if (std::chrono::steady_clock::now() - start < patience_) continue;
     g_cancellable_cancel(thread_->cancellable.get());
     lost_ = !ready(kEnding);
-    if (!lost_) g_cancellable_reset(thread_->cancellable.get());
+    if (lost_) {
+      signalsOfServices() = std::make_shared<Signals>();  // the other is the thread's that hangs
+    } else {
+      g_cancellable_reset(thread_->cancellable.get());
+    }
     throw ContactStoreError("주소록 서비스가 " + std::to_string(patience_.count() / 1000) +
                             "초 동안 응답하지 않아 그만 기다립니다");
   }

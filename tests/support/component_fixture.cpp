@@ -1,5 +1,6 @@
 #include "tests/support/component_fixture.h"
 
+#include <cstdlib>
 #include <ctime>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -20,14 +21,20 @@ ComponentFixture::ComponentFixture(std::unique_ptr<ui::Toolkit> shown) {
   const store::ConnectionSettings settings{.componentFolder = folder()};
   store::createDatabase(settings.databaseFile());
   database.open(settings);
+  std::filesystem::path contacts = contactsFolder();
+  if (const char* const uid = std::getenv("VLOUT_TEST_BOOK"); uid != nullptr) {
+    book.emplace(folder(), contactsFolder(), uid);
+    contacts = std::string("book:") + uid;
+  }
   runtime = std::make_unique<entry::Runtime>(
-      folder(),
-      entry::cli::makePlatform(folder(), contactsFolder(), std::move(shown), {.goOn = true}));
+      folder(), entry::cli::makePlatform(folder(), contacts, std::move(shown), {.goOn = true}));
 }
 
 void ComponentFixture::open(const std::function<void(ui::frmOutlookSync&)>& user) {
   toolkit->user = user;
+  if (book) book->intoBook();
   entry::ORUN(*runtime).OUTSYNCRUN();
+  if (book) book->outOfBook();
 }
 
 void ComponentFixture::setStamps(int id, const std::string& last, const std::string& outlook,

@@ -1,9 +1,11 @@
 // A whole component on real files: a component folder with an SQLite database, a folder of vCards,
-// and a toolkit whose user is the test.
+// and a toolkit whose user is the test. Where VLOUT_TEST_BOOK names a book of the desktop, the
+// component works on that, and the folder shows what is in it.
 #pragma once
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -12,6 +14,7 @@
 #include "entry/orun.h"
 #include "outlook/vcard/vcard_store.h"
 #include "store/sqlite/sqlite_connection.h"
+#include "tests/support/book_folder.h"
 #include "tests/support/temporary_folder.h"
 #include "ui/toolkit.h"
 
@@ -99,6 +102,7 @@ class ComponentFixture : public testing::Test {
   TemporaryFolder temporary;
   store::SqliteConnection database;  // the test's own view of the component's database
   ScriptedToolkit* toolkit = nullptr;
+  std::optional<BookFolder> book;
   std::unique_ptr<entry::Runtime> runtime;
 
  private:

@@ -192,9 +192,10 @@ class AgreementTest : public tests::ComponentFixture {
       const std::string text = tests::readFile(fileOf(id));
       ASSERT_NE(text.find("TITLE:" + pair.contactTitle + "\r\n"), std::string::npos) << id;
       if (kept.contains(id)) {
-        ASSERT_NE(text.find("X-KEEP;Q=\"a;b\":" + std::to_string(id) + ",c;d\r\n"),
-                  std::string::npos)
-            << id;
+        // A book writes what it keeps in a form of its own.
+        const std::string line = "X-KEEP;Q=\"a;b\":" + std::to_string(id) + ",c;d\r\n";
+        const std::string inBook = text::replaceAll(line, ",", "\\,");
+        ASSERT_NE(text.find(book ? inBook : line), std::string::npos) << id << text;
       }
       if (pair.contact != 0) continue;
       // Just transferred: all three dates are the contact's time.
