@@ -6,7 +6,7 @@
 
 #include "entry/cli/command.h"
 #include "outlook/evolution/desktop.h"
-#include "text/ascii.h"
+#include "text/shown_text.h"
 
 namespace vlout::entry::cli {
 namespace {

@@ -44,16 +44,15 @@ QIcon icon() {
 }
 
 void run(const std::filesystem::path& folder, const std::filesystem::path& contacts) {
-  auto toolkit = std::make_unique<vlout::ui::qt::QtToolkit>();
-  auto& messages = *toolkit;
   const vlout::history::EmptiedFolder emptied{
       .askAgain = true, .howToGoOn = "그래도 내보내려면 한 번 더 시작하십시오."};
-  vlout::entry::Runtime runtime(
-      folder, vlout::entry::cli::makePlatform(folder, contacts, std::move(toolkit), emptied));
   try {
+    auto toolkit = std::make_unique<vlout::ui::qt::QtToolkit>();
+    vlout::entry::Runtime runtime(
+        folder, vlout::entry::cli::makePlatform(folder, contacts, std::move(toolkit), emptied));
     vlout::entry::ORUN(runtime).OUTSYNCRUN();
   } catch (const std::exception& error) {
-    messages.messageBox(vlout::ui::MessageIcon::Critical, error.what());
+    vlout::ui::qt::QtToolkit().messageBox(vlout::ui::MessageIcon::Critical, error.what());
   }
 }
 

@@ -109,8 +109,9 @@ std::string EvolutionStore::chooseCategories() {
 }
 
 // Each save of the service is for good when it answers.
-void EvolutionStore::flush() {
+std::vector<LostSave> EvolutionStore::flush() {
   if (times_) times_->flush();
+  return {};
 }
 
 bool EvolutionStore::isGroupAt(std::size_t position) const {

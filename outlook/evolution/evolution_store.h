@@ -62,7 +62,7 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
   [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
   [[nodiscard]] std::unique_ptr<Contact> create() override;
   [[nodiscard]] std::string chooseCategories() override;
-  void flush() override;
+  [[nodiscard]] std::vector<LostSave> flush() override;
 
  private:
   struct Item {
