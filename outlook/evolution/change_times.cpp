@@ -112,7 +112,13 @@ ChangeTimes::Known ChangeTimes::found(const std::string& uid, const std::string&
     const bool isLater = revision && (!contact.last || *revision > contact.last->time);
     // A server whose clock is ahead does not make changes of the future.
     now.time = isLater && *revision <= present ? *revision : present;
-    if (contact.last) now.vlid = contact.last->vlid;
+    if (contact.last) {
+      // The rows' dates are whole seconds: within the second of the last change it would be lost.
+      if (now.time.seconds <= contact.last->time.seconds) {
+        now.time = {contact.last->time.seconds + 1, 0};
+      }
+      now.vlid = contact.last->vlid;
+    }
   }
   contact.last = std::move(now);
   contact.pending.reset();

@@ -1,0 +1,138 @@
+"""The program on a CardDAV book, as its user and a phone see it, and runs that are killed.
+
+Runs inside tests/support/desktop_session; the server's own files are what every other client sees.
+"""
+import os
+import re
+import signal
+import sqlite3
+import subprocess
+import sys
+import time
+import urllib.request
+from pathlib import Path
+
+program = sys.argv[1]
+files = Path(os.environ["VLOUT_DAV_FILES"])
+folder = Path(os.environ["HOME"]) / "component"
+cards = 40
+
+
+def vloutsync(*arguments, status=0):
+    done = subprocess.run([program, *arguments, "--folder", folder], capture_output=True, text=True)
+    assert done.returncode == status, (arguments, done.returncode, done.stdout, done.stderr)
+    return done.stdout + done.stderr
+
+
+def run(transfer):
+    command = ["run", transfer, "--contacts", "book:Server", "--on-conflict", "newer"]
+    return command + (["--range", "all"] if transfer == "export" else [])
+
+
+def book():
+    """The cards on the server by their key."""
+    result = {}
+    for file in files.glob("*.vcf"):
+        text = file.read_text()
+        key = int(re.search(r"^X-VLID:(\d+)", text, re.M).group(1))
+        assert key not in result, f"two contacts of card {key}"
+        result[key] = (file, text)
+    return result
+
+
+def put(file, text):
+    request = urllib.request.Request(os.environ["VLOUT_DAV_URL"] + file.name, text.encode(), method="PUT",
+                                     headers={"Content-Type": "text/vcard"})
+    urllib.request.urlopen(request)
+
+
+def titles():
+    with sqlite3.connect(folder / "VelmoraDB.vdb", timeout=30) as database:
+        return dict(database.execute("SELECT i_idx, JobTitle FROM tbl_namecard"))
+
+
+def retitle(keys, title):
+    stamp = time.strftime("%Y/%m/%d %H:%M:%S", time.localtime(time.time() + 1))
+    with sqlite3.connect(folder / "VelmoraDB.vdb", timeout=30) as database:
+        for key in keys:
+            database.execute("UPDATE tbl_namecard SET JobTitle=?, Last_moddate=? WHERE i_idx=?",
+                             (f"{title}{key}", stamp, key))
+
+
+def factories():
+    for process in Path("/proc").glob("[0-9]*"):
+        try:
+            ours = f"HOME={os.environ['HOME']}\0".encode() in (process / "environ").read_bytes()
+            if ours and b"addressbook-factory" in (process / "cmdline").read_bytes():
+                yield int(process.name)
+        except OSError:
+            pass
+
+
+def kill_during(transfer, after, victim):
+    worker = subprocess.Popen([program, *run(transfer), "--folder", folder], stdout=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL)
+    time.sleep(after)
+    for process in [worker.pid] if victim == "program" else list(factories()):
+        os.kill(process, signal.SIGKILL)
+    worker.wait(60)
+
+
+def agree():
+    """Runs until there is nothing left to do; then both sides say the same."""
+    for transfer in ("export", "import", "sync"):
+        vloutsync(*run(transfer))
+    for transfer in ("export", "import"):
+        assert "추가=0/갱신=0" in vloutsync(*run(transfer))
+    rows, contacts = titles(), book()
+    assert rows.keys() == contacts.keys(), rows.keys() ^ contacts.keys()
+    for key, title in rows.items():
+        assert not title or f"TITLE:{title}" in contacts[key][1], (key, title, contacts[key][1])
+
+
+vloutsync("sample", "--cards", str(cards))
+vloutsync(*run("export"))
+assert len(book()) == cards
+agree()
+
+# What a phone writes comes in, although it drops what it does not know.
+file, text = book()[1]
+put(file, re.sub(r"^X-VLID.*\r?\n", "", re.sub(r"^TITLE:.*\r?\n", "", text, flags=re.M), flags=re.M)
+    .replace("END:VCARD", "TITLE:전화에서\r\nEND:VCARD"))
+assert "추가=0/갱신=1" in vloutsync(*run("import"))
+assert titles()[1] == "전화에서"
+agree()
+
+# Killed at any time, nothing is doubled or lost.
+steps = [("export", "program"), ("import", "program"), ("sync", "program"),
+         ("export", "service"), ("import", "service"), ("sync", "service")]
+for number, (transfer, victim) in enumerate(steps * 2):
+    retitle(range(1, cards, 2), f"행{number}-")
+    for key in range(2, cards, 4):
+        file, text = book()[key]
+        put(file, re.sub(r"^TITLE:.*\r?\n", "", text, flags=re.M)
+            .replace("END:VCARD", f"TITLE:손{number}-{key}\r\nEND:VCARD"))
+    kill_during(transfer, 0.15 + 0.1 * (number % 4), victim)
+    agree()
+    assert titles()[2] == f"손{number}-2" and titles()[1] == f"행{number}-1"
+
+# An edit made since a run is named by undo, which then does nothing unless it is told to.
+before = {key: re.search(r"^TITLE:(.*?)\r?$", text, re.M).group(1) for key, (_, text) in book().items()
+          if "TITLE:" in text}
+retitle([3], "다시")
+vloutsync(*run("export"))
+file, text = book()[3]
+assert "TITLE:다시3" in text
+put(file, text.replace("TITLE:다시3", "TITLE:그 뒤"))
+said = vloutsync("undo", "--yes", status=1)
+assert "연락처 고침" in said, said
+assert "TITLE:그 뒤" in book()[3][1]
+vloutsync("undo", "--yes", "--force")
+assert f"TITLE:{before[3]}" in book()[3][1] and titles()[3] == before[3]
+agree()
+assert titles()[3] == before[3]
+
+# Back before the first run: nothing of it is left.
+first = vloutsync("history").split("\t")[0]
+vloutsync("undo", first, "--yes", "--force")
+assert not list(files.glob("*.vcf"))
