@@ -82,12 +82,15 @@ void EvolutionStore::add(StoredCard card) {
   items_.push_back(std::move(item));
 }
 
-std::vector<std::string> EvolutionStore::keys() const {
-  std::vector<std::string> result;
-  for (const Item& item : items_) {
-    if (item.vlid && !item.isGroup) result.push_back(*item.vlid);
-  }
-  return result;
+std::string EvolutionStore::keyWhenOpened(std::size_t index) const {
+  const Item& item = at(index);
+  return item.isGroup ? std::string() : item.vlid.value_or("");
+}
+
+PersonName EvolutionStore::nameWhenOpened(std::size_t index) const {
+  const Item& item = at(index);
+  const bool isKeyed = item.vlid && !item.vlid->empty();
+  return item.isGroup || isKeyed ? PersonName() : vcard::nameOf(vcard::CardText(item.text));
 }
 
 std::unique_ptr<Contact> EvolutionStore::item(std::size_t index) {

@@ -58,7 +58,8 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
 
   [[nodiscard]] std::vector<std::string> folderNotices() const override { return notices_; }
   [[nodiscard]] std::size_t count() const override { return items_.size(); }
-  [[nodiscard]] std::vector<std::string> keys() const override;
+  [[nodiscard]] std::string keyWhenOpened(std::size_t index) const override;
+  [[nodiscard]] PersonName nameWhenOpened(std::size_t index) const override;
   [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
   [[nodiscard]] std::unique_ptr<Contact> create() override;
   [[nodiscard]] std::string chooseCategories() override;
