@@ -19,6 +19,19 @@ std::string withKey(const std::string& text, const std::string& vlid) {
   return text.substr(0, end) + "X-VLID:" + vlid + "\r\n" + text.substr(end);
 }
 
+// A kept contact with the remark by which the service tells what the server has now, which is in
+// `current`, or none.
+std::string withRemarkOf(const std::string& current, const std::string& kept) {
+  constexpr const char* kRemark = "X-EVOLUTION-WEBDAV-ETAG";
+  vcard::CardText card(kept);
+  while (const auto line = card.firstNamed(kRemark)) card.remove(*line);
+  if (!current.empty()) {
+    const vcard::CardText now(current);
+    if (const auto line = now.firstNamed(kRemark)) card.append(now.property(*line));
+  }
+  return card.write();
+}
+
 }  // namespace
 
 bool EvolutionStore::connect() {
@@ -186,9 +199,9 @@ void EvolutionStore::putBack(const std::string& cardText, ChangeTime time) {
     requireUnchanged(*item);
     uid = item->uid;
     times_->saving(uid, cardText, vlid, time);
-    book_->modify(cardText);
+    book_->modify(withRemarkOf(item->text, cardText));
   } else {
-    uid = book_->add({cardText}).at(0);
+    uid = book_->add({withRemarkOf("", cardText)}).at(0);
   }
   times_->saved(uid, book_->get(uid).value_or(cardText), vlid, time);
 }

@@ -6,6 +6,9 @@
 namespace vlout::outlook::evolution {
 namespace {
 
+// The service's own choice would be to overwrite what it has not heard of yet from the server.
+constexpr guint32 kKeepOthersEdits = E_BOOK_OPERATION_FLAG_CONFLICT_FAIL;
+
 // A call that failed since the service is not there any more.
 class ServiceGone : public ContactStoreError {
  public:
@@ -176,8 +179,8 @@ class OpenBook : public Book {
       const Contacts contacts(texts);
       GSList* uids = nullptr;
       Error error;
-      if (e_book_client_add_contacts_sync(client.get(), contacts.get(), E_BOOK_OPERATION_FLAG_NONE,
-                                          &uids, cancellable, error.out()) == FALSE) {
+      if (e_book_client_add_contacts_sync(client.get(), contacts.get(), kKeepOthersEdits, &uids,
+                                          cancellable, error.out()) == FALSE) {
         fail(book, error);
       }
       std::vector<std::string> result;
@@ -193,7 +196,7 @@ class OpenBook : public Book {
     call([text](const Client& client, const std::string& book, GCancellable* cancellable) {
       const Ref<EContact> contact(e_contact_new_from_vcard(text.c_str()));
       Error error;
-      if (e_book_client_modify_contact_sync(client.get(), contact.get(), E_BOOK_OPERATION_FLAG_NONE,
+      if (e_book_client_modify_contact_sync(client.get(), contact.get(), kKeepOthersEdits,
                                             cancellable, error.out()) == FALSE) {
         fail(book, error);
       }
@@ -204,9 +207,8 @@ class OpenBook : public Book {
   void remove(const std::string& uid) override {
     call([uid](const Client& client, const std::string& book, GCancellable* cancellable) {
       Error error;
-      if (e_book_client_remove_contact_by_uid_sync(client.get(), uid.c_str(),
-                                                   E_BOOK_OPERATION_FLAG_NONE, cancellable,
-                                                   error.out()) == FALSE) {
+      if (e_book_client_remove_contact_by_uid_sync(client.get(), uid.c_str(), kKeepOthersEdits,
+                                                   cancellable, error.out()) == FALSE) {
         fail(book, error);
       }
       return true;

@@ -227,16 +227,25 @@ TEST_P(EvolutionStoreTest, WhatAPhoneWritesArrives) {
   card = text::replaceAll(card, "X-VLID:7\r\n", "");
   card = text::replaceAll(card, "FN:홍길동", "FN:홍길순");
   card = text::replaceAll(card, "N:홍;길동", "N:홍;길순");
-  tests::writeFile(folder.path() / "phone.vcf", card);
-  const std::string put = "curl -sf -X PUT -H 'Content-Type: text/vcard' --data-binary @" +
-                          (folder.path() / "phone.vcf").string() + " " +
-                          inSession("VLOUT_DAV_URL") + file;
-  ASSERT_EQ(std::system(put.c_str()), 0);
+  const auto put = [&] {
+    tests::writeFile(folder.path() / "phone.vcf", card);
+    const std::string command = "curl -sf -X PUT -H 'Content-Type: text/vcard' --data-binary @" +
+                                (folder.path() / "phone.vcf").string() + " " +
+                                inSession("VLOUT_DAV_URL") + file;
+    ASSERT_EQ(std::system(command.c_str()), 0);
+  };
+  put();
   const auto store = open();
   const auto contact = store->item(1);
   EXPECT_EQ(contact->text(P::FullName), "홍길순");
   EXPECT_EQ(readVLID(*contact), "7");
   EXPECT_GT(contact->lastModificationTime(), before);
+  // It writes while a run is under way, and the desktop does not know it yet.
+  card = text::replaceAll(card, "END:VCARD", "TITLE:전화에서\r\nEND:VCARD");
+  put();
+  contact->setText(P::JobTitle, "과장");
+  EXPECT_THROW(contact->save(), ContactStoreError);
+  EXPECT_NE(tests::readFile(files / file).find("TITLE:전화에서"), std::string::npos);
 }
 
 TEST_P(EvolutionStoreTest, BooksAreListedAndChosenByName) {
