@@ -13,7 +13,7 @@ namespace {
 
 using outlook::evolution::BookInfo;
 
-std::string quoted(std::string_view text) {
+std::string asJson(std::string_view text) {
   constexpr std::string_view kDigits = "0123456789abcdef";
   std::string result = "\"";
   for (const char c : text) {
@@ -44,13 +44,14 @@ void printLine(const BookInfo& book, std::ostream& out) {
 
 void printObject(const BookInfo& book, std::ostream& out) {
   const char* const writable = !book.writable ? "null" : *book.writable ? "true" : "false";
-  out << "{\"uid\": " << quoted(book.uid) << ", \"name\": " << quoted(book.name)
-      << ", \"account\": " << quoted(book.account) << ", \"kind\": " << quoted(book.kind)
+  out << "{\"uid\": " << asJson(book.uid) << ", \"name\": " << asJson(book.name)
+      << ", \"account\": " << asJson(book.account) << ", \"kind\": " << asJson(book.kind)
       << ", \"writable\": " << writable << ", \"contacts\": " << contactsOf(book, "null")
       << ", \"default\": " << (book.isDefault ? "true" : "false")
-      << ", \"problem\": " << (book.failure.empty() ? "null" : quoted(book.failure)) << "}";
+      << ", \"problem\": " << (book.failure.empty() ? "null" : asJson(book.failure)) << "}";
 }
 
+// A line for each book, or an array of objects.
 void printBooks(bool json, std::ostream& out) {
   const auto books = outlook::evolution::Desktop([] {}).books();
   if (!json) {

@@ -3,14 +3,18 @@ _vloutsync() {
   local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local choices=
   case $previous in
-    vloutsync) choices="init sample convert-jet run history undo window --help --version" ;;
+    vloutsync) choices="init sample convert-jet run books history undo window --help --version" ;;
     run) choices="import export sync" ;;
     --range) choices="selected group all" ;;
     --on-conflict) choices="skip newer card outlook stop" ;;
     --set) choices="chadd= $(printf 'OUT_CHECK%d= ' {1..10})" ;;
-    --folder | --contacts)
+    --folder)
       compopt -o dirnames
       return
+      ;;
+    --contacts)
+      compopt -o dirnames
+      choices="book:"
       ;;
     --cards | --seed) return ;;
     convert-jet)
@@ -23,6 +27,7 @@ _vloutsync() {
         undo) choices="--folder --preview --force --yes" ;;
         window) choices="--folder --contacts" ;;
         init | history | convert-jet) choices="--folder" ;;
+        books) choices="--json" ;;
         sample) choices="--folder --cards --seed" ;;
       esac
       ;;
