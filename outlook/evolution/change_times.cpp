@@ -13,9 +13,9 @@
 #include "outlook/evolution/fingerprint.h"
 #include "outlook/evolution/uid_word.h"
 #include "outlook/vcard/card_text.h"
+#include "posix/file_descriptor.h"
 #include "text/ascii.h"
 #include "text/date_time.h"
-#include "text/file_descriptor.h"
 
 namespace vlout::outlook::evolution {
 namespace {
@@ -154,7 +154,7 @@ void ChangeTimes::append(char kind, const std::string& uid, const Entry& entry) 
   if (!keeps_) return;
   flush();
   fs::create_directories(file_.parent_path());
-  const text::FileDescriptor file(
+  const posix::FileDescriptor file(
       ::open(file_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
   const std::string text = line(kind, uid, entry);
   if (file.get() < 0 ||

@@ -216,13 +216,15 @@ void EvolutionStore::remove(const std::string& cardText) {
 void EvolutionStore::saveCard(std::size_t position, const std::string& cardText,
                               std::optional<std::string> vlid, const std::string& row) {
   Item& item = items_[position - 1];
+  // An edit within the second of the last transfer was put a second ahead. A save must not take
+  // that back: killed before its row was written, it would leave the pair in step without the edit.
+  const ChangeTime time = std::max(ChangeTime::now(), item.time);
   if (isPreview()) {
     item.text = cardText;
-    item.time = ChangeTime::now();
+    item.time = time;
   } else {
     requireUnchanged(item);
     if (settings_.watcher) settings_.watcher->beforeWriting();
-    const ChangeTime time = ChangeTime::now();
     times_->saving(item.uid, cardText, vlid, time);
     announce(item.uid, cardText, time, row);
     book_->modify(cardText);

@@ -8,7 +8,7 @@
 
 #include "outlook/evolution/uid_word.h"
 #include "outlook/vcard/folder.h"
-#include "text/file_descriptor.h"
+#include "posix/file_descriptor.h"
 #include "text/file_path.h"
 
 namespace vlout::outlook::evolution {
@@ -40,7 +40,7 @@ std::string bookOfMirror(const fs::path& componentFolder, const fs::path& folder
 Mirror::Mirror(fs::path folder) : folder_(std::move(folder)) {
   fs::create_directories(folder_);
   fs::permissions(folder_.parent_path(), fs::perms::owner_all);
-  const text::FileDescriptor directory(text::openUnnoticed(folder_.c_str(), O_DIRECTORY));
+  const posix::FileDescriptor directory(posix::openUnnoticed(folder_.c_str(), O_DIRECTORY));
   const bool isRead = vcard::forEachCardFile(directory.get(), [&](const char* name) {
     struct stat status {};
     if (::fstatat(directory.get(), name, &status, 0) != 0) return;
