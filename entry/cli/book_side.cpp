@@ -90,8 +90,9 @@ void BookSide::use(Platform& platform,
     return self.makeStore(std::make_shared<history::RecordedBook>(recorder));
   };
   platform.makePreview = [self = *this] {
-    return std::make_unique<StorePreview>(
-        [&](outlook::vcard::FieldChanged changed) { return self.makePreviewStore(changed); });
+    return std::make_unique<StorePreview>([&](outlook::vcard::FieldChanged changed) {
+      return self.makePreviewStore(std::move(changed));
+    });
   };
   platform.completeCutShort = [complete = platform.completeCutShort](
                                   store::Connection& connection, outlook::ContactStore& contacts) {
