@@ -17,8 +17,10 @@ class ServiceGone : public ContactStoreError {
 
 [[noreturn]] void fail(const std::string& book, const Error& error) {
   const std::string text = book + ": " + error.text();
-  const bool isGone = error.is(G_DBUS_ERROR) || error.is(G_IO_ERROR, G_IO_ERROR_CLOSED) ||
+  // A service that is only just starting again answers in several ways.
+  const bool isGone = error.is(G_DBUS_ERROR) || error.is(G_IO_ERROR) ||
                       error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_DBUS_ERROR) ||
+                      error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_OTHER_ERROR) ||
                       error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_NOT_OPENED);
   if (isGone) throw ServiceGone(text);
   throw ContactStoreError(text);
