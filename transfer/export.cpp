@@ -56,21 +56,22 @@ std::optional<Export::Pair> Export::findRow(Contact& contact, std::size_t positi
     reportDouble(contact);
     return std::nullopt;
   }
-  const auto key = outlook::keyOf(contact);
-  if (key) {
-    if (const auto row = list_.findById(*key)) return Pair{*row, true};
-    reportUnusableKey(contact, *key);
-  }
   try {
+    const auto key = outlook::keyOf(contact);
+    if (key) {
+      if (const auto row = list_.findById(*key)) return Pair{*row, true};
+      reportUnusableKey(contact, *key);
+    }
     return findRowByPerson(contact, key.has_value());
   } catch (const outlook::ContactStoreError&) {
-    reserveRowsOf(position);
+    if (contacts_.keyWhenOpened(position).empty()) reserveRowsOf(position);
     throw;
   }
 }
 
-// A contact that cannot be read may be that of any listed card of the name that it had: none of
-// them must get a second one. Where even the name is unknown, it may be that of any card.
+// A contact without a key that cannot be read may be that of any listed card of the name that it
+// had: none of them must get a second one. Where even the name is unknown, it may be that of any
+// card that was sent before.
 void Export::reserveRowsOf(std::size_t position) {
   const outlook::PersonName name = contacts_.nameWhenOpened(position);
   if (name.empty()) hidesContacts_ = true;

@@ -55,11 +55,11 @@ void Import::compareContact(Contact& contact, std::size_t position) {
       return;
     }
     reportUnusableKey(contact, *key);
-    if (!findDuplicateByName(personOf(contact))) pending_.push_back(position);
+    if (!findDuplicateByName(personOf(contact))) addLater(contact, position);
   } else if (const auto row = findRowOfPerson(contact)) {
     if (!row->taken) mergeInto(row->id, contact);
   } else {
-    pending_.push_back(position);
+    addLater(contact, position);
   }
 }
 
@@ -74,11 +74,11 @@ void Import::collectContact(Contact& contact, std::size_t position) {
     }
     reportUnusableKey(contact, *key);
     if (text::parseInteger(*key) && store::cardExists(connection_, *key)) return;
-    if (!findDuplicateByName(personOf(contact))) pending_.push_back(position);
+    if (!findDuplicateByName(personOf(contact))) addLater(contact, position);
   } else if (const auto row = findRowOfPerson(contact)) {
     if (const auto listed = list_.findById(row->id); listed && !row->taken) list_.remove(*listed);
   } else {
-    pending_.push_back(position);
+    addLater(contact, position);
   }
 }
 
@@ -157,20 +157,33 @@ Import::Compared Import::compareForImport(const std::string& rowId, Contact& con
 
 // --- adding -------------------------------------------------------------------------------------
 
+void Import::addLater(Contact& contact, std::size_t position) {
+  pending_.push_back(position);
+  pendingNames_.emplace(position, outlook::joinedName(contact));
+}
+
 void Import::addPhase() {
   if (pending_.empty()) return;
+  const auto keyOf = [&](std::size_t position) {
+    return std::string(text::trim(contacts_.keyWhenOpened(position)));
+  };
+  const std::unordered_set<std::size_t> pending(pending_.begin(), pending_.end());
   for (std::size_t i = 1; i <= contacts_.count(); ++i) {
-    ++keptNumbers_[std::string(text::trim(contacts_.keyWhenOpened(i)))];
-  }
-  // What is about to be numbered anew does not keep its number.
-  for (const std::size_t position : pending_) {
-    --keptNumbers_[std::string(text::trim(contacts_.keyWhenOpened(position)))];
+    if (pending.contains(i)) {
+      waiting_.emplace(keyOf(i), i);
+    } else {
+      keptNumbers_.insert(keyOf(i));
+    }
   }
   PhaseLine heading(window_, "연락처 추가", pending_.size());
   for (std::size_t n = 0; n < pending_.size(); ++n) {
+    const std::size_t position = pending_[n];
     heading.advance(n + 1);
     static_cast<void>(window_.yield());
-    guarded([&] { return nameWhenOpened(pending_[n]); }, [&] { addContactAsRow(pending_[n]); });
+    std::erase_if(waiting_, [&](const auto& each) { return each.second == position; });
+    const bool done =
+        guarded([&] { return pendingNames_.at(position); }, [&] { addContactAsRow(position); });
+    if (!done) keptNumbers_.insert(keyOf(position));
   }
   heading.finish();
 }
@@ -179,10 +192,27 @@ void Import::addPhase() {
 // were a new row to get it, that contact would be taken for the new row's.
 std::string Import::nextFreeId() {
   for (int id = store::nextCardId(connection_); id <= INT16_MAX; ++id) {
-    const auto kept = keptNumbers_.find(std::to_string(id));
-    if (kept == keptNumbers_.end() || kept->second == 0) return std::to_string(id);
+    const std::string number = std::to_string(id);
+    if (!keptNumbers_.contains(number) && releaseNumber(number)) return number;
   }
   throw std::overflow_error("명함 번호가 32767을 넘습니다.");
+}
+
+// Takes a number off the contacts that carry it and are to get another later in this run: should
+// their turn fail, they must not keep one that is somebody else's by then. False when one does.
+bool Import::releaseNumber(const std::string& number) {
+  const auto [first, last] = waiting_.equal_range(number);
+  for (auto each = first; each != last; each = waiting_.erase(each)) {
+    try {
+      const auto contact = contacts_.item(each->second);
+      outlook::addVLID(*contact, "");
+      contact->save();
+    } catch (const outlook::ContactStoreError&) {
+      keptNumbers_.insert(number);  // its own turn will report it
+      return false;
+    }
+  }
+  return true;
 }
 
 void Import::addContactAsRow(std::size_t position) {
@@ -209,12 +239,12 @@ void Import::addContactAsRow(std::size_t position) {
 // The number is free for the next row now, so the contact must not keep it. Where it cannot be
 // taken back, the number is not free.
 void Import::giveBackKey(Contact& contact, const std::string& key, const std::string& rowId) {
-  ++keptNumbers_[key];
+  keptNumbers_.insert(key);
   try {
     outlook::addVLID(contact, key);
     contact.save();
   } catch (const outlook::ContactStoreError&) {
-    ++keptNumbers_[rowId];  // the failure that led here is the one that is reported
+    keptNumbers_.insert(rowId);  // the failure that led here is the one that is reported
   }
 }
 

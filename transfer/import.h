@@ -5,6 +5,7 @@
 
 #include <string>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "outlook/field_map.h"
@@ -57,17 +58,22 @@ class Import : private Transfer {
   [[nodiscard]] std::optional<std::string> findDuplicateByName(const Person& person);
   [[nodiscard]] std::optional<std::string> findDuplicate(outlook::Contact& contact);
 
+  void addLater(outlook::Contact& contact, std::size_t position);
   void addPhase();
   void addContactAsRow(std::size_t position);
   void giveBackKey(outlook::Contact& contact, const std::string& key, const std::string& rowId);
   [[nodiscard]] std::string nextFreeId();
+  [[nodiscard]] bool releaseNumber(const std::string& number);
 
   std::vector<std::size_t>& pending_;
+  std::unordered_map<std::size_t, std::string> pendingNames_;
   ImportOptions options_;
   TargetFolder target_;
   RowUpdate rowUpdate_;
-  // How many contacts carry a number and will keep it: no new row gets such a number.
-  std::unordered_map<std::string, int> keptNumbers_;
+  // The numbers that contacts carry and will keep: no new row gets such a number.
+  std::unordered_set<std::string> keptNumbers_;
+  // The contacts that are still to be numbered anew, by the number that they carry.
+  std::unordered_multimap<std::string, std::size_t> waiting_;
   int added_ = 0;
   int updated_ = 0;
   int conflicts_ = 0;

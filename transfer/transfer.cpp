@@ -56,7 +56,8 @@ void Transfer::openFolder() {
   for (auto first = carriers.begin(); first != carriers.end();) {
     const auto last = std::find_if(first, carriers.end(),
                                    [&](const Carrier& each) { return each.row != first->row; });
-    if (last - first > 1) leaveOutDoubles({first, last});
+    // An item that could not be opened may carry the key too.
+    if (last - first > 1 || contacts_.mayHideContacts()) leaveOutDoubles({first, last});
     first = last;
   }
 }
@@ -69,7 +70,8 @@ void Transfer::leaveOutDoubles(std::span<const Carrier> carriers) {
 }
 
 // The contact that the row was last transferred with, else the one of its name, else the first.
-// When one of them cannot be read and no other is known by its time, it may be any.
+// When one of them cannot be read and no other is known by its time, it may be any; the only one is
+// known by the name as well where others may be hidden.
 std::optional<std::size_t> Transfer::ownerOf(const WorkListRow& row,
                                              std::span<const Carrier> carriers) {
   const auto transferred = text::parseDateTime(row.outlookModified);
@@ -77,24 +79,31 @@ std::optional<std::size_t> Transfer::ownerOf(const WorkListRow& row,
   std::optional<std::size_t> owner;
   int best = -1;
   bool unreadable = false;
-  for (const Carrier& each : carriers) {
+  const auto holds = [&](auto claim) {
     try {
-      const auto contact = contacts_.item(each.contact);
-      const bool sameTime =
-          transferred && *transferred == text::toWholeSeconds(contact->lastModificationTime());
-      const std::string last = contact->text(ContactProperty::LastName);
-      const std::string first = contact->text(ContactProperty::FirstName);
-      const bool sameName = outlook::normalize(last + first) == rowName ||
-                            outlook::normalize(first + last) == rowName;
-      const int claim = (sameTime ? 2 : 0) + (sameName ? 1 : 0);
-      if (claim > best) owner = each.contact;
-      best = std::max(best, claim);
+      return claim();
     } catch (const outlook::ContactStoreError&) {
       unreadable = true;  // reported when its turn comes
+      return false;
     }
+  };
+  for (const Carrier& each : carriers) {
+    const auto contact = contacts_.item(each.contact);
+    const bool sameTime = holds([&] {
+      return transferred && *transferred == text::toWholeSeconds(contact->lastModificationTime());
+    });
+    const bool sameName = holds([&] {
+      const std::string last = contact->text(ContactProperty::LastName);
+      const std::string first = contact->text(ContactProperty::FirstName);
+      return outlook::normalize(last + first) == rowName ||
+             outlook::normalize(first + last) == rowName;
+    });
+    const int claim = (sameTime ? 2 : 0) + (sameName ? 1 : 0);
+    if (claim > best) owner = each.contact;
+    best = std::max(best, claim);
   }
-  if (unreadable && best < 2) return std::nullopt;
-  return owner;
+  const int needed = carriers.size() == 1 ? 1 : unreadable ? 2 : 0;
+  return best < needed ? std::nullopt : owner;
 }
 
 void Transfer::reportFolderNotices() {
@@ -103,12 +112,17 @@ void Transfer::reportFolderNotices() {
   }
 }
 
-std::string Transfer::nameWhenOpened(std::size_t position) const {
+std::string Transfer::nameOfRecord(std::size_t position) {
   if (const auto row = list_.find(text::trim(contacts_.keyWhenOpened(position)))) {
     return list_.row(*row).name;
   }
   const outlook::PersonName name = contacts_.nameWhenOpened(position);
-  return name.empty() ? "#" + std::to_string(position) : name.last + name.first;
+  if (!name.empty()) return name.last + name.first;
+  try {
+    return outlook::joinedName(*contacts_.item(position));
+  } catch (const outlook::ContactStoreError&) {
+    return "#" + std::to_string(position);
+  }
 }
 
 void Transfer::removeRowOf(std::size_t position) {

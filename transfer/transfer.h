@@ -88,8 +88,8 @@ class Transfer {
   // The row of that person by the normalised name, family name first or given name first.
   [[nodiscard]] std::optional<PersonMatch::Choice> findByPerson(outlook::Contact& contact) const;
 
-  // What the record of a contact is called when it cannot be read.
-  [[nodiscard]] std::string nameWhenOpened(std::size_t position) const;
+  // What the record of a contact is called when its step has failed.
+  [[nodiscard]] std::string nameOfRecord(std::size_t position);
 
   // True for a contact whose key another contact of the folder has a better claim to: a copy that
   // took it along. It takes no part in the run.
@@ -150,7 +150,7 @@ RunEnd Transfer::forEachContact(PhaseLine* heading, Stopping stopping, Step step
     }
     stopped_ = window_.yield() && stopping == Stopping::Possible;
     if (stopped_) break;
-    const bool done = guarded([&] { return nameWhenOpened(i); },
+    const bool done = guarded([&] { return nameOfRecord(i); },
                               [&] {
                                 const auto contact = contacts_.item(i);
                                 if (contact->typeName() == outlook::kContactItem) step(*contact, i);

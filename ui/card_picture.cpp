@@ -36,15 +36,13 @@ class TemporaryFile {
   std::filesystem::path path_;
 };
 
-// True when there was one of that name.
-bool removeAttachments(outlook::Contact& contact, std::string_view name) {
-  bool removed = false;
+// Sets `removed` with the first one that goes.
+void removeAttachments(outlook::Contact& contact, std::string_view name, bool& removed) {
   for (std::size_t i = contact.attachmentCount(); i >= 1; --i) {
     if (!text::equalsIgnoringCase(contact.attachmentName(i), name)) continue;
     contact.removeAttachment(i);
     removed = true;
   }
-  return removed;
 }
 
 }  // namespace
@@ -63,7 +61,7 @@ void CardPictureFiles::attach(outlook::Contact& contact, const store::Recordset&
     saveFieldToFile(file.path(), *picture, FieldSaving::Chunks, kChunk);
     std::string name(store::nullSafe(row.field("Fname")));
     if (name.empty()) name = text::pathText(file.path().filename());
-    removed = removeAttachments(contact, name);
+    removeAttachments(contact, name, removed);
     if (std::filesystem::exists(file.path())) contact.addAttachment(file.path(), name);
   } catch (const std::runtime_error& error) {
     // Saved now, the contact would have lost the picture that it had.

@@ -168,7 +168,13 @@ void OutlookContact::addAttachment(const std::filesystem::path& file, std::strin
   guarded([&] {
     const Dispatch added =
         attachments().object("Add", classes_.attachment, {textValue(text::pathText(file))});
-    added.put("DisplayName", textValue(name));  // its file name stays that of the source
+    try {
+      added.put("DisplayName", textValue(name));  // its file name stays that of the source
+    } catch (...) {
+      // Under another name it would be no picture of the card's, and stay for ever.
+      attachments().call("Remove", {position(attachmentCount())});
+      throw;
+    }
   });
 }
 

@@ -194,6 +194,28 @@ TEST_F(ImportTest, NewRowsTakeTheNextNumbers) {
   EXPECT_THAT(importAll(), Contains("가져오기 완료|추가=0/갱신=0|"));
 }
 
+TEST_F(ImportTest, ANumberIsTakenWhileAContactMayCarryIt) {
+  // Card 2 was deleted. Its contact changes before its turn to be numbered anew, which fails.
+  for (const bool carrierFirst : {true, false}) {
+    startAfresh();
+    addCard(1, {{"FullName", "이영희"}});
+    const std::string carrier = carrierFirst ? "a.vcf" : "b.vcf";
+    const std::string other = carrierFirst ? "b.vcf" : "a.vcf";
+    const std::string lines = "N:홍;길동;;;\r\nTEL;TYPE=CELL:2\r\nX-VLID:2\r\n";
+    writeContact(carrier, lines, "2025/01/01 00:00:00");
+    writeContact(other, "N:김;철수;;;\r\nTEL;TYPE=CELL:1\r\n", "2025/01/01 00:00:00");
+    int pumps = 0;
+    toolkit->onPump = [&] {
+      if (++pumps == 3) writeContact(carrier, lines, "2025/01/01 00:00:01");
+    };
+    EXPECT_THAT(importAll(), AllOf(Contains(StartsWith("실패→(홍길동)")),
+                                   Contains("가져오기 완료|추가=1/갱신=0|")));
+    toolkit->onPump = nullptr;
+    EXPECT_THAT(contactText(other), HasSubstr("X-VLID:3\r\n")) << carrierFirst;
+    EXPECT_THAT(importAll(), Contains("가져오기 완료|추가=1/갱신=0|"));
+  }
+}
+
 TEST_F(ImportTest, ADoubleIsLeftAloneAndItsNumberToo) {
   // Two cards of one person were imported and the second deleted: its contact is a double now, and
   // keeps the number that the next new row would get.
