@@ -59,7 +59,11 @@ std::optional<Export::Pair> Export::findRow(Contact& contact, std::size_t positi
   try {
     const auto key = outlook::keyOf(contact);
     if (key) {
-      if (const auto row = list_.findById(*key)) return Pair{*row, true};
+      if (const auto row = list_.findById(*key)) {
+        if (!mayBeCopy(list_.row(*row), contact, position)) return Pair{*row, true};
+        reportDouble(contact);
+        return std::nullopt;
+      }
       reportUnusableKey(contact, *key);
     }
     return findRowByPerson(contact, key.has_value());

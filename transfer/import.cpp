@@ -49,6 +49,10 @@ void Import::compareContact(Contact& contact, std::size_t position) {
     if (const auto listed = list_.findById(*key)) {
       const PairedRow paired(list_, *listed);
       record_ = list_.row(*listed).name;
+      if (mayBeCopy(list_.row(*listed), contact, position)) {
+        reportDouble(contact);
+        return;
+      }
       const Compared result = compareForImport(list_.row(*listed).id, contact);
       if (result == Compared::Updated) ++updated_;
       if (result == Compared::Conflict) ++conflicts_;
@@ -192,7 +196,7 @@ void Import::addPhase() {
 // were a new row to get it, that contact would be taken for the new row's.
 std::string Import::nextFreeId() {
   for (int id = store::nextCardId(connection_); id <= INT16_MAX; ++id) {
-    const std::string number = std::to_string(id);
+    std::string number = std::to_string(id);
     if (!keptNumbers_.contains(number) && releaseNumber(number)) return number;
   }
   throw std::overflow_error("명함 번호가 32767을 넘습니다.");

@@ -31,6 +31,7 @@ void Sync::syncContact(Contact& contact, std::size_t position) {
   PairedRow paired(list_, *listed);
   const WorkListRow& row = list_.row(*listed);
   record_ = row.name;
+  if (mayBeCopy(row, contact, position)) return;
   const RowStamps stamps{.lastModified = text::parseDateTime(row.lastModified),
                          .outlookModified = text::parseDateTime(row.outlookModified),
                          .lastSync = text::parseDateTime(row.lastSync)};

@@ -14,6 +14,23 @@ namespace vlout::transfer {
 using outlook::Contact;
 using outlook::ContactProperty;
 
+namespace {
+
+// The row was last transferred with the contact as it is.
+bool hasTimeOf(const WorkListRow& row, Contact& contact) {
+  const auto transferred = text::parseDateTime(row.outlookModified);
+  return transferred && *transferred == text::toWholeSeconds(contact.lastModificationTime());
+}
+
+bool hasNameOf(const WorkListRow& row, Contact& contact) {
+  const std::string rowName = outlook::normalize(row.name);
+  const std::string last = contact.text(ContactProperty::LastName);
+  const std::string first = contact.text(ContactProperty::FirstName);
+  return outlook::normalize(last + first) == rowName || outlook::normalize(first + last) == rowName;
+}
+
+}  // namespace
+
 std::string Transfer::Counts::text() const {
   std::string text = "추가=" + std::to_string(added) + "/갱신=" + std::to_string(updated);
   if (conflicts != 0) text += "/충돌=" + std::to_string(conflicts);
@@ -56,8 +73,7 @@ void Transfer::openFolder() {
   for (auto first = carriers.begin(); first != carriers.end();) {
     const auto last = std::find_if(first, carriers.end(),
                                    [&](const Carrier& each) { return each.row != first->row; });
-    // An item that could not be opened may carry the key too.
-    if (last - first > 1 || contacts_.mayHideContacts()) leaveOutDoubles({first, last});
+    if (last - first > 1) leaveOutDoubles({first, last});
     first = last;
   }
 }
@@ -65,45 +81,34 @@ void Transfer::openFolder() {
 void Transfer::leaveOutDoubles(std::span<const Carrier> carriers) {
   const auto owner = ownerOf(list_.row(carriers.front().row), carriers);
   for (const Carrier& each : carriers) {
-    if (each.contact != owner) doubles_.insert(each.contact);
+    (each.contact == owner ? owners_ : doubles_).insert(each.contact);
   }
 }
 
 // The contact that the row was last transferred with, else the one of its name, else the first.
-// When one of them cannot be read and no other is known by its time, it may be any; the only one is
-// known by the name as well where others may be hidden.
+// When one of them cannot be read and no other is known by its time, it may be any.
 std::optional<std::size_t> Transfer::ownerOf(const WorkListRow& row,
                                              std::span<const Carrier> carriers) {
-  const auto transferred = text::parseDateTime(row.outlookModified);
-  const std::string rowName = outlook::normalize(row.name);
   std::optional<std::size_t> owner;
   int best = -1;
   bool unreadable = false;
-  const auto holds = [&](auto claim) {
+  for (const Carrier& each : carriers) {
     try {
-      return claim();
+      const auto contact = contacts_.item(each.contact);
+      const int claim = (hasTimeOf(row, *contact) ? 2 : 0) + (hasNameOf(row, *contact) ? 1 : 0);
+      if (claim > best) owner = each.contact;
+      best = std::max(best, claim);
     } catch (const outlook::ContactStoreError&) {
       unreadable = true;  // reported when its turn comes
-      return false;
     }
-  };
-  for (const Carrier& each : carriers) {
-    const auto contact = contacts_.item(each.contact);
-    const bool sameTime = holds([&] {
-      return transferred && *transferred == text::toWholeSeconds(contact->lastModificationTime());
-    });
-    const bool sameName = holds([&] {
-      const std::string last = contact->text(ContactProperty::LastName);
-      const std::string first = contact->text(ContactProperty::FirstName);
-      return outlook::normalize(last + first) == rowName ||
-             outlook::normalize(first + last) == rowName;
-    });
-    const int claim = (sameTime ? 2 : 0) + (sameName ? 1 : 0);
-    if (claim > best) owner = each.contact;
-    best = std::max(best, claim);
   }
-  const int needed = carriers.size() == 1 ? 1 : unreadable ? 2 : 0;
-  return best < needed ? std::nullopt : owner;
+  if (unreadable && best < 2) return std::nullopt;
+  return owner;
+}
+
+bool Transfer::mayBeCopy(const WorkListRow& row, Contact& contact, std::size_t position) {
+  if (!contacts_.mayHideContacts() || owners_.contains(position)) return false;
+  return !hasNameOf(row, contact) && !hasTimeOf(row, contact);
 }
 
 void Transfer::reportFolderNotices() {

@@ -94,6 +94,10 @@ class Transfer {
   // True for a contact whose key another contact of the folder has a better claim to: a copy that
   // took it along. It takes no part in the run.
   [[nodiscard]] bool isDouble(std::size_t position) const { return doubles_.contains(position); }
+  // True for the only contact with the row's key when an item that could not be opened may have the
+  // better claim: it has neither the row's name nor the time of its last transfer.
+  [[nodiscard]] bool mayBeCopy(const WorkListRow& row, outlook::Contact& contact,
+                               std::size_t position);
   void reportDouble(outlook::Contact& contact);
   // Reports a contact without a key whose card has its contact already.
   void reportSecondContact(outlook::Contact& contact, std::string_view rowId);
@@ -121,7 +125,9 @@ class Transfer {
                                                    std::span<const Carrier> carriers);
   void removeRowOf(std::size_t position);
 
-  std::unordered_set<std::size_t> doubles_;  // positions of contacts
+  // Positions of contacts that share a key with others, and of the one that has it.
+  std::unordered_set<std::size_t> doubles_;
+  std::unordered_set<std::size_t> owners_;
 };
 
 template <typename Name, typename Step>
