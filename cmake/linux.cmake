@@ -17,6 +17,7 @@ target_link_libraries(vlout_core PRIVATE PkgConfig::GLIB)
 add_library(vlout_linux STATIC
   "${PROJECT_BINARY_DIR}/schema_sql.cpp"
   store/sqlite/backup.cpp
+  store/sqlite/database_files.cpp
   store/sqlite/preview_connection.cpp
   store/sqlite/sqlite_connection.cpp
   store/sqlite/statement.cpp

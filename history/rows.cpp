@@ -4,6 +4,7 @@
 
 #include "store/connection.h"
 #include "store/sql.h"
+#include "store/sqlite/database_files.h"
 #include "text/ascii.h"
 
 namespace vlout::history {
@@ -75,6 +76,7 @@ std::string_view nounOf(const RowKey& row) {
 
 OtherState::OtherState(sqlite3* database, const std::filesystem::path& file) : database_(database) {
   try {
+    store::requireRegularFiles(file);
     Statement(database, "ATTACH ?1 AS other").bind(1, std::string_view(file.native())).next();
     store::execute(database, "SELECT count(*) FROM other.sqlite_master");
   } catch (const store::DatabaseError& error) {

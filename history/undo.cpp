@@ -8,7 +8,7 @@
 
 #include "outlook/contact_store.h"
 #include "outlook/vcard/card_file.h"
-#include "store/sqlite/backup.h"
+#include "store/sqlite/database_files.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
 
@@ -104,6 +104,17 @@ void Undo::chooseRun(int number) {
   }
 }
 
+// An undo is to write it; and beside one that is protected a mere look would leave files that are
+// protected as well, and stay so.
+store::StoredDatabase Undo::liveDatabase() const {
+  try {
+    store::requireWritable(database_);
+  } catch (const store::DatabaseError& error) {
+    throw UndoError(text::pathText(database_) + ": " + error.what());
+  }
+  return store::StoredDatabase(database_, store::Access::ReadWrite);
+}
+
 // A killed run may have left saves that are not in their files yet. They are completed before
 // anything is taken back, so the files count as what they will be then.
 void Undo::findGathered() {
@@ -127,8 +138,9 @@ void Undo::findEdits() {
     const Written written = Written::read(point.writtenLog());
     const std::string when = " [작업 " + std::to_string(run.number) + " 뒤]";
     const bool last = i + 1 == later_.size();
-    const store::StoredDatabase then(
-        last ? database_ : RestorePoint(runs_.folderOf(later_[i + 1].number)).database());
+    const store::StoredDatabase then =
+        last ? liveDatabase()
+             : store::StoredDatabase(RestorePoint(runs_.folderOf(later_[i + 1].number)).database());
     addRowEdits(OtherState(then.get(), point.database()).changesSince(), written, when);
     if (runs_.contactsOf(run) != contacts_) {
       edits_.push_back(
@@ -164,7 +176,7 @@ void Undo::addFileEdits(const FileStates& before, const FileStates& found, const
 }
 
 void Undo::findChanges() {
-  const store::StoredDatabase now(database_);
+  const store::StoredDatabase now = liveDatabase();
   rows_ = OtherState(now.get(), point_->database()).changesSince();
   const FileStates then = point_->contacts();
   compareFiles(then, found_, [&](const std::string& name, Change change) {

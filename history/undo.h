@@ -18,6 +18,7 @@
 #include "history/runs.h"
 #include "history/written_log.h"
 #include "outlook/vcard/folder.h"
+#include "store/sqlite/backup.h"
 #include "store/sqlite/sqlite_connection.h"
 
 namespace vlout::history {
@@ -73,6 +74,7 @@ class Undo {
 
  private:
   void chooseRun(int number);
+  [[nodiscard]] store::StoredDatabase liveDatabase() const;
   void findGathered();
   void findEdits();
   void addFileEdits(const FileStates& before, const FileStates& found, const Written& written,

@@ -18,9 +18,9 @@ void copy(sqlite3* from, sqlite3* to) {
 
 }  // namespace
 
-StoredDatabase::StoredDatabase(const std::filesystem::path& file) {
+StoredDatabase::StoredDatabase(const std::filesystem::path& file, Access access) {
   try {
-    database_ = openDatabase(file, Access::ReadOnly);
+    database_ = openDatabase(file, access);
     // The first look tells whether it is a database at all.
     store::execute(database_.get(), "SELECT count(*) FROM sqlite_master");
   } catch (const DatabaseError& error) {

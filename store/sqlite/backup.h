@@ -7,10 +7,11 @@
 
 namespace vlout::store {
 
-// A database file opened for reading alone. Throws DatabaseError, which names the file.
+// A database file that is only read. With `Access::ReadWrite`, for one that others work on, what
+// the look needs beside it goes with the look. Throws DatabaseError, which names the file.
 class StoredDatabase {
  public:
-  explicit StoredDatabase(const std::filesystem::path& file);
+  explicit StoredDatabase(const std::filesystem::path& file, Access access = Access::ReadOnly);
   [[nodiscard]] sqlite3* get() const { return database_.get(); }
 
  private:

@@ -22,6 +22,7 @@
 #include "posix/file_descriptor.h"
 #include "store/sql.h"
 #include "store/sqlite/backup.h"
+#include "store/sqlite/database_files.h"
 #include "text/ascii.h"
 
 namespace vlout::store {
@@ -36,7 +37,7 @@ constexpr std::array<const char*, 3> kSuffixes{"", "-wal", "-journal"};
 
 // Copies a file without leaving an access time on it; false when there is none.
 bool copyFile(const std::string& from, const std::string& to) {
-  const posix::FileDescriptor source(posix::openUnnoticed(from.c_str()));
+  const posix::FileDescriptor source(posix::openUnnoticed(from.c_str(), O_NONBLOCK));
   if (source.get() < 0 && errno == ENOENT) return false;
   const posix::FileDescriptor target(
       ::open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
@@ -105,7 +106,7 @@ std::string textOf(sqlite3_value* value) {
 }  // namespace
 
 Database PreviewConnection::openFile(const std::filesystem::path& file) {
-  if (::access(file.c_str(), W_OK) != 0) failWithSystemText();
+  requireWritable(file);
   const auto source = std::filesystem::canonical(file);  // its log lies beside the file itself
   const auto copy = temporaryFolder_ / source.filename();
   if (!copyDatabase(source.string(), copy.string())) {

@@ -7,11 +7,11 @@
 #include <cstring>
 #include <fcntl.h>
 #include <sqlite3.h>
-#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
 #include "posix/file_descriptor.h"
+#include "store/sqlite/database_files.h"
 #include "store/statement_text.h"
 #include "text/ascii.h"
 
@@ -29,24 +29,6 @@ bool isJetFile(const std::filesystem::path& file) {
   const std::string_view mark(head.data() + 4, 15);
   return count == static_cast<ssize_t>(head.size()) &&
          (mark == "Standard Jet DB" || mark == "Standard ACE DB");
-}
-
-// Looked at before SQLite does, which for a database that is protected from writing would leave
-// files beside it that are protected as well, and stay so.
-void requireWritable(const std::filesystem::path& file) {
-  for (const char* const suffix : {"", "-wal", "-shm"}) {
-    const std::string name = file.string() + suffix;
-    struct stat status {};
-    const std::string what = *suffix == '\0' ? "" : name + ": ";
-    if (::stat(name.c_str(), &status) != 0) {
-      if (errno == ENOENT && *suffix != '\0') continue;
-      throw DatabaseError(what + std::strerror(errno));
-    }
-    if (!S_ISREG(status.st_mode)) throw DatabaseError(what + "보통 파일이 아닙니다");
-    if (::faccessat(AT_FDCWD, name.c_str(), W_OK, AT_EACCESS) != 0) {
-      throw DatabaseError(what + "쓸 수 없는 파일입니다: " + std::strerror(errno));
-    }
-  }
 }
 
 void configure(sqlite3* database) {
@@ -173,6 +155,7 @@ void SqliteConnection::open(const ConnectionSettings& settings) {
   database_.reset();
   const std::filesystem::path file = settings.databaseFile();
   try {
+    requireRegularFiles(file);
     if (isJetFile(file)) {
       throw DatabaseError(
           "Jet(Access) 데이터베이스입니다. 이 프로그램은 SQLite 데이터베이스만 사용하며, 이 파일은 "

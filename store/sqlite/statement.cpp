@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "store/connection.h"
+#include "store/sqlite/database_files.h"
 
 namespace vlout::store {
 namespace {
@@ -43,6 +44,7 @@ void DatabaseCloser::operator()(sqlite3* database) const {
 
 Database openDatabase(const std::filesystem::path& file, Access access,
                       const volatile std::sig_atomic_t* stop) {
+  requireRegularFiles(file);
   configureLibrary();
   const int mode = access == Access::ReadOnly ? SQLITE_OPEN_READONLY : SQLITE_OPEN_READWRITE;
   sqlite3* opened = nullptr;

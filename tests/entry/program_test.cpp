@@ -28,6 +28,7 @@ namespace vlout {
 namespace {
 
 using testing::AllOf;
+using testing::Contains;
 using testing::Each;
 using testing::EndsWith;
 using testing::HasSubstr;
@@ -58,6 +59,7 @@ class ProgramTest : public testing::Test {
       dup2(open("/dev/null", O_RDONLY), 0);
       dup2(open((temporary.path() / "out").c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600), 1);
       dup2(open((temporary.path() / "err").c_str(), O_CREAT | O_TRUNC | O_WRONLY, 0600), 2);
+      if (user != geteuid() && setuid(user) != 0) _exit(127);
       execve(argv[0], argv.data(), environment);
       _exit(127);
     }
@@ -189,6 +191,7 @@ class ProgramTest : public testing::Test {
   }
 
   tests::TemporaryFolder temporary;
+  uid_t user = geteuid();  // that the program runs as
 };
 
 TEST_F(ProgramTest, ArgumentsAreCheckedAndExplained) {
@@ -610,6 +613,18 @@ TEST_F(ProgramTest, UndoSaysWhatItWillChangeAndMindsLaterEdits) {
   EXPECT_EQ(said.status, 0);
   EXPECT_THAT(said.out, AllOf(HasSubstr("명함: 되돌림=5 삭제=0 되살림=0\n"),
                               HasSubstr("연락처: 되돌림=0 삭제=5 되살림=0\n")));
+  const auto database = std::filesystem::path(folder()) / "VelmoraDB.vdb";
+  if (geteuid() == 0) {  // its look at a protected database leaves nothing, whoever looks
+    chmod(database.c_str(), 0444);
+    EXPECT_EQ(run({"undo", "--folder", folder(), "--preview"}).status, 0);
+    EXPECT_THAT(tests::fileNames(folder()), Not(Contains(HasSubstr("-shm"))));
+    ASSERT_EQ(std::system(("chown -R nobody " + temporary.path().string()).c_str()), 0);
+    user = 65534;
+    const Result refused = run({"undo", "--folder", folder(), "--preview"});
+    EXPECT_THAT(refused.err, HasSubstr("VelmoraDB.vdb: 쓸 수 없는 파일입니다"));
+    EXPECT_THAT(tests::fileNames(folder()), Not(Contains(HasSubstr("-shm"))));
+    user = 0;
+  }
   // The folder may be moved with everything in it.
   const std::string moved = folder() + "2";
   const auto cards = std::filesystem::path(moved) / "contacts";

@@ -1,0 +1,48 @@
+#include "store/sqlite/database_files.h"
+
+#include <array>
+#include <cerrno>
+#include <cstring>
+#include <fcntl.h>
+#include <string>
+#include <sys/stat.h>
+#include <system_error>
+#include <unistd.h>
+
+#include "store/connection.h"
+
+namespace vlout::store {
+namespace {
+
+constexpr std::array<const char*, 4> kSuffixes{"", "-wal", "-shm", "-journal"};
+
+void look(const std::filesystem::path& database, bool mustBeWritable) {
+  std::error_code error;
+  const auto file = std::filesystem::canonical(database, error);  // what is beside it lies there
+  if (error) throw DatabaseError(error.message());
+  for (const char* const suffix : kSuffixes) {
+    const std::string name = file.string() + suffix;
+    const std::string what = *suffix == '\0' ? "" : name + ": ";
+    struct stat status {};
+    if (::stat(name.c_str(), &status) != 0) {
+      if (errno == ENOENT && *suffix != '\0') continue;
+      throw DatabaseError(what + std::strerror(errno));
+    }
+    if (!S_ISREG(status.st_mode)) throw DatabaseError(what + "보통 파일이 아닙니다");
+    if (mustBeWritable && ::faccessat(AT_FDCWD, name.c_str(), W_OK, AT_EACCESS) != 0) {
+      throw DatabaseError(what + "쓸 수 없는 파일입니다: " + std::strerror(errno));
+    }
+  }
+}
+
+}  // namespace
+
+void requireRegularFiles(const std::filesystem::path& database) {
+  look(database, false);
+}
+
+void requireWritable(const std::filesystem::path& database) {
+  look(database, true);
+}
+
+}  // namespace vlout::store
