@@ -62,15 +62,19 @@ add_library(vlout_linux STATIC
   entry/cli/command.cpp
   entry/cli/book_side.cpp
   entry/cli/books_command.cpp
+  entry/cli/cards_command.cpp
   entry/cli/component_folder.cpp
   entry/cli/convert_command.cpp
   entry/cli/convert_jet.cpp
+  entry/cli/group_tree.cpp
   entry/cli/history_command.cpp
   entry/cli/init_command.cpp
   entry/cli/platform.cpp
   entry/cli/preview.cpp
+  entry/cli/read_only.cpp
   entry/cli/run_command.cpp
   entry/cli/sample_command.cpp
+  entry/cli/status_command.cpp
   entry/cli/terminal.cpp
   entry/cli/undo_command.cpp
   entry/cli/window_command.cpp)

@@ -3,7 +3,7 @@ set -euo pipefail
 cd "$(dirname "${BASH_SOURCE[0]}")/.."
 
 build_packages=(g++ cmake ninja-build ccache pkg-config libsqlite3-dev libebook1.2-dev mdbtools-dev
-  libcli11-dev libjpeg-dev qt6-base-dev fonts-nanum libgtest-dev libgmock-dev libbenchmark-dev)
+  libcli11-dev libjpeg-dev nlohmann-json3-dev qt6-base-dev fonts-nanum libgtest-dev libgmock-dev libbenchmark-dev)
 
 step() { printf '== %s\n' "$*"; }
 

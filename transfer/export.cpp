@@ -126,6 +126,7 @@ void Export::compare(const std::string& rowId, Contact& contact) {
   }
   const std::string name = rowName(*row);
   if (state.conflict) {
+    window_.conflictFound(rowId, contact);
     addLine(window_, "→충돌←(" + name + ")", "0%", "제외");
     ++conflicts_;
     return;

@@ -148,6 +148,7 @@ Import::Compared Import::compareForImport(const std::string& rowId, Contact& con
     return Compared::Nothing;
   }
   if (state.conflict) {
+    window_.conflictFound(rowId, contact);
     window_.selectResult(addLine(window_, "→충돌←(" + name + ")", "0%", "제외"));
     return Compared::Conflict;
   }

@@ -7,6 +7,10 @@
 #include <string>
 #include <string_view>
 
+namespace vlout::outlook {
+class Contact;
+}
+
 namespace vlout::transfer {
 
 enum class MessageIcon { None, Information, Exclamation, Critical };
@@ -28,6 +32,12 @@ class RunWindow {
   virtual void setProgress(int percent) = 0;
   virtual void enableRunButton(bool enabled) = 0;
   virtual void message(MessageIcon icon, std::string_view text) = 0;
+
+  // A pair that changed on both sides, before its line.
+  virtual void conflictFound(std::string_view rowId, outlook::Contact& contact) {
+    static_cast<void>(rowId);
+    static_cast<void>(contact);
+  }
 
   // Lets the window repaint and take input. True when the user has asked the run to stop.
   [[nodiscard]] virtual bool yield() = 0;

@@ -32,9 +32,7 @@ void Sync::syncContact(Contact& contact, std::size_t position) {
   const WorkListRow& row = list_.row(*listed);
   record_ = row.name;
   if (mayBeCopy(row, contact, position)) return;
-  const RowStamps stamps{.lastModified = text::parseDateTime(row.lastModified),
-                         .outlookModified = text::parseDateTime(row.outlookModified),
-                         .lastSync = text::parseDateTime(row.lastSync)};
+  const RowStamps stamps = stampsOf(row);
   const text::DateTime contactTime = contact.lastModificationTime();
   const PairState state = classifyPair(
       stamps, contactTime, options_.showConflicts ? ConflictTest::Crosswise : ConflictTest::Off);
@@ -61,6 +59,7 @@ void Sync::transfer(Side newer, const std::string& rowId, Contact& contact,
 }
 
 void Sync::settle(const ConflictPair& pair, Side newer, const std::string& name) {
+  window_.conflictFound(pair.rowId, pair.contact);
   switch (conflicts_.resolve(pair)) {
     case kSkipPair:
       addLine(window_, "→충돌←(" + name + ")", "0%", "제외");

@@ -22,13 +22,6 @@ bool hasTimeOf(const WorkListRow& row, Contact& contact) {
   return transferred && *transferred == text::toWholeSeconds(contact.lastModificationTime());
 }
 
-bool hasNameOf(const WorkListRow& row, Contact& contact) {
-  const std::string rowName = outlook::normalize(row.name);
-  const std::string last = contact.text(ContactProperty::LastName);
-  const std::string first = contact.text(ContactProperty::FirstName);
-  return outlook::normalize(last + first) == rowName || outlook::normalize(first + last) == rowName;
-}
-
 }  // namespace
 
 std::string Transfer::Counts::text() const {
@@ -138,6 +131,19 @@ void Transfer::removeRowOf(std::size_t position) {
 
 void Transfer::flushContacts() {
   for (const auto& [person, cause] : contacts_.flush()) reportFailure(person, cause);
+}
+
+bool Transfer::hasNameOf(const WorkListRow& row, Contact& contact) {
+  const std::string rowName = outlook::normalize(row.name);
+  const std::string last = contact.text(ContactProperty::LastName);
+  const std::string first = contact.text(ContactProperty::FirstName);
+  return outlook::normalize(last + first) == rowName || outlook::normalize(first + last) == rowName;
+}
+
+RowStamps Transfer::stampsOf(const WorkListRow& row) {
+  return {.lastModified = text::parseDateTime(row.lastModified),
+          .outlookModified = text::parseDateTime(row.outlookModified),
+          .lastSync = text::parseDateTime(row.lastSync)};
 }
 
 Person Transfer::personOf(Contact& contact) {

@@ -11,6 +11,7 @@
 
 #include "outlook/contact_store.h"
 #include "store/connection.h"
+#include "transfer/change_detection.h"
 #include "transfer/run_window.h"
 #include "transfer/work_list.h"
 
@@ -85,6 +86,9 @@ class Transfer {
   bool guarded(Name name, Step step);
 
   [[nodiscard]] static Person personOf(outlook::Contact& contact);
+  // Whether they have the same name, in either order of its parts.
+  [[nodiscard]] static bool hasNameOf(const WorkListRow& row, outlook::Contact& contact);
+  [[nodiscard]] static RowStamps stampsOf(const WorkListRow& row);
   // The row of that person by the normalised name, family name first or given name first.
   [[nodiscard]] std::optional<PersonMatch::Choice> findByPerson(outlook::Contact& contact) const;
 

@@ -1,7 +1,9 @@
 #include "ui/frm_outlook_sync.h"
 
 #include <exception>
+#include <utility>
 
+#include "store/sql.h"
 #include "text/ascii.h"
 #include "text/trim.h"
 #include "transfer/export.h"
@@ -23,6 +25,12 @@ constexpr std::string_view kStoreFailed =
 // The stored text of a box as a number, which is as wide as a check box's value.
 int optionNumber(const std::string& text) {
   return text::narrowed<std::int16_t>(text::parseInteger(text).value_or(0));
+}
+
+// A value on one line.
+std::string shown(const std::string& value) {
+  if (value.empty()) return "(없음)";
+  return text::replaceAll(text::withPlainLineEnds(value), "\n", "⏎");
 }
 
 std::string withCause(std::string_view message, std::string_view cause) {
@@ -327,6 +335,7 @@ void frmOutlookSync::run(Purpose purpose) {
   running_ = true;
   outcome_ = {};
   previewing_ = purpose == Purpose::Preview;
+  conflictsPreviewed_ = 0;
   const bool canStart = Command2.enabled();
   enableModeChoice(false);
   try {
@@ -532,16 +541,28 @@ void frmOutlookSync::setResultCell(std::size_t row, std::size_t column, std::str
   if (previewing_ && column == kState) addChanges();
 }
 
+// The window of a run shows a conflict by itself.
+void frmOutlookSync::conflictFound(std::string_view rowId, outlook::Contact& contact) {
+  if (!previewing_) return;
+  ++conflictsPreviewed_;
+  conflict_ = transfer::differingFields(*store::readCard(component_.connection(), rowId), contact);
+}
+
 void frmOutlookSync::addChanges() {
-  const auto shown = [](const std::string& value) {
-    if (value.empty()) return std::string("(없음)");
-    return text::replaceAll(text::withPlainLineEnds(value), "\n", "⏎");
+  const auto add = [this](std::string_view caption, std::string_view values, std::string_view side,
+                          std::string_view state) {
+    const std::size_t row =
+        ListView1.addRow("  " + std::string(caption) + ": " + std::string(values));
+    ListView1.setCell(row, 1, side);
+    ListView1.setCell(row, 2, state);
   };
+  for (const transfer::ComparedField& field : std::exchange(conflict_, {})) {
+    add(outlook::fieldCaption(field.column), shown(field.card) + " ↔ " + shown(field.contact),
+        "양쪽", "충돌");
+  }
   for (const FieldChange& change : component_.takeChanges()) {
-    const std::size_t row = ListView1.addRow("  " + change.caption + ": " + shown(change.before) +
-                                             " → " + shown(change.after));
-    ListView1.setCell(row, 1, change.onCard ? "명함" : "연락처");
-    ListView1.setCell(row, 2, "변경");
+    add(change.caption, shown(change.before) + " → " + shown(change.after),
+        change.onCard ? "명함" : "연락처", "변경");
   }
 }
 
@@ -562,9 +583,16 @@ void frmOutlookSync::enableRunButton(bool enabled) {
 }
 
 void frmOutlookSync::message(MessageIcon icon, std::string_view text) {
-  const bool closing = previewing_ && icon == MessageIcon::Information;
-  toolkit().messageBox(
-      icon, closing ? withCause(text, "\r\n미리보기입니다. 아무것도 바꾸지 않았습니다.") : text);
+  if (!previewing_ || icon != MessageIcon::Information) {
+    toolkit().messageBox(icon, text);
+    return;
+  }
+  std::string closing = "\r\n미리보기입니다. 아무것도 바꾸지 않았습니다.";
+  // Import and export count them in the text itself.
+  if (Combo1.index() == kSync && conflictsPreviewed_ != 0) {
+    closing += " 충돌 " + std::to_string(conflictsPreviewed_) + "건.";
+  }
+  toolkit().messageBox(icon, withCause(text, closing));
 }
 
 bool frmOutlookSync::yield() {

@@ -118,6 +118,7 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   void setProgress(int percent) override;
   void enableRunButton(bool enabled) override;
   void message(MessageIcon icon, std::string_view text) override;
+  void conflictFound(std::string_view rowId, outlook::Contact& contact) override;
   [[nodiscard]] bool yield() override;
   void keepAlive() override { toolkit().pumpAtOnce(); }
 
@@ -134,6 +135,8 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   RunOutcome outcome_;
   bool running_ = false;
   bool previewing_ = false;
+  int conflictsPreviewed_ = 0;
+  std::vector<transfer::ComparedField> conflict_;  // the differing fields of one that was previewed
   bool closeRequested_ = false;
 };
 

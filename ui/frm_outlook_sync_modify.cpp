@@ -30,11 +30,6 @@ std::string shownTime(const std::optional<text::DateTime>& time) {
   return "수정일:" + text::replaceAll(text::formatStamp(*time), "/", "-");
 }
 
-std::string shownDay(std::string_view stored) {
-  const auto date = text::parseDateTime(stored);
-  return date ? text::formatDay(*date) : std::string(stored);
-}
-
 }  // namespace
 
 struct frmOutlookSyncModify::FieldBoxes {
@@ -277,55 +272,33 @@ int frmOutlookSyncModify::open(const transfer::ConflictPair& pair) {
 
 void frmOutlookSyncModify::fillCardSide(const std::string& rowId) {
   const auto row = store::readCard(component_.connection(), rowId);
-  const auto column = [&](std::string_view name) {
-    return std::string(store::nullSafe(row->field(name)));
-  };
-  for (const FieldBoxes& field : kFields) (this->*field.card).setText(column(field.column));
-  Text22.setText(shownDay(Text22.text()));
-  Text24.setText(shownDay(Text24.text()));
+  for (const FieldBoxes& field : kFields) {
+    (this->*field.card).setText(transfer::cardSideText(*row, field.column));
+  }
   for (const AddressBlock& block : kAddresses) {
-    if (block.columns.empty()) continue;
-    constexpr std::array<std::string_view, 5> kParts{"_nation", "_sido", "_sigungu", "_addr",
-                                                     "_addr2"};
-    for (std::size_t i = 0; i < kParts.size(); ++i) {
-      (this->*block.parts[i]).setText(column(std::string(block.columns).append(kParts[i])));
-    }
-    composeAddress(block);
+    if (!block.columns.empty()) fillParts(block, transfer::cardAddress(*row, block.columns));
   }
 }
 
 void frmOutlookSyncModify::fillOutlookSide(outlook::Contact& contact) {
   for (const FieldBoxes& field : kFields) {
-    TextBox& box = this->*field.outlook;
-    if (field.column == "FullName") {
-      box.setText(outlook::shownText(contact, P::FullName));
-    } else if (field.column == "CompanyName") {
-      box.setText(
-          outlook::shownText(contact, P::CompanyName));  // shown as it stands, "(주)" and all
-    } else {
-      box.setText(outlook::fieldTextFromContact(contact, fieldOf(field.column)).value_or(""));
-    }
+    (this->*field.outlook).setText(transfer::outlookSideText(contact, field.column));
   }
   for (const AddressBlock& block : kAddresses) {
-    if (!block.columns.empty()) continue;
-    const auto properties = outlook::addressProperties(block.street).parts();
-    for (std::size_t i = 0; i < block.parts.size(); ++i) {
-      (this->*block.parts[i]).setText(outlook::shownText(contact, properties[i]));
-    }
-    composeAddress(block);
+    if (block.columns.empty()) fillParts(block, transfer::outlookAddress(contact, block.street));
   }
 }
 
+void frmOutlookSyncModify::fillParts(const AddressBlock& block,
+                                     const transfer::AddressTexts& parts) {
+  for (std::size_t i = 0; i < parts.size(); ++i) (this->*block.parts[i]).setText(parts[i]);
+}
+
 std::string frmOutlookSyncModify::lineOf(const AddressBlock& block) {
-  const auto part = [&](std::size_t i) { return (this->*block.parts[i]).text(); };
-  const std::string line = store::addressLine({.country = part(0),
-                                               .state = part(1),
-                                               .city = part(2),
-                                               .street = part(3),
-                                               .postOfficeBox = part(4)});
-  // A row's line is shown without the double blanks that the maker leaves; a contact's keeps them,
-  // as the row would get it.
-  return block.columns.empty() ? line : text::replaceAll(line, "  ", " ");
+  transfer::AddressTexts parts;
+  for (std::size_t i = 0; i < parts.size(); ++i) parts[i] = (this->*block.parts[i]).text();
+  return block.columns.empty() ? transfer::outlookAddressLine(parts)
+                               : transfer::cardAddressLine(parts);
 }
 
 void frmOutlookSyncModify::composeAddress(const AddressBlock& block) {
@@ -336,10 +309,7 @@ void frmOutlookSyncModify::markDifferences() {
   for (const FieldBoxes& field : kFields) {
     TextBox& card = this->*field.card;
     TextBox& outlook = this->*field.outlook;
-    // The categories are never compared; that exception is meant. Each store has line ends of its
-    // own, which nobody sees.
-    const bool differ = field.column != "Categories" && text::withPlainLineEnds(card.text()) !=
-                                                            text::withPlainLineEnds(outlook.text());
+    const bool differ = transfer::sidesDiffer(field.column, card.text(), outlook.text());
     const Colour colour = differ ? Colour::LightRed : Colour::Black;
     card.setForeColour(colour);
     outlook.setForeColour(colour);

@@ -8,8 +8,8 @@
 #include <string_view>
 
 #include "outlook/field_map.h"
-#include "store/address_line.h"
 #include "transfer/conflict_dialog.h"
+#include "transfer/pair_sides.h"
 #include "transfer/row_update.h"
 #include "ui/component.h"
 #include "ui/controls.h"
@@ -74,6 +74,7 @@ class frmOutlookSyncModify : public Form {
   [[nodiscard]] Layout boxLayout(Box box);
   void fillCardSide(const std::string& rowId);
   void fillOutlookSide(outlook::Contact& contact);
+  void fillParts(const AddressBlock& block, const transfer::AddressTexts& parts);
   void markDifferences();
   void lock(bool locked);
   void permitEditing();

@@ -16,4 +16,8 @@ void addContactsOption(CLI::App& command, std::string& contacts) {
       "(기본값: 구성 요소 폴더의 contacts)");
 }
 
+void addJsonFlag(CLI::App& command, bool& json) {
+  command.add_flag("--json", json, "프로그램이 읽을 수 있게 JSON으로 씁니다.");
+}
+
 }  // namespace vlout::entry::cli

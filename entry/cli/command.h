@@ -26,11 +26,16 @@ void addRunCommand(CLI::App& app, int& status);
 void addHistoryCommand(CLI::App& app, int& status);
 void addUndoCommand(CLI::App& app, int& status);
 void addBooksCommand(CLI::App& app, int& status);
+void addStatusCommand(CLI::App& app, int& status);
+void addListCommand(CLI::App& app, int& status);
+void addShowCommand(CLI::App& app, int& status);
+void addFoldersCommand(CLI::App& app, int& status);
 void addConvertCommand(CLI::App& app, int& status);
 void addWindowCommand(CLI::App& app, int& status);
 
 // Options that several commands have. The texts get what the user gives.
 void addFolderOption(CLI::App& command, std::string& folder);
 void addContactsOption(CLI::App& command, std::string& contacts);
+void addJsonFlag(CLI::App& command, bool& json);
 
 }  // namespace vlout::entry::cli

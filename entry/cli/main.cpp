@@ -15,7 +15,8 @@ namespace cli = vlout::entry::cli;
 
 // In the order of the help.
 constexpr cli::AddCommand kCommands[] = {
-    cli::addInitCommand, cli::addSampleCommand, cli::addRunCommand,     cli::addHistoryCommand,
+    cli::addInitCommand, cli::addSampleCommand, cli::addRunCommand,     cli::addStatusCommand,
+    cli::addListCommand, cli::addShowCommand,   cli::addFoldersCommand, cli::addHistoryCommand,
     cli::addUndoCommand, cli::addBooksCommand,  cli::addConvertCommand, cli::addWindowCommand,
 };
 

@@ -13,6 +13,7 @@
 #include <unistd.h>
 #include <vector>
 
+#include <nlohmann/json.hpp>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -491,6 +492,83 @@ TEST_F(ProgramTest, AKilledRunIsTakenUpAgain) {
     EXPECT_THAT(tests::fileNames(contacts()), Each(EndsWith(".vcf")));
     expectPairs(static_cast<std::size_t>(c.cards));
   }
+}
+
+// Every way for a card and a contact to stand to each other, as all the commands that look see it.
+TEST_F(ProgramTest, AnOverviewSortsEveryCardAndContact) {
+  run({"init", "--folder", folder()});
+  const auto contact = [&](const char* file, const std::string& name, const std::string& lines,
+                           const char* month) {
+    tests::writeFile(contacts() / file, "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:" + name + "\r\nN:" +
+                                            name + ";;;;\r\n" + lines + "\r\nEND:VCARD\r\n");
+    tests::setModified(contacts() / file, "2025/" + std::string(month) + "/01 10:00:00");
+  };
+  struct Card {
+    int id;
+    const char* name;
+    const char* changed;  // the month of its last change; empty for one that was never sent
+    const char* contact;  // the name of its contact, if there is one
+    const char* contactChanged;
+  };
+  for (const Card& c : {Card{1, "가일", "01", "가일", "01"}, Card{2, "나이", "02", "나이", "01"},
+                        Card{3, "다삼", "01", "다삼", "03"}, Card{4, "라사", "02", "라사", "03"},
+                        Card{5, "마오", "", "", ""}, Card{6, "바육", "01", "", ""},
+                        Card{7, "사칠", "01", "사칠", "01"}, Card{8, "아팔", "01", "오팔", "01"},
+                        Card{9, "자구", "", "", ""}, Card{10, "가일", "", "", ""}}) {
+    const std::string id = std::to_string(c.id);
+    std::string dates = "'','',''";
+    if (*c.changed != '\0') {
+      const std::string sent = "/01 10:00:00','2025/01/01 10:00:00','2025/01/01 10:00:00'";
+      dates = std::string("'2025/").append(c.changed).append(sent);
+    }
+    execute(std::string("INSERT INTO tbl_namecard(i_idx,p_idx,FullName,CompanyName,Last_moddate,"
+                        "Outlook_modate,VLLastsync_date) VALUES(")
+                .append(id + ",0,'" + c.name + "','가나',")
+                .append(dates + ")"));
+    if (*c.contact != '\0') {
+      contact((id + ".vcf").c_str(), c.contact,
+              "ORG:" + std::string(c.id == 4 ? "다른 회사" : "가나") + "\r\nX-VLID:" + id,
+              c.contactChanged);
+    }
+  }
+  contact("copy.vcf", "사칠", "X-VLID:7", "04");
+  contact("gone.vcf", "차십", "X-VLID:99", "01");
+  contact("joinable.vcf", "자구", "TITLE:부장", "01");
+  contact("new.vcf", "카하", "TITLE:부장", "01");
+  const std::string before = tests::stampsOf(folder());
+  const auto json = [&](std::vector<std::string> arguments) {
+    arguments.insert(arguments.end(), {"--json", "--folder", folder()});
+    return nlohmann::json::parse(run(arguments).out);
+  };
+  auto status = json({"status"});
+  EXPECT_EQ(status["conflict"][0]["differences"].dump(),
+            R"([{"card":"가나","contact":"다른 회사","field":"CompanyName"}])");
+  std::map<std::string, std::string> found;
+  for (const auto& [key, list] : status.items()) {
+    for (const auto& each : list.is_array() ? list : nlohmann::json::array()) {
+      found[key] += each["card"].is_null() ? "-" : each["card"].get<std::string>() + " ";
+    }
+  }
+  const std::map<std::string, std::string> expected{
+      {"card_changed", "2 "},  {"contact_changed", "3 "}, {"conflict", "4 "},
+      {"never_sent", "10 5 "}, {"contact_gone", "6 "},    {"double", "7 "},
+      {"card_gone", "99 "},    {"cardless", "-"},         {"joinable", "9 "},
+      {"name_differs", "8 "},  {"namesake", "1 10 "}};
+  EXPECT_EQ(found, expected);
+  EXPECT_EQ(status["in_step"], 3);
+  std::string listed;
+  for (const auto& card : json({"list", "가나"})) {
+    listed += card["card"].get<std::string>() + card["standing"].get<std::string>() + " ";
+  }
+  EXPECT_EQ(listed,
+            "1in_step 10never_sent 2card_changed 3contact_changed 4conflict 5never_sent "
+            "6contact_gone 7in_step 8in_step 9joinable ");
+  EXPECT_THAT(run({"show", "라사", "--folder", folder()}).out,
+              HasSubstr("회사\t가나\t다른 회사\t≠\n"));
+  EXPECT_THAT(run({"show", "가일", "--folder", folder()}).err, HasSubstr("여럿입니다"));
+  EXPECT_EQ(tests::stampsOf(folder()), before);
+  EXPECT_THAT(run({"run", "sync", "--preview", "--folder", folder()}).err,
+              AllOf(HasSubstr("벨모라=1/아웃룩=1"), HasSubstr("충돌 1건")));
 }
 
 // A preview reads what a crash has left beside the database, and leaves not even a time of access.

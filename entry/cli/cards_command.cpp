@@ -1,0 +1,234 @@
+// `list`, `show` and `folders`: what is in the database, and which contact belongs to it.
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <array>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "entry/cli/command.h"
+#include "entry/cli/component_folder.h"
+#include "entry/cli/group_tree.h"
+#include "entry/cli/json.h"
+#include "entry/cli/read_only.h"
+#include "outlook/field_map.h"
+#include "outlook/normalizer.h"
+#include "outlook/pairing.h"
+#include "store/sql.h"
+#include "text/ascii.h"
+#include "text/shown_text.h"
+
+namespace vlout::entry::cli {
+namespace {
+
+using transfer::Standing;
+using transfer::Surveyed;
+
+struct Arguments {
+  std::string folder;
+  std::string contacts;
+  std::string wanted;
+  bool json = false;
+};
+
+// How each card stands with its contact, by number.
+struct CardStanding {
+  Standing standing;
+  std::size_t contact;  // its position; 0 without one
+};
+using Standings = std::map<std::string, CardStanding, std::less<>>;
+
+Standings standingsOf(const FolderSurvey& survey) {
+  Standings standings;
+  for (const Standing standing :
+       {Standing::InStep, Standing::CardChanged, Standing::ContactChanged, Standing::Conflict,
+        Standing::NeverSent, Standing::ContactGone, Standing::Joinable}) {
+    for (const Surveyed& found : survey.of(standing)) {
+      standings.insert({found.card, {standing, found.position}});
+    }
+  }
+  return standings;
+}
+
+constexpr std::string_view kUnknown = "읽지 못함";
+
+std::string_view captionOf(const Standings& standings, std::string_view card) {
+  const auto found = standings.find(card);
+  return found == standings.end() ? kUnknown : wordsOf(found->second.standing).caption;
+}
+
+std::string_view keyOf(const Standings& standings, std::string_view card) {
+  const auto found = standings.find(card);
+  return found == standings.end() ? "unknown" : wordsOf(found->second.standing).key;
+}
+
+std::string shown(std::string_view value) {
+  return text::onOneLine(text::replaceAll(text::withPlainLineEnds(value), "\n", "⏎"));
+}
+
+// --- list ---------------------------------------------------------------------------------------
+
+struct ListedColumn {
+  std::string_view column;
+  std::string_view key;  // for scripts
+};
+constexpr std::array<ListedColumn, 6> kListed{{{"i_idx", "card"},
+                                               {"FullName", "name"},
+                                               {"CompanyName", "company"},
+                                               {"cellphone", "mobile"},
+                                               {"email", "email"},
+                                               {"folder_name", "group"}}};
+
+bool contains(const store::Recordset& row, const std::string& wanted) {
+  return std::any_of(kListed.begin(), kListed.end(), [&](const ListedColumn& listed) {
+    const std::string value = text::toAsciiUpper(store::nullSafe(row.field(listed.column)));
+    const bool isNumber = listed.column == "cellphone";
+    const std::string digits = text::digitsOnly(wanted);
+    return value.find(wanted) != std::string::npos ||
+           (isNumber && digits.size() > 2 &&
+            text::digitsOnly(value).find(digits) != std::string::npos);
+  });
+}
+
+void listCards(const Arguments& arguments, std::ostream& out) {
+  const auto folder = componentFolder(arguments.folder);
+  ReadOnlyStores stores(folder, contactFolder(arguments.contacts, folder));
+  const FolderSurvey survey(stores);
+  const Standings standings = standingsOf(survey);
+  const std::string wanted = text::toAsciiUpper(arguments.wanted);
+  Json list = Json::array();
+  const auto rows = stores.connection().query(
+      "SELECT i_idx,FullName,CompanyName,cellphone,email,folder_name from [tbl_namecard] Where "
+      "[P_IDX]=0 order by [FullName] ASC");
+  for (; !rows->atEnd(); rows->moveNext()) {
+    if (!contains(*rows, wanted)) continue;
+    Json card;
+    for (const auto& [column, key] : kListed) {
+      const std::string_view value = store::nullSafe(rows->field(column));
+      card[std::string(key)] = value;
+      if (!arguments.json) out << shown(value) << '\t';
+    }
+    const std::string_view id = store::nullSafe(rows->field("i_idx"));
+    if (!arguments.json) out << captionOf(standings, id) << '\n';
+    card["standing"] = keyOf(standings, id);
+    if (arguments.json) list.push_back(std::move(card));
+  }
+  if (arguments.json) print(list, out);
+}
+
+// --- show ---------------------------------------------------------------------------------------
+
+// The card of that number, or those of that name.
+std::vector<std::string> findCards(store::Connection& connection, const std::string& wanted) {
+  if (text::parseInteger(wanted) && store::cardExists(connection, wanted)) return {wanted};
+  std::vector<std::string> found;
+  const std::string name = outlook::normalize(wanted);
+  const auto rows = connection.query(
+      "SELECT i_idx,FullName from [tbl_namecard] Where [P_IDX]=0 order by [i_idx] ASC");
+  for (; !rows->atEnd(); rows->moveNext()) {
+    if (outlook::normalize(store::nullSafe(rows->field("FullName"))) == name) {
+      found.emplace_back(store::nullSafe(rows->field("i_idx")));
+    }
+  }
+  return found;
+}
+
+std::string requireOneCard(store::Connection& connection, const std::string& wanted) {
+  const auto found = findCards(connection, wanted);
+  if (found.size() == 1) return found.front();
+  if (found.empty()) throw std::runtime_error("명함이 없습니다: " + wanted);
+  std::string message = "이름이 같은 명함이 여럿입니다. 번호로 고르십시오:";
+  for (const std::string& id : found) message += " " + id;
+  throw std::runtime_error(message);
+}
+
+void showCard(const Arguments& arguments, std::ostream& out) {
+  const auto folder = componentFolder(arguments.folder);
+  ReadOnlyStores stores(folder, contactFolder(arguments.contacts, folder));
+  const std::string id = requireOneCard(stores.connection(), arguments.wanted);
+  const FolderSurvey survey(stores);
+  const Standings standings = standingsOf(survey);
+  const auto row = store::readCard(stores.connection(), id);
+  const auto found = standings.find(id);
+  const auto contact = found == standings.end() || found->second.contact == 0
+                           ? nullptr
+                           : stores.contacts().item(found->second.contact);
+  Json fields = Json::array();
+  if (!arguments.json) out << id << '\t' << captionOf(standings, id) << "\n\t벨모라\t아웃룩\n";
+  for (const std::string_view column : transfer::comparedColumns()) {
+    const std::string card = transfer::cardSideText(*row, column);
+    const std::string other = contact ? transfer::outlookSideText(*contact, column) : "";
+    if (card.empty() && other.empty()) continue;
+    const bool differs = contact && transfer::sidesDiffer(column, card, other);
+    fields.push_back({{"field", column}, {"card", card}, {"contact", other}, {"differs", differs}});
+    if (arguments.json) continue;
+    out << outlook::fieldCaption(column) << '\t' << shown(card) << '\t' << shown(other)
+        << (differs ? "\t≠" : "") << '\n';
+  }
+  if (arguments.json) {
+    print({{"card", id}, {"standing", keyOf(standings, id)}, {"fields", fields}}, out);
+  }
+}
+
+// --- folders ------------------------------------------------------------------------------------
+
+void printFolders(const Arguments& arguments, std::ostream& out) {
+  const auto folder = componentFolder(arguments.folder);
+  ReadOnlyStores stores(folder, contactFolder("", folder));
+  const auto groups = readGroups(stores.connection());
+  if (arguments.json) {
+    Json list = Json::array();
+    for (const Group& group : groups) {
+      list.push_back(
+          {{"id", group.id}, {"parent", group.parent}, {"name", group.name}, {"path", group.path}});
+    }
+    print(list, out);
+    return;
+  }
+  for (const Group& group : groups) {
+    out << std::string(static_cast<std::size_t>(group.depth) * 2, ' ')
+        << text::onOneLine(group.name) << '\t' << group.id << '\n';
+  }
+}
+
+// --- arguments ----------------------------------------------------------------------------------
+
+using Act = void (*)(const Arguments&, std::ostream&);
+
+std::shared_ptr<Arguments> addLook(CLI::App& command, int& status, Act act) {
+  auto arguments = std::make_shared<Arguments>();
+  addFolderOption(command, arguments->folder);
+  addJsonFlag(command, arguments->json);
+  command.callback([arguments, act, &status] {
+    act(*arguments, std::cout);
+    status = std::cout ? kDone : kRefused;
+  });
+  return arguments;
+}
+
+}  // namespace
+
+void addListCommand(CLI::App& app, int& status) {
+  CLI::App* const command =
+      app.add_subcommand("list", "명함을 연락처와의 관계와 함께 한 줄씩 보여 줍니다.");
+  const auto arguments = addLook(*command, status, listCards);
+  addContactsOption(*command, arguments->contacts);
+  command->add_option("text", arguments->wanted,
+                      "이름, 회사, 번호, 전자우편 주소, 그룹에 이 글이 있는 명함만");
+}
+
+void addShowCommand(CLI::App& app, int& status) {
+  CLI::App* const command = app.add_subcommand("show", "한 명함과 그 연락처를 나란히 보여 줍니다.");
+  const auto arguments = addLook(*command, status, showCard);
+  addContactsOption(*command, arguments->contacts);
+  command->add_option("card", arguments->wanted, "명함 번호 또는 이름")->required();
+}
+
+void addFoldersCommand(CLI::App& app, int& status) {
+  CLI::App* const command = app.add_subcommand("folders", "명함의 그룹을 번호와 함께 보여 줍니다.");
+  addLook(*command, status, printFolders);
+}
+
+}  // namespace vlout::entry::cli

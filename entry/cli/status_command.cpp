@@ -1,0 +1,130 @@
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <iomanip>
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include "entry/cli/command.h"
+#include "entry/cli/component_folder.h"
+#include "entry/cli/json.h"
+#include "entry/cli/read_only.h"
+#include "outlook/field_map.h"
+#include "text/ascii.h"
+#include "text/file_path.h"
+#include "text/shown_text.h"
+
+namespace vlout::entry::cli {
+namespace {
+
+using transfer::Standing;
+using transfer::Surveyed;
+
+struct Arguments {
+  std::string folder;
+  std::string contacts;
+  bool all = false;
+  bool json = false;
+};
+
+constexpr std::size_t kShownOfEach = 20;
+
+std::string shown(const std::string& value) {
+  if (value.empty()) return "(없음)";
+  return text::onOneLine(text::replaceAll(text::withPlainLineEnds(value), "\n", "⏎"));
+}
+
+void printOne(const Surveyed& found, std::ostream& out) {
+  out << "  " << (found.card.empty() ? "-" : text::onOneLine(found.card)) << '\t'
+      << text::onOneLine(found.person);
+  if (found.contact != found.person && !found.contact.empty()) {
+    out << '\t' << text::onOneLine(found.contact);
+  }
+  out << '\n';
+  for (const auto& field : found.differences) {
+    out << "    " << outlook::fieldCaption(field.column) << ": " << shown(field.card) << " ↔ "
+        << shown(field.contact) << '\n';
+  }
+}
+
+template <typename Use>
+void forEachStanding(Use use) {
+  for (std::size_t i = 0; i < transfer::kStandings; ++i) use(static_cast<Standing>(i));
+}
+
+void printTexts(const FolderSurvey& survey, bool all, std::ostream& out) {
+  forEachStanding([&](Standing standing) {
+    out << std::setw(7) << survey.of(standing).size() << "  " << wordsOf(standing).caption << '\n';
+  });
+  forEachStanding([&](Standing standing) {
+    const auto& found = survey.of(standing);
+    if (standing == Standing::InStep || found.empty()) return;
+    out << '\n' << wordsOf(standing).caption << ":\n";
+    const std::size_t count = all ? found.size() : std::min(found.size(), kShownOfEach);
+    for (std::size_t i = 0; i < count; ++i) printOne(found[i], out);
+    if (count < found.size()) out << "  … 그 밖에 " << found.size() - count << " (--all)\n";
+  });
+  if (!survey.problems().empty()) out << "\n읽지 못한 것:\n";
+  for (const std::string& line : survey.problems()) out << "  " << text::onOneLine(line) << '\n';
+}
+
+Json asJson(const Surveyed& found) {
+  Json object{{"card", found.card.empty() ? Json() : Json(found.card)}, {"name", found.person}};
+  if (found.position != 0) object["contact"] = found.contact;
+  for (const auto& field : found.differences) {
+    object["differences"].push_back(
+        {{"field", field.column}, {"card", field.card}, {"contact", field.contact}});
+  }
+  return object;
+}
+
+Json asJson(const FolderSurvey& survey) {
+  Json object{{"cards", survey.cards()}, {"contacts", survey.contacts()}};
+  forEachStanding([&](Standing standing) {
+    const auto& found = survey.of(standing);
+    if (standing == Standing::InStep) {
+      object["in_step"] = found.size();
+      return;
+    }
+    Json& list = object[std::string(wordsOf(standing).key)] = Json::array();
+    for (const Surveyed& each : found) list.push_back(asJson(each));
+  });
+  object["problems"] = survey.problems();
+  return object;
+}
+
+void showStatus(const Arguments& arguments, std::ostream& out) {
+  const auto folder = componentFolder(arguments.folder);
+  const auto contacts = contactFolder(arguments.contacts, folder);
+  ReadOnlyStores stores(folder, contacts);
+  const FolderSurvey survey(stores);
+  if (arguments.json) {
+    Json object{{"folder", text::pathText(folder)}, {"contacts_in", text::pathText(contacts)}};
+    object.update(asJson(survey));
+    print(object, out);
+    return;
+  }
+  out << "명함 " << survey.cards() << "장: " << text::onOneLine(text::pathText(folder)) << '\n'
+      << "연락처 " << survey.contacts() << "건: " << text::onOneLine(text::pathText(contacts))
+      << "\n\n";
+  printTexts(survey, arguments.all, out);
+}
+
+}  // namespace
+
+void addStatusCommand(CLI::App& app, int& status) {
+  CLI::App* const command = app.add_subcommand("status",
+                                               "명함과 연락처가 어떻게 짝지어져 있고 무엇이 "
+                                               "바뀌었는지 보여 줍니다. 아무것도 쓰지 않습니다.");
+  const auto arguments = std::make_shared<Arguments>();
+  addFolderOption(*command, arguments->folder);
+  addContactsOption(*command, arguments->contacts);
+  command->add_flag("--all", arguments->all, "줄이지 않고 모두 보여 줍니다.");
+  addJsonFlag(*command, arguments->json);
+  command->callback([arguments, &status] {
+    showStatus(*arguments, std::cout);
+    status = std::cout ? kDone : kRefused;
+  });
+}
+
+}  // namespace vlout::entry::cli

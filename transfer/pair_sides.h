@@ -1,0 +1,54 @@
+// A row and its contact as people compare them: field by field, in texts of one form. The compare
+// window, the preview and the overview show them; nothing here writes.
+#pragma once
+
+#include <array>
+#include <span>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "outlook/contact_store.h"
+#include "store/connection.h"
+
+namespace vlout::transfer {
+
+// The columns that are compared, in the order in which people see them.
+[[nodiscard]] std::span<const std::string_view> comparedColumns();
+
+// A field as each side shows it; an address is its one line. What a contact holds and cannot be
+// decoded is empty. Throw ContactStoreError when the contact cannot be read.
+[[nodiscard]] std::string cardSideText(const store::Recordset& row, std::string_view column);
+[[nodiscard]] std::string outlookSideText(outlook::Contact& contact, std::string_view column);
+
+// The parts of an address, in the order of outlook::AddressProperties::parts.
+using AddressTexts = std::array<std::string, 5>;
+
+// `columns` is the prefix of the row's columns: company, home or etc.
+[[nodiscard]] AddressTexts cardAddress(const store::Recordset& row, std::string_view columns);
+[[nodiscard]] AddressTexts outlookAddress(outlook::Contact& contact,
+                                          outlook::ContactProperty street);
+[[nodiscard]] std::string cardAddressLine(const AddressTexts& parts);
+[[nodiscard]] std::string outlookAddressLine(const AddressTexts& parts);
+
+// Whether the two texts of a field count as different. The categories never do; line ends are each
+// store's own.
+[[nodiscard]] bool sidesDiffer(std::string_view column, std::string_view card,
+                               std::string_view contact);
+
+struct ComparedField {
+  std::string_view column;
+  std::string card;
+  std::string contact;
+
+  [[nodiscard]] bool differs() const { return sidesDiffer(column, card, contact); }
+};
+
+// All of `comparedColumns`.
+[[nodiscard]] std::vector<ComparedField> compareSides(const store::Recordset& row,
+                                                      outlook::Contact& contact);
+// Those of them that differ.
+[[nodiscard]] std::vector<ComparedField> differingFields(const store::Recordset& row,
+                                                         outlook::Contact& contact);
+
+}  // namespace vlout::transfer

@@ -1,0 +1,80 @@
+// What is linked with what: each card and each contact, sorted by what a two-way sync would make of
+// it. The classification is the transfers' own, so that it says what a run would do. Nothing is
+// written.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <vector>
+
+#include "transfer/pair_sides.h"
+#include "transfer/transfer.h"
+
+namespace vlout::transfer {
+
+// How a card or contact stands, in the order of a report.
+enum class Standing {
+  InStep,
+  CardChanged,
+  ContactChanged,
+  Conflict,
+  NeverSent,    // a card without a contact
+  ContactGone,  // a card that had one
+  CardGone,     // a contact whose number none of the cards has
+  Cardless,     // a contact without a number, of nobody among the cards
+  Joinable,     // a contact without a number, of a person among the cards: a transfer joins them
+  Double,       // a contact of a card that has another one
+  NameDiffers,  // a pair, which stands in one of the first four as well
+  Namesake,     // a card with the same name as another
+};
+inline constexpr std::size_t kStandings = 12;
+
+// What people call it, and the word that scripts read.
+struct StandingWords {
+  std::string_view caption;
+  std::string_view key;
+};
+[[nodiscard]] const StandingWords& wordsOf(Standing standing);
+
+// One card, contact or pair.
+struct Surveyed {
+  std::string card{};                        // its number; empty for a contact without a card
+  std::string person{};                      // the card's name, else the contact's
+  std::string contact{};                     // the contact's name, where there is one
+  std::size_t position{};                    // of the contact in the folder; 0 where there is none
+  std::vector<ComparedField> differences{};  // of a conflict
+};
+
+class Survey : private Transfer {
+ public:
+  // `list` must be loaded with all cards. `window` gets a line for each record that cannot be read,
+  // and may stop the survey.
+  Survey(store::Connection& connection, outlook::ContactStore& contacts, WorkList& list,
+         RunWindow& window)
+      : Transfer(connection, contacts, list, window) {}
+
+  // Throws ContactStoreError or DatabaseError when the folder or the database is lost as a whole.
+  RunEnd run();
+
+  [[nodiscard]] const std::vector<Surveyed>& of(Standing standing) const {
+    return found_.at(static_cast<std::size_t>(standing));
+  }
+  [[nodiscard]] std::size_t contacts() const { return contactCount_; }
+
+ private:
+  void surveyContact(outlook::Contact& contact, std::size_t position);
+  void surveyPair(const WorkListRow& row, outlook::Contact& contact, std::size_t position);
+  void surveyByPerson(outlook::Contact& contact, std::size_t position);
+  void surveyCardsAlone();
+  void surveyNamesakes(const std::vector<WorkList::Position>& all);
+  void add(Standing standing, Surveyed found);
+
+  std::array<std::vector<Surveyed>, kStandings> found_;
+  std::size_t contactCount_ = 0;
+};
+
+}  // namespace vlout::transfer
