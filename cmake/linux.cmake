@@ -64,6 +64,7 @@ add_library(vlout_linux STATIC
   entry/cli/books_command.cpp
   entry/cli/cards_command.cpp
   entry/cli/component_folder.cpp
+  entry/cli/contacts_place.cpp
   entry/cli/convert_command.cpp
   entry/cli/convert_jet.cpp
   entry/cli/group_tree.cpp

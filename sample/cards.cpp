@@ -319,7 +319,8 @@ class SampleCard {
     addSometimes("Memo_", 30, [&] { return dice_.pick(kMemos); });
   }
 
-  // Some addresses were typed in as one line and have no parts.
+  // Some addresses were typed in as one line and have no parts. Where there are parts, the street
+  // often holds the whole line all the same.
   template <typename Places>
   void addAddress(const std::string& kind, const DistrictRow& district, int percent,
                   const Places& places, std::string_view unit) {
@@ -331,17 +332,17 @@ class SampleCard {
     part("_nation", inParts ? Value("대한민국") : missing_);
     part("_sido", inParts ? Value(district.sido) : missing_);
     part("_sigungu", inParts ? Value(district.sigungu) : missing_);
-    part("_addr", isKnown ? Value(addressLine(district)) : missing_);
+    const bool streetAlone = inParts && dice_.chance(30);
+    part("_addr", isKnown ? Value(addressLine(district, streetAlone)) : missing_);
     part("_addr2", inParts ? Value(addressDetail(places, unit)) : missing_);
     const int zipcode = district.firstZipcode + dice_.between(0, district.zipcodes - 1);
     part("_zipcode", inParts ? Value(padded(static_cast<std::uint64_t>(zipcode), 5)) : missing_);
   }
 
-  std::string addressLine(const DistrictRow& district) {
+  std::string addressLine(const DistrictRow& district, bool streetAlone) {
     const std::string_view gap = district.sigungu.empty() ? "" : " ";
-    std::string line =
-        join({district.sido, gap, district.sigungu, " ", dice_.pick(district.streets), " ",
-              std::to_string(dice_.between(1, 480))});
+    std::string line = streetAlone ? "" : join({district.sido, gap, district.sigungu, " "});
+    line += join({dice_.pick(district.streets), " ", std::to_string(dice_.between(1, 480))});
     if (dice_.chance(20)) line += join({"-", std::to_string(dice_.between(1, 30))});
     return line;
   }

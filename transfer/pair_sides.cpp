@@ -102,9 +102,15 @@ AddressTexts outlookAddress(outlook::Contact& contact, outlook::ContactProperty 
   return texts;
 }
 
-// Shown without the double blanks that the maker leaves.
+// Shown without the double blanks that the maker leaves. On Windows the parts stand there as they
+// are, whatever the street holds.
 std::string cardAddressLine(const AddressTexts& parts) {
-  return text::replaceAll(store::addressLine(asParts(parts)), "  ", " ");
+#ifdef _WIN32
+  const std::string line = store::addressLine(asParts(parts));
+#else
+  const std::string line = store::addressLineWithoutRepeats(asParts(parts));
+#endif
+  return text::replaceAll(line, "  ", " ");
 }
 
 // With them, as the row would get it.

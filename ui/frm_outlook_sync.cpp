@@ -225,6 +225,15 @@ void frmOutlookSync::fillRanges() {
   } catch (const std::exception& error) {
     refuse(error.what());  // as if the host had left no list, but not silently
   }
+  showGroup();
+}
+
+void frmOutlookSync::useGroup(const ExportFolder& group) {
+  exportFolder_ = group;
+  showGroup();
+}
+
+void frmOutlookSync::showGroup() {
   Combo2.clear();
   Combo2.addItem("선택항목");
   Combo2.addItem("그룹(" + exportFolder_.name + ")");

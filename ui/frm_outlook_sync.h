@@ -38,6 +38,9 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   // Whether that mode has run to its closing message since the window was opened.
   [[nodiscard]] bool isDone(Mode mode) const { return done_[static_cast<std::size_t>(mode)] != 0; }
   // Whether the last run or preview has.
+  // Takes that group in place of the one that was open in the host, for export and import alike.
+  void useGroup(const ExportFolder& group);
+
   [[nodiscard]] bool hasCompleted() const { return outcome_.end == RunOutcome::Completed; }
   [[nodiscard]] bool isRunning() const { return running_; }
 
@@ -83,6 +86,7 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   void setCaptions();
   void connectEvents();
   void fillRanges();
+  void showGroup();
   void loadOptions();
 
   void changeMode();

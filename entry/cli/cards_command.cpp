@@ -10,6 +10,7 @@
 
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
+#include "entry/cli/contacts_place.h"
 #include "entry/cli/group_tree.h"
 #include "entry/cli/json.h"
 #include "entry/cli/read_only.h"
@@ -94,7 +95,7 @@ bool contains(const store::Recordset& row, const std::string& wanted) {
 
 void listCards(const Arguments& arguments, std::ostream& out) {
   const auto folder = componentFolder(arguments.folder);
-  ReadOnlyStores stores(folder, contactFolder(arguments.contacts, folder));
+  ReadOnlyStores stores(folder, contactsPlace(arguments.contacts, folder));
   const FolderSurvey survey(stores);
   const Standings standings = standingsOf(survey);
   const std::string wanted = text::toAsciiUpper(arguments.wanted);
@@ -146,7 +147,7 @@ std::string requireOneCard(store::Connection& connection, const std::string& wan
 
 void showCard(const Arguments& arguments, std::ostream& out) {
   const auto folder = componentFolder(arguments.folder);
-  ReadOnlyStores stores(folder, contactFolder(arguments.contacts, folder));
+  ReadOnlyStores stores(folder, contactsPlace(arguments.contacts, folder));
   const std::string id = requireOneCard(stores.connection(), arguments.wanted);
   const FolderSurvey survey(stores);
   const Standings standings = standingsOf(survey);
@@ -176,7 +177,7 @@ void showCard(const Arguments& arguments, std::ostream& out) {
 
 void printFolders(const Arguments& arguments, std::ostream& out) {
   const auto folder = componentFolder(arguments.folder);
-  ReadOnlyStores stores(folder, contactFolder("", folder));
+  ReadOnlyStores stores(folder, contactsPlace("", folder));
   const auto groups = readGroups(stores.connection());
   if (arguments.json) {
     Json list = Json::array();

@@ -13,7 +13,7 @@ void addContactsOption(CLI::App& command, std::string& contacts) {
   command.add_option(
       "--contacts", contacts,
       "vCard 연락처 폴더, 또는 데스크톱 주소록: book: 은 기본 주소록, book:이름, book:UID "
-      "(기본값: 구성 요소 폴더의 contacts)");
+      "(기본값: 지난 작업 때의 것, 처음에는 구성 요소 폴더의 contacts)");
 }
 
 void addJsonFlag(CLI::App& command, bool& json) {

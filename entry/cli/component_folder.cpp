@@ -96,11 +96,6 @@ std::filesystem::path componentFolder(const std::filesystem::path& given) {
   return fromEnvironment("HOME") / ".local/share/velmora";
 }
 
-std::filesystem::path contactFolder(const std::filesystem::path& given,
-                                    const std::filesystem::path& componentFolder) {
-  return given.empty() ? componentFolder / "contacts" : given;
-}
-
 void initializeFolder(const std::filesystem::path& folder, const Filler& fill) {
   const auto database = store::ConnectionSettings{.componentFolder = folder}.databaseFile();
   requireFree(database);

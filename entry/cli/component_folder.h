@@ -13,10 +13,6 @@ namespace vlout::entry::cli {
 // `given`, else $VELMORA_FOLDER, else velmora in the user's data folder.
 [[nodiscard]] std::filesystem::path componentFolder(const std::filesystem::path& given);
 
-// The folder of vCards: `given`, else contacts in the component folder.
-[[nodiscard]] std::filesystem::path contactFolder(const std::filesystem::path& given,
-                                                  const std::filesystem::path& componentFolder);
-
 // Works on the database of a new component folder. What it returns becomes the host's export list,
 // unless it is empty.
 using Filler = std::function<std::string(store::Connection&)>;

@@ -4,12 +4,39 @@
 #include <utility>
 
 #include "entry/cli/book_side.h"
+#include "entry/cli/contacts_place.h"
 #include "entry/cli/preview.h"
 #include "outlook/vcard/preview_store.h"
 #include "outlook/vcard/vcard_store.h"
 #include "text/file_path.h"
 
 namespace vlout::entry::cli {
+
+namespace {
+
+// Begins runs on the contacts that are meant: those of the last run, or others once that has been
+// confirmed.
+struct Confirmed {
+  std::filesystem::path componentFolder;
+  std::filesystem::path contacts;
+  history::EmptiedFolder howToConfirm;
+
+  std::string begins(const ui::RunDescription& run, history::RunRecorder& recorder) {
+    if (auto objection = objectionToFolderOfFolders(contacts); !objection.empty()) {
+      return objection;
+    }
+    const std::string moved = objectionToMove(componentFolder, contacts);
+    if (!moved.empty() && !howToConfirm.goOn && !run.preview) {
+      howToConfirm.goOn = howToConfirm.askAgain;
+      return moved + howToConfirm.howToGoOn;
+    }
+    std::string objection = recorder.begins(run);
+    if (objection.empty() && !run.preview) rememberContacts(componentFolder, contacts);
+    return objection;
+  }
+};
+
+}  // namespace
 
 Platform makePlatform(const std::filesystem::path& componentFolder,
                       const std::filesystem::path& contacts, std::unique_ptr<ui::Toolkit> toolkit,
@@ -44,7 +71,9 @@ Platform makePlatform(const std::filesystem::path& componentFolder,
                                                                     std::move(changed), index);
             });
           },
-      .runBegins = [recorder](const ui::RunDescription& run) { return recorder->begins(run); },
+      .runBegins = [recorder, confirmed = std::make_shared<Confirmed>(
+                                  Confirmed{componentFolder, contacts, emptied})](
+                       const ui::RunDescription& run) { return confirmed->begins(run, *recorder); },
       // The connections of this platform are all of this kind, that of a preview too.
       .completeCutShort =
           [recorder](store::Connection& connection, outlook::ContactStore& store) {

@@ -3,8 +3,10 @@
 #include <iostream>
 #include <stdexcept>
 
+#include "entry/cli/contacts_place.h"
 #include "entry/cli/platform.h"
 #include "entry/cli/terminal.h"
+#include "text/ascii.h"
 #include "transfer/work_list_loader.h"
 #include "ui/terminal/terminal_toolkit.h"
 
@@ -17,11 +19,15 @@ ReadOnlyStores::ReadOnlyStores(const std::filesystem::path& folder,
           std::make_unique<ui::TerminalToolkit>(std::cout, std::cerr, 0, handleInterrupts(),
                                                 ui::TerminalToolkit::OnConflict::Skip, nullptr),
           {}, &handleInterrupts())),
+      place_(contacts),
       view_(platform_.makePreview()) {
   connection().open({.componentFolder = folder});
 }
 
 void ReadOnlyStores::connectContacts() {
+  if (const auto objection = objectionToFolderOfFolders(place_); !objection.empty()) {
+    throw outlook::ContactStoreError(text::replaceAll(objection, "\r\n", "\n"));
+  }
   if (!contacts().connect()) throw outlook::ContactStoreError(contacts().connectFailure());
   platform_.completeCutShort(connection(), contacts());
 }

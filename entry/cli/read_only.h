@@ -27,6 +27,7 @@ class ReadOnlyStores {
 
  private:
   Platform platform_;
+  std::filesystem::path place_;  // of the contacts
   std::unique_ptr<Preview> view_;
 };
 

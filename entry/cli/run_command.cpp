@@ -10,9 +10,13 @@
 
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
+#include "entry/cli/contacts_place.h"
+#include "entry/cli/group_tree.h"
 #include "entry/cli/platform.h"
 #include "entry/cli/terminal.h"
 #include "entry/orun.h"
+#include "text/ascii.h"
+#include "text/file_path.h"
 #include "text/regular_file.h"
 #include "text/shown_text.h"
 
@@ -49,7 +53,13 @@ const NamedBox* findBox(std::string_view name) {
 }
 
 // What the user would do in the window.
-void press(frmOutlookSync& window, const RunRequest& request) {
+void press(frmOutlookSync& window, const RunRequest& request, store::Connection& connection) {
+  if (!request.group.empty()) {
+    const Group group = findGroup(readGroups(connection), request.group);
+    window.useGroup({.id = std::to_string(group.id),
+                     .parent = text::narrowed<std::int32_t>(group.parent),
+                     .name = group.name});
+  }
   window.Combo1.setIndex(request.mode);
   if (request.range) window.Combo2.setIndex(*request.range);
   if (request.subgroups) window.Check3.setValue(CheckBox::kChecked);
@@ -79,7 +89,9 @@ void explainExportList(const RunRequest& request, Runtime& runtime, std::ostream
                                  ? runtime.exportList().explainFolder(runtime.connection())
                                  : runtime.exportList().explainCards();
   if (reason.empty()) return;
-  errors << text::onItsLines(reason) << ". 전체를 내보내려면 --range all 을 사용하십시오.\n";
+  errors << text::onItsLines(reason)
+         << ". 전체를 내보내려면 --range all 을, 한 그룹을 "
+            "내보내려면 --group 과 그 번호나 경로를 사용하십시오(vloutsync folders).\n";
 }
 
 }  // namespace
@@ -101,7 +113,12 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
     // The component's own message does not say which file it was.
     if (!component->connection().isOpen())
       errors << text::onItsLines(component->databaseFailure()) << '\n';
-    press(window, request);
+    try {
+      press(window, request, component->connection());
+    } catch (const std::exception& error) {
+      errors << text::onItsLines(error.what()) << '\n';
+      return;
+    }
     completed = window.hasCompleted();
     if (window.chadd.isChecked() && interrupted == 0) {
       explainExportList(request, *component, errors);
@@ -110,11 +127,12 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
   auto toolkit = std::make_unique<ui::TerminalToolkit>(results, errors, progressWidth, interrupted,
                                                        request.onConflict, script);
   const history::EmptiedFolder emptied{.goOn = request.goOn,
-                                       .howToGoOn = "그래도 내보내려면 --yes 를 붙이십시오."};
+                                       .howToGoOn = "그래도 하려면 --yes 를 붙이십시오."};
   Runtime runtime(request.folder, makePlatform(request.folder, request.contacts, std::move(toolkit),
                                                emptied, &interrupted));
   if (request.preview) runtime.previewOnly();
   component = &runtime;
+  errors << "연락처: " << text::onOneLine(text::pathText(request.contacts)) << '\n';
   explainSettings(request.folder, errors);
   ORUN(runtime).OUTSYNCRUN();
   return completed;
@@ -127,6 +145,7 @@ struct Arguments {
   std::string contacts;
   std::string mode;
   std::string range;
+  std::string group;
   bool subgroups = false;
   std::vector<std::string> boxes;
   std::string onConflict = "skip";
@@ -139,6 +158,26 @@ std::string checkBoxSetting(const std::string& text) {
   return "OUT_CHECK1 … OUT_CHECK10 또는 chadd 뒤에 =0 이나 =1 이 와야 합니다: " + text;
 }
 
+// Where no host has left a list, all cards are meant.
+std::optional<frmOutlookSync::Range> rangeOf(const Arguments& arguments,
+                                             const std::filesystem::path& folder) {
+  const std::map<std::string, frmOutlookSync::Range> ranges{
+      {"selected", frmOutlookSync::kSelectedCards},
+      {"group", frmOutlookSync::kGroup},
+      {"all", frmOutlookSync::kAllCards}};
+  if (!arguments.range.empty()) return ranges.at(arguments.range);
+  if (!arguments.group.empty()) return frmOutlookSync::kGroup;
+  if (!std::filesystem::exists(ExportList(folder).file())) return frmOutlookSync::kAllCards;
+  return std::nullopt;
+}
+
+// Whether the user, asked where that can be, wants other contacts than the last time.
+bool mayMove(const RunRequest& request) {
+  const std::string moved = objectionToMove(request.folder, request.contacts);
+  if (moved.empty() || request.preview) return false;
+  return confirm(text::onItsLines(text::replaceAll(moved, "\r\n", "\n")) + "이 연락처로 할까요?");
+}
+
 int runGiven(const Arguments& arguments) {
   using OnConflict = ui::TerminalToolkit::OnConflict;
   const std::map<std::string, frmOutlookSync::Mode> modes{{"import", frmOutlookSync::kImport},
@@ -149,19 +188,16 @@ int runGiven(const Arguments& arguments) {
                                                   {"card", OnConflict::KeepCard},
                                                   {"outlook", OnConflict::KeepOutlook},
                                                   {"stop", OnConflict::Stop}};
-  const std::map<std::string, frmOutlookSync::Range> ranges{
-      {"selected", frmOutlookSync::kSelectedCards},
-      {"group", frmOutlookSync::kGroup},
-      {"all", frmOutlookSync::kAllCards}};
   RunRequest request;
   request.mode = modes.at(arguments.mode);
   request.onConflict = answers.at(arguments.onConflict);
   request.folder = componentFolder(arguments.folder);
-  request.contacts = contactFolder(arguments.contacts, request.folder);
-  if (!arguments.range.empty()) request.range = ranges.at(arguments.range);
+  request.contacts = contactsPlace(arguments.contacts, request.folder);
+  request.group = arguments.group;
+  request.range = rangeOf(arguments, request.folder);
   request.subgroups = arguments.subgroups;
   request.preview = arguments.preview;
-  request.goOn = arguments.yes;
+  request.goOn = arguments.yes || mayMove(request);
   for (const std::string& box : arguments.boxes) {
     request.boxes.push_back(parseBoxSetting(box).value());
   }
@@ -183,8 +219,11 @@ void addRunCommand(CLI::App& app, int& status) {
   addFolderOption(*run, arguments->folder);
   addContactsOption(*run, arguments->contacts);
   run->add_option("--range", arguments->range,
-                  "내보내기 범위: selected 선택항목(기본값), group 그룹, all 전체자료")
+                  "내보내기 범위: selected 선택항목(호스트의 목록이 있을 때의 기본값), group 그룹, "
+                  "all 전체자료(목록이 없을 때의 기본값)")
       ->check(CLI::IsMember({"selected", "group", "all"}));
+  run->add_option("--group", arguments->group,
+                  "내보낼 그룹 또는 가져온 연락처를 둘 그룹: 번호, 경로(거래처/서울) 또는 이름");
   run->add_flag("--subgroups", arguments->subgroups, "하위그룹 포함 (--range group)");
   run->add_option("--set", arguments->boxes,
                   "옵션 상자를 켜거나(1) 끕니다(0): OUT_CHECKn=0|1, chadd=0|1. 창에서와 같이 "
@@ -196,7 +235,8 @@ void addRunCommand(CLI::App& app, int& status) {
   run->add_flag("--preview", arguments->preview,
                 "결과와 바뀔 값을 보여 주기만 하고 아무것도 쓰지 않습니다.");
   run->add_flag("--yes", arguments->yes,
-                "지난 작업 때와 달리 비어 있는 연락처 폴더에도 내보냅니다.");
+                "지난 작업 때와 다른 연락처나, 그때와 달리 비어 있는 연락처 폴더라도 묻지 않고 "
+                "합니다.");
   run->callback([arguments, &status] { status = runGiven(*arguments); });
 }
 

@@ -26,9 +26,10 @@ struct RunRequest {
   std::filesystem::path contacts;
   std::optional<ui::frmOutlookSync::Range> range;
   bool subgroups = false;
+  std::string group{};  // number, path or name of a group, in place of the one of the host's list
   std::vector<BoxSetting> boxes;
   bool preview = false;  // show what the run would do, and write nothing
-  bool goOn = false;     // export even into a folder that has lost its contacts
+  bool goOn = false;     // also with other contacts than the last time, or where they are all gone
   ui::TerminalToolkit::OnConflict onConflict = ui::TerminalToolkit::OnConflict::Skip;
 };
 

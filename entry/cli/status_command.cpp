@@ -7,6 +7,7 @@
 
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
+#include "entry/cli/contacts_place.h"
 #include "entry/cli/json.h"
 #include "entry/cli/read_only.h"
 #include "outlook/field_map.h"
@@ -95,7 +96,7 @@ Json asJson(const FolderSurvey& survey) {
 
 void showStatus(const Arguments& arguments, std::ostream& out) {
   const auto folder = componentFolder(arguments.folder);
-  const auto contacts = contactFolder(arguments.contacts, folder);
+  const auto contacts = contactsPlace(arguments.contacts, folder);
   ReadOnlyStores stores(folder, contacts);
   const FolderSurvey survey(stores);
   if (arguments.json) {

@@ -1,5 +1,6 @@
 #include "entry/cli/terminal.h"
 
+#include <iostream>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -17,6 +18,14 @@ const volatile std::sig_atomic_t& handleInterrupts() {
   sigaction(SIGINT, &action, nullptr);
   sigaction(SIGTERM, &action, nullptr);
   return interrupted;
+}
+
+bool confirm(const std::string& question) {
+  if (isatty(STDIN_FILENO) == 0) return false;
+  std::cerr << question << " [y/N] " << std::flush;
+  std::string answer;
+  std::getline(std::cin, answer);
+  return answer == "y" || answer == "Y" || answer == "예";
 }
 
 int terminalWidth() {

@@ -2,12 +2,17 @@
 #pragma once
 
 #include <csignal>
+#include <string>
 
 namespace vlout::entry::cli {
 
 // From now on the first interrupt only sets the flag that this returns, so that the command can
 // stop in order; a second one ends the program.
 [[nodiscard]] const volatile std::sig_atomic_t& handleInterrupts();
+
+// Asks on standard error whether to go on, and reads the answer. False without a terminal to ask
+// in.
+[[nodiscard]] bool confirm(const std::string& question);
 
 // The columns of standard error; 0 when it is no terminal.
 [[nodiscard]] int terminalWidth();

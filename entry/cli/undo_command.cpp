@@ -8,6 +8,7 @@
 #include "entry/cli/book_side.h"
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
+#include "entry/cli/terminal.h"
 #include "history/undo.h"
 #include "text/shown_text.h"
 
@@ -52,17 +53,6 @@ void printChanges(const history::Undo& undo, std::ostream& out) {
   for (const auto& file : undo.lost()) print(file, "그대로 둠(보관한 파일이 제자리에서 바뀌었음)");
 }
 
-bool confirm(std::ostream& errors) {
-  if (isatty(STDIN_FILENO) == 0) {
-    errors << "터미널이 아니어서 물을 수 없습니다. 되돌리려면 --yes 를 붙이십시오.\n";
-    return false;
-  }
-  errors << "되돌릴까요? [y/N] " << std::flush;
-  std::string answer;
-  std::getline(std::cin, answer);
-  return answer == "y" || answer == "Y" || answer == "예";
-}
-
 // Says what it will change and what was edited since, asks, and goes back. False when nothing was
 // done.
 bool undoRun(const Arguments& request, std::ostream& out, std::ostream& errors) {
@@ -84,7 +74,11 @@ bool undoRun(const Arguments& request, std::ostream& out, std::ostream& errors) 
               "붙이십시오.\n";
     return false;
   }
-  if (!request.yes && !confirm(errors)) return false;
+  if (!request.yes && isatty(STDIN_FILENO) == 0) {
+    errors << "터미널이 아니어서 물을 수 없습니다. 되돌리려면 --yes 를 붙이십시오.\n";
+    return false;
+  }
+  if (!request.yes && !confirm("되돌릴까요?")) return false;
   undo.perform();
   out << "되돌렸습니다.\n";
   return true;

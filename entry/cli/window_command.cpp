@@ -9,6 +9,7 @@
 
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
+#include "entry/cli/contacts_place.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -38,7 +39,7 @@ void openWindow(const std::string& given, const std::string& contacts) {
   const auto folder = componentFolder(given);
   // A folder that is named has to be there.
   if (given.empty() && !std::filesystem::exists(folder)) initializeFolder(folder);
-  showWindow(folder, contactFolder(contacts, folder));
+  showWindow(folder, contactsPlace(contacts, folder));
 }
 
 void addWindowCommand(CLI::App& app, int& status) {

@@ -3,7 +3,7 @@ _vloutsync() {
   local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]}
   local choices=
   case $previous in
-    vloutsync) choices="init sample convert-jet run books history undo window --help --version" ;;
+    vloutsync) choices="init sample convert-jet run status list show folders books history undo window --help --version" ;;
     run) choices="import export sync" ;;
     --range) choices="selected group all" ;;
     --on-conflict) choices="skip newer card outlook stop" ;;
@@ -23,10 +23,13 @@ _vloutsync() {
       ;;
     *)
       case ${COMP_WORDS[1]} in
-        run) choices="--folder --contacts --range --subgroups --set --on-conflict --preview --yes" ;;
+        run) choices="--folder --contacts --range --subgroups --group --set --on-conflict --preview --yes" ;;
         undo) choices="--folder --preview --force --yes" ;;
         window) choices="--folder --contacts" ;;
         init | history | convert-jet) choices="--folder" ;;
+        status) choices="--folder --contacts --all --json" ;;
+        list | show) choices="--folder --contacts --json" ;;
+        folders) choices="--folder --json" ;;
         books) choices="--json" ;;
         sample) choices="--folder --cards --seed" ;;
       esac

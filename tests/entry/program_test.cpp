@@ -247,7 +247,8 @@ TEST_F(ProgramTest, ExportsInThreeColumnsAndKeepsTheStreamsApart) {
   const Result first = run(exportAll());
   EXPECT_EQ(first.status, 0);
   EXPECT_THAT(first.out, EndsWith("내보내기 완료\t추가=20/갱신=0\t\n"));
-  EXPECT_EQ(first.err, "내보내기를 완료하였습니다.\n추가=20/갱신=0\n");
+  EXPECT_EQ(first.err,
+            "연락처: " + contacts().string() + "\n내보내기를 완료하였습니다.\n추가=20/갱신=0\n");
   std::size_t lines = 0;
   for (std::size_t at = 0; at < first.out.size(); ++lines) {
     const std::size_t end = first.out.find('\n', at);
@@ -348,6 +349,14 @@ TEST_F(ProgramTest, SaysWhatIsWrongWithWhatItIsGiven) {
        },
        {},
        "VelmoraDB.vdb: 보통 파일이 아닙니다"},
+      {"unknown group", [] {}, {"--group", "없는 그룹"}, "그룹이 없습니다: 없는 그룹"},
+      {"a folder of folders",
+       [&] {
+         std::filesystem::create_directory(base + "/contacts/people");
+         tests::writeFile(base + "/contacts/people/a.vcf", "");
+       },
+       {},
+       "contacts/people"},
       {"endless export list",
        [&] {
          std::filesystem::resize_file(base + "/temp/exportlist.txt", std::uintmax_t{1} << 40);
@@ -380,7 +389,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongWithWhatItIsGiven) {
     EXPECT_EQ(result.status, 1) << c.name << result.out;
     EXPECT_THAT(result.err, HasSubstr(c.said)) << c.name;
     if (std::filesystem::exists(contacts())) {
-      EXPECT_THAT(tests::fileNames(contacts()), IsEmpty()) << c.name;
+      EXPECT_THAT(tests::fileNames(contacts()), Not(Contains(EndsWith(".vcf")))) << c.name;
     }
   }
 }
@@ -492,6 +501,35 @@ TEST_F(ProgramTest, AKilledRunIsTakenUpAgain) {
     EXPECT_THAT(tests::fileNames(contacts()), Each(EndsWith(".vcf")));
     expectPairs(static_cast<std::size_t>(c.cards));
   }
+}
+
+TEST_F(ProgramTest, TheContactsAreThoseOfTheLastRunUnlessAnotherPlaceIsConfirmed) {
+  sample(40);
+  std::filesystem::remove(folder() + "/temp/exportlist.txt");
+  const std::string other = (temporary.path() / "other").string();
+  std::filesystem::create_directory(other);
+  EXPECT_THAT(run({"run", "export", "--folder", folder()}).out, HasSubstr("추가=40/갱신=0"));
+  std::vector<std::string> elsewhere{"run",     "export",      "--folder",   folder(),
+                                     "--group", "거래처/서울", "--contacts", other};
+  const Result asked = run(elsewhere);
+  EXPECT_EQ(asked.status, 1);
+  EXPECT_THAT(asked.err,
+              AllOf(HasSubstr(contacts().string()), HasSubstr(other), HasSubstr("--yes")));
+  EXPECT_THAT(tests::fileNames(other), IsEmpty());
+  elsewhere.emplace_back("--yes");
+  EXPECT_EQ(run(elsewhere).status, 0);
+  store::SqliteConnection connection;
+  connection.open({.componentFolder = folder()});
+  const auto inGroup = connection.query("SELECT i_idx FROM tbl_namecard WHERE f_idx=4")->rowCount();
+  EXPECT_GT(inGroup, 0U);
+  EXPECT_EQ(tests::fileNames(other).size(), inGroup);
+  tests::writeFile(other + "/new.vcf",
+                   "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:새봄\r\nN:새;봄;;;\r\nEND:VCARD\r\n");
+  EXPECT_THAT(run({"run", "import", "--folder", folder(), "--group", "5"}).err, HasSubstr(other));
+  EXPECT_EQ(
+      connection.query("SELECT f_idx FROM tbl_namecard WHERE FullName='새봄'")->field("f_idx"),
+      "5");
+  EXPECT_THAT(run({"status", "--folder", folder()}).out, HasSubstr(other + "\n"));
 }
 
 // Every way for a card and a contact to stand to each other, as all the commands that look see it.

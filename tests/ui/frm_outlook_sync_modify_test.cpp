@@ -165,6 +165,41 @@ TEST_F(CompareWindowTest, TheCardSideIsSavedToBothSides) {
   EXPECT_EQ(valueOf(1, "Last_moddate"), valueOf(1, "VLLastsync_date"));
 }
 
+// The street of a row may hold what its other parts hold too. Keeping either side, again and again,
+// leaves the line as it is.
+TEST_F(CompareWindowTest, AnAddressDoesNotGrow) {
+  struct Case {
+    const char* state;
+    const char* city;
+    const char* street;
+    const char* detail;
+    const char* line;
+  };
+  for (const Case& c :
+       {Case{"서울", "강남구", "서울 강남구 테헤란로 1", "5층", "서울 강남구 테헤란로 1 5층"},
+        Case{"서울", "강남구", "서울 강남구 테헤란로 1 5층", "5층", "서울 강남구 테헤란로 1 5층"},
+        Case{"서울", "강남구", "테헤란로 1", "", "서울 강남구 테헤란로 1"},
+        Case{"서울", "강", "강남로 1", "", "서울 강 강남로 1"},
+        Case{"Gyeonggi", "Suwon", "1 Main-ro", "5F", "5F 1 Main-ro Suwon Gyeonggi"}}) {
+    makeConflict({{"FullName", "홍길동"},
+                  {"company_nation", "대한민국"},
+                  {"company_sido", c.state},
+                  {"company_sigungu", c.city},
+                  {"company_addr", c.street},
+                  {"company_addr2", c.detail}},
+                 "N:홍;길동;;;\r\n");
+    for (const bool cardSide : {true, false, true}) {
+      compare([&](frmOutlookSyncModify& window) {
+        EXPECT_EQ(window.Text14.text(), c.line);
+        window.Check1.setValue(1);
+        (cardSide ? window.Command1 : window.Command2).press();
+      });
+      EXPECT_EQ(valueOf(1, "company_addr"), c.line);
+      setStamps(1, "2099/01/02 00:00:00", "2025/01/01 00:00:00", "2025/01/01 00:00:00");
+    }
+  }
+}
+
 TEST_F(CompareWindowTest, TheOutlookSideIsSavedToBothSides) {
   makeConflict({{"FullName", "홍길동"}, {"JobTitle", "부장"}, {"company_fax1", "02-1"}},
                "N:홍;길동;;;\r\nTITLE:이사\r\nADR;TYPE=HOME:7;;가로;나구;다시;11111;\r\n"

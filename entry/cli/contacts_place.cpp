@@ -1,0 +1,119 @@
+#include "entry/cli/contacts_place.h"
+
+#include <algorithm>
+#include <cerrno>
+#include <dirent.h>
+#include <fstream>
+#include <memory>
+#include <sys/stat.h>
+#include <system_error>
+#include <vector>
+
+#include "entry/cli/book_side.h"
+#include "posix/file_descriptor.h"
+#include "text/ascii.h"
+#include "text/file_path.h"
+#include "text/regular_file.h"
+
+namespace vlout::entry::cli {
+namespace {
+
+namespace fs = std::filesystem;
+
+fs::path fileIn(const fs::path& componentFolder) {
+  return componentFolder / "contacts.place";
+}
+
+fs::path inFull(const fs::path& contacts) {
+  return bookIn(contacts) ? contacts : fs::absolute(contacts).lexically_normal();
+}
+
+bool isSamePlace(const fs::path& a, const fs::path& b) {
+  std::error_code missing;
+  return a == b || (!bookIn(a) && !bookIn(b) && fs::equivalent(a, b, missing));
+}
+
+// Calls `use(name, isFolder)` for each entry until it answers true. Whether one did. A folder that
+// cannot be read has none. No access time tells of it.
+template <typename Use>
+bool anyEntry(const fs::path& folder, Use use) {
+  const int opened = posix::openUnnoticed(folder.c_str(), O_DIRECTORY);
+  if (opened < 0) return false;
+  const std::unique_ptr<DIR, int (*)(DIR*)> directory(::fdopendir(opened), ::closedir);
+  while (const dirent* const entry = ::readdir(directory.get())) {
+    struct stat status {};
+    const bool isFolder =
+        ::fstatat(opened, entry->d_name, &status, 0) == 0 && S_ISDIR(status.st_mode);
+    if (use(std::string(entry->d_name), isFolder)) return true;
+  }
+  return false;
+}
+
+bool holdsCards(const fs::path& folder) {
+  return anyEntry(folder, [](const std::string& name, bool isFolder) {
+    return !isFolder && text::toAsciiUpper(name).ends_with(".VCF");
+  });
+}
+
+}  // namespace
+
+std::optional<fs::path> rememberedContacts(const fs::path& componentFolder) {
+  std::string place;
+  try {
+    place = text::readRegularFile(fileIn(componentFolder));
+  } catch (const std::system_error& error) {
+    if (error.code() == std::errc::no_such_file_or_directory) return std::nullopt;
+    throw;
+  }
+  while (place.ends_with('\n')) place.pop_back();
+  if (place.empty()) return std::nullopt;
+  const fs::path path = text::pathOf(place);
+  return bookIn(path) ? path : inFull(componentFolder / path);
+}
+
+void rememberContacts(const fs::path& componentFolder, const fs::path& contacts) {
+  const auto last = rememberedContacts(componentFolder);
+  if (last == contacts) return;
+  fs::path place = contacts;
+  const fs::path inside = contacts.lexically_relative(inFull(componentFolder));
+  if (!bookIn(contacts) && !inside.empty() && *inside.begin() != "..") place = inside;
+  const fs::path finished = fileIn(componentFolder).string() + ".new";
+  fs::remove(finished);
+  std::ofstream stream(finished, std::ios::binary | std::ios::trunc);
+  stream << text::pathText(place) << '\n';
+  stream.close();
+  if (!stream) throw std::system_error(errno, std::generic_category(), text::pathText(finished));
+  fs::rename(finished, fileIn(componentFolder));
+}
+
+fs::path contactsPlace(const fs::path& given, const fs::path& componentFolder) {
+  if (!given.empty()) return inFull(given);
+  return rememberedContacts(componentFolder).value_or(inFull(componentFolder / "contacts"));
+}
+
+std::string objectionToMove(const fs::path& componentFolder, const fs::path& contacts) {
+  const auto last = rememberedContacts(componentFolder);
+  if (!last || isSamePlace(*last, contacts)) return {};
+  return "지난 작업 때와 다른 연락처입니다.\r\n지난번: " + text::pathText(*last) +
+         "\r\n이번: " + text::pathText(contacts) + "\r\n";
+}
+
+std::string objectionToFolderOfFolders(const fs::path& contacts) {
+  if (bookIn(contacts) || holdsCards(contacts)) return {};
+  std::vector<std::string> inside;
+  anyEntry(contacts, [&](const std::string& name, bool isFolder) {
+    if (isFolder && !name.starts_with('.') && holdsCards(contacts / name)) {
+      inside.push_back(text::pathText(contacts / name));
+    }
+    return false;
+  });
+  if (inside.empty()) return {};
+  std::sort(inside.begin(), inside.end());
+  std::string message = text::pathText(contacts) +
+                        ": 이 폴더에는 vCard가 없고 그 안의 폴더에 있습니다. 다음 가운데 하나를 "
+                        "연락처 폴더로 고르십시오:";
+  for (const std::string& folder : inside) message += "\r\n  " + folder;
+  return message;
+}
+
+}  // namespace vlout::entry::cli
