@@ -1,5 +1,6 @@
 #include "history/completion.h"
 
+#include <exception>
 #include <map>
 #include <optional>
 #include <set>
@@ -70,7 +71,7 @@ std::set<std::int64_t> cardsToStamp(const Runs& runs, const std::filesystem::pat
   for (const RunRecord& run : runsCutShort(runs, runs.nameOf(folder), current)) {
     try {
       addCards(RestorePoint(runs.folderOf(run.number)), folder, now, cards);
-    } catch (const store::DatabaseError&) {
+    } catch (const std::exception&) {
       break;  // a point that is gone or damaged proves nothing, and older ones no more
     }
   }

@@ -3,11 +3,11 @@
 #pragma once
 
 #include <filesystem>
-#include <fstream>
 #include <sstream>
 #include <string>
 
 #include "outlook/vcard/file_state.h"
+#include "text/regular_file.h"
 
 namespace vlout::history {
 
@@ -18,10 +18,12 @@ inline constexpr char kEntryEnd = '\0';
 // Reads one from where an entry is at. False when it is none.
 bool readEntry(std::istream& entry, outlook::vcard::FileState& state, std::string& name);
 
-// Calls `use(std::istream&)` with each whole entry of a file; a missing file has none.
+// Calls `use(std::istream&)` with each whole entry of a file; a missing file has none. Throws
+// std::system_error, which names the file, when it cannot be read.
 template <typename Use>
 void forEachEntry(const std::filesystem::path& path, Use use) {
-  std::ifstream file(path, std::ios::binary);
+  if (!std::filesystem::exists(std::filesystem::symlink_status(path))) return;
+  std::istringstream file(text::readRegularFile(path, text::kLargestOwn));
   for (std::string entry; std::getline(file, entry, kEntryEnd) && !file.eof();) {
     std::istringstream stream(entry);
     use(stream);

@@ -70,7 +70,7 @@ std::optional<std::size_t> RunRecorder::filesLeftBy(const RunRecord& run) const 
   const RestorePoint point(runs_.folderOf(run.number));
   try {
     return Written::read(point.writtenLog()).applyTo(point.contacts()).size();
-  } catch (const outlook::ContactStoreError&) {
+  } catch (const std::exception&) {
     return std::nullopt;  // its point is gone or damaged: an earlier run has to tell
   }
 }

@@ -5,12 +5,14 @@
 #include <cerrno>
 #include <fstream>
 #include <limits>
+#include <sstream>
 #include <system_error>
 
 #include "history/restore_point.h"
 #include "text/ascii.h"
 #include "text/date_time.h"
 #include "text/file_path.h"
+#include "text/regular_file.h"
 #include "text/shown_text.h"
 
 namespace vlout::history {
@@ -87,6 +89,16 @@ void readLine(const std::string& line, RunRecord& record) {
   if (key == "undoneBy" && number) record.undoneBy = static_cast<int>(*number);
 }
 
+// One that cannot be read says nothing.
+void readRecord(const std::filesystem::path& path, RunRecord& record) {
+  try {
+    std::istringstream file(text::readRegularFile(path));
+    for (std::string line; std::getline(file, line);) readLine(line, record);
+  } catch (const std::system_error&) {
+    return;
+  }
+}
+
 }  // namespace
 
 std::filesystem::path Runs::folderOf(int number) const {
@@ -122,8 +134,7 @@ std::vector<RunRecord> Runs::list() const {
   for (const int number : numbers()) {
     RunRecord record;
     record.number = number;
-    std::ifstream file(folderOf(number) / "run");
-    for (std::string line; std::getline(file, line);) readLine(line, record);
+    readRecord(folderOf(number) / "run", record);
     if (record.started.empty()) record.wrote = RestorePoint(folderOf(number)).exists();
     result.push_back(std::move(record));
   }
@@ -145,6 +156,7 @@ void Runs::save(const RunRecord& record) const {
   const auto file = folderOf(record.number) / "run";
   auto draft = file;
   draft += ".new";
+  std::filesystem::remove(draft);  // it may be a pipe
   std::ofstream stream(draft, std::ios::binary | std::ios::trunc);
   stream << "started=" << record.started << "\nmode=" << record.mode
          << "\nrange=" << text::onOneLine(record.range) << "\ncontacts=" << escaped(record.contacts)

@@ -2,8 +2,6 @@
 
 #include <algorithm>
 #include <array>
-#include <fstream>
-#include <iterator>
 #include <system_error>
 
 #include "outlook/contact_store.h"
@@ -11,6 +9,7 @@
 #include "store/sqlite/database_files.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
+#include "text/regular_file.h"
 
 namespace vlout::history {
 namespace {
@@ -27,10 +26,11 @@ std::string editOf(std::string_view what, Change change, const std::string& name
 
 // The name on a card, for people to know it by.
 std::string personIn(const fs::path& file) {
-  std::error_code none;
-  if (!fs::is_regular_file(file, none)) return {};
-  std::ifstream stream(file, std::ios::binary);
-  return outlook::vcard::firstDisplayName({std::istreambuf_iterator<char>(stream), {}});
+  try {
+    return outlook::vcard::firstDisplayName(text::readRegularFile(file, text::kLargestOwn));
+  } catch (const std::system_error&) {
+    return {};
+  }
 }
 
 std::string personAndFile(const fs::path& folder, const std::string& name) {

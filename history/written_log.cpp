@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "history/entries.h"
+#include "posix/file_descriptor.h"
 #include "store/sql.h"
 
 namespace vlout::history {
@@ -76,8 +77,7 @@ std::string Written::counts() const {
 }
 
 WrittenLog::WrittenLog(const fs::path& log)
-    : path_(log),
-      descriptor_(::open(log.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600)) {
+    : path_(log), descriptor_(posix::openRegular(log.c_str(), O_WRONLY | O_CREAT | O_APPEND)) {
   if (descriptor_ < 0) fail(log);
 }
 

@@ -1,8 +1,11 @@
-// Files as Linux opens them: a descriptor that closes itself, and a look that leaves no trace.
+// Files as Linux opens them: a descriptor that closes itself, a look that leaves no trace, and the
+// door for every file that may turn out to be something else.
 #pragma once
 
 #include <cerrno>
+#include <cstring>
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace vlout::posix {
@@ -27,6 +30,32 @@ class FileDescriptor {
   const int file = ::openat(folder, name, flags | O_RDONLY | O_CLOEXEC | O_NOATIME);
   if (file >= 0 || errno != EPERM) return file;
   return ::openat(folder, name, flags | O_RDONLY | O_CLOEXEC);
+}
+
+// What `openRegular` fails with when the name is that of a pipe, a device, a folder.
+inline constexpr int kNotRegular = ENXIO;
+
+// Opens a regular file, or a link to one, and nothing else: a named pipe would hold the program up
+// for ever, and a device may have no end. For reading unless the flags say otherwise.
+[[nodiscard]] inline int openRegular(const char* name, int flags = O_RDONLY,
+                                     int folder = AT_FDCWD) {
+  constexpr int kNoWaiting = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
+  const bool isLook = (flags & O_ACCMODE) == O_RDONLY;
+  const int file = isLook ? openUnnoticed(name, flags | kNoWaiting, folder)
+                          : ::openat(folder, name, flags | kNoWaiting, 0600);
+  struct stat status {};
+  if (file < 0 || (::fstat(file, &status) == 0 && S_ISREG(status.st_mode))) {
+    if (file < 0 && errno == EISDIR) errno = kNotRegular;
+    return file;
+  }
+  ::close(file);
+  errno = kNotRegular;
+  return -1;
+}
+
+// The reason for a person to read.
+[[nodiscard]] inline const char* reasonOf(int error) {
+  return error == kNotRegular ? "보통 파일이 아닙니다" : std::strerror(error);
 }
 
 }  // namespace vlout::posix

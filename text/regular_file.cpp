@@ -1,5 +1,6 @@
 #include "text/regular_file.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <system_error>
 
@@ -7,10 +8,6 @@
 #include <fstream>
 #include <iterator>
 #else
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include "posix/file_descriptor.h"
 #endif
 
@@ -18,8 +15,6 @@
 
 namespace vlout::text {
 namespace {
-
-constexpr std::size_t kLargest = std::size_t{8} << 20;
 
 class NotRegular : public std::error_category {
  public:
@@ -40,7 +35,7 @@ class NotRegular : public std::error_category {
 
 #ifdef _WIN32
 
-std::string readRegularFile(const std::filesystem::path& file) {
+std::string readRegularFile(const std::filesystem::path& file, std::size_t largest) {
   std::ifstream stream(file, std::ios::binary);
   const int code = errno;
   std::error_code none;
@@ -48,28 +43,29 @@ std::string readRegularFile(const std::filesystem::path& file) {
     failAsNotRegular(file);
   }
   if (!stream) fail(file, code != 0 ? code : EIO);
-  if (std::filesystem::file_size(file) > kLargest) fail(file, EFBIG);
+  if (std::filesystem::file_size(file) > largest) fail(file, EFBIG);
   return {std::istreambuf_iterator<char>(stream), {}};
 }
 
 #else
 
-std::string readRegularFile(const std::filesystem::path& file) {
-  const posix::FileDescriptor opened(
-      ::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+std::string readRegularFile(const std::filesystem::path& file, std::size_t largest) {
+  const posix::FileDescriptor opened(posix::openRegular(file.c_str()));
   struct stat status {};
+  if (opened.get() < 0 && errno == posix::kNotRegular) failAsNotRegular(file);
   if (opened.get() < 0 || ::fstat(opened.get(), &status) != 0) fail(file, errno);
-  if (!S_ISREG(status.st_mode)) failAsNotRegular(file);
   std::string bytes;
   constexpr std::size_t kPiece = std::size_t{64} << 10;
+  std::size_t next = std::min(static_cast<std::size_t>(status.st_size), largest) + 1;
   while (true) {  // the size that is told may be wrong
     const std::size_t filled = bytes.size();
-    bytes.resize(filled + kPiece);
-    const ssize_t count = ::read(opened.get(), bytes.data() + filled, kPiece);
+    bytes.resize(filled + next);
+    const ssize_t count = ::read(opened.get(), bytes.data() + filled, next);
     if (count < 0) fail(file, errno);
     bytes.resize(filled + static_cast<std::size_t>(count));
     if (count == 0) return bytes;
-    if (bytes.size() > kLargest) fail(file, EFBIG);
+    if (bytes.size() > largest) fail(file, EFBIG);
+    next = kPiece;
   }
 }
 

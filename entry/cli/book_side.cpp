@@ -1,13 +1,12 @@
 #include "entry/cli/book_side.h"
 
-#include <fstream>
-#include <iterator>
 #include <string_view>
 #include <utility>
 
 #include "entry/cli/preview.h"
 #include "history/recorded_book.h"
 #include "text/file_path.h"
+#include "text/regular_file.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -36,8 +35,7 @@ class MirroredBook : public history::MirroredContacts {
 
  private:
   static std::string contentOf(const fs::path& file) {
-    std::ifstream stream(file, std::ios::binary);
-    return {std::istreambuf_iterator<char>(stream), {}};
+    return text::readRegularFile(file, text::kLargestOwn);
   }
 
   evolution::EvolutionStore store_;

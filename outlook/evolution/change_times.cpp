@@ -16,6 +16,7 @@
 #include "posix/file_descriptor.h"
 #include "text/ascii.h"
 #include "text/date_time.h"
+#include "text/regular_file.h"
 
 namespace vlout::outlook::evolution {
 namespace {
@@ -71,7 +72,8 @@ ChangeTimes::ChangeTimes(const fs::path& componentFolder, const std::string& boo
 }
 
 void ChangeTimes::read() {
-  std::ifstream file(file_, std::ios::binary);
+  if (!fs::exists(file_)) return;
+  std::istringstream file(text::readRegularFile(file_, text::kLargestOwn));
   for (std::string text; std::getline(file, text) && !file.eof();) {
     std::istringstream words(text);
     char kind = 0;
@@ -155,7 +157,7 @@ void ChangeTimes::append(char kind, const std::string& uid, const Entry& entry) 
   flush();
   fs::create_directories(file_.parent_path());
   const posix::FileDescriptor file(
-      ::open(file_.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0600));
+      posix::openRegular(file_.c_str(), O_WRONLY | O_CREAT | O_APPEND));
   const std::string text = line(kind, uid, entry);
   if (file.get() < 0 ||
       ::write(file.get(), text.data(), text.size()) != static_cast<ssize_t>(text.size())) {
@@ -169,6 +171,7 @@ void ChangeTimes::flush() {
   fs::permissions(file_.parent_path(), fs::perms::owner_all);
   fs::path draft = file_;
   draft += ".new";
+  fs::remove(draft);  // it may be a pipe
   std::ofstream file(draft, std::ios::binary | std::ios::trunc);
   for (const auto& [uid, contact] : contacts_) {
     if (contact.last) file << line(kCertain, uid, *contact.last);

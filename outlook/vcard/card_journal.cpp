@@ -7,6 +7,7 @@
 #include <unistd.h>
 
 #include "outlook/vcard/folder.h"
+#include "posix/file_descriptor.h"
 #include "text/hash.h"
 
 namespace vlout::outlook::vcard {
@@ -71,8 +72,7 @@ CardJournal::~CardJournal() {
 
 bool CardJournal::append(const SavedCard& save) {
   if (file_ < 0) {
-    constexpr int kFlags = O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW | O_CLOEXEC;
-    file_ = ::openat(folder_, kName, kFlags, 0600);
+    file_ = posix::openRegular(kName, O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW, folder_);
     if (file_ < 0) return false;
   }
   const std::string record = recordOf(save);

@@ -140,7 +140,7 @@ Folder::~Folder() {
 }
 
 void Folder::fail(const std::string& name) const {
-  const std::string reason = std::strerror(errno);
+  const std::string reason = posix::reasonOf(errno);
   throw ContactStoreError((name.empty() ? path_ : path_ + "/" + name) + ": " + reason);
 }
 
@@ -190,12 +190,11 @@ std::vector<CardFile> Folder::findCardFiles() {
 }
 
 std::optional<FileState> Folder::read(const std::string& name, std::string& text) {
-  // Without O_NONBLOCK a named pipe in the folder would hold the run up for ever.
-  const posix::FileDescriptor file(posix::openUnnoticed(name.c_str(), O_NONBLOCK, descriptor_));
+  const posix::FileDescriptor file(posix::openRegular(name.c_str(), O_RDONLY, descriptor_));
   struct stat status {};
-  if (file.get() < 0 && errno == ENOENT) return std::nullopt;  // deleted meanwhile
+  // Deleted meanwhile, or no file at all.
+  if (file.get() < 0 && (errno == ENOENT || errno == posix::kNotRegular)) return std::nullopt;
   if (file.get() < 0 || ::fstat(file.get(), &status) != 0) fail(name);
-  if (!S_ISREG(status.st_mode)) return std::nullopt;
   if (status.st_size > kLargestFile) {
     errno = EFBIG;
     fail(name);

@@ -2,15 +2,12 @@
 
 #include <cstring>
 #include <ctime>
-#include <fcntl.h>
 #include <fstream>
-#include <sys/stat.h>
 #include <system_error>
 #include <type_traits>
-#include <unistd.h>
 
-#include "posix/file_descriptor.h"
 #include "text/hash.h"
+#include "text/regular_file.h"
 
 namespace vlout::outlook::vcard {
 namespace {
@@ -74,18 +71,11 @@ constexpr std::uint8_t kGroup = 1;
 constexpr std::uint8_t kHasKey = 2;
 
 std::string readWhole(const std::filesystem::path& path) {
-  const posix::FileDescriptor file(posix::openUnnoticed(path.c_str(), O_NONBLOCK));
-  struct stat status {};
-  constexpr off_t kLargest = off_t{1} << 28;
-  std::string bytes;
-  if (file.get() < 0 || ::fstat(file.get(), &status) != 0 || !S_ISREG(status.st_mode) ||
-      status.st_size > kLargest) {
-    return bytes;
+  try {
+    return text::readRegularFile(path, text::kLargestOwn);
+  } catch (const std::system_error&) {
+    return {};
   }
-  bytes.resize(static_cast<std::size_t>(status.st_size));
-  const ssize_t count = ::read(file.get(), bytes.data(), bytes.size());
-  bytes.resize(count < 0 ? 0 : static_cast<std::size_t>(count));
-  return bytes;
 }
 
 }  // namespace
@@ -199,6 +189,7 @@ void FolderIndexWriter::save(const std::filesystem::path& file,
   auto draft = file;
   draft += ".new";
   std::error_code ignored;
+  std::filesystem::remove(draft, ignored);  // it may be a pipe
   {
     std::ofstream stream(draft, std::ios::binary | std::ios::trunc);
     stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));

@@ -186,6 +186,10 @@ TEST_F(HistoryTest, ADamagedPointIsRefusedAndHarmsNothing) {
   const auto cut = [](const std::filesystem::path& file) {
     std::filesystem::resize_file(file, std::filesystem::file_size(file) / 2);
   };
+  const auto makePipe = [](const std::filesystem::path& file) {
+    std::filesystem::remove(file);
+    ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+  };
   const std::vector<std::function<void()>> damages{
       [&] { cut(point("point/contacts.list")); },
       [&] { tests::writeFile(point("point/contacts.list"), ""); },
@@ -193,6 +197,10 @@ TEST_F(HistoryTest, ADamagedPointIsRefusedAndHarmsNothing) {
       [&] { cut(point("point/VelmoraDB.vdb")); },
       [&] { tests::writeFile(point("point/VelmoraDB.vdb"), ""); },
       [&] { std::filesystem::remove_all(point("point")); },
+      [&] { makePipe(point("point/contacts.list")); },
+      [&] { makePipe(point("point/VelmoraDB.vdb")); },
+      [&] { makePipe(point("written")); },
+      [&] { makePipe(point("run")); },
       [&] { tests::writeFile(point("run"), ""); },
       [&] { tests::writeFile(point("run"), "\xFF=\n==\nwrote=1\nstarted=never\n"); },
   };
