@@ -42,32 +42,31 @@ std::string unescaped(std::string_view value) {
   return text::replaceAll(text::replaceAll(value, "%0A", "\n"), "%25", "%");
 }
 
-// How old each run is, in seconds, where that is known. A clock may have been wrong, once or for
-// long: a time counts only where it lies between those of the runs before and after it, and runs
-// age up to the last time that a later run has confirmed. So one run under a wrong clock neither
-// makes others old nor is old itself, and a damaged record has no age.
+// How old each run is, in seconds, where that is known. No clock is believed alone: the present is
+// the earliest of the last starts, and a run is as young as the latest start up to its own. So the
+// last runs have no age, no run is older than one before it, and clocks that were ahead or behind
+// for less than that many runs make nothing old. A time from before there was this program is none.
 std::vector<std::optional<std::int64_t>> agesOf(const std::vector<RunRecord>& runs) {
-  struct Start {
-    std::size_t run;
-    std::int64_t time;
+  constexpr std::size_t kWitnesses = 5;
+  const auto startOf = [](const RunRecord& run) {
+    static const std::int64_t first = text::parseDateTime("2020/01/01 00:00:00")->seconds;
+    const auto time = text::parseDateTime(run.started);
+    return time && time->seconds >= first ? std::optional(time->seconds) : std::nullopt;
   };
-  std::vector<Start> starts;
-  for (std::size_t i = 0; i < runs.size(); ++i) {
-    const auto time = text::parseDateTime(runs[i].started);
-    if (time) starts.push_back({i, time->seconds});
+  std::optional<std::int64_t> present;
+  std::size_t seen = 0;
+  for (auto run = runs.rbegin(); run != runs.rend() && seen < kWitnesses; ++run) {
+    const auto start = startOf(*run);
+    if (!start) continue;
+    present = std::min(present.value_or(*start), *start);
+    ++seen;
   }
-  std::vector<std::optional<std::int64_t>> ages(runs.size());
-  std::optional<std::int64_t> confirmed;
-  for (std::size_t i = 0; i < starts.size(); ++i) {
-    const bool isLast = i + 1 == starts.size();
-    const bool agrees = (i == 0 || starts[i - 1].time <= starts[i].time) &&
-                        (isLast || starts[i].time <= starts[i + 1].time);
-    if (!agrees) continue;
-    ages[starts[i].run] = starts[i].time;
-    if (!isLast) confirmed = std::max(confirmed.value_or(starts[i].time), starts[i].time);
-  }
-  for (auto& age : ages) {
-    if (age) age = std::max<std::int64_t>(0, confirmed.value_or(*age) - *age);
+  std::vector<std::optional<std::int64_t>> ages;
+  std::optional<std::int64_t> latest;
+  for (const RunRecord& run : runs) {
+    const auto start = startOf(run);
+    if (start) latest = std::max(latest.value_or(*start), *start);
+    ages.push_back(start ? std::optional(*present - *latest) : std::nullopt);
   }
   return ages;
 }

@@ -339,12 +339,17 @@ TEST_F(HistoryTest, OldAndManyPointsAreDroppedWhateverTheClockSays) {
   std::vector<int> ofToday(20);
   std::iota(ofToday.begin(), ofToday.end(), 3);
   const std::vector<Case> cases{
-      {{-90, 0}, {1, 2}, 1},          // the clock may have gone wrong just now
-      {{-90, -80, 0, 0}, {3, 4}, 3},  // two runs agree
-      {{-90, 0, 0}, {2, 3}, 2},
-      {{-2, -1, 200, 0}, {1, 2, 3, 4}, 1},           // once ahead
-      {{-2, -1, -18000, 0, 0}, {1, 2, 3, 4, 5}, 1},  // once in the seventies
-      {{-90, -2, -18000, 0, 0}, {2, 3, 4, 5}, 2},
+      {{-90, 0, 0, 0, 0}, {1, 2, 3, 4, 5}, 1},  // the clock may have gone wrong just now
+      {{-90, -80, 0, 0, 0, 0, 0}, {3, 4, 5, 6, 7}, 3},
+      {{-90, -80, -70, -60, -50, -40}, {1, 2, 3, 4, 5, 6}, 1},
+      {{-90, 5, 4, 3, 2, 1, 0}, {2, 3, 4, 5, 6, 7}, 2},
+      {{0, 200, 201, 0, 0, 0}, {1, 2, 3, 4, 5, 6}, 1},  // ahead, and back again
+      {{0, 200, 201, 202, 203}, {1, 2, 3, 4, 5}, 1},
+      {{-2, -1, 200, 0, 0, 0, 0, 0}, {1, 2, 3, 4, 5, 6, 7, 8}, 1},
+      {{-18000, 0, 0, 0, 0, 0}, {1, 2, 3, 4, 5, 6}, 1},  // in the seventies
+      {{-2, -18000, 0, 0, 0, 0, 0}, {1, 2, 3, 4, 5, 6, 7}, 1},
+      {{-2, -100, 0, 0, 0, 0, 0}, {1, 2, 3, 4, 5, 6, 7}, 1},  // behind
+      {{-90, -2, -18000, 0, 0, 0, 0}, {2, 3, 4, 5, 6, 7}, 2},
       {today, ofToday, 1},  // a record stays longer than its point
   };
   const Runs list(folder());
@@ -364,7 +369,7 @@ TEST_F(HistoryTest, OldAndManyPointsAreDroppedWhateverTheClockSays) {
     for (const RunRecord& run : list.list()) {
       if (RestorePoint(list.folderOf(run.number)).exists()) points.push_back(run.number);
     }
-    EXPECT_EQ(points, c.points);
+    EXPECT_EQ(points, c.points) << testing::PrintToString(c.days);
     EXPECT_EQ(list.list().front().number, c.firstRecord) << testing::PrintToString(c.days);
   }
   EXPECT_THROW(Undo(folder(), 2), UndoError);
