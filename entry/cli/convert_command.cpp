@@ -6,6 +6,7 @@
 #include "entry/cli/component_folder.h"
 #include "entry/cli/convert_jet.h"
 #include "entry/cli/terminal.h"
+#include "text/shown_text.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -26,7 +27,7 @@ void addConvertCommand(CLI::App& app, int& status) {
   command->callback([arguments, &status] {
     const auto folder = componentFolder(arguments->folder);
     convertJet(arguments->file, folder, std::cout, handleInterrupts());
-    std::cout << folder.string() << std::endl;
+    std::cout << text::onOneLine(folder.string()) << std::endl;
     status = std::cout ? kDone : kRefused;
   });
 }

@@ -30,14 +30,14 @@ std::string wayBack(const history::Runs& runs, const RunRecord& run) {
 void printHistory(const std::filesystem::path& folder, std::ostream& out, std::ostream& errors) {
   const history::Runs runs(folder);
   const auto list = runs.list();
-  if (list.empty()) errors << folder.string() << ": 아직 작업이 없습니다.\n";
+  if (list.empty()) errors << text::onOneLine(folder.string()) << ": 아직 작업이 없습니다.\n";
   for (RunRecord run : list) {
     // One that was killed could not say what it had done.
     if (run.state == history::RunState::Unfinished && run.wrote) {
       const history::RestorePoint point(runs.folderOf(run.number));
       run.text = history::Written::read(point.writtenLog()).counts();
     }
-    out << run.number << '\t' << run.started << '\t' << run.mode;
+    out << run.number << '\t' << text::onOneLine(run.started) << '\t' << text::onOneLine(run.mode);
     if (!run.range.empty()) out << ' ' << text::onOneLine(run.range);
     out << '\t' << kStates.at(static_cast<std::size_t>(run.state)) << '\t'
         << text::onOneLine(run.text) << '\t' << wayBack(runs, run) << '\n';

@@ -4,6 +4,7 @@
 
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
+#include "text/shown_text.h"
 
 namespace vlout::entry::cli {
 
@@ -15,7 +16,7 @@ void addInitCommand(CLI::App& app, int& status) {
   command->callback([given, &status] {
     const auto folder = componentFolder(*given);
     initializeFolder(folder);
-    std::cout << folder.string() << std::endl;
+    std::cout << text::onOneLine(folder.string()) << std::endl;
     status = std::cout ? kDone : kRefused;
   });
 }

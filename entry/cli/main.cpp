@@ -4,6 +4,7 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <sstream>
 
 #include "entry/cli/command.h"
 #include "entry/cli/window_command.h"
@@ -29,7 +30,12 @@ int run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? cli::kDone : cli::kWrongArguments;
+    std::ostringstream out;
+    std::ostringstream errors;
+    const int status = app.exit(error, out, errors);
+    std::cout << vlout::text::onItsLines(out.str());
+    std::cerr << vlout::text::onItsLines(errors.str());  // it repeats what was given
+    return status == 0 ? cli::kDone : cli::kWrongArguments;
   }
   if (app.get_subcommands().empty()) cli::openWindow("", "");
   return status;

@@ -5,6 +5,7 @@
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
 #include "sample/cards.h"
+#include "text/shown_text.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -43,7 +44,7 @@ void addSampleCommand(CLI::App& app, int& status) {
   command->callback([arguments, &status] {
     const auto folder = componentFolder(arguments->folder);
     makeSampleFolder(folder, *arguments);
-    std::cout << folder.string() << std::endl;
+    std::cout << text::onOneLine(folder.string()) << std::endl;
     status = std::cout ? kDone : kRefused;
   });
 }

@@ -60,8 +60,8 @@ bool undoRun(const Arguments& request, std::ostream& out, std::ostream& errors) 
   history::Undo undo(folder, request.run, [&](const std::filesystem::path& contacts) {
     return openMirrored(folder, contacts);
   });
-  out << "작업 " << undo.run().number << "(" << undo.run().started << ", " << undo.run().mode
-      << ") 전으로 되돌립니다.\n";
+  out << "작업 " << undo.run().number << "(" << text::onOneLine(undo.run().started) << ", "
+      << text::onOneLine(undo.run().mode) << ") 전으로 되돌립니다.\n";
   printChanges(undo, out);
   if (!undo.edits().empty()) {
     out << "그 뒤에 바뀐 것(되돌리면 사라집니다):\n";
