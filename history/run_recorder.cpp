@@ -181,18 +181,18 @@ void RunRecorder::ended(const transfer::RunOutcome& outcome) {
 }
 
 // Every record would wait as long for a lock that another program does not give up.
-void RecordedConnection::begin() {
+template <typename Use>
+auto RecordedConnection::endingRunWhenBusy(Use use) {
   try {
-    store::execute(database(), "BEGIN IMMEDIATE");
+    return use();
   } catch (const store::DatabaseBusy& error) {
-    const bool stopped = stop_ != nullptr && *stop_ != 0;
-    const std::string waited =
-        stopped ? "기다리는 동안 중지되어"
-                : std::to_string(store::ConnectionSettings::kTimeoutSeconds) + "초를 기다렸으나";
-    throw transfer::RunAborted("다른 프로그램이 데이터베이스의 쓰기 잠금을 쥐고 있습니다. " +
-                               waited + " 작업을 끝냅니다: " + recorder_->databaseFile() + ": " +
-                               error.what());
+    throw transfer::RunAborted(recorder_->databaseFile() + ": " + error.what());
   }
+}
+
+std::unique_ptr<store::Recordset> RecordedConnection::query(std::string_view sql) {
+  if (!recorder_->isRecording()) return SqliteConnection::query(sql);
+  return endingRunWhenBusy([&] { return SqliteConnection::query(sql); });
 }
 
 std::int64_t RecordedConnection::execute(std::string_view sql) {
@@ -201,16 +201,18 @@ std::int64_t RecordedConnection::execute(std::string_view sql) {
   // The log has the row before the row is there for good: a run that is killed in between has not
   // changed it.
   touched_.clear();
-  begin();
-  try {
-    const std::int64_t count = SqliteConnection::execute(sql);
-    for (const RowKey& key : touched_) recorder_->row(key, hashes_->of(key));
-    store::execute(database(), "COMMIT");
-    return count;
-  } catch (...) {
-    store::rollBack(database());
-    throw;
-  }
+  return endingRunWhenBusy([&] {
+    store::execute(database(), "BEGIN IMMEDIATE");
+    try {
+      const std::int64_t count = SqliteConnection::execute(sql);
+      for (const RowKey& key : touched_) recorder_->row(key, hashes_->of(key));
+      store::execute(database(), "COMMIT");
+      return count;
+    } catch (...) {
+      store::rollBack(database());
+      throw;
+    }
+  });
 }
 
 store::Database RecordedConnection::openFile(const std::filesystem::path& file) {

@@ -83,17 +83,18 @@ class RunRecorder {
 class RecordedConnection : public store::SqliteConnection {
  public:
   RecordedConnection(std::shared_ptr<RunRecorder> recorder, const volatile std::sig_atomic_t* stop)
-      : SqliteConnection(stop), recorder_(std::move(recorder)), stop_(stop) {}
+      : SqliteConnection(stop), recorder_(std::move(recorder)) {}
   std::int64_t execute(std::string_view sql) override;
+  std::unique_ptr<store::Recordset> query(std::string_view sql) override;
 
  protected:
   [[nodiscard]] store::Database openFile(const std::filesystem::path& file) override;
 
  private:
-  void begin();
+  template <typename Use>
+  auto endingRunWhenBusy(Use use);
 
   std::shared_ptr<RunRecorder> recorder_;
-  const volatile std::sig_atomic_t* stop_;
   std::optional<RowHashes> hashes_;
   std::vector<RowKey> touched_;  // by the statement that runs
 };

@@ -247,8 +247,8 @@ void Undo::putRowsBack(RunRecorder& recorder) {
   sqlite3* const database = connection.database();
   OtherState before(database, point_->database());
   RowHashes hashes(database);
-  store::execute(database, "BEGIN IMMEDIATE");
   try {
+    store::execute(database, "BEGIN IMMEDIATE");
     if (before.changesSince() != rows_) {
       throw UndoError("그 사이에 데이터베이스가 바뀌었습니다. 다시 실행하십시오.");
     }
@@ -261,6 +261,9 @@ void Undo::putRowsBack(RunRecorder& recorder) {
       throw UndoError("명함을 그대로 되돌릴 수 없어 아무것도 바꾸지 않았습니다.");
     }
     store::execute(database, "COMMIT");
+  } catch (const store::DatabaseBusy& error) {
+    store::rollBack(database);
+    throw UndoError(text::pathText(database_) + ": " + error.what());
   } catch (...) {
     store::rollBack(database);
     throw;

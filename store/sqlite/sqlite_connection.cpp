@@ -31,11 +31,18 @@ bool isJetFile(const std::filesystem::path& file) {
          (mark == "Standard Jet DB" || mark == "Standard ACE DB");
 }
 
+bool keepsLog(sqlite3* database) {
+  Statement mode(database, "PRAGMA journal_mode");
+  return mode.next() && mode.bytes(0) == "wal";
+}
+
 void configure(sqlite3* database) {
   sqlite3_db_config(database, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
   sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DML, 0, nullptr);
   sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+  // The change to WAL does not wait for another program that writes.
+  if (!keepsLog(database)) store::execute(database, "BEGIN IMMEDIATE; COMMIT");
   // In WAL mode NORMAL keeps the file consistent through a power cut; at worst the last rows'
   // stamps are lost, and the next run finds and repairs such pairs.
   store::execute(database,

@@ -64,7 +64,11 @@ Database openDatabase(const std::filesystem::path& file, Access access,
 void failAs(sqlite3* database, std::string_view context) {
   std::string text = sqlite3_errmsg(database);
   if (!context.empty()) text.append(": ").append(context);
-  if (sqlite3_errcode(database) == SQLITE_BUSY) throw DatabaseBusy(text);
+  if (sqlite3_errcode(database) == SQLITE_BUSY) {
+    throw DatabaseBusy("다른 프로그램이 데이터베이스의 잠금을 쥐고 있습니다. 기다려도(" +
+                       std::to_string(ConnectionSettings::kTimeoutSeconds) +
+                       "초까지) 놓지 않아 그만둡니다: " + text);
+  }
   throw DatabaseError(text);
 }
 

@@ -29,7 +29,7 @@ enum class Access { ReadOnly, ReadWrite };
                                     const volatile std::sig_atomic_t* stop = nullptr);
 
 // Throws what the last call on the database failed with, `context` behind it: DatabaseBusy for
-// another program's lock.
+// another program's lock, with a sentence that says who waits for what.
 [[noreturn]] void failAs(sqlite3* database, std::string_view context = "");
 
 // Runs text of this program's own, any number of statements.

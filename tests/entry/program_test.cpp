@@ -205,6 +205,7 @@ TEST_F(ProgramTest, ArgumentsAreCheckedAndExplained) {
       {{"run"}, 2},
       {{"run", "delete"}, 2},
       {{"run", "export", "--range", "some"}, 2},
+      {{"run", "--\u202Eelif"}, 2},
       {{"run", "export", "--set", "OUT_CHECK11=1"}, 2},
       {{"run", "export", "--set", "OUT_CHECK1=2"}, 2},
       {{"run", "export", "--on-conflict", "guess"}, 2},
@@ -221,6 +222,7 @@ TEST_F(ProgramTest, ArgumentsAreCheckedAndExplained) {
     const Result result = run(c.arguments);
     EXPECT_EQ(result.status, c.status) << testing::PrintToString(c.arguments);
     EXPECT_FALSE((c.status == 0 ? result.out : result.err).empty());
+    EXPECT_THAT(result.err, Not(HasSubstr("\u202E")));
   }
   EXPECT_FALSE(std::filesystem::exists(folder()));
   EXPECT_TRUE(std::filesystem::exists(home() / ".local/share/velmora/VelmoraDB.vdb"));
@@ -426,7 +428,7 @@ TEST_F(ProgramTest, ARunThatWaitsForTheDatabaseCanBeEnded) {
   const Result ended = finish(child);
   EXPECT_EQ(ended.status, 1);
   EXPECT_THAT(ended.err,
-              AllOf(HasSubstr("쓰기 잠금"), HasSubstr("VelmoraDB.vdb: database is locked")));
+              AllOf(HasSubstr("VelmoraDB.vdb: 다른 프로그램이"), HasSubstr("database is locked")));
   EXPECT_EQ(tests::fileNames(contacts()).size(), 1U);
   store::rollBack(other.database());
   EXPECT_THAT(run(exportAll()).out, HasSubstr("추가=2/갱신=0"));

@@ -1,5 +1,6 @@
 #include "store/sqlite/sqlite_connection.h"
 
+#include <csignal>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -190,6 +191,27 @@ TEST(SqliteOpen, RefusesWhatItMayNotWriteAndNamesIt) {
     ASSERT_EQ(seteuid(0), 0);
     EXPECT_THAT(reason, HasSubstr(file + suffix + ": 쓸 수 없는 파일입니다: Permission denied"));
     EXPECT_EQ(tests::fileNames(folder.path()).size(), *suffix == '\0' ? 1U : 2U);
+  }
+}
+
+// In a database without a log even an open waits for another program that writes.
+TEST_F(SqliteConnectionTest, SaysWhoWaitsForWhat) {
+  static volatile std::sig_atomic_t stop = 0;
+  execute(connection.database(), "PRAGMA journal_mode=DELETE");
+  std::signal(SIGALRM, [](int) { stop = 1; });
+  for (const char* const lock : {"BEGIN IMMEDIATE", "BEGIN EXCLUSIVE"}) {
+    execute(connection.database(), lock);
+    stop = 0;
+    ualarm(50'000, 0);
+    SqliteConnection waiting(&stop);
+    try {
+      waiting.open(settings);
+      ADD_FAILURE();
+    } catch (const DatabaseError& error) {
+      EXPECT_THAT(error.what(), HasSubstr("VelmoraDB.vdb: 다른 프로그램이 데이터베이스의 잠금을"));
+    }
+    EXPECT_EQ(stop, 1) << lock;
+    execute(connection.database(), "COMMIT");
   }
 }
 
