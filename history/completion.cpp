@@ -92,10 +92,87 @@ std::multimap<std::int64_t, text::DateTime> timesOf(const std::set<std::int64_t>
   return times;
 }
 
+// A statement of the run's connection that is not the run's. The dates that are taken back belong
+// to the run that was cut short: an undo of the one that begins now must not bring them back.
+class Unrecorded : public store::Connection {
+ public:
+  explicit Unrecorded(store::SqliteConnection& connection) : connection_(connection) {}
+  void open(const store::ConnectionSettings& settings) override { connection_.open(settings); }
+  [[nodiscard]] bool isOpen() const override { return connection_.isOpen(); }
+  std::int64_t execute(std::string_view sql) override {
+    return connection_.SqliteConnection::execute(sql);
+  }
+  std::unique_ptr<store::Recordset> query(std::string_view sql) override {
+    return connection_.query(sql);
+  }
+
+ private:
+  store::SqliteConnection& connection_;
+};
+
+class CutShort {
+ public:
+  explicit CutShort(const RestorePoint& point)
+      : written_(Written::read(point.writtenLog())),
+        database_(point.database()),
+        log_(point.writtenLog()) {}
+  // Adds a change to what the run wrote, unless the row has been edited since.
+  void addRow(const RowKey& row, std::optional<std::uint64_t> before, std::uint64_t now) {
+    if (written_.left(row, before) || before == rows_.of(row)) log_.row(row, now);
+  }
+
+ private:
+  Written written_;
+  store::StoredDatabase database_;
+  RowHashes rows_{database_.get()};
+  WrittenLog log_;
+};
+
+void forgetTransfer(const outlook::LostSave& lost, store::SqliteConnection& connection,
+                    CutShort* run) {
+  const RowKey row{std::string(store::kCardTable), text::parseInteger(lost.row).value()};
+  Unrecorded unrecorded(connection);
+  RowHashes rows(connection.database());
+  store::execute(connection.database(), "BEGIN IMMEDIATE");
+  try {
+    const auto before = rows.of(row);
+    transfer::forgetTransfer(unrecorded, lost.row, lost.contactTime);
+    const auto now = rows.of(row);
+    if (run != nullptr && now) run->addRow(row, before, *now);
+    store::execute(connection.database(), "COMMIT");
+  } catch (...) {
+    store::rollBack(connection.database());
+    throw;
+  }
+}
+
+// Without a whole point nothing can be undone either.
+void openNewest(const std::vector<RunRecord>& cutShort, const Runs& runs,
+                std::optional<CutShort>& run) {
+  if (cutShort.empty()) return;
+  const RestorePoint point(runs.folderOf(cutShort.front().number));
+  try {
+    if (point.exists()) run.emplace(point);
+  } catch (const std::exception&) {
+    run.reset();
+  }
+}
+
 }  // namespace
 
-void completeCutShort(const Runs& runs, const std::filesystem::path& folder, int current,
-                      store::SqliteConnection& connection, outlook::ContactStore& contacts) {
+void completeSaves(const Runs& runs, const std::filesystem::path& folder, int current,
+                   store::SqliteConnection& connection, outlook::ContactStore& contacts) {
+  std::optional<CutShort> run;
+  contacts.completeSaves([&](const outlook::LostSave& lost) {
+    if (lost.row.empty()) return;
+    if (!run && current != 0)
+      openNewest(runsCutShort(runs, runs.nameOf(folder), current), runs, run);
+    forgetTransfer(lost, connection, run ? &*run : nullptr);
+  });
+}
+
+void completeDates(const Runs& runs, const std::filesystem::path& folder, int current,
+                   store::SqliteConnection& connection, outlook::ContactStore& contacts) {
   const auto cards = cardsToStamp(runs, folder, current, connection);
   if (cards.empty()) return;
   std::multimap<std::int64_t, text::DateTime> times;

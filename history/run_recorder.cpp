@@ -148,7 +148,9 @@ void RunRecorder::file(const std::string& name, const std::optional<FileState>& 
 
 void RunRecorder::completeCutShort(store::SqliteConnection& connection,
                                    outlook::ContactStore& contacts) {
-  history::completeCutShort(runs_, contacts_, record_ ? record_->number : 0, connection, contacts);
+  const int current = record_ ? record_->number : 0;
+  completeSaves(runs_, contacts_, current, connection, contacts);
+  completeDates(runs_, contacts_, current, connection, contacts);
 }
 
 void RunRecorder::sent(const std::string& name, const FileState& state, std::int64_t card) {

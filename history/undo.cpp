@@ -202,7 +202,8 @@ void Undo::perform() {
   const int number = recorder.number();
   try {
     lock_->tidy();
-    static_cast<void>(completeSaves(*lock_));
+    static_cast<void>(completeSaves(*lock_));  // what is lost is taken back anyway
+    lock_->dropGathered();
     requireUnchanged();
     for (const std::string& name : gathered_)
       found_[name] = *fileStateAt(contacts_ / text::pathOf(name));

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -84,14 +85,20 @@ class Contact {
   [[nodiscard]] virtual text::DateTime lastModificationTime() = 0;
 };
 
-// A save that came to nothing after all: whose contact's, and why.
+// A save that came to nothing after all.
 struct LostSave {
   std::string person;
   std::string cause;
+  std::string row{};                            // whose data is lost with it, by number, or empty
+  std::optional<text::DateTime> contactTime{};  // of that contact from now on, where it is known
 };
 
 class ContactStore {
  public:
+  // Called for each lost save before the store forgets it: the rows must not go on saying that
+  // their contacts have it.
+  using Lose = std::function<void(const LostSave& lost)>;
+
   ContactStore() = default;
   ContactStore(const ContactStore&) = delete;
   ContactStore& operator=(const ContactStore&) = delete;
@@ -100,6 +107,9 @@ class ContactStore {
   // True when the store can be used. On false `connectFailure` tells why, where the store knows.
   [[nodiscard]] virtual bool connect() = 0;
   [[nodiscard]] virtual std::string connectFailure() const = 0;
+
+  // Completes the saves that a killed run has left by halves. To be called before rows are read.
+  virtual void completeSaves(const Lose& lose) { static_cast<void>(lose); }
 
   // Opens the default contacts folder as it is now. Items keep their positions until it is opened
   // again; contacts saved meanwhile come after them, or are not counted yet.
@@ -135,8 +145,8 @@ class ContactStore {
   [[nodiscard]] virtual std::string chooseCategories() = 0;
 
   // Called when a run has ended: what was saved is to survive a power cut. A store may have
-  // gathered saves until now; those that came to nothing.
-  [[nodiscard]] virtual std::vector<LostSave> flush() = 0;
+  // gathered saves until now.
+  virtual void flush(const Lose& lose) = 0;
 };
 
 }  // namespace vlout::outlook

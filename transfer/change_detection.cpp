@@ -35,4 +35,20 @@ bool writeSyncDates(store::Connection& connection, text::DateTime stamp, std::st
   return connection.execute(sql) > 0;
 }
 
+void forgetTransfer(store::Connection& connection, std::string_view rowId,
+                    std::optional<text::DateTime> contactTime) {
+  const auto row = store::readCard(connection, rowId);
+  if (row->rowCount() == 0) return;
+  std::string sql = "UPDATE tbl_namecard SET [VLLastsync_date]='',[Outlook_modate]=''";
+  // The date may be that of the contact before the save, which is there again when another program
+  // has put it back or moved it: equal dates would pass for a pair in step.
+  if (auto modified = readStamps(*row).lastModified) {
+    do {
+      ++modified->seconds;
+    } while (contactTime && *modified == text::toWholeSeconds(*contactTime));
+    sql += ",[Last_moddate]=" + store::sqlLiteral(text::formatStamp(*modified));
+  }
+  connection.execute(sql.append(" where [i_idx]=").append(rowId));
+}
+
 }  // namespace vlout::transfer

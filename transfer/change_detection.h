@@ -44,4 +44,9 @@ enum class ConflictTest {
 // when the statement fails.
 bool writeSyncDates(store::Connection& connection, text::DateTime stamp, std::string_view rowId);
 
+// For a row that was written to its contact in vain: the pair counts as changed on both sides from
+// now on. `contactTime` is the contact's, where it is known. Throws DatabaseError.
+void forgetTransfer(store::Connection& connection, std::string_view rowId,
+                    std::optional<text::DateTime> contactTime);
+
 }  // namespace vlout::transfer

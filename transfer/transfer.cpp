@@ -8,6 +8,7 @@
 #include "text/date_time.h"
 #include "text/latin_script.h"
 #include "text/trim.h"
+#include "transfer/change_detection.h"
 
 namespace vlout::transfer {
 
@@ -130,7 +131,10 @@ void Transfer::removeRowOf(std::size_t position) {
 }
 
 void Transfer::flushContacts() {
-  for (const auto& [person, cause] : contacts_.flush()) reportFailure(person, cause);
+  contacts_.flush([this](const outlook::LostSave& lost) {
+    if (!lost.row.empty()) forgetTransfer(connection_, lost.row, lost.contactTime);
+    reportFailure(lost.person, lost.cause);
+  });
 }
 
 bool Transfer::hasNameOf(const WorkListRow& row, Contact& contact) {

@@ -31,7 +31,7 @@ class OutlookStore : public ContactStore {
   [[nodiscard]] std::unique_ptr<Contact> create() override;
   [[nodiscard]] std::string chooseCategories() override;
   // Outlook keeps its own promises about what is saved.
-  [[nodiscard]] std::vector<LostSave> flush() override { return {}; }
+  void flush(const Lose& lose) override { static_cast<void>(lose); }
 
  private:
   // What is known of an item since the folder was opened. Items that are no contacts have a type

@@ -125,9 +125,9 @@ std::string EvolutionStore::chooseCategories() {
 }
 
 // Each save of the service is for good when it answers.
-std::vector<LostSave> EvolutionStore::flush() {
+void EvolutionStore::flush(const Lose& lose) {
+  static_cast<void>(lose);
   if (times_) times_->flush();
-  return {};
 }
 
 bool EvolutionStore::isGroupAt(std::size_t position) const {

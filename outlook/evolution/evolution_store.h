@@ -63,7 +63,7 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
   [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
   [[nodiscard]] std::unique_ptr<Contact> create() override;
   [[nodiscard]] std::string chooseCategories() override;
-  [[nodiscard]] std::vector<LostSave> flush() override;
+  void flush(const Lose& lose) override;
 
  private:
   struct Item {

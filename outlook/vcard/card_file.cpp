@@ -146,6 +146,18 @@ std::string fileBytes(std::string_view text, FileForm form) {
   return encode(text, nameOf(form)).value();
 }
 
+bool holdsSameData(std::string_view a, std::string_view b) {
+  const auto dataOf = [](std::string_view card) {
+    std::string data;
+    for (LineReader reader(card); !reader.atEnd();) {
+      const std::string_view line = reader.next();
+      if (!isNamed(line, "X-VLID") && !isNamed(line, "REV")) data += line;
+    }
+    return data;
+  };
+  return dataOf(a) == dataOf(b);
+}
+
 std::string firstDisplayName(std::string bytes) {
   const auto form = convertFile(bytes);
   const auto cards = form ? findCards(bytes).cards : std::vector<CardSpan>();

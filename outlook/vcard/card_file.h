@@ -44,6 +44,9 @@ struct CardFileText {
 // The bytes of a file of that form.
 [[nodiscard]] std::string fileBytes(std::string_view text, FileForm form);
 
+// Whether two texts of a card differ in no more than what this program keeps in it for itself.
+[[nodiscard]] bool holdsSameData(std::string_view a, std::string_view b);
+
 // The display name of a file's first card, for people to know the file by; empty when there is
 // none.
 [[nodiscard]] std::string firstDisplayName(std::string bytes);

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -23,6 +24,7 @@ struct SavedCard {
   FileState willBe{};  // what the file will be like with this save and those before; no inode
   std::size_t card = 0;
   std::uint64_t before = 0;  // hash of the card's text
+  std::int64_t row = 0;      // whose data it is that the card gets, by number, or none
   std::string text;
 };
 
@@ -35,8 +37,6 @@ using JournalFiles = std::map<std::string, JournalFile>;
 
 class CardJournal {
  public:
-  static constexpr const char* kName = ".vloutsync-journal";
-
   // In an open folder. Nothing is made before the first save.
   explicit CardJournal(int folder) : folder_(folder) {}
   ~CardJournal();
@@ -46,21 +46,38 @@ class CardJournal {
   // The save is there whole once the call returns, even when the program is killed then, or not at
   // all. False when it could not be kept; `errno` tells why.
   [[nodiscard]] bool append(const SavedCard& save);
+  // Keeps that a file has been written with all saves so far but those of the cards `lost`. What
+  // cannot be kept has to be found out by looking at the file.
+  void appendWritten(const std::string& file, const std::vector<std::size_t>& lost);
   void remove();
+
+  // The names under which it may lie in a folder: something else may have the first ones.
+  [[nodiscard]] static std::vector<std::string> names();
 
   // What a journal with that text holds. What is damaged is left out.
   [[nodiscard]] static JournalFiles parse(std::string_view text);
 
  private:
+  bool open();
+
   int folder_;
   int file_ = -1;
 };
 
-// Writes what the journal of a folder holds into the files, and removes it. The cards that another
-// program has changed since stay as they are. Throws ContactStoreError; the journal stays then.
-[[nodiscard]] std::vector<LostSave> completeSaves(Folder& folder);
+struct CompletedSaves {
+  std::vector<LostSave> lost;
+  std::map<std::string, FileState> written;  // by file
+};
 
-// The saves that are lost because those cards of a file are another program's now.
-void addLostSaves(const std::string& file, const MergedFile& merged, std::vector<LostSave>& lost);
+// Writes what the journal of a folder holds into the files. The cards that another program has
+// changed since stay as they are. The journal stays too, until the caller has dealt with what is
+// lost. Throws ContactStoreError.
+[[nodiscard]] CompletedSaves completeSaves(Folder& folder);
+
+// The saves that are lost because those cards of a file are another program's now. `state` is the
+// file's, if it is there.
+void addLostSaves(const std::string& file, const std::optional<FileState>& state,
+                  const CardChanges& changes, const MergedFile& merged,
+                  std::vector<LostSave>& lost);
 
 }  // namespace vlout::outlook::vcard

@@ -24,18 +24,17 @@ class Cards {
 
   [[nodiscard]] const std::vector<CardSpan>& spans() const { return spans_; }
 
-  // The card with that content, where it was if it is still there.
-  std::optional<std::size_t> take(std::uint64_t hash, std::size_t where) {
-    const bool isThere = where < hashes_.size() && hashes_[where] == hash && !isTaken_[where];
-    if (!isThere) {
-      const auto [begin, end] = byHash_.equal_range(hash);
-      const auto found =
-          std::find_if(begin, end, [&](const auto& entry) { return !isTaken_[entry.second]; });
-      if (found == end) return std::nullopt;
-      where = found->second;
-    }
+  // The card with that content at that place, or else anywhere.
+  std::optional<std::size_t> takeAt(std::size_t where, std::uint64_t hash) {
+    if (where >= hashes_.size() || hashes_[where] != hash || isTaken_[where]) return std::nullopt;
     isTaken_[where] = true;
     return where;
+  }
+  std::optional<std::size_t> take(std::uint64_t hash) {
+    const auto [begin, end] = byHash_.equal_range(hash);
+    const auto found =
+        std::find_if(begin, end, [&](const auto& entry) { return !isTaken_[entry.second]; });
+    return found == end ? std::nullopt : takeAt(found->second, hash);
   }
 
  private:
@@ -53,18 +52,27 @@ MergedFile mergeCards(std::string_view fileBytes, const CardChanges& changes) {
   const auto form = convertFile(fileText);
   Cards cards(fileText);
   std::vector<const std::string*> texts(cards.spans().size());
-  for (const auto& [where, change] : changes) {
-    if (cards.take(text::hashOf(change.text), where)) continue;  // it is there already
-    std::optional<std::size_t> card;
+  const auto find = [&](const CardChange& change, auto take) {
+    std::optional<std::size_t> card = take(text::hashOf(change.text));
+    if (card) return true;  // it is there already
     for (auto hash = change.earlier.rbegin(); hash != change.earlier.rend() && !card; ++hash) {
-      card = cards.take(*hash, where);
+      card = take(*hash);
     }
-    if (card) {
-      texts[*card] = &change.text;
-      merged.isChanged = true;
-    } else {
-      merged.others.push_back(firstDisplayName(change.text));
-    }
+    if (!card) return false;
+    texts[*card] = &change.text;
+    merged.isChanged = true;
+    return true;
+  };
+  // Another card may hold the same: one that is where it was comes before one that is not.
+  std::vector<std::size_t> moved;
+  for (const auto& [where, change] : changes) {
+    const auto takeThere = [&, at = where](std::uint64_t hash) { return cards.takeAt(at, hash); };
+    if (!find(change, takeThere)) moved.push_back(where);
+  }
+  for (const std::size_t where : moved) {
+    const CardChange& change = changes.at(where);
+    const auto takeAnywhere = [&](std::uint64_t hash) { return cards.take(hash); };
+    if (!find(change, takeAnywhere) && !change.isWritten) merged.lost.push_back(where);
   }
   std::size_t copied = 0;
   for (std::size_t i = 0; i < texts.size(); ++i) {

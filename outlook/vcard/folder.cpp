@@ -190,10 +190,17 @@ std::vector<CardFile> Folder::findCardFiles() {
 }
 
 std::optional<FileState> Folder::read(const std::string& name, std::string& text) {
-  const posix::FileDescriptor file(posix::openRegular(name.c_str(), O_RDONLY, descriptor_));
+  return readRegular(name, O_RDONLY, text);
+}
+
+std::optional<FileState> Folder::readRegular(const std::string& name, int flags,
+                                             std::string& text) const {
+  const posix::FileDescriptor file(posix::openRegular(name.c_str(), flags, descriptor_));
   struct stat status {};
   // Deleted meanwhile, or no file at all.
-  if (file.get() < 0 && (errno == ENOENT || errno == posix::kNotRegular)) return std::nullopt;
+  const bool isRefusedLink = errno == ELOOP && (flags & O_NOFOLLOW) != 0;
+  const bool isNoFile = errno == ENOENT || errno == posix::kNotRegular || isRefusedLink;
+  if (file.get() < 0 && isNoFile) return std::nullopt;
   if (file.get() < 0 || ::fstat(file.get(), &status) != 0) fail(name);
   if (status.st_size > kLargestFile) {
     errno = EFBIG;
@@ -305,13 +312,23 @@ void Folder::gather(const SavedCard& save, const FileState& before) {
   static_cast<void>(target.folder.empty()
                         ? requireReplaceable(target.name, before)
                         : Folder(target.folder).requireReplaceable(target.name, before));
-  if (!journal_->append(save)) fail(CardJournal::kName);
+  if (!journal_->append(save)) fail(CardJournal::names().front());
 }
 
 std::optional<JournalFiles> Folder::gathered() {
-  std::string text;
-  if (!Folder::read(CardJournal::kName, text)) return std::nullopt;
-  return CardJournal::parse(text);
+  std::string all;
+  bool isThere = false;
+  for (const std::string& name : CardJournal::names()) {
+    std::string text;
+    if (!readRegular(name, O_NOFOLLOW, text)) continue;
+    all += text;
+    isThere = true;
+  }
+  return isThere ? std::optional(CardJournal::parse(all)) : std::nullopt;
+}
+
+void Folder::gatheredWritten(const std::string& name, const std::vector<std::size_t>& lost) {
+  journal_->appendWritten(name, lost);
 }
 
 FileState Folder::rewrite(const std::string& name, std::string_view text, const FileState& before) {

@@ -78,11 +78,13 @@ class Folder {
   virtual void gather(const SavedCard& save, const FileState& before);
   // What has been gathered and not been written, also by a run that was killed. Nothing when that
   // is nothing.
-  [[nodiscard]] std::optional<JournalFiles> gathered();
+  [[nodiscard]] virtual std::optional<JournalFiles> gathered();
   // Replaces a file by its text with gathered saves and the changes of other programs: it is not
   // what those saves have told it would be.
   virtual FileState rewrite(const std::string& name, std::string_view text,
                             const FileState& before);
+  // Remembers that a file has been written with what has been gathered, but for those of its cards.
+  virtual void gatheredWritten(const std::string& name, const std::vector<std::size_t>& lost);
   // Forgets what has been gathered.
   virtual void dropGathered();
 
@@ -131,6 +133,8 @@ class Folder {
   [[noreturn]] void failAsChanged(const std::string& name, const std::string& kept = "") const;
 
  private:
+  [[nodiscard]] std::optional<FileState> readRegular(const std::string& name, int flags,
+                                                     std::string& text) const;
   void removeDrafts() const;
   void place(Draft& draft, const std::string& name) const;
   void renewLinks(const std::string& name, const FileState& before, const FileState& now,

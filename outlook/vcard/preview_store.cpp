@@ -63,7 +63,11 @@ class PreviewFolder : public Folder {
                     const FileState& before) override {
     return replace(name, text, before, true, "");
   }
-  void dropGathered() override {}
+  std::optional<JournalFiles> gathered() override {
+    return isCompleted_ ? std::nullopt : Folder::gathered();
+  }
+  void gatheredWritten(const std::string&, const std::vector<std::size_t>&) override {}
+  void dropGathered() override { isCompleted_ = true; }
 
   void flush() override {}
 
@@ -85,6 +89,7 @@ class PreviewFolder : public Folder {
   std::map<std::string, Saved> saved_;
   std::vector<std::string> new_;
   std::uint64_t saves_ = 0;
+  bool isCompleted_ = false;  // what an earlier run had gathered
 };
 
 }  // namespace

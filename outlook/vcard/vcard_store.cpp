@@ -5,6 +5,7 @@
 #include <set>
 
 #include "outlook/vcard/vcard_contact.h"
+#include "text/ascii.h"
 #include "text/hash.h"
 
 namespace vlout::outlook::vcard {
@@ -56,6 +57,19 @@ bool VCardStore::connect() {
   return true;
 }
 
+void VCardStore::completeSaves(const Lose& lose) {
+  lostBefore_.clear();
+  if (folder_) complete(lose);
+}
+
+void VCardStore::complete(const Lose& lose) {
+  for (const LostSave& lost : vcard::completeSaves(*folder_).lost) {
+    lose(lost);
+    lostBefore_.push_back(lost.person + ": " + lost.cause);
+  }
+  folder_->dropGathered();
+}
+
 void VCardStore::openContactsFolder(const std::function<void()>& afterEach) {
   static_cast<void>(afterEach);  // the files are read at once, in less time than windows notice
   if (!folder_) throw ContactStoreError(path_ + ": 연락처 폴더가 열려 있지 않습니다");
@@ -63,10 +77,8 @@ void VCardStore::openContactsFolder(const std::function<void()>& afterEach) {
   items_.clear();
   shared_.clear();
   open_ = {};
-  notices_.clear();
-  for (const auto& [person, cause] : completeSaves(*folder_)) {
-    notices_.push_back(std::string(person).append(": ").append(cause));
-  }
+  complete([](const LostSave&) {});  // nothing is left, unless somebody opens it out of turn
+  notices_ = lostBefore_;
   const Moment now = currentMoment();
   FolderIndex index;
   if (!index_.file.empty()) index = FolderIndex(index_.file, folder_->identity());
@@ -259,14 +271,14 @@ std::string VCardStore::chooseCategories() {
   throw ContactStoreError("vCard 폴더에는 범주 선택 창이 없습니다");
 }
 
-std::vector<LostSave> VCardStore::flush() {
-  std::vector<LostSave> lost = writeGathered();
+void VCardStore::flush(const Lose& lose) {
+  const std::vector<LostSave> lost = writeGathered();
   if (written_) folder_->flush();
   written_ = false;
-  // Not before the files are on the disk.
+  std::for_each(lost.begin(), lost.end(), lose);
+  // Not before the files are on the disk, and what is lost is known.
   folder_->dropGathered();
   saveIndex();
-  return lost;
 }
 
 text::DateTime VCardStore::timeAt(std::size_t position) const {
@@ -318,7 +330,7 @@ void VCardStore::saveCard(std::size_t position, const std::string& cardText,
   Item& item = items_[position - 1];
   File& file = files_[item.file];
   if (file.cards > 1) {
-    gatherCard(item, cardText);
+    gatherCard(item, cardText, vlid.value_or(""));
   } else {
     OpenFile& open = openFile(item.file);
     const CardSpan& span = open.cards.at(item.card);
@@ -341,24 +353,26 @@ void VCardStore::markWritten(File& file, const FileState& state) {
 // A save of one card among several: it is safe in the journal, and the file is written once for all
 // of them. The file keeps the whole second of its time, or the other cards would look as if they
 // had been edited wherever nobody remembers each card's own.
-void VCardStore::gatherCard(const Item& item, const std::string& cardText) {
+void VCardStore::gatherCard(const Item& item, const std::string& cardText, std::string_view vlid) {
   const File& file = files_[item.file];
   SharedFile& shared = shared_.at(item.file);
   SharedCard& card = shared.cards[item.card];
   const auto known = shared.changes.find(item.card);
   const OpenFile& open = openFile(item.file);
   const CardSpan& span = open.cards.at(item.card);
+  const std::string_view found = std::string_view(open.text).substr(span.start, span.size);
   const auto sizeOf = [&](std::string_view text) {
     return static_cast<std::int64_t>(fileBytes(text, open.form).size());
   };
   FileState willBe = file.sight.state;
   willBe.size = shared.size + sizeOf(cardText) -
-                sizeOf(known == shared.changes.end()
-                           ? std::string_view(open.text).substr(span.start, span.size)
-                           : known->second.text);
+                sizeOf(known == shared.changes.end() ? found : known->second.text);
   willBe.nanoseconds = nextInSecond(file.sight.state.nanoseconds);
-  folder_->gather({file.name, willBe, item.card, card.hash, cardText}, file.sight.state);
+  const auto row = holdsSameData(found, cardText) ? std::nullopt : text::parseInteger(vlid);
+  folder_->gather({file.name, willBe, item.card, card.hash, row.value_or(0), cardText},
+                  file.sight.state);
   CardChange& change = shared.changes[item.card];
+  if (row) change.row = *row;
   change.earlier.push_back(card.hash);
   change.text = cardText;
   shared.size = willBe.size;
@@ -397,7 +411,8 @@ void VCardStore::writeGathered(std::size_t index, SharedFile& shared, std::vecto
     }
     markWritten(file, {});  // where its cards lie is not known any more
   }
-  addLostSaves(file.name, merged, lost);
+  folder_->gatheredWritten(file.name, merged.lost);
+  addLostSaves(file.name, state, shared.changes, merged, lost);
   shared.changes.clear();
 }
 

@@ -37,6 +37,7 @@ class VCardStore : public ContactStore, public CardHome {
 
   [[nodiscard]] bool connect() override;
   [[nodiscard]] std::string connectFailure() const override { return connectFailure_; }
+  void completeSaves(const Lose& lose) override;
   using ContactStore::openContactsFolder;
   void openContactsFolder(const std::function<void()>& afterEach) override;
   [[nodiscard]] std::vector<std::string> folderNotices() const override { return notices_; }
@@ -46,7 +47,7 @@ class VCardStore : public ContactStore, public CardHome {
   [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
   [[nodiscard]] std::unique_ptr<Contact> create() override;
   [[nodiscard]] std::string chooseCategories() override;
-  [[nodiscard]] std::vector<LostSave> flush() override;
+  void flush(const Lose& lose) override;
 
  protected:
   // Throws ContactStoreError when there is no item at that position.
@@ -96,13 +97,14 @@ class VCardStore : public ContactStore, public CardHome {
   void addShared(std::string_view text, const std::vector<CardSpan>& cards, const KnownFile* known);
   [[nodiscard]] bool hasKeys(const File& file) const;
   [[nodiscard]] KnownFile knownOf(std::size_t file) const;
+  void complete(const Lose& lose);
   void saveIndex();
   void reportStrays(const std::string& name, const std::vector<Stray>& strays);
   void reportDoubts(const std::string& name, std::string_view text, FileForm form,
                     const std::vector<CardSpan>& cards);
   OpenFile& openFile(std::size_t file);
   void markWritten(File& file, const FileState& state);
-  void gatherCard(const Item& item, const std::string& cardText);
+  void gatherCard(const Item& item, const std::string& cardText, std::string_view vlid);
   void writeGathered(std::size_t index, SharedFile& shared, std::vector<LostSave>& lost);
   [[nodiscard]] std::vector<LostSave> writeGathered();
 
@@ -134,6 +136,7 @@ class VCardStore : public ContactStore, public CardHome {
   std::unordered_map<std::size_t, SharedFile> shared_;  // by position in `files_`
   OpenFile open_;
   std::vector<std::string> notices_;
+  std::vector<std::string> lostBefore_;  // the saves of earlier runs, a notice each
   IndexPlace index_;
   bool indexIsOld_ = false;
   bool written_ = false;  // since the last flush

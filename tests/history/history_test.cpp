@@ -329,6 +329,72 @@ TEST_F(HistoryTest, TheNextRunCompletesWhatIsCertain) {
   }
 }
 
+// Cards of one file are written when the run ends; another program may have been there before.
+TEST_F(HistoryTest, ARowWhoseSaveIsLostCountsAsChangedOnBothSides) {
+  const auto many = contactsFolder() / "many.vcf";
+  const std::string time = "2025/01/01 10:00:00";
+  const auto edit = [&](const std::string& stamp) {
+    tests::writeFile(many, text::replaceAll(tests::readFile(many), "행", "남의 것"));
+    tests::setModified(many, stamp);
+  };
+  struct Case {
+    const char* what;
+    std::function<void()> others;
+  };
+  const std::vector<Case> cases{
+      {"an edit", [&] { edit("2025/03/01 10:00:00"); }},
+      {"an edit in the same second", [&] { edit(time); }},
+      {"an edit a second later", [&] { edit("2025/01/01 10:00:01"); }},
+      {"another name", [&] { std::filesystem::rename(many, contactsFolder() / "m.vcf"); }},
+  };
+  for (const bool isKilled : {false, true}) {
+    for (const Case& c : cases) {
+      SCOPED_TRACE(std::string(c.what) + (isKilled ? " after a kill" : ""));
+      startAfresh();
+      std::filesystem::remove_all(folder() / "history");
+      addCard(1, {{"FullName", "사람1"}, {"JobTitle", "새 행"}});
+      setStamps(1, "2025/02/01 10:00:00", time, time);
+      writeContact("many.vcf", "FN:사람1\r\nN:사람1;;;;\r\nTITLE:행\r\nX-VLID:1\r\n", time);
+      tests::writeFile(many, tests::readFile(many) + "BEGIN:VCARD\r\nEND:VCARD\r\n");
+      tests::setModified(many, time);
+      if (isKilled) {
+        // The file cannot be written: another program is always faster.
+        tests::onExchange([&](int exchange) {
+          if (exchange % 2 == 0) {
+            tests::setModified(many, "2024/01/01 10:00:" + std::to_string(10 + exchange));
+          }
+          return true;
+        });
+      } else {
+        toolkit->onPump = [&] {
+          if (!std::filesystem::exists(contactsFolder() / ".vloutsync-journal")) return;
+          toolkit->onPump = {};
+          c.others();
+        };
+      }
+      const auto reported = run(frmOutlookSync::kExport);
+      if (isKilled) {
+        tests::onExchange({});
+        EXPECT_TRUE(std::filesystem::exists(contactsFolder() / ".vloutsync-journal"));
+        tests::setModified(many, time);
+        c.others();
+      } else {
+        EXPECT_THAT(reported, testing::Contains(HasSubstr("실패→(사람1)")));
+      }
+      const auto isConflict = testing::Contains(HasSubstr("→충돌←(사람1)"));
+      EXPECT_THAT(preview(frmOutlookSync::kSync), isConflict);
+      EXPECT_THAT(run(frmOutlookSync::kSync), isConflict);
+      EXPECT_EQ(valueOf(1, "JobTitle"), "새 행");
+      EXPECT_THAT(contactText(cardFiles().front()), testing::Not(HasSubstr("새 행")));
+      // What the next run had to do about it is none of the user's edits.
+      Undo undo(folder(), 1);
+      EXPECT_THAT(undo.edits(), testing::Each(HasSubstr(".vcf")));
+      undo.perform();
+      EXPECT_EQ(valueOf(1, "Last_moddate"), "2025/02/01 10:00:00");
+    }
+  }
+}
+
 TEST_F(HistoryTest, OldAndManyPointsAreDroppedWhateverTheClockSays) {
   struct Case {
     std::vector<int> days;  // on which the runs were made
