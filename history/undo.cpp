@@ -120,13 +120,29 @@ store::StoredDatabase Undo::liveDatabase() const {
 void Undo::findGathered() {
   for (const auto& [name, file] : lock_->gathered().value_or(outlook::vcard::JournalFiles())) {
     const auto found = found_.find(name);
-    if (found == found_.end() || found->second.seconds != file.willBe.seconds ||
-        outlook::vcard::nextInSecond(found->second.nanoseconds) != file.willBe.nanoseconds) {
-      continue;  // it has been changed since
+    if (found == found_.end()) continue;
+    const FileState state = found->second;
+    const bool isUnchanged =
+        state.seconds == file.willBe.seconds &&
+        outlook::vcard::nextInSecond(state.nanoseconds) == file.willBe.nanoseconds;
+    for (auto& [other, otherState] : found_) {
+      if (otherState != state) continue;  // else a hard link to it
+      gathered_.emplace(other, Gathered{name, state});
+      if (isUnchanged) otherState = file.willBe;
     }
-    found->second = file.willBe;
-    gathered_.push_back(name);
   }
+}
+
+// Completes those saves in the files as they were found.
+void Undo::completeGathered() {
+  for (const auto& [name, file] : gathered_) found_[name] = file.found;
+  requireUnchanged();
+  const auto completed = completeSaves(*lock_);  // what is lost is taken back anyway
+  for (const auto& [name, file] : gathered_) {
+    const auto written = completed.written.find(file.savedAs);
+    if (written != completed.written.end()) found_[name] = written->second;
+  }
+  lock_->dropGathered();
 }
 
 // What differs between the beginning of one run and that of the next, or now, and was not written
@@ -202,11 +218,8 @@ void Undo::perform() {
   const int number = recorder.number();
   try {
     lock_->tidy();
-    static_cast<void>(completeSaves(*lock_));  // what is lost is taken back anyway
-    lock_->dropGathered();
+    completeGathered();
     requireUnchanged();
-    for (const std::string& name : gathered_)
-      found_[name] = *fileStateAt(contacts_ / text::pathOf(name));
     requireSpace();
     if (!changesNothing()) recorder.beforeWriting();
     putRowsBack(recorder);

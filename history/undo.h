@@ -5,6 +5,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <stdexcept>
@@ -76,6 +77,7 @@ class Undo {
   void chooseRun(int number);
   [[nodiscard]] store::StoredDatabase liveDatabase() const;
   void findGathered();
+  void completeGathered();
   void findEdits();
   void addFileEdits(const FileStates& before, const FileStates& found, const Written& written,
                     const std::string& when);
@@ -99,8 +101,13 @@ class Undo {
   std::filesystem::path contacts_;
   std::unique_ptr<MirroredContacts> mirrored_;
   std::unique_ptr<outlook::vcard::Folder> lock_;
-  FileStates found_;                   // the contact files as they are
-  std::vector<std::string> gathered_;  // those of them that a killed run's saves are still to reach
+  FileStates found_;  // the contact files as they are
+  // Those of them that a killed run's saves may still reach, by each name.
+  struct Gathered {
+    std::string savedAs;
+    FileState found;
+  };
+  std::map<std::string, Gathered> gathered_;
   std::vector<RowChange> rows_;
   std::vector<FileChange> files_;
   std::vector<FileChange> lost_;

@@ -81,6 +81,37 @@ class HistoryTest : public tests::ComponentFixture {
     tests::setModified(path, "2025/02/01 10:00:00");
   }
 
+  // An edited card whose contact shares its file with another one.
+  void makeMany() {
+    const std::string time = "2025/01/01 10:00:00";
+    addCard(1, {{"FullName", "사람1"}, {"JobTitle", "새 행"}});
+    setStamps(1, "2025/02/01 10:00:00", time, time);
+    writeContact("many.vcf", "FN:사람1\r\nN:사람1;;;;\r\nTITLE:행\r\nX-VLID:1\r\n", time);
+    tests::writeFile(many, tests::readFile(many) + "BEGIN:VCARD\r\nEND:VCARD\r\n");
+    tests::setModified(many, time);
+  }
+  // As another program does it.
+  void editMany(const std::string& time) {
+    const std::string text = tests::readFile(many);
+    std::filesystem::remove(many);
+    tests::writeFile(many, text::replaceAll(text, "행", "남의 것"));
+    tests::setModified(many, time);
+  }
+  // An export that cannot write that file, since another program is always faster.
+  void exportCutShort() {
+    tests::onExchange([&](int exchange) {
+      if (exchange % 2 == 0) {
+        tests::setModified(many, "2024/01/01 10:00:" + std::to_string(10 + exchange));
+      }
+      return true;
+    });
+    run(frmOutlookSync::kExport);
+    tests::onExchange({});
+    EXPECT_TRUE(std::filesystem::exists(contactsFolder() / ".vloutsync-journal"));
+    tests::setModified(many, "2025/01/01 10:00:00");
+  }
+  const std::filesystem::path many = contactsFolder() / "many.vcf";
+
   std::vector<RunRecord> runs() { return Runs(folder()).list(); }
 };
 
@@ -331,20 +362,14 @@ TEST_F(HistoryTest, TheNextRunCompletesWhatIsCertain) {
 
 // Cards of one file are written when the run ends; another program may have been there before.
 TEST_F(HistoryTest, ARowWhoseSaveIsLostCountsAsChangedOnBothSides) {
-  const auto many = contactsFolder() / "many.vcf";
-  const std::string time = "2025/01/01 10:00:00";
-  const auto edit = [&](const std::string& stamp) {
-    tests::writeFile(many, text::replaceAll(tests::readFile(many), "행", "남의 것"));
-    tests::setModified(many, stamp);
-  };
   struct Case {
     const char* what;
     std::function<void()> others;
   };
   const std::vector<Case> cases{
-      {"an edit", [&] { edit("2025/03/01 10:00:00"); }},
-      {"an edit in the same second", [&] { edit(time); }},
-      {"an edit a second later", [&] { edit("2025/01/01 10:00:01"); }},
+      {"an edit", [&] { editMany("2025/03/01 10:00:00"); }},
+      {"an edit in the same second", [&] { editMany("2025/01/01 10:00:00"); }},
+      {"an edit a second later", [&] { editMany("2025/01/01 10:00:01"); }},
       {"another name", [&] { std::filesystem::rename(many, contactsFolder() / "m.vcf"); }},
   };
   for (const bool isKilled : {false, true}) {
@@ -352,33 +377,17 @@ TEST_F(HistoryTest, ARowWhoseSaveIsLostCountsAsChangedOnBothSides) {
       SCOPED_TRACE(std::string(c.what) + (isKilled ? " after a kill" : ""));
       startAfresh();
       std::filesystem::remove_all(folder() / "history");
-      addCard(1, {{"FullName", "사람1"}, {"JobTitle", "새 행"}});
-      setStamps(1, "2025/02/01 10:00:00", time, time);
-      writeContact("many.vcf", "FN:사람1\r\nN:사람1;;;;\r\nTITLE:행\r\nX-VLID:1\r\n", time);
-      tests::writeFile(many, tests::readFile(many) + "BEGIN:VCARD\r\nEND:VCARD\r\n");
-      tests::setModified(many, time);
+      makeMany();
       if (isKilled) {
-        // The file cannot be written: another program is always faster.
-        tests::onExchange([&](int exchange) {
-          if (exchange % 2 == 0) {
-            tests::setModified(many, "2024/01/01 10:00:" + std::to_string(10 + exchange));
-          }
-          return true;
-        });
+        exportCutShort();
+        c.others();
       } else {
         toolkit->onPump = [&] {
           if (!std::filesystem::exists(contactsFolder() / ".vloutsync-journal")) return;
           toolkit->onPump = {};
           c.others();
         };
-      }
-      const auto reported = run(frmOutlookSync::kExport);
-      if (isKilled) {
-        tests::onExchange({});
-        EXPECT_TRUE(std::filesystem::exists(contactsFolder() / ".vloutsync-journal"));
-        tests::setModified(many, time);
-        c.others();
-      } else {
+        const auto reported = run(frmOutlookSync::kExport);
         EXPECT_THAT(reported, testing::Contains(HasSubstr("실패→(사람1)")));
       }
       const auto isConflict = testing::Contains(HasSubstr("→충돌←(사람1)"));
@@ -391,6 +400,24 @@ TEST_F(HistoryTest, ARowWhoseSaveIsLostCountsAsChangedOnBothSides) {
       EXPECT_THAT(undo.edits(), testing::Each(HasSubstr(".vcf")));
       undo.perform();
       EXPECT_EQ(valueOf(1, "Last_moddate"), "2025/02/01 10:00:00");
+    }
+  }
+}
+
+TEST_F(HistoryTest, AnUndoFirstCompletesWhatWasCutShort) {
+  for (const bool isLinked : {false, true}) {
+    for (const bool isEdited : {false, true}) {
+      startAfresh();
+      std::filesystem::remove_all(folder() / "history");
+      makeMany();
+      if (isLinked) std::filesystem::create_hard_link(many, contactsFolder() / "other.vcf");
+      const std::string before = everything();
+      exportCutShort();
+      if (isEdited) editMany("2025/03/01 10:00:00");
+      Undo undo(folder(), 1);
+      EXPECT_THAT(undo.edits(), SizeIs(isEdited ? 1 : 0)) << isLinked;
+      undo.perform();
+      EXPECT_EQ(everything(), before) << isLinked << isEdited;
     }
   }
 }
