@@ -23,6 +23,12 @@ std::optional<FileState> stateIn(int folder, const std::string& name, int flags)
   return stateOf(status);
 }
 
+bool isRegular(int folder, const std::string& name) {
+  struct stat status {};
+  return ::fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+         S_ISREG(status.st_mode);
+}
+
 bool isFree(int folder, const std::string& name) {
   return !stateIn(folder, name, AT_SYMLINK_NOFOLLOW) && errno == ENOENT;
 }
@@ -192,6 +198,11 @@ bool isKeptVersion(std::string_view name) {
 void removeDraft(int folder, const std::string& name,
                  const std::function<void(const std::function<void(const char*)>&)>& forEachFile) {
   const auto replaced = stateInName(name);
+  if (!isRegular(folder, name)) {
+    // A link may have been taken away, by an undo. Anything else of that name is none of ours.
+    if (replaced && stateIn(folder, name, 0) == replaced) ::unlinkat(folder, name.c_str(), 0);
+    return;
+  }
   bool isDoneWith = !replaced || replaced == FileState{} ||
                     stateIn(folder, name, AT_SYMLINK_NOFOLLOW) == replaced;
   if (!isDoneWith) {

@@ -573,11 +573,14 @@ TEST_F(VCardStoreTest, FilesKeepTheirModeAndNewOnesArePrivate) {
   }
   // What a killed run had taken out of its place for it and could not put back.
   tests::writeFile(folder.path() / ".vloutsync-1-2-3-4.tmp", "theirs");
+  const auto nobodys = folder.path() / ".vloutsync-1-2-3-5.tmp";
+  std::filesystem::create_directory(nobodys);
   const auto store = openStore();
   EXPECT_EQ(tests::readFile(folder.path() / ".vloutsync-kept-1.vcf"), "theirs");
   std::filesystem::remove(folder.path() / ".vloutsync-kept-1.vcf");
   store->item(1)->save();
   EXPECT_TRUE(std::filesystem::remove(folder.path() / (draft + ".tmp")));
+  EXPECT_TRUE(std::filesystem::remove(nobodys));
   store->create()->save();
   ASSERT_EQ(stat(file.c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 0777, 0640U);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <string>
+#include <sys/stat.h>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -81,6 +82,13 @@ TEST_F(SyncTest, GoesInTheDirectionThatChanged) {
 TEST_F(SyncTest, ACardDoesNotChangeWithAnotherOfItsFile) {
   for (const bool isRemembered : {true, false}) {
     startAfresh();
+    // Whatever has the names of our own files is gone past, and stays.
+    const auto obstacle = [&](const char* name) { return contactsFolder() / name; };
+    ASSERT_EQ(mkfifo(obstacle(".vloutsync-journal").c_str(), 0600), 0);
+    std::filesystem::create_directory(obstacle(".vloutsync-journal.1"));
+    std::filesystem::create_symlink("precious", obstacle(".vloutsync-journal.2"));
+    std::filesystem::create_directory(folder() / "history");
+    static_cast<void>(mkfifo((folder() / "history" / "contacts.index.new").c_str(), 0600));
     makePair(1, "");
     makePair(2, "");
     tests::writeFile(contactsFolder() / "many.vcf", contactText("1.vcf") + contactText("2.vcf"));
@@ -97,6 +105,7 @@ TEST_F(SyncTest, ACardDoesNotChangeWithAnotherOfItsFile) {
     EXPECT_EQ(valueOf(2, "JobTitle"), "밖에서");
     EXPECT_THAT(lines, Contains(isRemembered ? "아웃룩→이름1|100%|완료" : "→충돌←(이름1)|0%|제외"));
     EXPECT_THAT(sync(), Contains("갱신완료|벨모라=0/아웃룩=0|"));
+    EXPECT_EQ(tests::fileNames(contactsFolder()).size(), 4U);
   }
 }
 
