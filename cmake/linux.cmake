@@ -67,13 +67,16 @@ add_library(vlout_linux STATIC
   entry/cli/contacts_place.cpp
   entry/cli/convert_command.cpp
   entry/cli/convert_jet.cpp
+  entry/cli/desk.cpp
   entry/cli/group_tree.cpp
   entry/cli/history_command.cpp
   entry/cli/init_command.cpp
+  entry/cli/notification.cpp
   entry/cli/platform.cpp
   entry/cli/preview.cpp
   entry/cli/read_only.cpp
   entry/cli/run_command.cpp
+  entry/cli/run_lines.cpp
   entry/cli/sample_command.cpp
   entry/cli/status_command.cpp
   entry/cli/terminal.cpp
@@ -107,6 +110,8 @@ install(TARGETS vloutsync RUNTIME DESTINATION "${CMAKE_INSTALL_BINDIR}")
 install(TARGETS vloutsync-window RUNTIME DESTINATION lib/vloutsync)
 install(FILES packaging/linux/vloutsync.desktop DESTINATION share/applications)
 install(FILES packaging/linux/vloutsync.svg DESTINATION share/icons/hicolor/scalable/apps)
+install(FILES packaging/linux/vloutsync.service packaging/linux/vloutsync.timer
+        DESTINATION lib/systemd/user)
 install(FILES packaging/linux/vloutsync.1 DESTINATION share/man/man1)
 install(FILES packaging/linux/vloutsync.bash
   DESTINATION share/bash-completion/completions RENAME vloutsync)

@@ -39,6 +39,7 @@ struct Platform {
   // Called once a run or its preview has begun, with the stores that it works on.
   std::function<void(store::Connection&, outlook::ContactStore&)> completeCutShort = {};
   std::function<void(const ui::RunOutcome&)> runEnded = {};
+  std::shared_ptr<ui::Desk> desk = {};
 };
 
 class Runtime : public ui::Component {
@@ -81,6 +82,8 @@ class Runtime : public ui::Component {
   [[nodiscard]] std::vector<ui::FieldChange> takeChanges() override;
   [[nodiscard]] std::string runBegins(const ui::RunDescription& run) override;
   void runEnded(const ui::RunOutcome& outcome) override;
+  void releaseContacts() override { contacts_.reset(); }
+  [[nodiscard]] ui::Desk* desk() override { return platform_.desk.get(); }
   [[nodiscard]] std::int32_t& selectedGroupParent() override { return selectedGroupParent_; }
 
  private:

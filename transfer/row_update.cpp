@@ -137,8 +137,8 @@ bool RowUpdate::updateRowFromTexts(std::string_view rowId, Contact& contact,
   try {
     oldDates = datesStatement(*store::readCard(connection_, rowId), rowId);
     connection_.execute(typedStatement(rowId, texts));
-  } catch (const store::DatabaseError&) {
-    window_.message(MessageIcon::Critical, kTypedFailed);
+  } catch (const store::DatabaseError& error) {
+    window_.failure(kTypedFailed, error.what());
     return false;
   }
   try {

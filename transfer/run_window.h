@@ -33,6 +33,12 @@ class RunWindow {
   virtual void enableRunButton(bool enabled) = 0;
   virtual void message(MessageIcon icon, std::string_view text) = 0;
 
+  // A message that is fixed, and the system's own text behind it.
+  virtual void failure(std::string_view text, std::string_view cause) {
+    static_cast<void>(cause);
+    message(MessageIcon::Critical, text);
+  }
+
   // A pair that changed on both sides, before its line.
   virtual void conflictFound(std::string_view rowId, outlook::Contact& contact) {
     static_cast<void>(rowId);

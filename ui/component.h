@@ -13,6 +13,7 @@
 #include "outlook/contact_store.h"
 #include "store/connection.h"
 #include "transfer/run_window.h"
+#include "ui/desk.h"
 
 namespace vlout::ui {
 
@@ -90,6 +91,13 @@ class Component {
   // one.
   [[nodiscard]] virtual std::optional<std::int16_t> skinTheme() = 0;
   [[nodiscard]] virtual const std::filesystem::path& folder() const = 0;
+
+  // Lets the contact store go, for those who need the contacts to themselves. The next caller gets
+  // a fresh one.
+  virtual void releaseContacts() {}
+
+  // What the component offers around its transfers; null where a host application has that.
+  [[nodiscard]] virtual Desk* desk() { return nullptr; }
 
   // The parent of the group that the main window shows; 1 when no group is set.
   [[nodiscard]] virtual std::int32_t& selectedGroupParent() = 0;

@@ -162,11 +162,17 @@ class ListView : public Control {
   // The text of a cell; an empty one where the row has no such cell.
   [[nodiscard]] std::string_view cell(std::size_t row, std::size_t column) const;
   void select(std::size_t row);
+  // What the user's click on a row does, and a double click.
+  void selectAsShown(std::size_t row) { selected_ = static_cast<int>(row); }
+  void activate(std::size_t row) const {
+    if (activated) activated(row);
+  }
   void clear();
   [[nodiscard]] const std::vector<Row>& rows() const { return rows_; }
   [[nodiscard]] int selected() const { return selected_; }
 
   Events events;
+  std::function<void(std::size_t row)> activated;
 
  private:
   std::vector<Column> columns_;

@@ -98,6 +98,16 @@ void frmGroupBox::buildTree() {
   placeFolders();
   TreeView1.remove(kTrashNode);
   TreeView1.expand(kRootNode);
+  showOpening();
+}
+
+// In sight, but not chosen: what is confirmed is what the user has pointed at.
+void frmGroupBox::showOpening() {
+  const int node = openAt_ == 0 ? -1 : T_INDEX(openAt_);
+  if (node < 0) return;
+  for (int above = TreeView1.node(node).parent; above != 0; above = TreeView1.node(above).parent) {
+    if (above != kRootNode) TreeView1.expand(above);
+  }
 }
 
 // Passes over the folders that wait for their parent. A pass that places nothing ends it: what is

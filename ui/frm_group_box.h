@@ -20,6 +20,9 @@ class frmGroupBox : public Form {
   void keyPress(int characterCode) override;
   [[nodiscard]] Layout layout() override;
 
+  // Where the picker is to open; without it only the root is unfolded.
+  void openAt(std::int64_t folderKey) { openAt_ = folderKey; }
+
   // The 1-based index of the first node whose tag begins with that folder key, or -1.
   [[nodiscard]] int T_INDEX(std::int64_t folderKey) const;
 
@@ -40,6 +43,7 @@ class frmGroupBox : public Form {
 
   void buildTree();
   void placeFolders();
+  void showOpening();
   bool place(WaitingFolder& folder);
   int addNode(int parent, const std::string& text, const std::string& tag, int image);
   void nodeExpanded(int index);
@@ -48,6 +52,7 @@ class frmGroupBox : public Form {
   [[nodiscard]] std::string CreateGUID();
 
   Component& component_;
+  std::int64_t openAt_ = 0;
   std::vector<WaitingFolder> GroupBox;
 };
 

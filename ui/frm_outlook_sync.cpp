@@ -1,16 +1,19 @@
 #include "ui/frm_outlook_sync.h"
 
 #include <exception>
+#include <initializer_list>
 #include <utility>
 
 #include "store/sql.h"
 #include "text/ascii.h"
+#include "text/file_path.h"
 #include "text/trim.h"
 #include "transfer/export.h"
 #include "transfer/import.h"
 #include "transfer/sync.h"
 #include "transfer/work_list_loader.h"
 #include "ui/frm_group_box.h"
+#include "ui/frm_overview.h"
 #include "ui/skin.h"
 
 namespace vlout::ui {
@@ -115,6 +118,7 @@ void frmOutlookSync::setCaptions() {
   Command4.setText("충돌 데이터란?");
   Command5.setText("힌트");
   Command8.setText("미리보기");
+  Command9.setText("현황과 기록");
   chadd.setValue(CheckBox::kChecked);
   Text1.setLocked(true);  // a name typed over the chosen group's would file cards under a wrong one
 }
@@ -138,10 +142,15 @@ Layout frmOutlookSync::layout() {
   if (component_.canPreview()) {
     buttons.push_back(control("Command8", Command8).wide(12).keyed('V'));
   }
+  Parts head{row({control("Image2", Image2), label("Label7", Label7).stretched(1)})};
+  if (component_.desk() != nullptr) {
+    head.push_back(row(
+        {label("Label9", Label9).wide(30).stretched(1), control("Command9", Command9).keyed('O')}));
+  }
   buttons.push_back(control("Command2", Command2).wide(12).keyed('S'));
   buttons.push_back(control("Command3", Command3).wide(12).keyed('C'));
   return column(
-      {row({control("Image2", Image2), label("Label7", Label7).stretched(1)}),
+      {column(std::move(head)),
        grid(2, {label("Label3", Label3).keyed('M'),
                 row({control("Combo1", Combo1).wide(24), label("Label1", Label1).stretched(1)}),
                 label("Label2", Label2),
@@ -164,7 +173,10 @@ Layout frmOutlookSync::layout() {
 
 void frmOutlookSync::connectEvents() {
   Combo1.clicked = [this] { changeMode(); };
-  Combo2.clicked = [this] { Check3.setEnabled(Combo2.index() == kGroup); };
+  Combo2.clicked = [this] {
+    Check3.setEnabled(Combo2.index() == kGroup);
+    greyGroup();
+  };
   Option1.clicked = [this] { chooseOption(kImport); };
   Option2.clicked = [this] { chooseOption(kExport); };
   Option3.clicked = [this] { chooseOption(kSync); };
@@ -179,6 +191,7 @@ void frmOutlookSync::connectEvents() {
   Command2.clicked = [this] { run(Purpose::Transfer); };
   Command8.clicked = [this] { run(Purpose::Preview); };
   Command3.clicked = [this] { requestClose(); };
+  Command9.clicked = [this] { showOverview(); };
   Command7.clicked = [this] { pickGroup(); };
   Command4.clicked = [this] {
     explain(
@@ -217,6 +230,10 @@ void frmOutlookSync::load() {
     ListView1.addColumn("결과", 600);
   }
   loadOptions();
+  if (Desk* const desk = component_.desk()) {
+    Label9.setText("명함: " + text::pathText(desk->folder()) +
+                   "   연락처: " + desk->contacts().caption);
+  }
 }
 
 void frmOutlookSync::fillRanges() {
@@ -238,7 +255,10 @@ void frmOutlookSync::showGroup() {
   Combo2.addItem("선택항목");
   Combo2.addItem("그룹(" + exportFolder_.name + ")");
   Combo2.addItem("전체자료");
-  Combo2.setIndex(kSelectedCards);
+  // Without a host that selects cards, all are meant.
+  const bool hosted = component_.desk() == nullptr || !component_.readSelectedCards().empty() ||
+                      !exportFolder_.id.empty();
+  Combo2.setIndex(hosted ? kSelectedCards : kAllCards);
   if (exportFolder_.name.empty() || exportFolder_.name == kRootFolder) {
     Text1.setText(kNoGroup);
     Text1.setTag("2");
@@ -275,7 +295,36 @@ void frmOutlookSync::requestClose() {
 }
 
 void frmOutlookSync::keyPress(int characterCode) {
-  if (characterCode == kEscape) requestClose();
+  if (characterCode == kEscape && mayLeave()) requestClose();
+}
+
+// A slip of the finger is not to take along the lines that say what went wrong.
+bool frmOutlookSync::mayLeave() {
+  if (component_.desk() == nullptr || running_) return true;
+  for (const ListView::Row& row : ListView1.rows()) {
+    const std::string& state = row.cells.back();
+    if (state == "제외" || state == "실패") {
+      return toolkit().ask("처리하지 못한 자료가 목록에 있습니다. 창을 닫을까요?");
+    }
+  }
+  return true;
+}
+
+void frmOutlookSync::showOverview() {
+  if (running_) return;
+  Desk& desk = *component_.desk();
+  frmOverview(toolkit(), component_, desk).showModal();
+  if (desk.isMoving()) unload();
+}
+
+// What a transfer does not ask is grey.
+void frmOutlookSync::greyGroup() {
+  if (component_.desk() == nullptr) return;
+  const bool asked =
+      Combo1.index() == kImport || (Combo1.index() == kExport && Combo2.index() == kGroup);
+  for (Control* const control : std::initializer_list<Control*>{&Label8, &Text1, &Command7}) {
+    control->setEnabled(asked);
+  }
 }
 
 // --- mode, range and options --------------------------------------------------------------------
@@ -299,6 +348,7 @@ void frmOutlookSync::changeMode() {
   Image2.setImage(mode + 1);
   StatusBar1.setText(texts.status);
   Command2.setEnabled(!isDone(mode));
+  greyGroup();
 }
 
 void frmOutlookSync::chooseOption(Mode mode) {
@@ -318,11 +368,19 @@ void frmOutlookSync::pickGroup() {
   results.groupName.clear();
   results.chosen = false;
   frmGroupBox picker(toolkit(), component_);
+  if (component_.desk() != nullptr) picker.openAt(text::parseInteger(Text1.tag()).value_or(0));
   picker.showModal();
   if (!results.chosen) return;
   Text1.setText(results.groupName);
   Text1.setTag(std::to_string(results.groupKey));
   component_.selectedGroupParent() = results.groupParent;
+  if (component_.desk() == nullptr) return;
+  // Without a host there is no other way to name the group of an export.
+  const int range = Combo2.index();
+  useGroup({.id = std::to_string(results.groupKey),
+            .parent = results.groupParent,
+            .name = results.groupName});
+  Combo2.setIndex(range);
 }
 
 void frmOutlookSync::explain(std::string_view text) {
@@ -548,6 +606,10 @@ void frmOutlookSync::setResultCell(std::size_t row, std::size_t column, std::str
   ListView1.setCell(row, column, text);
   constexpr std::size_t kState = 2;  // with it the line is final, and what it stands for is done
   if (previewing_ && column == kState) addChanges();
+}
+
+void frmOutlookSync::failure(std::string_view text, std::string_view cause) {
+  message(MessageIcon::Critical, component_.desk() != nullptr ? withCause(text, cause) : text);
 }
 
 // The window of a run shows a conflict by itself.

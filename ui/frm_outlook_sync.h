@@ -63,6 +63,8 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   StatusBar StatusBar1;
   Button Command1, Command2, Command3, Command4, Command5, Command6, Command7;
   Button Command8;  // where the component can preview runs
+  Button Command9;  // the overview, where the component has a desk
+  Label Label9;     // where its cards and contacts lie
 
   // Hidden lists: the cards that take part, the positions of the contacts that an import will add,
   // and the ids that the host had selected.
@@ -113,6 +115,9 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   void addChanges();
   [[nodiscard]] outlook::MapOptions mapOptions();
   void pickGroup();
+  void showOverview();
+  void greyGroup();
+  [[nodiscard]] bool mayLeave();
 
   // RunWindow
   std::size_t addResult(std::string_view text) override;
@@ -122,6 +127,7 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   void setProgress(int percent) override;
   void enableRunButton(bool enabled) override;
   void message(MessageIcon icon, std::string_view text) override;
+  void failure(std::string_view text, std::string_view cause) override;
   void conflictFound(std::string_view rowId, outlook::Contact& contact) override;
   [[nodiscard]] bool yield() override;
   void keepAlive() override { toolkit().pumpAtOnce(); }

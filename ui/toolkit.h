@@ -36,6 +36,20 @@ class Toolkit {
   // A modal message box with only an OK button and the component's default title.
   virtual void messageBox(MessageIcon icon, std::string_view text) = 0;
 
+  // A modal question; false for no, and where nobody can be asked.
+  [[nodiscard]] virtual bool ask(std::string_view question) {
+    static_cast<void>(question);
+    return false;
+  }
+
+  // Lets the user choose a folder that is there; an empty path when none was chosen.
+  [[nodiscard]] virtual std::filesystem::path chooseFolder(std::string_view title,
+                                                           const std::filesystem::path& start) {
+    static_cast<void>(title);
+    static_cast<void>(start);
+    return {};
+  }
+
   // Of the screen that the next form opens on.
   [[nodiscard]] virtual ScreenSize screenSize() const = 0;
 

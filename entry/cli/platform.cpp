@@ -5,6 +5,7 @@
 
 #include "entry/cli/book_side.h"
 #include "entry/cli/contacts_place.h"
+#include "entry/cli/desk.h"
 #include "entry/cli/preview.h"
 #include "outlook/vcard/preview_store.h"
 #include "outlook/vcard/vcard_store.h"
@@ -80,6 +81,7 @@ Platform makePlatform(const std::filesystem::path& componentFolder,
             recorder->completeCutShort(dynamic_cast<store::SqliteConnection&>(connection), store);
           },
       .runEnded = [recorder](const ui::RunOutcome& outcome) { recorder->ended(outcome); },
+      .desk = std::make_shared<LinuxDesk>(componentFolder, contacts),
   };
   if (side) side->use(platform, recorder);
   return platform;

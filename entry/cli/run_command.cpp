@@ -5,6 +5,7 @@
 #include <iostream>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <string_view>
 #include <system_error>
 
@@ -12,6 +13,7 @@
 #include "entry/cli/component_folder.h"
 #include "entry/cli/contacts_place.h"
 #include "entry/cli/group_tree.h"
+#include "entry/cli/notification.h"
 #include "entry/cli/platform.h"
 #include "entry/cli/terminal.h"
 #include "entry/orun.h"
@@ -151,6 +153,8 @@ struct Arguments {
   std::string onConflict = "skip";
   bool preview = false;
   bool yes = false;
+  bool quiet = false;
+  bool notify = false;
 };
 
 std::string checkBoxSetting(const std::string& text) {
@@ -178,6 +182,39 @@ bool mayMove(const RunRequest& request) {
   return confirm(text::onItsLines(text::replaceAll(moved, "\r\n", "\n")) + "이 연락처로 할까요?");
 }
 
+// What is left of a run's lines for those who did not watch it: what it could not do, and its
+// counts; nothing of a run that had nothing to do.
+std::string summaryOf(const std::string& lines) {
+  std::istringstream stream(lines);
+  std::string left;
+  std::string last;
+  for (std::string line; std::getline(stream, line);) {
+    if (line.ends_with("\t제외") || line.ends_with("\t실패")) left += line + "\n";
+    last = line;
+  }
+  const bool changed = last.find_first_of("123456789") != std::string::npos;
+  return left.empty() && !changed ? "" : left + last + "\n";
+}
+
+// For a timer, whose output goes to the journal. A conflict waits for the window; its user is told
+// where the desktop can.
+int runUnwatched(const RunRequest& request, const Arguments& arguments) {
+  std::ostringstream results;
+  std::ostringstream errors;
+  const bool completed = runTransfer(request, results, errors, 0, handleInterrupts());
+  const std::string summary = summaryOf(results.str());
+  std::cout << (arguments.quiet ? summary : results.str()) << std::flush;
+  if (!completed || !arguments.quiet) std::cerr << errors.str() << std::flush;
+  const bool undone =
+      summary.find("제외") != std::string::npos || summary.find("실패") != std::string::npos;
+  if (arguments.notify && (!completed || undone)) {
+    notifyDesktop(completed
+                      ? "처리하지 못한 자료가 있습니다. 창에서 상호갱신을 하십시오.\n" + summary
+                      : errors.str());
+  }
+  return completed && std::cout ? kDone : kRefused;
+}
+
 int runGiven(const Arguments& arguments) {
   using OnConflict = ui::TerminalToolkit::OnConflict;
   const std::map<std::string, frmOutlookSync::Mode> modes{{"import", frmOutlookSync::kImport},
@@ -201,6 +238,7 @@ int runGiven(const Arguments& arguments) {
   for (const std::string& box : arguments.boxes) {
     request.boxes.push_back(parseBoxSetting(box).value());
   }
+  if (arguments.quiet || arguments.notify) return runUnwatched(request, arguments);
   const bool completed =
       runTransfer(request, std::cout, std::cerr, terminalWidth(), handleInterrupts());
   std::cout.flush();
@@ -234,6 +272,9 @@ void addRunCommand(CLI::App& app, int& status) {
       ->check(CLI::IsMember({"skip", "newer", "card", "outlook", "stop"}));
   run->add_flag("--preview", arguments->preview,
                 "결과와 바뀔 값을 보여 주기만 하고 아무것도 쓰지 않습니다.");
+  run->add_flag("--quiet", arguments->quiet,
+                "처리하지 못한 자료와 합계만 쓰고, 할 일이 없었으면 아무것도 쓰지 않습니다.");
+  run->add_flag("--notify", arguments->notify, "처리하지 못한 자료가 있으면 데스크톱에 알립니다.");
   run->add_flag("--yes", arguments->yes,
                 "지난 작업 때와 다른 연락처나, 그때와 달리 비어 있는 연락처 폴더라도 묻지 않고 "
                 "합니다.");

@@ -8,6 +8,7 @@
 #include "entry/cli/book_side.h"
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
+#include "entry/cli/run_lines.h"
 #include "entry/cli/terminal.h"
 #include "history/undo.h"
 #include "text/shown_text.h"
@@ -23,12 +24,11 @@ struct Arguments {
   bool yes = false;
 };
 
-// In the order of history::Change.
-constexpr std::array<const char*, 3> kPutBack{"되돌림", "삭제", "되살림"};
-
 void printCounts(const char* what, const std::array<int, 3>& counts, std::ostream& out) {
   out << what;
-  for (std::size_t i = 0; i < counts.size(); ++i) out << ' ' << kPutBack[i] << '=' << counts[i];
+  for (std::size_t i = 0; i < counts.size(); ++i) {
+    out << ' ' << wordOf(static_cast<history::Change>(i)) << '=' << counts[i];
+  }
   out << '\n';
 }
 
@@ -39,18 +39,11 @@ void printChanges(const history::Undo& undo, std::ostream& out) {
   for (const auto& file : undo.files()) ++files.at(static_cast<std::size_t>(file.change));
   printCounts("명함:", rows, out);
   printCounts("연락처:", files, out);
-  for (const auto& row : undo.rows()) {
-    out << nounOf(row.key) << '\t' << kPutBack.at(static_cast<std::size_t>(row.change)) << '\t'
-        << text::onOneLine(row.name) << '\n';
+  for (const UndoLine& line : undoLines(undo)) {
+    out << line.kind << '\t' << line.how << '\t' << text::onOneLine(line.person);
+    if (!line.file.empty()) out << '\t' << text::onOneLine(line.file);
+    out << '\n';
   }
-  const auto print = [&](const history::FileChange& file, const char* what) {
-    out << "연락처\t" << what << '\t' << text::onOneLine(file.person) << '\t'
-        << text::onOneLine(file.name) << '\n';
-  };
-  for (const auto& file : undo.files()) {
-    print(file, kPutBack.at(static_cast<std::size_t>(file.change)));
-  }
-  for (const auto& file : undo.lost()) print(file, "그대로 둠(보관한 파일이 제자리에서 바뀌었음)");
 }
 
 // Says what it will change and what was edited since, asks, and goes back. False when nothing was
@@ -60,8 +53,7 @@ bool undoRun(const Arguments& request, std::ostream& out, std::ostream& errors) 
   history::Undo undo(folder, request.run, [&](const std::filesystem::path& contacts) {
     return openMirrored(folder, contacts);
   });
-  out << "작업 " << undo.run().number << "(" << text::onOneLine(undo.run().started) << ", "
-      << text::onOneLine(undo.run().mode) << ") 전으로 되돌립니다.\n";
+  out << text::onOneLine(headingOf(undo)) << '\n';
   printChanges(undo, out);
   if (!undo.edits().empty()) {
     out << "그 뒤에 바뀐 것(되돌리면 사라집니다):\n";

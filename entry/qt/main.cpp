@@ -7,7 +7,10 @@
 #include <csignal>
 #include <exception>
 #include <iostream>
+#include <optional>
 
+#include "entry/cli/contacts_place.h"
+#include "entry/cli/desk.h"
 #include "entry/cli/platform.h"
 #include "entry/orun.h"
 #include "text/file_path.h"
@@ -43,16 +46,24 @@ QIcon icon() {
   return result;
 }
 
-void run(const std::filesystem::path& folder, const std::filesystem::path& contacts) {
+using Move = vlout::entry::cli::LinuxDesk::Move;
+
+// One opening of the main window. Where its user goes on to another folder or other contacts,
+// these.
+std::optional<Move> run(const Move& here) {
   const vlout::history::EmptiedFolder emptied{
-      .askAgain = true, .howToGoOn = "그래도 내보내려면 한 번 더 시작하십시오."};
+      .askAgain = true, .howToGoOn = "그래도 하려면 한 번 더 시작하십시오."};
   try {
     auto toolkit = std::make_unique<vlout::ui::qt::QtToolkit>();
-    vlout::entry::Runtime runtime(
-        folder, vlout::entry::cli::makePlatform(folder, contacts, std::move(toolkit), emptied));
+    auto platform =
+        vlout::entry::cli::makePlatform(here.folder, here.contacts, std::move(toolkit), emptied);
+    const auto desk = std::static_pointer_cast<vlout::entry::cli::LinuxDesk>(platform.desk);
+    vlout::entry::Runtime runtime(here.folder, std::move(platform));
     vlout::entry::ORUN(runtime).OUTSYNCRUN();
+    return desk->next();
   } catch (const std::exception& error) {
     vlout::ui::qt::QtToolkit().messageBox(vlout::ui::MessageIcon::Critical, error.what());
+    return std::nullopt;
   }
 }
 
@@ -70,7 +81,11 @@ int main(int argc, char** argv) {
     std::cerr << "vloutsync window\n";
     return 2;
   }
-  run(vlout::text::pathOf(arguments[1].toStdString()),
-      vlout::text::pathOf(arguments[2].toStdString()));
+  std::optional<Move> here = Move{vlout::text::pathOf(arguments[1].toStdString()),
+                                  vlout::text::pathOf(arguments[2].toStdString())};
+  while (here) {
+    here->contacts = vlout::entry::cli::contactsPlace(here->contacts, here->folder);
+    here = run(*here);
+  }
   return 0;
 }

@@ -532,6 +532,11 @@ TEST_F(ProgramTest, TheContactsAreThoseOfTheLastRunUnlessAnotherPlaceIsConfirmed
       connection.query("SELECT f_idx FROM tbl_namecard WHERE FullName='새봄'")->field("f_idx"),
       "5");
   EXPECT_THAT(run({"status", "--folder", folder()}).out, HasSubstr(other + "\n"));
+  // A run that nobody watches has nothing to say when there was nothing to do.
+  EXPECT_EQ(run({"run", "sync", "--folder", folder(), "--quiet"}).out, "");
+  execute("UPDATE tbl_namecard SET Last_moddate='2099/01/01 00:00:00' WHERE FullName='새봄'");
+  EXPECT_EQ(run({"run", "sync", "--folder", folder(), "--quiet"}).out,
+            "갱신완료\t벨모라=0/아웃룩=1\t\n");
 }
 
 // Every way for a card and a contact to stand to each other, as all the commands that look see it.

@@ -62,7 +62,7 @@ class ScenarioTest : public ScenarioFixture,
     } else if (action.verb == "title") {
       EXPECT_EQ(form.caption, action.text);
     } else if (action.verb == "line") {
-      expectLine(dynamic_cast<ui::frmOutlookSync&>(form).ListView1, action.text);
+      expectLine(static_cast<ui::ListView&>(*findPart(layout, "ListView1")->control), action.text);
     } else if (action.verb == "enter") {
       pressDefault(layout);
     } else if (action.verb == "escape") {

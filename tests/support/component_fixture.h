@@ -44,6 +44,10 @@ class ScriptedToolkit : public ui::Toolkit {
     messages.push_back({icon, std::string(text)});
     if (onMessage) onMessage(messages.back().text);
   }
+  [[nodiscard]] bool ask(std::string_view question) override {
+    messageBox(ui::MessageIcon::None, question);
+    return true;
+  }
   [[nodiscard]] ui::ScreenSize screenSize() const override { return {20000, 16000}; }
   void pump() override {
     if (onPump) onPump();

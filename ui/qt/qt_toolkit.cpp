@@ -2,12 +2,15 @@
 
 #include <QApplication>
 #include <QEventLoop>
+#include <QFileDialog>
 #include <QMessageBox>
+#include <QPushButton>
 #include <QScreen>
 #include <QThread>
 
 #include <exception>
 
+#include "text/file_path.h"
 #include "ui/listed.h"
 #include "ui/qt/qt_text.h"
 #include "ui/qt/skins.h"
@@ -61,6 +64,23 @@ void QtToolkit::messageBox(MessageIcon icon, std::string_view text) {
   box.setTextFormat(Qt::PlainText);
   box.addButton(QStringLiteral("확인"), QMessageBox::AcceptRole);
   box.exec();
+}
+
+bool QtToolkit::ask(std::string_view question) {
+  QMessageBox box(QMessageBox::Question, QStringLiteral("VLOUTSync"),
+                  textOf(question).replace("\r\n", "\n"), QMessageBox::NoButton, owner());
+  box.setTextFormat(Qt::PlainText);
+  const auto* const yes = box.addButton(QStringLiteral("예"), QMessageBox::YesRole);
+  box.setDefaultButton(box.addButton(QStringLiteral("아니요"), QMessageBox::NoRole));
+  box.exec();
+  return box.clickedButton() == yes;
+}
+
+std::filesystem::path QtToolkit::chooseFolder(std::string_view title,
+                                              const std::filesystem::path& start) {
+  const QString chosen =
+      QFileDialog::getExistingDirectory(owner(), textOf(title), textOf(text::pathText(start)));
+  return text::pathOf(chosen.toStdString());
 }
 
 // Its owner's, where a window has one.

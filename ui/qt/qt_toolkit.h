@@ -23,6 +23,9 @@ class QtToolkit : public Toolkit {
  public:
   void showModal(Form& form) override;
   void messageBox(MessageIcon icon, std::string_view text) override;
+  [[nodiscard]] bool ask(std::string_view question) override;
+  [[nodiscard]] std::filesystem::path chooseFolder(std::string_view title,
+                                                   const std::filesystem::path& start) override;
   [[nodiscard]] ScreenSize screenSize() const override;
   void applySkin(const std::filesystem::path& skinFile) override;
   void repaint() override;

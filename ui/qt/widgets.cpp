@@ -95,7 +95,10 @@ QWidget* makeLabel(const Layout& part, QWidget* parent) {
   label->setTextFormat(Qt::PlainText);
   if (part.control == nullptr) return label;
   Control& control = *part.control;
+  // A text that may be long, such as a path, does not make the window wide.
+  if (part.characters > 0) label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   follow(control, *label, [&part, &control, label] {
+    if (part.characters > 0) label->setToolTip(textOf(control.text()));
     label->setText(part.key == 0 ? textOf(control.text()) : withKey(part));
     if (part.kind != Kind::ColouredLabel) return;
     colour(*label, static_cast<const ColouredLabel&>(control).foreColour(), Colour::White);
@@ -210,6 +213,13 @@ QWidget* makeList(const Layout& part, QWidget* parent) {
     if (row >= 0) view->setCurrentIndex(model->index(row, 0));
     view->scrollToBottom();
   };
+  QObject::connect(view->selectionModel(), &QItemSelectionModel::currentChanged, view,
+                   [&list](const QModelIndex& row) {
+                     if (row.isValid()) list.selectAsShown(static_cast<std::size_t>(row.row()));
+                   });
+  QObject::connect(view, &QTreeView::activated, view, shown(view, [&list](const QModelIndex& row) {
+                     list.activate(static_cast<std::size_t>(row.row()));
+                   }));
   follow(list, *view, [] {});
   return view;
 }

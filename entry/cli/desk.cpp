@@ -1,0 +1,78 @@
+#include "entry/cli/desk.h"
+
+#include <algorithm>
+
+#include "entry/cli/book_side.h"
+#include "entry/cli/run_lines.h"
+#include "outlook/evolution/desktop.h"
+#include "text/file_path.h"
+
+namespace vlout::entry::cli {
+namespace {
+
+class LinuxUndoPlan : public ui::UndoPlan {
+ public:
+  LinuxUndoPlan(const std::filesystem::path& folder, int run)
+      : undo_(folder, run, [folder](const std::filesystem::path& contacts) {
+          return openMirrored(folder, contacts);
+        }) {}
+
+  [[nodiscard]] std::string heading() const override { return headingOf(undo_); }
+  [[nodiscard]] std::vector<Line> lines() const override {
+    std::vector<Line> lines;
+    for (const UndoLine& line : undoLines(undo_)) {
+      lines.push_back({line.kind + " " + line.person, line.how});
+    }
+    return lines;
+  }
+  [[nodiscard]] std::vector<std::string> edits() const override { return undo_.edits(); }
+  void perform() override { undo_.perform(); }
+
+ private:
+  history::Undo undo_;
+};
+
+}  // namespace
+
+ui::Desk::Place LinuxDesk::contacts() const {
+  return {text::pathText(contacts_), contacts_};
+}
+
+std::vector<ui::Desk::Place> LinuxDesk::places() {
+  std::vector<Place> places{contacts()};
+  const auto usual = std::filesystem::absolute(folder_ / "contacts").lexically_normal();
+  if (usual != contacts_) places.push_back({text::pathText(usual), usual});
+  try {
+    for (const auto& book : outlook::evolution::Desktop([] {}).books()) {
+      const std::filesystem::path place = "book:" + book.uid;
+      if (place != contacts_) {
+        places.push_back({"주소록 " + book.name + " (" + book.account + ")", place});
+      }
+    }
+  } catch (const std::exception&) {
+    // A desktop without address books has none to offer.
+  }
+  return places;
+}
+
+void LinuxDesk::moveTo(const std::filesystem::path& folder, const std::filesystem::path& contacts) {
+  next_ = Move{folder, contacts};
+}
+
+std::vector<ui::PastRun> LinuxDesk::runs() {
+  std::vector<ui::PastRun> runs;
+  for (const RunLine& line : runLines(history::Runs(folder_))) {
+    runs.push_back(
+        {.number = line.number,
+         .what = std::to_string(line.number) + "  " + line.started + "  " + line.transfer,
+         .outcome = line.state + " " + line.counts,
+         .wayBack = line.wayBack});
+  }
+  return runs;
+}
+
+std::unique_ptr<ui::UndoPlan> LinuxDesk::planUndo(int run) {
+  return std::make_unique<LinuxUndoPlan>(folder_, run);
+}
+
+}  // namespace vlout::entry::cli

@@ -1,0 +1,40 @@
+// What the windows of Linux offer around the transfers (ui/desk.h), on a component folder and its
+// history.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "ui/desk.h"
+
+namespace vlout::entry::cli {
+
+class LinuxDesk : public ui::Desk {
+ public:
+  LinuxDesk(std::filesystem::path folder, std::filesystem::path contacts)
+      : folder_(std::move(folder)), contacts_(std::move(contacts)) {}
+
+  [[nodiscard]] std::filesystem::path folder() const override { return folder_; }
+  [[nodiscard]] Place contacts() const override;
+  [[nodiscard]] std::vector<Place> places() override;
+  void moveTo(const std::filesystem::path& folder, const std::filesystem::path& contacts) override;
+  [[nodiscard]] bool isMoving() const override { return next_.has_value(); }
+  [[nodiscard]] std::vector<ui::PastRun> runs() override;
+  [[nodiscard]] std::unique_ptr<ui::UndoPlan> planUndo(int run) override;
+
+  // What `moveTo` was given: a component folder, and its contacts, which are empty for those of its
+  // last run.
+  struct Move {
+    std::filesystem::path folder;
+    std::filesystem::path contacts;
+  };
+  [[nodiscard]] const std::optional<Move>& next() const { return next_; }
+
+ private:
+  std::filesystem::path folder_;
+  std::filesystem::path contacts_;
+  std::optional<Move> next_;
+};
+
+}  // namespace vlout::entry::cli

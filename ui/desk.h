@@ -1,0 +1,70 @@
+// What a component that is a product of its own, without a host application, offers around its
+// transfers: which cards and contacts it works on, the runs so far, and the way back. The entry
+// layer implements it on Linux; on Windows the host has the first, and there are no others.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace vlout::ui {
+
+// A run, as a line tells it.
+struct PastRun {
+  int number = 0;
+  std::string what;     // when it began, and which transfer it was
+  std::string outcome;  // how it ended, and its counts
+  std::string wayBack;  // whether it can be taken back
+};
+
+// An undo that has been looked into and not been done.
+class UndoPlan {
+ public:
+  UndoPlan() = default;
+  UndoPlan(const UndoPlan&) = delete;
+  UndoPlan& operator=(const UndoPlan&) = delete;
+  virtual ~UndoPlan() = default;
+
+  struct Line {
+    std::string what;
+    std::string how;
+  };
+  [[nodiscard]] virtual std::string heading() const = 0;
+  [[nodiscard]] virtual std::vector<Line> lines() const = 0;
+  // What was edited since, and would be lost.
+  [[nodiscard]] virtual std::vector<std::string> edits() const = 0;
+  // Throws std::exception.
+  virtual void perform() = 0;
+};
+
+class Desk {
+ public:
+  Desk() = default;
+  Desk(const Desk&) = delete;
+  Desk& operator=(const Desk&) = delete;
+  virtual ~Desk() = default;
+
+  // A place where contacts lie: what people call it, and what the command line calls it.
+  struct Place {
+    std::string caption;
+    std::filesystem::path place;
+  };
+  [[nodiscard]] virtual std::filesystem::path folder() const = 0;
+  [[nodiscard]] virtual Place contacts() const = 0;
+  // The present one first, then the usual folder and the address books of the desktop.
+  [[nodiscard]] virtual std::vector<Place> places() = 0;
+
+  // Once the main window has closed, it opens again on these.
+  virtual void moveTo(const std::filesystem::path& folder,
+                      const std::filesystem::path& contacts) = 0;
+  [[nodiscard]] virtual bool isMoving() const = 0;
+
+  // Oldest first. Throws std::exception.
+  [[nodiscard]] virtual std::vector<PastRun> runs() = 0;
+  // Before that run, or before the last one that changed anything for 0. Throws std::exception when
+  // there is no way back.
+  [[nodiscard]] virtual std::unique_ptr<UndoPlan> planUndo(int run) = 0;
+};
+
+}  // namespace vlout::ui

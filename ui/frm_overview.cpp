@@ -1,0 +1,265 @@
+#include "ui/frm_overview.h"
+
+#include <exception>
+
+#include "outlook/field_map.h"
+#include "store/sql.h"
+#include "text/ascii.h"
+#include "text/file_path.h"
+#include "transfer/work_list_loader.h"
+
+namespace vlout::ui {
+namespace {
+
+using transfer::Standing;
+
+std::string shown(const std::string& value) {
+  if (value.empty()) return "(없음)";
+  return text::replaceAll(text::withPlainLineEnds(value), "\n", "⏎");
+}
+
+// The stores as they are, without anything being written.
+class Look {
+ public:
+  explicit Look(Component& component) : component_(component) { component_.beginPreview(); }
+  ~Look() { component_.endPreview(); }
+  Look(const Look&) = delete;
+  Look& operator=(const Look&) = delete;
+
+ private:
+  Component& component_;
+};
+
+}  // namespace
+
+frmOverview::frmOverview(Toolkit& toolkit, Component& component, Desk& desk)
+    : Form(toolkit), component_(component), desk_(desk) {
+  caption = "현황과 기록";
+  width = 9000;
+  height = 7800;
+  Label2.setText("연락처:");
+  Command1.setText("현황");
+  Command2.setText("기록");
+  Command3.setText("되돌리기");
+  Command4.setText("닫기");
+  Command5.setText("다른 명함 폴더");
+  Command6.setText("다른 연락처 폴더");
+  Command1.clicked = [this] { guarded([this] { showSurvey(); }); };
+  Command2.clicked = [this] { guarded([this] { showRuns(); }); };
+  Command3.clicked = [this] { guarded([this] { goBack(); }); };
+  Command4.clicked = [this] { requestClose(); };
+  Command5.clicked = [this] { guarded([this] { chooseCards(); }); };
+  Command6.clicked = [this] { guarded([this] { chooseContactFolder(); }); };
+  Combo1.clicked = [this] { guarded([this] { chooseContacts(); }); };
+  ListView1.activated = [this](std::size_t line) { guarded([this, line] { showPair(line); }); };
+}
+
+Layout frmOverview::layout() {
+  using namespace layout;
+  return column(
+      {row({label("Label1", Label1).wide(30).stretched(1),
+            control("Command5", Command5).keyed('O')}),
+       row({label("Label2", Label2).keyed('A'), control("Combo1", Combo1).wide(40).stretched(1),
+            control("Command6", Command6).keyed('F')}),
+       label("Label3", Label3), control("ListView1", ListView1).high(16).stretched(1),
+       row({control("Command1", Command1).wide(10).keyed('S'),
+            control("Command2", Command2).wide(10).keyed('H'),
+            control("Command3", Command3).wide(10).keyed('U'), space(),
+            control("Command4", Command4).wide(10).keyed('C')})});
+}
+
+void frmOverview::load() {
+  centreOnScreen();
+  if (ListView1.columns().empty()) {
+    ListView1.addColumn("내용", 1700);
+    ListView1.addColumn("상태", 2700);
+    ListView1.addColumn("비고", 1800);
+  }
+  Label1.setText("명함: " + text::pathText(desk_.folder()));
+  fillPlaces();
+  guarded([this] { showSurvey(); });
+}
+
+void frmOverview::fillPlaces() {
+  places_ = desk_.places();
+  Combo1.clear();
+  for (const Desk::Place& place : places_) Combo1.addItem(place.caption);
+  busy_ = true;  // choosing the present one moves nothing
+  Combo1.setIndex(0);
+  busy_ = false;
+}
+
+void frmOverview::keyPress(int characterCode) {
+  if (characterCode == kEscape) requestClose();
+}
+
+void frmOverview::requestClose() {
+  if (busy_) {
+    closeRequested_ = true;
+  } else {
+    unload();
+  }
+}
+
+void frmOverview::guarded(const std::function<void()>& act) {
+  if (busy_) return;
+  busy_ = true;
+  try {
+    act();
+  } catch (const std::exception& error) {
+    toolkit().messageBox(MessageIcon::Exclamation, error.what());
+  }
+  busy_ = false;
+  if (closeRequested_) unload();
+}
+
+// --- the list -----------------------------------------------------------------------------------
+
+std::size_t frmOverview::addLine(std::string_view text, std::string_view value,
+                                 std::string_view state) {
+  const std::size_t line = ListView1.addRow(text);
+  ListView1.setCell(line, 1, value);
+  ListView1.setCell(line, 2, state);
+  return line;
+}
+
+void frmOverview::clearList(std::string_view heading) {
+  ListView1.clear();
+  runs_.clear();
+  surveyed_.clear();
+  Label3.setText(heading);
+}
+
+void frmOverview::showSurvey() {
+  clearList(
+      "현황: 상호갱신이 무엇을 할지 보여 줍니다. 줄을 두 번 누르면 명함과 연락처를 나란히 봅니다.");
+  const Look look(component_);
+  if (!component_.contacts().connect()) {
+    throw outlook::ContactStoreError(component_.contacts().connectFailure());
+  }
+  transfer::WorkList list;
+  transfer::WorkListLoader(component_.connection(), list, *this).loadAll();
+  transfer::Survey survey(component_.connection(), component_.contacts(), list, *this);
+  if (survey.run() != transfer::RunEnd::Completed) return;
+  for (std::size_t i = 0; i < transfer::kStandings; ++i) {
+    const auto standing = static_cast<Standing>(i);
+    const auto& found = survey.of(standing);
+    addLine(wordsOf(standing).caption, std::to_string(found.size()), "");
+    surveyed_.resize(ListView1.rows().size());
+    if (standing == Standing::InStep) continue;
+    for (const transfer::Surveyed& each : found) {
+      addLine("  " + each.person, each.card.empty() ? "" : "명함 " + each.card,
+              each.contact == each.person ? "" : each.contact);
+      surveyed_.push_back(each);
+      for (const auto& field : each.differences) {
+        addLine("    " + std::string(outlook::fieldCaption(field.column)) + ": " +
+                    shown(field.card) + " ↔ " + shown(field.contact),
+                "", "");
+        surveyed_.push_back(each);
+      }
+    }
+  }
+}
+
+void frmOverview::showPair(std::size_t line) {
+  if (line >= surveyed_.size()) return;
+  const transfer::Surveyed pair = surveyed_[line];
+  const bool hasCard = !pair.card.empty() && store::cardExists(component_.connection(), pair.card);
+  if (!hasCard && pair.position == 0) return;
+  clearList("나란히: 왼쪽이 명함, 오른쪽이 연락처입니다.");
+  const Look look(component_);
+  static_cast<void>(component_.contacts().connect());
+  component_.contacts().openContactsFolder();
+  const auto row = hasCard ? store::readCard(component_.connection(), pair.card) : nullptr;
+  const auto contact = pair.position == 0 ? nullptr : component_.contacts().item(pair.position);
+  for (const std::string_view column : transfer::comparedColumns()) {
+    const std::string card = row ? transfer::cardSideText(*row, column) : "";
+    const std::string other = contact ? transfer::outlookSideText(*contact, column) : "";
+    if (card.empty() && other.empty()) continue;
+    const bool differs = row && contact && transfer::sidesDiffer(column, card, other);
+    addLine(std::string(outlook::fieldCaption(column)) + ": " + shown(card), shown(other),
+            differs ? "다름" : "");
+  }
+}
+
+void frmOverview::showRuns() {
+  clearList("기록: 되돌릴 작업을 고르고 되돌리기를 누르십시오. 그 뒤의 작업도 함께 되돌립니다.");
+  for (const PastRun& run : desk_.runs()) {
+    addLine(run.what, run.outcome, run.wayBack);
+    runs_.push_back(run.number);
+  }
+}
+
+int frmOverview::chosenRun() const {
+  const int line = ListView1.selected();
+  const bool isRun = line >= 0 && static_cast<std::size_t>(line) < runs_.size();
+  return isRun ? runs_[static_cast<std::size_t>(line)] : 0;
+}
+
+void frmOverview::goBack() {
+  const int run = chosenRun();
+  component_.releaseContacts();  // the way back has to have them to itself
+  const auto plan = desk_.planUndo(run);
+  clearList(plan->heading());
+  for (const UndoPlan::Line& line : plan->lines()) addLine(line.what, line.how, "");
+  const auto edits = plan->edits();
+  for (const std::string& edit : edits) addLine(edit, "사라짐", "그 뒤에 바뀜");
+  std::string question = plan->heading();
+  if (!edits.empty()) {
+    question += "\r\n그 뒤에 바뀐 것 " + std::to_string(edits.size()) + "건이 사라집니다.";
+  }
+  if (!toolkit().ask(question + "\r\n되돌릴까요?")) return;
+  plan->perform();
+  toolkit().messageBox(MessageIcon::Information, "되돌렸습니다.");
+}
+
+// --- other cards and contacts -------------------------------------------------------------------
+
+void frmOverview::leaveFor(const std::filesystem::path& folder,
+                           const std::filesystem::path& contacts) {
+  desk_.moveTo(folder, contacts);
+  closeRequested_ = true;
+}
+
+void frmOverview::chooseCards() {
+  const auto folder = toolkit().chooseFolder("명함 폴더", desk_.folder());
+  if (!folder.empty()) leaveFor(folder, {});
+}
+
+void frmOverview::chooseContactFolder() {
+  const auto folder = toolkit().chooseFolder("연락처 폴더", desk_.folder());
+  if (!folder.empty()) leaveFor(desk_.folder(), folder);
+}
+
+void frmOverview::chooseContacts() {
+  const auto chosen = static_cast<std::size_t>(Combo1.index());
+  if (chosen == 0 || chosen >= places_.size()) return;
+  leaveFor(desk_.folder(), places_[chosen].place);
+}
+
+// --- what the survey sees -----------------------------------------------------------------------
+
+std::size_t frmOverview::addResult(std::string_view text) {
+  problem_ = text;
+  return 0;
+}
+
+// The headings of phases end with other states.
+void frmOverview::setResultCell(std::size_t row, std::size_t column, std::string_view text) {
+  static_cast<void>(row);
+  constexpr std::size_t kState = 2;
+  if (column != kState || (text != "실패" && text != "제외")) return;
+  addLine(problem_, "", text);
+  surveyed_.resize(ListView1.rows().size());
+}
+
+void frmOverview::message(MessageIcon icon, std::string_view text) {
+  toolkit().messageBox(icon, text);
+}
+
+bool frmOverview::yield() {
+  toolkit().pumpAtOnce();
+  return closeRequested_;
+}
+
+}  // namespace vlout::ui

@@ -1,0 +1,70 @@
+// The overview: what is linked with what, the runs so far, the way back, and which cards and
+// contacts the component works on. The main window opens it where the component is a product of its
+// own (ui/desk.h). Nothing is written but by an undo that its user has confirmed.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "transfer/survey.h"
+#include "ui/component.h"
+#include "ui/controls.h"
+#include "ui/desk.h"
+#include "ui/form.h"
+
+namespace vlout::ui {
+
+class frmOverview : public Form, private transfer::RunWindow {
+ public:
+  frmOverview(Toolkit& toolkit, Component& component, Desk& desk);
+
+  void keyPress(int characterCode) override;
+  void requestClose() override;
+  [[nodiscard]] Layout layout() override;
+
+  Label Label1, Label2, Label3;  // the component folder; "연락처:"; what the list shows
+  ComboBox Combo1;               // the places of contacts
+  ListView ListView1;
+  Button Command1, Command2, Command3, Command4, Command5, Command6;
+
+ protected:
+  void load() override;
+
+ private:
+  // Shows the failure of what its user set off.
+  void guarded(const std::function<void()>& act);
+  void showSurvey();
+  void showRuns();
+  void goBack();
+  void showPair(std::size_t line);
+  void chooseCards();
+  void chooseContacts();
+  void chooseContactFolder();
+  void fillPlaces();
+  void leaveFor(const std::filesystem::path& folder, const std::filesystem::path& contacts);
+  std::size_t addLine(std::string_view text, std::string_view value, std::string_view state);
+  [[nodiscard]] int chosenRun() const;
+  void clearList(std::string_view heading);
+
+  // RunWindow, for the survey
+  std::size_t addResult(std::string_view text) override;
+  void setResultCell(std::size_t row, std::size_t column, std::string_view text) override;
+  void selectResult(std::size_t row) override { static_cast<void>(row); }
+  void showProgress(bool visible) override { static_cast<void>(visible); }
+  void setProgress(int percent) override { static_cast<void>(percent); }
+  void enableRunButton(bool enabled) override { static_cast<void>(enabled); }
+  void message(MessageIcon icon, std::string_view text) override;
+  [[nodiscard]] bool yield() override;
+
+  Component& component_;
+  Desk& desk_;
+  std::vector<Desk::Place> places_;
+  std::vector<int> runs_;                     // the run of each line, while the list shows runs
+  std::vector<transfer::Surveyed> surveyed_;  // what each line stands for, while it shows those
+  std::string problem_;                       // the last line about a record of the survey
+  bool busy_ = false;
+  bool closeRequested_ = false;
+};
+
+}  // namespace vlout::ui
