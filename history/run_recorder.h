@@ -58,7 +58,7 @@ class RunRecorder {
 
   // Completes what an earlier run has left by halves (history/completion.h). To be called between
   // `begins` and the reading of rows, with the stores of the run or of its preview. Throws
-  // DatabaseError and RunAborted.
+  // DatabaseError, ContactStoreError, std::system_error and RunAborted.
   void completeCutShort(store::SqliteConnection& connection, outlook::ContactStore& contacts);
 
  private:
