@@ -51,8 +51,8 @@ using Move = vlout::entry::cli::LinuxDesk::Move;
 // One opening of the main window. Where its user goes on to another folder or other contacts,
 // these.
 std::optional<Move> run(const Move& here) {
-  const vlout::history::EmptiedFolder emptied{
-      .askAgain = true, .howToGoOn = "그래도 하려면 한 번 더 시작하십시오."};
+  const vlout::history::EmptiedFolder emptied{.askAgain = true,
+                                              .howToGoOn = "그래도 하려면 한 번 더 시작하십시오."};
   try {
     auto toolkit = std::make_unique<vlout::ui::qt::QtToolkit>();
     auto platform =
