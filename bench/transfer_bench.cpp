@@ -251,18 +251,6 @@ void componentNothingToDo(benchmark::State& state, ui::frmOutlookSync::Mode mode
   for (auto _ : state) measure(state, [&] { runComponent(scene, mode, preview); });
 }
 
-void takeRestorePoint(benchmark::State& state) {
-  Scene scene(state.range(0));
-  scene.exportAll();
-  const auto database = store::ConnectionSettings{.componentFolder = scene.folder()}.databaseFile();
-  int round = 0;
-  for (auto _ : state) {
-    const auto run = scene.folder() / "history" / std::to_string(++round);
-    std::filesystem::create_directories(run);
-    measure(state, [&] { history::RestorePoint(run).take(database, scene.contactFolder()); });
-  }
-}
-
 void undoOneInTen(benchmark::State& state) {
   Scene scene(state.range(0));
   scene.exportAll();
@@ -384,7 +372,6 @@ const bool kComponentRuns = [] {
   configureComponent("syncPreview", ui::frmOutlookSync::kSync, true);
   return true;
 }();
-BENCHMARK(takeRestorePoint)->Apply(configure);
 BENCHMARK(undoOneInTen)->Apply(configure);
 
 }  // namespace

@@ -49,11 +49,11 @@ add_library(vlout_linux STATIC
   outlook/evolution/open_book.cpp
   outlook/evolution/uid_word.cpp
   history/completion.cpp
-  history/entries.cpp
   history/restore_point.cpp
   history/rows.cpp
   history/run_recorder.cpp
   history/runs.cpp
+  history/trail.cpp
   history/undo.cpp
   history/written_log.cpp
   sample/cards.cpp

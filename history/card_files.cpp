@@ -21,18 +21,6 @@ namespace fs = std::filesystem;
 
 }  // namespace
 
-FileStates cardFilesIn(const fs::path& folder) {
-  FileStates states;
-  const posix::FileDescriptor directory(posix::openUnnoticed(folder.c_str(), O_DIRECTORY));
-  const auto files = outlook::vcard::listCardFiles(directory.get());
-  if (!files) throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
-  for (const outlook::vcard::CardFile& file : *files) {
-    states.emplace(file.name, file.sight.state);
-    for (const std::string& other : file.otherNames) states.emplace(other, file.sight.state);
-  }
-  return states;
-}
-
 std::size_t countCardFiles(const fs::path& folder) {
   std::size_t count = 0;
   const posix::FileDescriptor directory(posix::openUnnoticed(folder.c_str(), O_DIRECTORY));
@@ -51,6 +39,13 @@ std::optional<FileState> fileStateAt(const fs::path& file) {
 bool isSame(const std::optional<FileState>& a, const std::optional<FileState>& b) {
   if (!a || !b) return !a && !b;
   return a->size == b->size && a->seconds == b->seconds && a->nanoseconds == b->nanoseconds;
+}
+
+bool isOnOneDisk(const fs::path& a, const fs::path& b) {
+  struct stat one {};
+  struct stat other {};
+  return ::stat(a.c_str(), &one) == 0 && ::stat(b.c_str(), &other) == 0 &&
+         one.st_dev == other.st_dev;
 }
 
 bool linkOrCopy(const fs::path& file, const fs::path& link) {

@@ -3,7 +3,6 @@
 #pragma once
 
 #include <filesystem>
-#include <map>
 #include <optional>
 #include <string>
 
@@ -12,12 +11,8 @@
 namespace vlout::history {
 
 using outlook::vcard::FileState;
-using FileStates = std::map<std::string, FileState>;  // by name
 
-// The vCard files of a folder as they are now. Throws ContactStoreError.
-[[nodiscard]] FileStates cardFilesIn(const std::filesystem::path& folder);
-
-// Their number; without a look at each.
+// The number of vCard files in a folder, without a look at each. Throws ContactStoreError.
 [[nodiscard]] std::size_t countCardFiles(const std::filesystem::path& folder);
 
 // The state of one file, through links; nothing when there is none.
@@ -25,6 +20,9 @@ using FileStates = std::map<std::string, FileState>;  // by name
 
 // Whether two states are of the same content, or both of no file. A copy has another inode.
 [[nodiscard]] bool isSame(const std::optional<FileState>& a, const std::optional<FileState>& b);
+
+// Whether files of one of the folders can be linked into the other.
+[[nodiscard]] bool isOnOneDisk(const std::filesystem::path& a, const std::filesystem::path& b);
 
 // Makes `link` another name of `file`, or a copy with the same modification time. False when there
 // is no such file.

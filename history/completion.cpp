@@ -10,10 +10,10 @@
 
 #include "history/restore_point.h"
 #include "history/rows.h"
+#include "history/trail.h"
 #include "history/written_log.h"
 #include "outlook/pairing.h"
 #include "store/sql.h"
-#include "store/sqlite/backup.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
 #include "transfer/change_detection.h"
@@ -35,42 +35,31 @@ std::vector<RunRecord> runsCutShort(const Runs& runs, const std::string& contact
   return result;
 }
 
-// The rows as they were when a run wrote their contacts.
-class RowsThen {
- public:
-  explicit RowsThen(const RestorePoint& point) : database_(point.database()) {}
-  [[nodiscard]] std::optional<std::uint64_t> of(const RowKey& row, const Written::Sent& sent) {
-    return sent.row ? sent.row : rows_.of(row);
-  }
-
- private:
-  store::StoredDatabase database_;
-  RowHashes rows_{database_.get()};
-};
-
 // Adds the cards that lack nothing but their dates. A row that has got them, before the run ended
 // or since, is not what it was.
-void addCards(const RestorePoint& point, const std::filesystem::path& folder, RowHashes& now,
+void addCards(const Written& written, const std::filesystem::path& folder, StoredRows& now,
               std::set<std::int64_t>& cards) {
-  const Written written = Written::read(point.writtenLog());
-  if (written.sent.empty()) return;
-  RowsThen then(point);
-  for (const auto& [card, sent] : written.sent) {
+  std::map<std::string_view, std::optional<FileState>> left;
+  std::map<std::int64_t, const FileWrite*> sent;
+  for (const FileWrite& file : written.files) {
+    left.insert_or_assign(file.name, file.after);
+    if (file.card) sent.insert_or_assign(*file.card, &file);
+  }
+  for (const auto& [card, file] : sent) {
     const RowKey row{std::string(store::kCardTable), card};
-    const auto hash = now.of(row);
-    if (!hash || hash != then.of(row, sent)) continue;
-    const auto contact = fileStateAt(folder / text::pathOf(sent.file));
-    if (isSame(contact, written.files.at(sent.file).back())) cards.insert(card);
+    if (file->row == 0 || now.hashOf(row) != file->row) continue;
+    const auto contact = fileStateAt(folder / text::pathOf(file->name));
+    if (isSame(contact, left.at(file->name))) cards.insert(card);
   }
 }
 
 std::set<std::int64_t> cardsToStamp(const Runs& runs, const std::filesystem::path& folder,
                                     int current, store::SqliteConnection& connection) {
   std::set<std::int64_t> cards;
-  RowHashes now(connection.database());
+  StoredRows now(connection.database());
   for (const RunRecord& run : runsCutShort(runs, runs.nameOf(folder), current)) {
     try {
-      addCards(RestorePoint(runs.folderOf(run.number)), folder, now, cards);
+      addCards(RestorePoint(runs.folderOf(run.number)).written(run.state), folder, now, cards);
     } catch (const std::exception&) {
       break;  // a point that is gone or damaged proves nothing, and older ones no more
     }
@@ -112,19 +101,35 @@ class Unrecorded : public store::Connection {
 
 class CutShort {
  public:
-  explicit CutShort(const RestorePoint& point)
-      : written_(Written::read(point.writtenLog())),
-        database_(point.database()),
-        log_(point.writtenLog()) {}
+  CutShort(const RestorePoint& point, RunState state)
+      : written_(point.written(state)), log_(point.log(), written_.size) {}
   // Adds a change to what the run wrote, unless the row has been edited since.
-  void addRow(const RowKey& row, std::optional<std::uint64_t> before, std::uint64_t now) {
-    if (written_.left(row, before) || before == rows_.of(row)) log_.row(row, now);
+  void addRow(const RowKey& row, const Cells& before, const Cells& now) {
+    RowTrail trail;
+    for (const RowWrite& write : written_.rows) {
+      if (write.key == row) addTo(trail, 1, write);
+    }
+    RowWrite write{row, Change::Changed, {}, {}};
+    for (const Cells* const cells : {&before, &now}) {
+      for (const auto& [column, cell] : *cells) {
+        const Cell was = cellIn(before, column);
+        if (was == cellIn(now, column)) continue;
+        const auto known = trail.find(column);
+        if (known != trail.end() && !known->second.isLeft(was)) return;
+        write.before.emplace(column, was);
+        write.after.emplace(column, cellIn(now, column));
+      }
+    }
+    log_.row(write);
   }
 
  private:
+  static Cell cellIn(const Cells& cells, const std::string& column) {
+    const auto found = cells.find(column);
+    return found == cells.end() ? Cell() : found->second;
+  }
+
   Written written_;
-  store::StoredDatabase database_;
-  RowHashes rows_{database_.get()};
   WrittenLog log_;
 };
 
@@ -132,13 +137,13 @@ void forgetTransfer(const outlook::LostSave& lost, store::SqliteConnection& conn
                     CutShort* run) {
   const RowKey row{std::string(store::kCardTable), text::parseInteger(lost.row).value()};
   Unrecorded unrecorded(connection);
-  RowHashes rows(connection.database());
+  StoredRows rows(connection.database());
   store::execute(connection.database(), "BEGIN IMMEDIATE");
   try {
-    const auto before = rows.of(row);
+    const auto before = rows.at(row);
     transfer::forgetTransfer(unrecorded, lost.row, lost.contactTime);
-    const auto now = rows.of(row);
-    if (run != nullptr && now) run->addRow(row, before, *now);
+    const auto now = rows.at(row);
+    if (run != nullptr && before && now) run->addRow(row, *before, *now);
     store::execute(connection.database(), "COMMIT");
   } catch (...) {
     store::rollBack(connection.database());
@@ -152,7 +157,7 @@ void openNewest(const std::vector<RunRecord>& cutShort, const Runs& runs,
   if (cutShort.empty()) return;
   const RestorePoint point(runs.folderOf(cutShort.front().number));
   try {
-    if (point.exists()) run.emplace(point);
+    if (point.exists()) run.emplace(point, cutShort.front().state);
   } catch (const std::exception&) {
     run.reset();
   }

@@ -15,11 +15,7 @@ class RecordedBook : public outlook::evolution::BookWatcher {
   explicit RecordedBook(std::shared_ptr<RunRecorder> recorder) : recorder_(std::move(recorder)) {}
   void beforeWriting() override { recorder_->beforeWriting(); }
   void writing(const std::string& file, const FileState& state, const std::string& row) override {
-    if (const auto card = text::parseInteger(row)) {
-      recorder_->sent(file, state, *card);
-    } else {
-      recorder_->file(file, state);
-    }
+    recorder_->file(file, state, text::parseInteger(row));
   }
 
  private:

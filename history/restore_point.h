@@ -1,12 +1,14 @@
-// What takes a run back: both sides as they were before its first write. The folder of a run holds
-// it beside the log of what the run wrote (history/written_log.h).
+// What takes a run back: in its folder the log of what it wrote (history/written_log.h), and beside
+// it the contact files that it replaced, each as it was before the run first touched it.
 #pragma once
 
-#include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 
 #include "history/card_files.h"
+#include "history/runs.h"
+#include "history/written_log.h"
 
 namespace vlout::history {
 
@@ -15,34 +17,28 @@ class RestorePoint {
   // `runFolder` is the folder of the run that the point belongs to.
   explicit RestorePoint(std::filesystem::path runFolder) : run_(std::move(runFolder)) {}
 
-  // The bytes of free disk that `take` needs beside the run.
-  [[nodiscard]] static std::uint64_t spaceFor(const std::filesystem::path& runsFolder,
-                                              const std::filesystem::path& database,
-                                              const std::filesystem::path& contacts);
-
-  // Whether files of one of the folders can be linked into the other.
-  [[nodiscard]] static bool isOnOneDisk(const std::filesystem::path& a,
-                                        const std::filesystem::path& b);
-
-  // Keeps both sides as they are. A point is there whole or not at all. Throws std::system_error,
-  // DatabaseError or ContactStoreError.
-  void take(const std::filesystem::path& database, const std::filesystem::path& contacts) const;
+  // Makes an empty one, on the disk for good. All throw std::system_error.
+  void begin() const;
+  // Keeps a file as it is, unless that was done before; its state, or nothing when there is none.
+  [[nodiscard]] std::optional<FileState> keep(const std::filesystem::path& contacts,
+                                              const std::string& name) const;
 
   [[nodiscard]] bool exists() const;
+  // One that an earlier version has left, which kept whole copies.
+  [[nodiscard]] bool isOfOldForm() const;
   // Deletes it, whole or half made.
   void drop() const;
 
-  [[nodiscard]] std::filesystem::path database() const { return run_ / "point" / "VelmoraDB.vdb"; }
-  [[nodiscard]] std::filesystem::path contact(const std::string& name) const {
-    return run_ / "point" / "contacts" / name;
-  }
-  // The contact files as they were when they were kept. Throws ContactStoreError when it is not
-  // known of all.
-  [[nodiscard]] FileStates contacts() const;
+  // What the run wrote. Files that were kept and are not in its log, since a power cut has taken
+  // its end, count as written. Throws as `Written::read` does.
+  [[nodiscard]] Written written(RunState state) const;
 
-  [[nodiscard]] std::filesystem::path writtenLog() const { return run_ / "written"; }
+  [[nodiscard]] std::filesystem::path kept(const std::string& name) const;
+  [[nodiscard]] std::filesystem::path log() const { return run_ / "written"; }
 
  private:
+  [[nodiscard]] std::filesystem::path files() const { return run_ / "kept"; }
+
   std::filesystem::path run_;
 };
 

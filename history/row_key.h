@@ -1,8 +1,9 @@
-// How the history names a row.
+// How the history names a row, and what it keeps of one.
 #pragma once
 
 #include <compare>
 #include <cstdint>
+#include <map>
 #include <string>
 
 namespace vlout::history {
@@ -12,6 +13,21 @@ struct RowKey {
   std::string table;
   std::int64_t row = 0;
   auto operator<=>(const RowKey&) const = default;
+};
+
+// A value with its type, as `store::Statement::cell` gives it; empty for NULL.
+using Cell = std::string;
+// By column; one that is not there is NULL.
+using Cells = std::map<std::string, Cell, std::less<>>;
+
+enum class Change { Changed, Added, Removed };
+
+// A write to a row: the columns that it changed, or the whole row where that came or went.
+struct RowWrite {
+  RowKey key;
+  Change change = Change::Changed;
+  Cells before;
+  Cells after;
 };
 
 }  // namespace vlout::history

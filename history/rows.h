@@ -1,14 +1,12 @@
-// The rows of the database as restore points need them: told apart by a hash of their content, and
-// compared between two states of the database.
+// The rows of the database as the history needs them: what writes change in them, what they hold
+// now, and how they get it back.
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <map>
 #include <optional>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "history/row_key.h"
@@ -16,58 +14,51 @@
 
 namespace vlout::history {
 
-// The hash of the current row's content. A column that is added empty does not change it.
-[[nodiscard]] std::uint64_t hashOf(const store::Statement& row);
-
-// The hashes of rows as they are.
-class RowHashes {
- public:
-  explicit RowHashes(sqlite3* database) : database_(database) {}
-  // Nothing when there is no such row.
-  [[nodiscard]] std::optional<std::uint64_t> of(const RowKey& key);
-
- private:
-  sqlite3* database_;
-  std::map<std::string, store::Statement> rows_;  // by table
-};
-
-enum class Change { Changed, Added, Removed };
-
-// A row that is not what it was.
-struct RowChange {
-  RowKey key;
-  Change change = Change::Changed;
-  std::string name;
-  std::optional<std::uint64_t> hash;  // of its content now
-
-  bool operator==(const RowChange&) const = default;
-};
-
-// What people call a row of that table.
+// What people call a row of that table, and the column that they know it by.
 [[nodiscard]] std::string_view nounOf(const RowKey& row);
+[[nodiscard]] std::string_view captionOf(const RowKey& row);
 
-// Another state of the database, attached to a connection for as long as the object lives.
-class OtherState {
+// Notes what statements change in the two tables of a database, for as long as it lives.
+class RowWatch {
  public:
-  OtherState(sqlite3* database, const std::filesystem::path& file);
-  ~OtherState();
-  OtherState(const OtherState&) = delete;
-  OtherState& operator=(const OtherState&) = delete;
+  explicit RowWatch(sqlite3* database);
+  ~RowWatch();
+  RowWatch(const RowWatch&) = delete;
+  RowWatch& operator=(const RowWatch&) = delete;
 
-  // How the connection's database differs from that state. An error names the file of the two that
-  // cannot be read.
-  [[nodiscard]] std::vector<RowChange> changesSince() const;
-  // Gives a row the content that it has in that state.
-  void putBack(const RowChange& change);
+  // What was changed since the last call, to be asked before it is committed. Throws DatabaseError
+  // when another program has changed the tables themselves.
+  [[nodiscard]] std::vector<RowWrite> take();
+  // Of a statement that failed.
+  void forget();
 
  private:
-  [[nodiscard]] std::vector<RowChange> compare() const;
-  [[nodiscard]] std::string damagedFile() const;
-  [[nodiscard]] std::vector<std::string> columns(const std::string& table) const;
-  [[nodiscard]] std::string putBackSql(const std::string& table, Change change) const;
+  void readColumns();
+  void note(int operation, std::string_view table, std::int64_t from, std::int64_t to);
 
   sqlite3* database_;
-  std::map<std::pair<std::string, Change>, store::Statement> putBack_;
+  std::map<std::string, std::vector<std::string>, std::less<>> columns_;  // by table
+  std::vector<RowWrite> writes_;
+  bool isStale_ = false;
+};
+
+// StoredRows as they are.
+class StoredRows {
+ public:
+  explicit StoredRows(sqlite3* database) : database_(database) {}
+  // Nothing when there is no such row.
+  [[nodiscard]] std::optional<Cells> at(const RowKey& key);
+  // Of its content; 0 when there is no such row. A column that is added empty does not change it.
+  [[nodiscard]] std::uint64_t hashOf(const RowKey& key);
+
+  // All throw DatabaseError.
+  void insert(const RowKey& key, const Cells& cells);
+  void update(const RowKey& key, const Cells& cells);
+  void remove(const RowKey& key);
+
+ private:
+  sqlite3* database_;
+  std::map<std::string, store::Statement> looks_;  // by table
 };
 
 }  // namespace vlout::history

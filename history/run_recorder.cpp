@@ -35,6 +35,9 @@ RunState stateAfter(transfer::RunOutcome::End end) {
 // Fewer contacts than these are simply added again.
 constexpr std::size_t kWorthAsking = 10;
 
+// To begin with; what a run replaces in the end is not known before.
+constexpr std::uint64_t kNeededSpace = std::uint64_t{1} << 20;
+
 std::string megabytes(std::uint64_t bytes) {
   constexpr std::uint64_t kMegabyte = std::uint64_t{1} << 20;
   return std::to_string((bytes + kMegabyte - 1) / kMegabyte) + " MB";
@@ -63,16 +66,17 @@ std::string RunRecorder::begins(const transfer::RunDescription& run) {
   return {};
 }
 
-// The files that a run left; one that was killed could not count them. Nothing for a run that only
-// found none: it must not be the one that made the folder empty.
+// The files that a run left; one that was killed could not count them, but added at least its own.
+// Nothing for a run that only found none: it must not be the one that made the folder empty.
 std::optional<std::size_t> RunRecorder::filesLeftBy(const RunRecord& run) const {
   if (run.contactFiles || run.state != RunState::Unfinished || !run.wrote) return run.contactFiles;
-  const RestorePoint point(runs_.folderOf(run.number));
   try {
-    return Written::read(point.writtenLog()).applyTo(point.contacts()).size();
+    const auto added = RestorePoint(runs_.folderOf(run.number)).written(run.state).filesAdded();
+    if (added > 0) return static_cast<std::size_t>(added);
   } catch (const std::exception&) {
     return std::nullopt;  // its point is gone or damaged: an earlier run has to tell
   }
+  return std::nullopt;
 }
 
 // A folder that held many contacts at the last run and holds none now is more likely not mounted,
@@ -103,11 +107,10 @@ std::string RunRecorder::objectionToSpace() const {
     return "복원 지점을 둘 수 없어 시작하지 않습니다: " + text::pathText(folder) + ": " +
            std::strerror(errno);
   }
-  const std::uint64_t needed = RestorePoint::spaceFor(folder_, database_, contacts_);
   const std::uint64_t free = std::filesystem::space(folder_).available;
-  if (free >= needed) return {};
+  if (free >= kNeededSpace) return {};
   return "디스크에 복원 지점을 둘 자리가 없어 시작하지 않습니다: " + text::pathText(folder_) +
-         " (필요 " + megabytes(needed) + ", 남음 " + megabytes(free) + ")";
+         " (필요 " + megabytes(kNeededSpace) + ", 남음 " + megabytes(free) + ")";
 }
 
 void RunRecorder::start(const transfer::RunDescription& run) {
@@ -130,10 +133,10 @@ void RunRecorder::beforeWriting() {
   try {
     // Runs that were killed could not do it; but an undo needs what there is.
     if (record_->mode != kUndoMode) runs_.prune();
-    point.take(database_, contacts_);
+    point.begin();
     record_->wrote = true;
     runs_.save(*record_);
-    log_.emplace(point.writtenLog());
+    log_.emplace(point.log());
   } catch (const std::exception& error) {
     point.drop();
     record_->wrote = false;
@@ -142,8 +145,37 @@ void RunRecorder::beforeWriting() {
   }
 }
 
-void RunRecorder::file(const std::string& name, const std::optional<FileState>& state) {
-  if (log_) log_->file(name, state);
+template <typename Use>
+void RunRecorder::tell(Use use) {
+  if (!log_) return;
+  try {
+    use();
+  } catch (const std::exception& error) {
+    throw transfer::RunAborted(std::string("되돌릴 길을 남길 수 없어 작업을 여기서 끝냅니다.\r\n") +
+                               error.what());
+  }
+}
+
+void RunRecorder::file(const std::string& name, const std::optional<FileState>& state,
+                       std::optional<std::int64_t> card) {
+  tell([&] {
+    const RestorePoint point(runs_.folderOf(record_->number));
+    FileWrite write{name, point.keep(contacts_, name), state, card};
+    if (card && rowsNow_ != nullptr) {
+      write.row = rowsNow_->hashOf({std::string(store::kCardTable), *card});
+    }
+    log_->file(write);
+  });
+}
+
+void RunRecorder::rows(const std::vector<RowWrite>& writes) {
+  tell([&] {
+    for (const RowWrite& write : writes) log_->row(write);
+  });
+}
+
+void RunRecorder::sync() {
+  tell([&] { log_->sync(); });
 }
 
 void RunRecorder::completeCutShort(store::SqliteConnection& connection,
@@ -153,25 +185,18 @@ void RunRecorder::completeCutShort(store::SqliteConnection& connection,
   completeDates(runs_, contacts_, current, connection, contacts);
 }
 
-void RunRecorder::sent(const std::string& name, const FileState& state, std::int64_t card) {
-  if (log_) log_->sent(name, state, card);
-}
-
-void RunRecorder::row(const RowKey& key, const std::optional<std::uint64_t>& hash) {
-  if (log_) log_->row(key, hash);
-}
-
 void RunRecorder::ended(const transfer::RunOutcome& outcome) {
   if (!record_) return;
   RunRecord record = std::move(*record_);
   record_.reset();
-  log_.reset();
   record.state = stateAfter(outcome.end);
   record.text = outcome.text;
   try {
+    if (log_) log_->end();
+    log_.reset();
     if (record.wrote && record.state != RunState::Completed) {
       const RestorePoint point(runs_.folderOf(record.number));
-      record.text += " " + Written::read(point.writtenLog()).counts();
+      record.text += " " + point.written(record.state).counts();
     }
     const std::size_t files = countCardFiles(contacts_);
     if (files > 0 || record.wrote) record.contactFiles = files;
@@ -179,6 +204,7 @@ void RunRecorder::ended(const transfer::RunOutcome& outcome) {
     if (record.wrote) runs_.prune();
   } catch (const std::exception&) {
     // The run itself has ended as it did; its record stays an unfinished one.
+    log_.reset();
   }
 }
 
@@ -200,34 +226,47 @@ std::unique_ptr<store::Recordset> RecordedConnection::query(std::string_view sql
 std::int64_t RecordedConnection::execute(std::string_view sql) {
   if (!isOpen() || !recorder_->isRecording()) return SqliteConnection::execute(sql);
   recorder_->beforeWriting();
-  // The log has the row before the row is there for good: a run that is killed in between has not
-  // changed it.
-  touched_.clear();
   return endingRunWhenBusy([&] {
+    watch_->forget();
     store::execute(database(), "BEGIN IMMEDIATE");
     try {
       const std::int64_t count = SqliteConnection::execute(sql);
-      for (const RowKey& key : touched_) recorder_->row(key, hashes_->of(key));
+      recorder_->rows(watch_->take());
       store::execute(database(), "COMMIT");
       return count;
     } catch (...) {
+      watch_->forget();
       store::rollBack(database());
       throw;
     }
   });
 }
 
+RecordedConnection::~RecordedConnection() {
+  if (rows_) recorder_->looksNoMoreAt(*rows_);
+}
+
 store::Database RecordedConnection::openFile(const std::filesystem::path& file) {
-  hashes_.reset();
+  if (rows_) recorder_->looksNoMoreAt(*rows_);
+  watch_.reset();
+  rows_.reset();
   store::Database database = SqliteConnection::openFile(file);
-  hashes_.emplace(database.get());
-  sqlite3_update_hook(
+  watch_.emplace(database.get());
+  rows_.emplace(database.get());
+  recorder_->looksAt(*rows_);
+  // What a checkpoint brings to the disk for good has its way back there first.
+  sqlite3_wal_hook(
       database.get(),
-      [](void* self, int, const char*, const char* table, sqlite3_int64 row) {
-        if (text::equalsIgnoringAsciiCase(table, store::kCardTable)) {
-          static_cast<RecordedConnection*>(self)->touched_.push_back(
-              {std::string(store::kCardTable), row});
+      [](void* self, sqlite3* written, const char* schema, int pages) {
+        constexpr int kPages = 1000;
+        if (pages < kPages) return SQLITE_OK;
+        try {
+          static_cast<RecordedConnection*>(self)->recorder_->sync();
+          sqlite3_wal_checkpoint_v2(written, schema, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
+        } catch (const std::exception&) {
+          return SQLITE_OK;  // a later commit, or the closing, will do it
         }
+        return SQLITE_OK;
       },
       this);
   return database;
@@ -240,11 +279,7 @@ FileState RecordedFolder::replace(const std::string& name, std::string_view text
   const auto card = text::parseInteger(row);
   return replaceFile(name, text, before, keepSecond,
                      [&](const std::string& written, const std::optional<FileState>& state) {
-                       if (card && state && written == name) {
-                         recorder_->sent(written, *state, *card);
-                       } else {
-                         recorder_->file(written, state);
-                       }
+                       recorder_->file(written, state, written == name ? card : std::nullopt);
                      });
 }
 

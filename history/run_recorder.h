@@ -51,10 +51,20 @@ class RunRecorder {
 
   // Before each write. Throws RunAborted when there can be no restore point.
   void beforeWriting();
-  // Each write, while it can still be undone or has not yet been made.
-  void file(const std::string& name, const std::optional<FileState>& state);
-  void sent(const std::string& name, const FileState& state, std::int64_t card);
-  void row(const RowKey& key, const std::optional<std::uint64_t>& hash);
+  // Each write, while it can still be undone or has not yet been made; a file is kept as it is
+  // first. `card` is that of the row which a contact is written from. Throw RunAborted when there
+  // is no room for it.
+  void file(const std::string& name, const std::optional<FileState>& state,
+            std::optional<std::int64_t> card = {});
+  void rows(const std::vector<RowWrite>& writes);
+  // What was told is on the disk for good afterwards.
+  void sync();
+
+  // Where the rows of a run are looked at.
+  void looksAt(StoredRows& rows) { rowsNow_ = &rows; }
+  void looksNoMoreAt(const StoredRows& rows) {
+    if (rowsNow_ == &rows) rowsNow_ = nullptr;
+  }
 
   // Completes what an earlier run has left by halves (history/completion.h). To be called between
   // `begins` and the reading of rows, with the stores of the run or of its preview. Throws
@@ -66,6 +76,8 @@ class RunRecorder {
   [[nodiscard]] std::string objectionToEmptied(bool preview);
   [[nodiscard]] std::string objectionToSpace() const;
   void start(const transfer::RunDescription& run);
+  template <typename Use>
+  void tell(Use use);
 
   std::filesystem::path folder_;
   std::filesystem::path database_;
@@ -74,6 +86,7 @@ class RunRecorder {
   Runs runs_;
   std::optional<RunRecord> record_;  // while a run is under way
   std::optional<WrittenLog> log_;    // once it writes
+  StoredRows* rowsNow_ = nullptr;
   bool warned_ = false;
   std::string place_;
   std::function<std::size_t()> count_;
@@ -84,6 +97,7 @@ class RecordedConnection : public store::SqliteConnection {
  public:
   RecordedConnection(std::shared_ptr<RunRecorder> recorder, const volatile std::sig_atomic_t* stop)
       : SqliteConnection(stop), recorder_(std::move(recorder)) {}
+  ~RecordedConnection() override;
   std::int64_t execute(std::string_view sql) override;
   std::unique_ptr<store::Recordset> query(std::string_view sql) override;
 
@@ -95,8 +109,8 @@ class RecordedConnection : public store::SqliteConnection {
   auto endingRunWhenBusy(Use use);
 
   std::shared_ptr<RunRecorder> recorder_;
-  std::optional<RowHashes> hashes_;
-  std::vector<RowKey> touched_;  // by the statement that runs
+  std::optional<StoredRows> rows_;
+  std::optional<RowWatch> watch_;
 };
 
 // The contact folder of a run.

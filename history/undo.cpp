@@ -2,11 +2,15 @@
 
 #include <algorithm>
 #include <array>
+#include <set>
 #include <system_error>
 
+#include "history/restore_point.h"
 #include "outlook/contact_store.h"
 #include "outlook/vcard/card_file.h"
+#include "store/sqlite/backup.h"
 #include "store/sqlite/database_files.h"
+#include "store/sqlite/sqlite_connection.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
 #include "text/regular_file.h"
@@ -38,25 +42,14 @@ std::string personAndFile(const fs::path& folder, const std::string& name) {
   return person.empty() ? name : person + " (" + name + ")";
 }
 
-std::optional<FileState> stateIn(const FileStates& states, const std::string& name) {
-  const auto found = states.find(name);
-  return found == states.end() ? std::nullopt : std::optional(found->second);
+template <typename Value>
+Change changeFrom(const std::optional<Value>& then, const std::optional<Value>& now) {
+  if (!then && now) return Change::Added;
+  return then && !now ? Change::Removed : Change::Changed;
 }
 
-// Calls `use(name, change)` for each file of `now` that is not what it was `then`.
-template <typename Use>
-void compareFiles(const FileStates& then, const FileStates& now, Use use) {
-  for (const auto& [name, state] : now) {
-    const auto old = then.find(name);
-    if (old == then.end()) {
-      use(name, Change::Added);
-    } else if (!isSame(old->second, state)) {
-      use(name, Change::Changed);
-    }
-  }
-  for (const auto& [name, state] : then) {
-    if (!now.contains(name)) use(name, Change::Removed);
-  }
+std::string after(int run) {
+  return " [작업 " + std::to_string(run) + " 뒤]";
 }
 
 }  // namespace
@@ -67,22 +60,22 @@ Undo::Undo(const fs::path& componentFolder, int run, const OpenMirrored& openMir
       runs_(folder_) {
   chooseRun(run);
   for (const RunRecord& later : later_) {
-    if (later.contacts.empty()) {
-      throw UndoError("작업 " + std::to_string(later.number) +
-                      "의 기록이 손상되어 되돌릴 수 없습니다.");
+    const std::string which = "작업 " + std::to_string(later.number);
+    const RestorePoint point(runs_.folderOf(later.number));
+    if (later.contacts.empty()) throw UndoError(which + "의 기록이 손상되어 되돌릴 수 없습니다.");
+    if (point.isOfOldForm()) {
+      throw UndoError(which +
+                      "의 복원 지점은 이전 판의 프로그램이 남긴 것이라 되돌릴 수 없습니다.");
     }
-    if (RestorePoint(runs_.folderOf(later.number)).exists()) continue;
-    throw UndoError("작업 " + std::to_string(later.number) +
-                    "의 복원 지점이 이미 지워져 되돌릴 수 없습니다.");
+    if (!point.exists()) throw UndoError(which + "의 복원 지점이 이미 지워져 되돌릴 수 없습니다.");
   }
-  point_.emplace(runs_.folderOf(later_.front().number));
   contacts_ = runs_.contactsOf(later_.front());
   mirrored_ = openMirrored(contacts_);
   lock_ = std::make_unique<outlook::vcard::Folder>(contacts_.string());
-  found_ = cardFilesIn(contacts_);
+  readLogs();
   findGathered();
-  findChanges();
-  findEdits();
+  findFileChanges();
+  findRowChanges();
 }
 
 void Undo::chooseRun(int number) {
@@ -104,15 +97,26 @@ void Undo::chooseRun(int number) {
   }
 }
 
-// An undo is to write it; and beside one that is protected a mere look would leave files that are
-// protected as well, and stay so.
-store::StoredDatabase Undo::liveDatabase() const {
-  try {
-    store::requireWritable(database_);
-  } catch (const store::DatabaseError& error) {
-    throw UndoError(text::pathText(database_) + ": " + error.what());
+void Undo::readLogs() {
+  for (const RunRecord& run : later_) {
+    const RestorePoint point(runs_.folderOf(run.number));
+    const Written written = point.written(run.state);
+    for (const RowWrite& row : written.rows) addTo(rowTrails_[row.key], run.number, row);
+    if (runs_.contactsOf(run) != contacts_) {
+      edits_.push_back(
+          "작업 " + std::to_string(run.number) +
+          "은(는) 다른 연락처 폴더를 썼습니다. 그 폴더는 되돌리지 않습니다: " + run.contacts);
+      continue;
+    }
+    for (const FileWrite& file : written.files) {
+      const auto [trail, isNew] = fileTrails_.try_emplace(file.name);
+      if (isNew) trail->second.kept = point.kept(file.name);
+      trail->second.trail.write(run.number, file.before, file.after);
+    }
   }
-  return store::StoredDatabase(database_, store::Access::ReadWrite);
+  for (const auto& [name, trail] : fileTrails_) {
+    found_[name] = fileStateAt(contacts_ / text::pathOf(name));
+  }
 }
 
 // A killed run may have left saves that are not in their files yet. They are completed before
@@ -120,8 +124,8 @@ store::StoredDatabase Undo::liveDatabase() const {
 void Undo::findGathered() {
   for (const auto& [name, file] : lock_->gathered().value_or(outlook::vcard::JournalFiles())) {
     const auto found = found_.find(name);
-    if (found == found_.end()) continue;
-    const FileState state = found->second;
+    if (found == found_.end() || !found->second) continue;
+    const FileState state = *found->second;
     const bool isUnchanged =
         state.seconds == file.willBe.seconds &&
         outlook::vcard::nextInSecond(state.nanoseconds) == file.willBe.nanoseconds;
@@ -145,67 +149,100 @@ void Undo::completeGathered() {
   lock_->dropGathered();
 }
 
-// What differs between the beginning of one run and that of the next, or now, and was not written
-// by the run, is an edit.
-void Undo::findEdits() {
-  for (std::size_t i = 0; i < later_.size(); ++i) {
-    const RunRecord& run = later_[i];
-    const RestorePoint point(runs_.folderOf(run.number));
-    const Written written = Written::read(point.writtenLog());
-    const std::string when = " [작업 " + std::to_string(run.number) + " 뒤]";
-    const bool last = i + 1 == later_.size();
-    const store::StoredDatabase then =
-        last ? liveDatabase()
-             : store::StoredDatabase(RestorePoint(runs_.folderOf(later_[i + 1].number)).database());
-    addRowEdits(OtherState(then.get(), point.database()).changesSince(), written, when);
-    if (runs_.contactsOf(run) != contacts_) {
-      edits_.push_back(
-          "작업 " + std::to_string(run.number) +
-          "은(는) 다른 연락처 폴더를 썼습니다. 그 폴더는 되돌리지 않습니다: " + run.contacts);
+void Undo::findFileChanges() {
+  for (const auto& [name, file] : fileTrails_) {
+    const auto& origin = file.trail.origin();
+    const auto& now = found_.at(name);
+    if (isSame(origin, now)) continue;
+    FileChange change{.name = name, .change = changeFrom(origin, now), .kept = file.kept};
+    change.person =
+        personIn(change.change == Change::Removed ? file.kept : contacts_ / text::pathOf(name));
+    if (origin && !isSame(fileStateAt(file.kept), origin)) {
+      lost_.push_back(std::move(change));
       continue;
     }
-    const auto next =
-        std::find_if(later_.begin() + static_cast<std::ptrdiff_t>(i) + 1, later_.end(),
-                     [&](const RunRecord& other) { return runs_.contactsOf(other) == contacts_; });
-    addFileEdits(
-        point.contacts(),
-        next == later_.end() ? found_ : RestorePoint(runs_.folderOf(next->number)).contacts(),
-        written, when);
+    files_.push_back(std::move(change));
+    if (const auto edit = file.trail.edit(now)) {
+      edits_.push_back(editOf("연락처", changeFrom(edit->left, edit->found),
+                              personAndFile(contacts_, name), after(edit->run)));
+    }
   }
 }
 
-void Undo::addRowEdits(const std::vector<RowChange>& changes, const Written& written,
-                       const std::string& when) {
-  for (const RowChange& change : changes) {
-    if (written.left(change.key, change.hash)) continue;
-    edits_.push_back(editOf(nounOf(change.key), change.change, change.name, when));
+// An undo is to write it; and beside one that is protected a mere look would leave files that are
+// protected as well, and stay so.
+void Undo::findRowChanges() {
+  try {
+    store::requireWritable(database_);
+  } catch (const store::DatabaseError& error) {
+    throw UndoError(text::pathText(database_) + ": " + error.what());
+  }
+  const store::StoredDatabase database(database_, store::Access::ReadWrite);
+  StoredRows rows(database.get());
+  try {
+    for (const auto& [key, trail] : rowTrails_) {
+      RowPlan plan = planOf(key, trail, rows);
+      if (!plan.change) continue;
+      if (plan.edit) edits_.push_back(*std::move(plan.edit));
+      (plan.isLost ? lostRows_ : rows_).push_back(*std::move(plan.change));
+    }
+  } catch (const store::DatabaseError& error) {
+    throw store::DatabaseError(database_.string() + ": " + error.what());
   }
 }
 
-void Undo::addFileEdits(const FileStates& before, const FileStates& found, const Written& written,
-                        const std::string& when) {
-  compareFiles(written.applyTo(before), found, [&](const std::string& name, Change change) {
-    const auto now = stateIn(found, name);
-    if (written.left(name, now) || isSame(now, stateIn(before, name)) || isLost(name)) return;
-    edits_.push_back(editOf("연락처", change, personAndFile(contacts_, name), when));
-  });
+std::vector<RowChange> Undo::rowChanges(StoredRows& rows) const {
+  std::vector<RowChange> changes;
+  for (const auto& [key, trail] : rowTrails_) {
+    RowPlan plan = planOf(key, trail, rows);
+    if (plan.change && !plan.isLost) changes.push_back(*std::move(plan.change));
+  }
+  return changes;
 }
 
-void Undo::findChanges() {
-  const store::StoredDatabase now = liveDatabase();
-  rows_ = OtherState(now.get(), point_->database()).changesSince();
-  const FileStates then = point_->contacts();
-  compareFiles(then, found_, [&](const std::string& name, Change change) {
-    FileChange file{.name = name, .change = change};
-    const fs::path kept = point_->contact(name);
-    file.person = personIn(change == Change::Removed ? kept : contacts_ / text::pathOf(name));
-    const bool lost = change != Change::Added && !isSame(fileStateAt(kept), then.at(name));
-    (lost ? lost_ : files_).push_back(std::move(file));
-  });
-}
-
-bool Undo::isLost(const std::string& name) const {
-  return std::any_of(lost_.begin(), lost_.end(), [&](const auto& f) { return f.name == name; });
+Undo::RowPlan Undo::planOf(const RowKey& key, const RowTrail& trail, StoredRows& rows) const {
+  const std::optional<Cells> now = rows.at(key);
+  const auto valueNow = [&](const std::string& column) -> std::optional<Cell> {
+    if (!now) return std::nullopt;
+    const auto found = now->find(column);
+    return found == now->end() ? Cell() : found->second;
+  };
+  const auto row = trail.find("");
+  const bool isWhole = row != trail.end();
+  const bool wasThere = !isWhole || row->second.origin().has_value();
+  RowChange change{.key = key};
+  std::optional<Trail<std::optional<Cell>>::Edit> edit;
+  for (const auto& [column, values] : trail) {
+    if (column.empty()) continue;
+    const std::optional<Cell> value = valueNow(column);
+    const Cell origin = values.origin().value_or(Cell());
+    if (wasThere ? value == origin : !now) continue;
+    // What is left of an edit that was made since is to be transferred.
+    const bool isEdited = !values.isLeft(value);
+    if (isEdited && now && wasThere && column == "Last_moddate") continue;
+    if (wasThere && !(origin.empty() && !now)) change.cells.emplace(column, origin);
+    if (const auto found = values.edit(value); found && (!edit || isEdited)) edit = found;
+  }
+  const std::string caption(captionOf(key));
+  const auto named = trail.find(caption);
+  change.name = valueNow(caption).value_or(
+      named == trail.end() ? Cell() : named->second.origin().value_or(Cell()));
+  if (!change.name.empty()) change.name.erase(0, 1);  // the type
+  RowPlan plan;
+  plan.isLost = wasThere && !now && !isWhole;
+  if (wasThere ? now && change.cells.empty() : !now) return plan;
+  change.change = wasThere ? (now ? Change::Changed : Change::Removed) : Change::Added;
+  if (!wasThere && !edit) {
+    const bool isMore = std::any_of(now->begin(), now->end(),
+                                    [&](const auto& cell) { return !trail.contains(cell.first); });
+    if (isMore) edit.emplace(later_.back().number, Cell(), Cell());
+  }
+  if (edit && !plan.isLost) {
+    plan.edit =
+        editOf(nounOf(key), changeFrom(edit->left, edit->found), change.name, after(edit->run));
+  }
+  plan.change = std::move(change);
+  return plan;
 }
 
 void Undo::perform() {
@@ -238,10 +275,10 @@ void Undo::perform() {
 void Undo::requireSpace() const {
   std::uint64_t needed = 0;
   for (const FileChange& file : files_) {
-    const auto kept = fileStateAt(point_->contact(file.name));
+    const auto kept = fileStateAt(file.kept);
     if (kept) needed += static_cast<std::uint64_t>(kept->size);
   }
-  if (RestorePoint::isOnOneDisk(folder_, contacts_)) return;
+  if (isOnOneDisk(folder_, contacts_)) return;
   if (fs::space(contacts_).available < needed) {
     throw UndoError("디스크에 연락처를 되돌릴 자리가 없습니다: " + text::pathText(contacts_));
   }
@@ -250,7 +287,7 @@ void Undo::requireSpace() const {
 void Undo::requireUnchanged() const {
   for (const FileChange& file : files_) {
     const auto state = fileStateAt(contacts_ / text::pathOf(file.name));
-    if (isSame(state, stateIn(found_, file.name))) continue;
+    if (isSame(state, found_.at(file.name))) continue;
     throw UndoError("그 사이에 연락처가 바뀌었습니다. 다시 실행하십시오: " + file.name);
   }
 }
@@ -259,21 +296,30 @@ void Undo::putRowsBack(RunRecorder& recorder) {
   store::SqliteConnection connection;
   connection.open({.componentFolder = folder_});
   sqlite3* const database = connection.database();
-  OtherState before(database, point_->database());
-  RowHashes hashes(database);
+  StoredRows rows(database);
+  RowWatch watch(database);
   try {
     store::execute(database, "BEGIN IMMEDIATE");
-    if (before.changesSince() != rows_) {
+    if (rowChanges(rows) != rows_) {
       throw UndoError("그 사이에 데이터베이스가 바뀌었습니다. 다시 실행하십시오.");
     }
+    std::set<RowKey> keys;
     for (const RowChange& change : rows_) {
-      before.putBack(change);
-      recorder.row(change.key, hashes.of(change.key));
+      keys.insert(change.key);
+      if (change.change == Change::Added) rows.remove(change.key);
+      if (change.change == Change::Removed) rows.insert(change.key, change.cells);
+      if (change.change == Change::Changed) rows.update(change.key, change.cells);
     }
+    const std::vector<RowWrite> writes = watch.take();
     // Something of the host's own, a trigger, could have changed other rows along with these.
-    if (!before.changesSince().empty()) {
+    const bool isMore = std::any_of(writes.begin(), writes.end(), [&](const RowWrite& write) {
+      return !keys.contains(write.key);
+    });
+    if (isMore || !rowChanges(rows).empty()) {
       throw UndoError("명함을 그대로 되돌릴 수 없어 아무것도 바꾸지 않았습니다.");
     }
+    recorder.rows(writes);
+    recorder.sync();
     store::execute(database, "COMMIT");
   } catch (const store::DatabaseBusy& error) {
     store::rollBack(database);
@@ -302,7 +348,7 @@ void Undo::putFilesBack(RunRecorder& recorder) const {
 // A kept file gets its place back as what it was, with its modification time: it must not look as
 // if it had been edited.
 void Undo::putFileBack(const FileChange& file, RunRecorder& recorder) const {
-  const auto found = stateIn(found_, file.name);
+  const auto& found = found_.at(file.name);
   const auto log = [&](const std::string& name, const std::optional<FileState>& state) {
     recorder.file(name, state);
   };
@@ -311,11 +357,11 @@ void Undo::putFileBack(const FileChange& file, RunRecorder& recorder) const {
     lock_->remove(file.name, *found, log);
     return;
   }
-  if (mirrored_) mirrored_->putBack(point_->contact(file.name));
+  if (mirrored_) mirrored_->putBack(file.kept);
   lock_->replaceBy(
       file.name, found,
       [&](const fs::path& place) {
-        if (linkOrCopy(point_->contact(file.name), place)) return;
+        if (linkOrCopy(file.kept, place)) return;
         throw UndoError("보관한 연락처가 없습니다: " + file.name);
       },
       log);

@@ -1,6 +1,7 @@
-// Puts both sides back as they were before a run. What it would change, and what was edited since
-// the runs that it goes back over, is known before anything is touched. An undo is a run of its
-// own, with a restore point of its own: it can be taken back too, and repeated when it was killed.
+// Takes back what a run and those after it wrote. What it would change, and what was edited in the
+// same places since, is known before anything is touched; what was edited elsewhere stays. An undo
+// is a run of its own, with a restore point of its own: it can be taken back too, and repeated when
+// it was killed.
 #pragma once
 
 #include <filesystem>
@@ -13,14 +14,12 @@
 #include <vector>
 
 #include "history/card_files.h"
-#include "history/restore_point.h"
 #include "history/rows.h"
 #include "history/run_recorder.h"
 #include "history/runs.h"
+#include "history/trail.h"
 #include "history/written_log.h"
 #include "outlook/vcard/folder.h"
-#include "store/sqlite/backup.h"
-#include "store/sqlite/sqlite_connection.h"
 
 namespace vlout::history {
 
@@ -34,6 +33,16 @@ struct FileChange {
   std::string name;
   Change change = Change::Changed;
   std::string person{};
+  std::filesystem::path kept{};  // what it is to be
+};
+
+struct RowChange {
+  RowKey key;
+  Change change = Change::Changed;
+  std::string name{};
+  Cells cells{};  // the columns that get another value, or those of the whole row
+
+  bool operator==(const RowChange&) const = default;
 };
 
 // The place whose contacts a folder mirrors; it is put back along with the folder's files. Both
@@ -63,9 +72,10 @@ class Undo {
   [[nodiscard]] const RunRecord& run() const { return run_; }
   [[nodiscard]] const std::vector<RowChange>& rows() const { return rows_; }
   [[nodiscard]] const std::vector<FileChange>& files() const { return files_; }
-  // Files that cannot be put back and stay as they are: another program has changed in place what
-  // was kept.
+  // Files and rows that cannot be put back and stay as they are: another program has changed in
+  // place what was kept, or has deleted a row.
   [[nodiscard]] const std::vector<FileChange>& lost() const { return lost_; }
+  [[nodiscard]] const std::vector<RowChange>& lostRows() const { return lostRows_; }
   // What was edited since, a line each: going back loses it.
   [[nodiscard]] const std::vector<std::string>& edits() const { return edits_; }
   [[nodiscard]] bool changesNothing() const { return rows_.empty() && files_.empty(); }
@@ -74,17 +84,30 @@ class Undo {
   void perform();
 
  private:
+  struct SameFile {
+    bool operator()(const std::optional<FileState>& a, const std::optional<FileState>& b) const {
+      return isSame(a, b);
+    }
+  };
+  struct FileTrail {
+    Trail<std::optional<FileState>, SameFile> trail;
+    std::filesystem::path kept;
+  };
+  // What one row takes.
+  struct RowPlan {
+    std::optional<RowChange> change;
+    bool isLost = false;
+    std::optional<std::string> edit;
+  };
+
   void chooseRun(int number);
-  [[nodiscard]] store::StoredDatabase liveDatabase() const;
+  void readLogs();
   void findGathered();
   void completeGathered();
-  void findEdits();
-  void addFileEdits(const FileStates& before, const FileStates& found, const Written& written,
-                    const std::string& when);
-  void addRowEdits(const std::vector<RowChange>& changes, const Written& written,
-                   const std::string& when);
-  void findChanges();
-  [[nodiscard]] bool isLost(const std::string& name) const;
+  void findFileChanges();
+  void findRowChanges();
+  [[nodiscard]] std::vector<RowChange> rowChanges(StoredRows& rows) const;
+  [[nodiscard]] RowPlan planOf(const RowKey& key, const RowTrail& trail, StoredRows& rows) const;
   void requireUnchanged() const;
   void requireSpace() const;
   void putRowsBack(RunRecorder& recorder);
@@ -97,11 +120,12 @@ class Undo {
   Runs runs_;
   std::vector<RunRecord> later_;  // the run and those after it that wrote, oldest first
   RunRecord run_;
-  std::optional<RestorePoint> point_;
   std::filesystem::path contacts_;
   std::unique_ptr<MirroredContacts> mirrored_;
   std::unique_ptr<outlook::vcard::Folder> lock_;
-  FileStates found_;  // the contact files as they are
+  std::map<std::string, FileTrail> fileTrails_;
+  std::map<RowKey, RowTrail> rowTrails_;
+  std::map<std::string, std::optional<FileState>> found_;  // the files of the trails as they are
   // Those of them that a killed run's saves may still reach, by each name.
   struct Gathered {
     std::string savedAs;
@@ -109,6 +133,7 @@ class Undo {
   };
   std::map<std::string, Gathered> gathered_;
   std::vector<RowChange> rows_;
+  std::vector<RowChange> lostRows_;
   std::vector<FileChange> files_;
   std::vector<FileChange> lost_;
   std::vector<std::string> edits_;

@@ -1,79 +1,124 @@
 #include "history/written_log.h"
 
-#include <algorithm>
 #include <cerrno>
 #include <fcntl.h>
+#include <set>
+#include <string_view>
 #include <system_error>
 #include <unistd.h>
 
-#include "history/entries.h"
 #include "posix/file_descriptor.h"
-#include "store/sql.h"
+#include "text/hash.h"
+#include "text/packed.h"
+#include "text/regular_file.h"
 
 namespace vlout::history {
 namespace {
 
 namespace fs = std::filesystem;
 
+// An entry is the size and the hash of what follows: its kind and its parts.
+constexpr char kFile = 'F';
+constexpr char kRow = 'R';
+constexpr char kEnd = 'E';
+
 [[noreturn]] void fail(const fs::path& path) {
   throw std::system_error(errno, std::generic_category(), path.string());
 }
 
+void pack(std::string& entry, const std::optional<FileState>& state) {
+  text::pack(entry, static_cast<char>(state ? 1 : 0));
+  if (!state) return;
+  text::pack(entry, std::int64_t{state->size});
+  text::pack(entry, std::int64_t{state->seconds});
+  text::pack(entry, std::int64_t{state->nanoseconds});
+}
+
+void pack(std::string& entry, const Cells& cells) {
+  text::pack(entry, static_cast<std::uint32_t>(cells.size()));
+  for (const auto& [column, cell] : cells) {
+    text::pack(entry, std::string_view(column));
+    text::pack(entry, std::string_view(cell));
+  }
+}
+
+std::optional<FileState> unpackState(text::Unpacker& entry) {
+  if (entry.number<char>() == 0) return std::nullopt;
+  FileState state;
+  state.size = entry.number<std::int64_t>();
+  state.seconds = entry.number<std::int64_t>();
+  state.nanoseconds = static_cast<std::int32_t>(entry.number<std::int64_t>());
+  return state;
+}
+
+Cells unpackCells(text::Unpacker& entry) {
+  Cells cells;
+  for (auto count = entry.number<std::uint32_t>(); count > 0 && entry.isGood(); --count) {
+    std::string column(entry.text());
+    cells.emplace(std::move(column), entry.text());
+  }
+  return cells;
+}
+
+FileWrite unpackFile(text::Unpacker& entry) {
+  FileWrite write;
+  write.name = entry.text();
+  write.before = unpackState(entry);
+  write.after = unpackState(entry);
+  if (entry.number<char>() != 0) write.card = entry.number<std::int64_t>();
+  write.row = entry.number<std::uint64_t>();
+  return write;
+}
+
+RowWrite unpackRow(text::Unpacker& entry) {
+  RowWrite write;
+  write.key.table = entry.text();
+  write.key.row = entry.number<std::int64_t>();
+  write.change = static_cast<Change>(entry.number<char>());
+  write.before = unpackCells(entry);
+  write.after = unpackCells(entry);
+  return write;
+}
+
 }  // namespace
 
-Written Written::read(const fs::path& log) {
+Written Written::read(const fs::path& log, bool hasEnded) {
+  const std::string bytes = text::readRegularFile(log, text::kLargestOwn);
   Written written;
-  forEachEntry(log, [&](std::istream& entry) {
-    std::string kind;
-    std::string name;
-    FileState state;
-    RowKey key{std::string(store::kCardTable)};
-    entry >> kind;
-    entry.ignore(1);
-    if (kind == "file") {
-      if (readEntry(entry, state, name)) written.files[name].emplace_back(state);
-    } else if (kind == "sent") {
-      entry >> key.row;
-      if (!readEntry(entry, state, name)) return;
-      written.files[name].emplace_back(state);
-      const auto given = written.rows.find(key);
-      const auto row = given == written.rows.end() ? std::nullopt : given->second.back();
-      written.sent.insert_or_assign(key.row, Sent{name, row});
-    } else if (kind == "nofile") {
-      if (std::getline(entry, name, kEntryEnd)) written.files[name].emplace_back();
-    } else if (kind == "row" || kind == "norow") {
-      std::uint64_t hash = 0;
-      entry >> key.table >> key.row >> hash;
-      if (!entry) return;
-      written.rows[key].push_back(kind == "row" ? std::optional(hash) : std::nullopt);
-    }
-  });
+  bool isClosed = false;
+  for (text::Unpacker left(bytes); left.left() > 0;) {
+    const auto hash = left.number<std::uint64_t>();
+    const std::string_view whole = left.text();
+    if (!left.isGood() || text::hashOf(whole) != hash || whole.empty()) break;
+    text::Unpacker entry(whole);
+    const char kind = entry.number<char>();
+    isClosed = isClosed || kind == kEnd;
+    if (kind == kFile) written.files.push_back(unpackFile(entry));
+    if (kind == kRow) written.rows.push_back(unpackRow(entry));
+    if (!entry.isGood()) throw DamagedLog(log);
+    written.size = bytes.size() - left.left();
+  }
+  if (hasEnded && !isClosed) throw DamagedLog(log);
   return written;
 }
 
-bool Written::left(const std::string& file, const std::optional<FileState>& state) const {
-  const auto found = files.find(file);
-  return found != files.end() &&
-         std::any_of(found->second.begin(), found->second.end(),
-                     [&](const auto& given) { return isSame(given, state); });
-}
-
-bool Written::left(const RowKey& row, const std::optional<std::uint64_t>& hash) const {
-  const auto found = rows.find(row);
-  return found != rows.end() &&
-         std::find(found->second.begin(), found->second.end(), hash) != found->second.end();
-}
-
-FileStates Written::applyTo(FileStates found) const {
-  for (const auto& [name, given] : files) {
-    found.erase(name);
-    if (given.back()) found.emplace(name, *given.back());
-  }
-  return found;
-}
-
 std::string Written::counts() const {
-  return "명함=" + std::to_string(rows.size()) + "/연락처=" + std::to_string(files.size());
+  std::set<RowKey> keys;
+  std::set<std::string_view> names;
+  for (const RowWrite& row : rows) keys.insert(row.key);
+  for (const FileWrite& file : files) names.insert(file.name);
+  return "명함=" + std::to_string(keys.size()) + "/연락처=" + std::to_string(names.size());
+}
+
+std::ptrdiff_t Written::filesAdded() const {
+  std::map<std::string_view, bool> isThere;
+  std::ptrdiff_t added = 0;
+  for (const FileWrite& file : files) {
+    const bool was = isThere.emplace(file.name, file.before.has_value()).first->second;
+    added += (file.after ? 1 : 0) - (was ? 1 : 0);
+    isThere[file.name] = file.after.has_value();
+  }
+  return added;
 }
 
 WrittenLog::WrittenLog(const fs::path& log)
@@ -81,36 +126,63 @@ WrittenLog::WrittenLog(const fs::path& log)
   if (descriptor_ < 0) fail(log);
 }
 
+WrittenLog::WrittenLog(const fs::path& log, std::size_t size) : WrittenLog(log) {
+  if (::ftruncate(descriptor_, static_cast<off_t>(size)) != 0) fail(log);
+}
+
 WrittenLog::~WrittenLog() {
   ::close(descriptor_);
 }
 
-void WrittenLog::file(const std::string& name, const std::optional<FileState>& state) {
-  append(state ? "file " + entryOf(*state, name) : "nofile " + name);
+void WrittenLog::file(const FileWrite& write) {
+  std::string entry(1, kFile);
+  text::pack(entry, std::string_view(write.name));
+  pack(entry, write.before);
+  pack(entry, write.after);
+  text::pack(entry, static_cast<char>(write.card ? 1 : 0));
+  if (write.card) text::pack(entry, *write.card);
+  text::pack(entry, write.row);
+  append(entry);
 }
 
-void WrittenLog::sent(const std::string& name, const FileState& state, std::int64_t card) {
-  append("sent " + std::to_string(card) + ' ' + entryOf(state, name));
+void WrittenLog::row(const RowWrite& write) {
+  std::string entry(1, kRow);
+  text::pack(entry, std::string_view(write.key.table));
+  text::pack(entry, write.key.row);
+  text::pack(entry, static_cast<char>(write.change));
+  pack(entry, write.before);
+  pack(entry, write.after);
+  append(entry);
 }
 
-void WrittenLog::row(const RowKey& key, const std::optional<std::uint64_t>& hash) {
-  append((hash ? "row " : "norow ") + key.table + ' ' + std::to_string(key.row) + ' ' +
-         std::to_string(hash.value_or(0)));
+void WrittenLog::end() {
+  append(std::string(1, kEnd));
+  sync();
 }
 
-// Half an entry would spoil the next one.
-void WrittenLog::append(const std::string& entry) const {
-  const std::size_t size = entry.size() + 1;  // with its end
+void WrittenLog::sync() {
+  if (::fdatasync(descriptor_) != 0) fail(path_);
+  synced_ = std::chrono::steady_clock::now();
+}
+
+// Half an entry would spoil the next one. Databases and folders reach the disk some seconds after
+// they were written; the log is to be there first.
+void WrittenLog::append(const std::string& entry) {
+  std::string bytes;
+  text::pack(bytes, text::hashOf(entry));
+  text::pack(bytes, std::string_view(entry));
   ssize_t written = 0;
   do {
-    written = ::write(descriptor_, entry.c_str(), size);
+    written = ::write(descriptor_, bytes.data(), bytes.size());
   } while (written < 0 && errno == EINTR);
-  if (written == static_cast<ssize_t>(size)) return;
-  const int error = written < 0 ? errno : ENOSPC;
-  const off_t end = ::lseek(descriptor_, 0, SEEK_END);
-  const bool isMended = written <= 0 || ::ftruncate(descriptor_, end - written) == 0;
-  errno = isMended ? error : EIO;
-  fail(path_);
+  if (written != static_cast<ssize_t>(bytes.size())) {
+    const int error = written < 0 ? errno : ENOSPC;
+    const off_t end = ::lseek(descriptor_, 0, SEEK_END);
+    const bool isMended = written <= 0 || ::ftruncate(descriptor_, end - written) == 0;
+    errno = isMended ? error : EIO;
+    fail(path_);
+  }
+  if (std::chrono::steady_clock::now() - synced_ > std::chrono::seconds(1)) sync();
 }
 
 }  // namespace vlout::history

@@ -1,20 +1,15 @@
-// What a run wrote, and in which order: written before each write counts, so that a run that is
-// killed leaves nothing that looks like the user's. The recorder writes it; undo tells edits by it,
-// and the next run completes what was cut short.
-//
-// The log is a file of entries (history/entries.h), one for each write, in the order of the writes:
-//
-//   file SIZE SECONDS NANOSECONDS NAME         a contact file that is given this state
-//   sent CARD SIZE SECONDS NANOSECONDS NAME    the same, with a contact written from that card's
-//   row nofile NAME                                a contact file that is removed row TABLE ROWID
-//   HASH                       a row that is given the content of this hash norow TABLE ROWID 0 a
-//   row that is removed
+// What a run wrote, in its order, with what stood there before: told before each write counts. So a
+// run that is killed leaves nothing that looks like the user's, and everything it wrote has a way
+// back. The recorder writes the log; undo goes back by it, and the next run completes what was cut
+// short.
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <map>
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -23,48 +18,61 @@
 
 namespace vlout::history {
 
-// What a run wrote, as its log tells: the states that each file and each row was given, one after
-// another; nothing stands for a removal. A run that was killed may have been about to write the
-// last of them.
-struct Written {
-  std::map<std::string, std::vector<std::optional<FileState>>> files;
-  std::map<RowKey, std::vector<std::optional<std::uint64_t>>> rows;  // hashes of the row's content
-  // A contact that was written from its card's row.
-  struct Sent {
-    std::string file;
-    std::optional<std::uint64_t> row;  // its hash, where the run had written it before
-  };
-  std::map<std::int64_t, Sent> sent;  // by card, as last sent
+// A contact file that is given a state, or removed.
+struct FileWrite {
+  std::string name;
+  std::optional<FileState> before;  // nothing where there was no file
+  std::optional<FileState> after;
+  // A contact that is written from its card's row, as that was then.
+  std::optional<std::int64_t> card{};
+  std::uint64_t row = 0;  // its hash
+};
 
-  [[nodiscard]] static Written read(const std::filesystem::path& log);
-  // Whether the run may have left the file or row like that.
-  [[nodiscard]] bool left(const std::string& file, const std::optional<FileState>& state) const;
-  [[nodiscard]] bool left(const RowKey& row, const std::optional<std::uint64_t>& hash) const;
-  // The files of a folder after a run that found `found` there.
-  [[nodiscard]] FileStates applyTo(FileStates found) const;
+class DamagedLog : public std::runtime_error {
+ public:
+  explicit DamagedLog(const std::filesystem::path& log)
+      : std::runtime_error(log.string() + ": 복원 지점이 손상되었습니다") {}
+};
+
+// A run that was killed may have been about to make the last write of the files or of the rows.
+struct Written {
+  std::vector<FileWrite> files;
+  std::vector<RowWrite> rows;
+  std::size_t size = 0;  // of the part of the log that could be read
+
+  // Throws DamagedLog, and std::system_error when it cannot be read. The log of a run that has not
+  // come to its end counts as far as it goes.
+  [[nodiscard]] static Written read(const std::filesystem::path& log, bool hasEnded);
   // How many rows and files there are.
   [[nodiscard]] std::string counts() const;
+  // How many more files there are than before.
+  [[nodiscard]] std::ptrdiff_t filesAdded() const;
 };
 
 // Appends to the log of a run. Each entry is there for good once the call returns, even when the
-// program is killed then. All throw std::system_error.
+// program is killed then; after a power cut those of the last second may be missing, unless `sync`
+// was called. All throw std::system_error.
 class WrittenLog {
  public:
   explicit WrittenLog(const std::filesystem::path& log);
+  // Goes on with one that ended there; a kill may have left half an entry behind it.
+  WrittenLog(const std::filesystem::path& log, std::size_t size);
   ~WrittenLog();
   WrittenLog(const WrittenLog&) = delete;
   WrittenLog& operator=(const WrittenLog&) = delete;
 
-  void file(const std::string& name, const std::optional<FileState>& state);
-  // A file with a contact that was written from the row of `card`.
-  void sent(const std::string& name, const FileState& state, std::int64_t card);
-  void row(const RowKey& key, const std::optional<std::uint64_t>& hash);
+  void file(const FileWrite& write);
+  void row(const RowWrite& write);
+  // The run has come to its end.
+  void end();
+  void sync();
 
  private:
-  void append(const std::string& entry) const;
+  void append(const std::string& entry);
 
   std::filesystem::path path_;
   int descriptor_;
+  std::chrono::steady_clock::time_point synced_ = std::chrono::steady_clock::now();
 };
 
 }  // namespace vlout::history

@@ -1,6 +1,7 @@
 #include "entry/cli/run_lines.h"
 
 #include <array>
+#include <exception>
 
 #include "history/restore_point.h"
 #include "history/written_log.h"
@@ -29,8 +30,11 @@ std::vector<RunLine> runLines(const history::Runs& runs) {
   for (RunRecord run : runs.list()) {
     // One that was killed could not say what it had done.
     if (run.state == history::RunState::Unfinished && run.wrote) {
-      const history::RestorePoint point(runs.folderOf(run.number));
-      run.text = history::Written::read(point.writtenLog()).counts();
+      try {
+        run.text = history::RestorePoint(runs.folderOf(run.number)).written(run.state).counts();
+      } catch (const std::exception&) {
+        run.text.clear();  // an undo says what is wrong with it
+      }
     }
     lines.push_back({.number = run.number,
                      .started = run.started,
@@ -60,6 +64,11 @@ std::vector<UndoLine> undoLines(const history::Undo& undo) {
   const auto add = [&](const history::FileChange& file, const std::string& how) {
     lines.push_back({.kind = "연락처", .how = how, .person = file.person, .file = file.name});
   };
+  for (const auto& row : undo.lostRows()) {
+    lines.push_back({.kind = std::string(nounOf(row.key)),
+                     .how = "그대로 둠(그 뒤에 지워졌음)",
+                     .person = std::to_string(row.key.row)});
+  }
   for (const auto& file : undo.files()) add(file, wordOf(file.change));
   for (const auto& file : undo.lost()) add(file, "그대로 둠(보관한 파일이 제자리에서 바뀌었음)");
   return lines;

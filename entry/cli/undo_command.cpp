@@ -80,7 +80,7 @@ bool undoRun(const Arguments& request, std::ostream& out, std::ostream& errors) 
 
 void addUndoCommand(CLI::App& app, int& status) {
   CLI::App* const undo = app.add_subcommand(
-      "undo", "양쪽을 어느 작업 전의 상태로 되돌립니다. 무엇이 바뀌는지 먼저 말합니다.");
+      "undo", "어느 작업과 그 뒤의 작업이 쓴 것을 되돌립니다. 무엇이 바뀌는지 먼저 말합니다.");
   const auto arguments = std::make_shared<Arguments>();
   undo->add_option("run", arguments->run, "작업 번호 (기본값: 무엇인가 바꾼 마지막 작업)")
       ->check(CLI::PositiveNumber);

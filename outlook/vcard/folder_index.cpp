@@ -1,12 +1,11 @@
 #include "outlook/vcard/folder_index.h"
 
-#include <cstring>
 #include <ctime>
 #include <fstream>
 #include <system_error>
-#include <type_traits>
 
 #include "text/hash.h"
+#include "text/packed.h"
 #include "text/regular_file.h"
 
 namespace vlout::outlook::vcard {
@@ -15,56 +14,17 @@ namespace {
 // To be changed along with the form, and with what is taken for a key, a group or a card.
 constexpr std::uint64_t kForm = 0x564C4F5554490001;
 
-template <typename Number>
-void put(std::string& bytes, Number number) {
-  static_assert(std::is_integral_v<Number>);
-  bytes.append(reinterpret_cast<const char*>(&number), sizeof number);
-}
-
-void put(std::string& bytes, std::string_view text) {
-  put(bytes, static_cast<std::uint32_t>(text.size()));
-  bytes.append(text);
-}
-
 void put(std::string& bytes, const Moment& time) {
-  put(bytes, time.seconds);
-  put(bytes, time.nanoseconds);
+  text::pack(bytes, time.seconds);
+  text::pack(bytes, time.nanoseconds);
 }
 
-// Takes numbers and texts off the front. After the first that is not there whole it is no good.
-class Taker {
- public:
-  explicit Taker(std::string_view bytes) : left_(bytes) {}
-
-  template <typename Number>
-  Number number() {
-    Number number{};
-    const std::string_view bytes = take(sizeof number);
-    if (!bytes.empty()) std::memcpy(&number, bytes.data(), sizeof number);
-    return number;
-  }
-  std::string_view text() { return take(number<std::uint32_t>()); }
-  Moment moment() {
-    Moment time;
-    time.seconds = number<std::int64_t>();
-    time.nanoseconds = number<std::int32_t>();
-    return time;
-  }
-  [[nodiscard]] bool isGood() const { return isGood_; }
-  [[nodiscard]] std::size_t left() const { return left_.size(); }
-
- private:
-  std::string_view take(std::size_t size) {
-    isGood_ = isGood_ && size <= left_.size();
-    if (!isGood_) return {};
-    const std::string_view bytes = left_.substr(0, size);
-    left_.remove_prefix(size);
-    return bytes;
-  }
-
-  std::string_view left_;
-  bool isGood_ = true;
-};
+Moment takeMoment(text::Unpacker& entry) {
+  Moment time;
+  time.seconds = entry.number<std::int64_t>();
+  time.nanoseconds = entry.number<std::int32_t>();
+  return time;
+}
 
 constexpr std::uint8_t kSettled = 1;
 constexpr std::uint8_t kGroup = 1;
@@ -97,7 +57,7 @@ Moment currentMoment() {
 
 FolderIndex::FolderIndex(const std::filesystem::path& file, const FolderIdentity& folder)
     : bytes_(readWhole(file)) {
-  Taker header(bytes_);
+  text::Unpacker header(bytes_);
   const bool isOurs = header.number<std::uint64_t>() == kForm &&
                       header.number<std::uint64_t>() == folder.device &&
                       header.number<std::uint64_t>() == folder.inode;
@@ -114,16 +74,16 @@ FolderIndex::FolderIndex(const std::filesystem::path& file, const FolderIdentity
 }
 
 bool FolderIndex::readEntry() {
-  Taker entry(std::string_view(bytes_).substr(position_));
+  text::Unpacker entry(std::string_view(bytes_).substr(position_));
   name_ = entry.text();
   FileSight& sight = file_.sight;
   sight.device = entry.number<std::uint64_t>();
   sight.state.inode = entry.number<std::uint64_t>();
   sight.state.size = entry.number<std::int64_t>();
-  const Moment modified = entry.moment();
+  const Moment modified = takeMoment(entry);
   sight.state.seconds = modified.seconds;
   sight.state.nanoseconds = modified.nanoseconds;
-  sight.changed = entry.moment();
+  sight.changed = takeMoment(entry);
   file_.isSettled = entry.number<std::uint8_t>() == kSettled;
   const auto cards = entry.number<std::uint32_t>();
   file_.cards.clear();
@@ -135,7 +95,7 @@ bool FolderIndex::readEntry() {
     card.nameLines = entry.text();
     if (cards > 1) {
       card.hash = entry.number<std::uint64_t>();
-      card.time = entry.moment();
+      card.time = takeMoment(entry);
     }
     file_.cards.push_back(std::move(card));
   }
@@ -157,21 +117,21 @@ const KnownFile* FolderIndex::find(std::string_view name) {
 
 void FolderIndexWriter::add(std::string_view name, const KnownFile& file) {
   const FileSight& sight = file.sight;
-  put(entries_, name);
-  put(entries_, sight.device);
-  put(entries_, sight.state.inode);
-  put(entries_, sight.state.size);
+  text::pack(entries_, name);
+  text::pack(entries_, sight.device);
+  text::pack(entries_, sight.state.inode);
+  text::pack(entries_, sight.state.size);
   put(entries_, Moment{sight.state.seconds, sight.state.nanoseconds});
   put(entries_, sight.changed);
-  put(entries_, file.isSettled ? kSettled : std::uint8_t{0});
-  put(entries_, static_cast<std::uint32_t>(file.cards.size()));
+  text::pack(entries_, file.isSettled ? kSettled : std::uint8_t{0});
+  text::pack(entries_, static_cast<std::uint32_t>(file.cards.size()));
   for (const KnownCard& card : file.cards) {
-    put(entries_,
-        static_cast<std::uint8_t>((card.isGroup ? kGroup : 0) | (card.vlid ? kHasKey : 0)));
-    if (card.vlid) put(entries_, std::string_view(*card.vlid));
-    put(entries_, std::string_view(card.nameLines));
+    text::pack(entries_,
+               static_cast<std::uint8_t>((card.isGroup ? kGroup : 0) | (card.vlid ? kHasKey : 0)));
+    if (card.vlid) text::pack(entries_, std::string_view(*card.vlid));
+    text::pack(entries_, std::string_view(card.nameLines));
     if (file.cards.size() > 1) {
-      put(entries_, card.hash);
+      text::pack(entries_, card.hash);
       put(entries_, card.time);
     }
   }
@@ -183,7 +143,7 @@ void FolderIndexWriter::save(const std::filesystem::path& file,
   std::string bytes;
   for (const std::uint64_t number :
        {kForm, folder.device, folder.inode, count_, text::hashOf(entries_)}) {
-    put(bytes, number);
+    text::pack(bytes, number);
   }
   bytes += entries_;
   auto draft = file;

@@ -1,6 +1,8 @@
 #include "store/sqlite/statement.h"
 
+#include <array>
 #include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <sqlite3.h>
 #include <thread>
@@ -118,6 +120,56 @@ Statement& Statement::bindBytes(int index, std::string_view bytes) {
   require(
       sqlite3_bind_blob64(statement_.get(), index, bytes.data(), bytes.size(), SQLITE_TRANSIENT));
   return *this;
+}
+
+// A letter for the type, and the value: numbers as text, which for a real one is exact in base 16.
+std::string cellOf(sqlite3_value* value) {
+  const auto typed = [&](char type, const void* bytes) {
+    const auto size = static_cast<std::size_t>(sqlite3_value_bytes(value));
+    return std::string(1, type).append(static_cast<const char*>(bytes), size);
+  };
+  switch (sqlite3_value_type(value)) {
+    case SQLITE_NULL:
+      return {};
+    case SQLITE_INTEGER:
+      return 'i' + std::to_string(sqlite3_value_int64(value));
+    case SQLITE_FLOAT: {
+      std::array<char, 32> digits{};
+      std::snprintf(digits.data(), digits.size(), "r%a", sqlite3_value_double(value));
+      return digits.data();
+    }
+    case SQLITE_BLOB: {
+      const void* const bytes = sqlite3_value_blob(value);
+      return bytes == nullptr ? "b" : typed('b', bytes);
+    }
+    default:
+      return typed('t', sqlite3_value_text(value));
+  }
+}
+
+// The value belongs to this thread alone, so the library's copy of it would protect nothing.
+std::string Statement::cell(int column) const {
+  return cellOf(sqlite3_column_value(statement_.get(), column));
+}
+
+Statement& Statement::bindCell(int index, std::string_view cell) {
+  const std::string_view value = cell.substr(cell.empty() ? 0 : 1);
+  switch (cell.empty() ? '\0' : cell.front()) {
+    case 'i':
+      return bind(index, static_cast<std::int64_t>(std::stoll(std::string(value))));
+    case 'r':
+      require(sqlite3_bind_double(statement_.get(), index, std::stod(std::string(value))));
+      return *this;
+    case 'b':
+      require(sqlite3_bind_blob64(statement_.get(), index, value.data(), value.size(),
+                                  SQLITE_TRANSIENT));
+      return *this;
+    case 't':
+      return bind(index, value);
+    default:
+      require(sqlite3_bind_null(statement_.get(), index));
+      return *this;
+  }
 }
 
 bool Statement::next() {

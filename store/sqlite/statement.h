@@ -13,6 +13,7 @@
 
 struct sqlite3;
 struct sqlite3_stmt;
+struct sqlite3_value;
 
 namespace vlout::store {
 
@@ -38,6 +39,9 @@ void execute(sqlite3* database, const std::string& script);
 // Ends a transaction, if the database has not done so itself.
 void rollBack(sqlite3* database);
 
+// The same of a value that a hook is given.
+[[nodiscard]] std::string cellOf(sqlite3_value* value);
+
 class Statement {
  public:
   Statement(sqlite3* database, std::string_view sql);
@@ -46,6 +50,8 @@ class Statement {
   Statement& bind(int index, std::int64_t value);
   Statement& bind(int index, std::string_view text);
   Statement& bindBytes(int index, std::string_view bytes);
+  // A value as `cell` gives it.
+  Statement& bindCell(int index, std::string_view cell);
 
   // Moves on to the next row; false at the end, when the statement is ready to be run again.
   bool next();
@@ -61,6 +67,8 @@ class Statement {
   // The bytes of any value but NULL, numbers as text; they last until the next step.
   [[nodiscard]] std::string_view bytes(int column) const;
   [[nodiscard]] std::string text(int column) const { return std::string(bytes(column)); }
+  // The value with its type, to be compared or bound again; empty for NULL.
+  [[nodiscard]] std::string cell(int column) const;
 
   [[nodiscard]] int columnCount() const;
   [[nodiscard]] const char* columnName(int column) const;

@@ -800,6 +800,7 @@ TEST_F(ProgramTest, WithoutRoomForARestorePointNoRunBegins) {
   std::filesystem::create_directory(folder());
   ASSERT_EQ(mount("tmpfs", folder().c_str(), "tmpfs", 0, "size=2m"), 0);
   sample(1000);
+  tests::writeFile(folder() + "/filler", std::string(std::size_t{600} << 10, 'x'));
   const Result refused = run(exportAll());
   const auto names = tests::fileNames(contacts());
   umount(folder().c_str());

@@ -11,6 +11,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "history/restore_point.h"
 #include "history/undo.h"
 #include "store/sql.h"
 #include "tests/support/component_fixture.h"
@@ -142,74 +143,88 @@ TEST_F(HistoryTest, UndoPutsBothSidesBackAndCanItselfBeUndone) {
   }
 }
 
-TEST_F(HistoryTest, EditsMadeSinceAreTold) {
+// What was edited where the runs wrote is told and lost, what was edited elsewhere stays.
+TEST_F(HistoryTest, EditsMadeSinceAreToldOrStay) {
   struct Case {
-    const char* told;  // nothing for what is no edit
+    const char* told;  // nothing for what stays
     std::function<void()> edit;
+    std::function<void()> later = [] {};
+    frmOutlookSync::Mode mode = frmOutlookSync::kSync;
   };
+  const auto sql = [&](const char* statement) { return [=, this] { execute(statement); }; };
+  const auto sync = [&] { run(frmOutlookSync::kSync); };
   const std::vector<Case> cases{
       {nullptr, [] {}},
-      {nullptr, [&] { run(frmOutlookSync::kSync); }},
-      {nullptr, [&] { execute("UPDATE tbl_namecard SET JobTitle=JobTitle"); }},
-      {"명함 고침: 사람3",
-       [&] { execute("UPDATE tbl_namecard SET Memo_=upper(Memo_) where i_idx=3"); }},
-      {"명함 고침: 사람1",
-       [&] {
-         execute(
-             "UPDATE tbl_namecard SET FullName='사람1',Fname='' where "
-             "i_idx=1");
-       }},
-      {"명함 추가: 나중",
+      {nullptr, [] {}, sync},
+      {nullptr, sql("UPDATE tbl_namecard SET JobTitle=JobTitle")},
+      {nullptr, sql("UPDATE tbl_namecard SET Memo_=upper(Memo_) where i_idx=3")},
+      {nullptr, sql("UPDATE tbl_namecard SET FullName='사람1',Fname='' where i_idx=1")},
+      // An edit of another column that the next run is to transfer.
+      {nullptr, sql("UPDATE tbl_namecard SET Memo_='나중',Last_moddate='2040/01/01 00:00:00' "
+                    "where i_idx=1")},
+      {"명함 고침: 사람1", sql("UPDATE tbl_namecard SET Outlook_modate='' where i_idx=1")},
+      {"명함 고침: 사람2", sql("UPDATE tbl_namecard SET JobTitle='고침' where i_idx=2")},
+      {"명함 고침: 사람2",  // before another run that takes it over
+       sql("UPDATE tbl_namecard SET JobTitle='고침',Last_moddate='2040/01/01 00:00:00' where "
+           "i_idx=2"),
+       sync},
+      {"명함 고침: 다섯", [] {}, sql("UPDATE tbl_namecard SET Memo_='고침' where FullName='다섯'"),
+       frmOutlookSync::kImport},
+      {nullptr,
        [&] {
          addCard(9, {{"FullName", "나중"}});
        }},
-      {"명함 삭제: 사람3", [&] { execute("DELETE FROM tbl_namecard where i_idx=3"); }},
-      {"그룹 추가: 거래처", [&] { execute("INSERT INTO tbl_folder VALUES(9,1,'거래처')"); }},
-      {"연락처 고침: 사람3 (3.vcf)", [&] { editContact("3.vcf", "고침"); }},
-      {"연락처 고침: 사람1 (1.vcf)",
+      {nullptr, sql("DELETE FROM tbl_namecard where i_idx=1")},
+      {nullptr, sql("DELETE FROM tbl_namecard where i_idx=3")},
+      {nullptr, sql("INSERT INTO tbl_folder VALUES(9,1,'거래처')")},
+      {nullptr, [] {}, sql("ALTER TABLE tbl_namecard ADD COLUMN extra TEXT")},
+      {nullptr, [&] { editContact("3.vcf", "고침"); }},
+      {nullptr, [&] { editContact("3.vcf", "고침"); }, sync},
+      {"연락처 고침: 사람1 (1.vcf)", [] {},
        [&] { std::ofstream(contactsFolder() / "1.vcf", std::ios::app) << "\r\n"; }},
-      {"연락처 추가: 나중 (n.vcf)",
-       [&] { writeContact("n.vcf", "FN:나중\r\n", "2025/03/01 10:00:00"); }},
-      {"연락처 삭제: 2.vcf", [&] { std::filesystem::remove(contactsFolder() / "2.vcf"); }},
-      {"연락처 고침: 사람3 (3.vcf)",  // before another run that takes it over
-       [&] {
-         editContact("3.vcf", "고침");
-         run(frmOutlookSync::kSync);
-       }},
-      {nullptr, [&] { execute("ALTER TABLE tbl_namecard ADD COLUMN extra TEXT"); }},
+      {nullptr, [&] { writeContact("n.vcf", "FN:나중\r\n", "2025/03/01 10:00:00"); }},
+      {nullptr, [&] { std::filesystem::remove(contactsFolder() / "5.vcf"); }},
+      {"연락처 삭제: 1.vcf", [] {}, [&] { std::filesystem::remove(contactsFolder() / "1.vcf"); }},
   };
-  for (const Case& c : cases) {
+  const auto prepare = [&] {
     startAfresh();
     execute("DELETE FROM tbl_folder where f_idx=9");
     std::filesystem::remove_all(folder() / "history");
     makePairs();
-    const std::string before = everything();
-    run(frmOutlookSync::kSync);
+  };
+  for (std::size_t i = 0; i < cases.size(); ++i) {
+    const Case& c = cases[i];
+    prepare();
+    if (c.told == nullptr) c.edit();
+    const std::string expected = everything();
+    prepare();
+    run(c.mode);
     c.edit();
+    c.later();
     Undo undo(folder(), 1);
     if (c.told == nullptr) {
-      EXPECT_THAT(undo.edits(), IsEmpty());
+      EXPECT_THAT(undo.edits(), IsEmpty()) << i;
     } else {
-      EXPECT_THAT(undo.edits(), ElementsAre(HasSubstr(c.told)));
+      EXPECT_THAT(undo.edits(), ElementsAre(HasSubstr(c.told))) << i;
     }
     undo.perform();  // as when it is forced
-    EXPECT_EQ(everything(), before) << (c.told == nullptr ? "" : c.told);
+    EXPECT_EQ(everything(), expected) << i;
   }
 }
 
 TEST_F(HistoryTest, AFileThatWasChangedInPlaceStaysAsItIs) {
   makePairs();
   run(frmOutlookSync::kSync);
-  // Another program wrote into the very file that the restore point keeps.
-  std::ofstream(contactsFolder() / "3.vcf", std::ios::app) << "X-LATER:1\r\n";
-  const std::string edited = contactText("3.vcf");
+  // Another program wrote into the very file that the restore point keeps, by another name of it.
+  std::ofstream(folder() / "history/1/kept/1.vcf", std::ios::app) << "X-LATER:1\r\n";
+  const std::string written = contactText("1.vcf");
   Undo undo(folder(), 0);
-  EXPECT_THAT(undo.edits(), IsEmpty());  // it is not lost
+  EXPECT_THAT(undo.edits(), IsEmpty());
   ASSERT_THAT(undo.lost(), SizeIs(1));
-  EXPECT_EQ(undo.lost()[0].name, "3.vcf");
+  EXPECT_EQ(undo.lost()[0].name, "1.vcf");
   undo.perform();
-  EXPECT_EQ(contactText("3.vcf"), edited);
-  EXPECT_THAT(contactText("1.vcf"), HasSubstr("TITLE:행\r\n"));
+  EXPECT_EQ(contactText("1.vcf"), written);
+  EXPECT_EQ(store::readCard(database, "2")->field("JobTitle"), "행");
 }
 
 TEST_F(HistoryTest, ADamagedPointIsRefusedAndHarmsNothing) {
@@ -222,14 +237,16 @@ TEST_F(HistoryTest, ADamagedPointIsRefusedAndHarmsNothing) {
     ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
   };
   const std::vector<std::function<void()>> damages{
-      [&] { cut(point("point/contacts.list")); },
-      [&] { tests::writeFile(point("point/contacts.list"), ""); },
-      [&] { std::filesystem::remove(point("point/contacts.list")); },
-      [&] { cut(point("point/VelmoraDB.vdb")); },
-      [&] { tests::writeFile(point("point/VelmoraDB.vdb"), ""); },
-      [&] { std::filesystem::remove_all(point("point")); },
-      [&] { makePipe(point("point/contacts.list")); },
-      [&] { makePipe(point("point/VelmoraDB.vdb")); },
+      [&] { cut(point("written")); },
+      [&] { tests::writeFile(point("written"), ""); },
+      [&] { std::filesystem::remove(point("written")); },
+      [&] {
+        std::string log = tests::readFile(point("written"));
+        log[log.size() / 2] ^= 1;
+        tests::writeFile(point("written"), log);
+      },
+      [&] { std::filesystem::remove_all(point("kept")); },
+      [&] { std::filesystem::create_directory(point("point")); },  // of an earlier version
       [&] { makePipe(point("written")); },
       [&] { makePipe(point("run")); },
       [&] { tests::writeFile(point("run"), ""); },
@@ -269,7 +286,7 @@ TEST_F(HistoryTest, AFileThatCannotBePutBackDoesNotKeepTheOthersAndTheUndoIsRepe
   makePairs();
   const std::string before = everything();
   run(frmOutlookSync::kSync);
-  const auto kept = folder() / "history" / "1" / "point" / "contacts" / "1.vcf";
+  const auto kept = folder() / "history" / "1" / "kept" / "1.vcf";
   {
     Undo undo(folder(), 1);
     std::filesystem::rename(kept, folder() / "away.vcf");
@@ -326,7 +343,7 @@ TEST_F(HistoryTest, TheNextRunCompletesWhatIsCertain) {
       {"a copy", "4",
        [&] { std::filesystem::copy_file(contactsFolder() / "1.vcf", contactsFolder() / "c.vcf"); }},
       {"a point that is gone", "",
-       [&] { std::filesystem::remove_all(folder() / "history/1/point"); }},
+       [&] { std::filesystem::remove(folder() / "history/1/written"); }},
       {"an end", "", [&] { record([](RunRecord& run) { run.state = RunState::Completed; }); }},
       {"another folder", "", [&] { record([](RunRecord& run) { run.contacts = "other"; }); }},
   };
@@ -455,7 +472,7 @@ TEST_F(HistoryTest, OldAndManyPointsAreDroppedWhateverTheClockSays) {
       record.wrote = true;
       record.state = RunState::Completed;
       list.begin(record);
-      std::filesystem::create_directory(list.folderOf(record.number) / "point");
+      std::filesystem::create_directory(list.folderOf(record.number) / "kept");
     }
     list.prune();
     std::vector<int> points;
