@@ -18,6 +18,10 @@ class ExportList {
       : file_(componentFolder / "temp" / "exportlist.txt") {}
 
   [[nodiscard]] const std::filesystem::path& file() const { return file_; }
+  // True for whatever lies there, also for what cannot be read.
+  [[nodiscard]] bool isThere() const {
+    return std::filesystem::exists(std::filesystem::symlink_status(file_));
+  }
 
   // The folder of line 1 as the database knows it; empty texts when the file, the line or the
   // folder is missing. Throws EncodingError.

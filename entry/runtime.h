@@ -70,6 +70,7 @@ class Runtime : public ui::Component {
   [[nodiscard]] outlook::ContactStore& contacts() override;
   [[nodiscard]] ui::OptionValues& options() override { return options_; }
   void saveOptions() override;
+  [[nodiscard]] bool hasExportList() const override { return exportList_.isThere(); }
   [[nodiscard]] ui::ExportFolder readExportFolder() override;
   [[nodiscard]] std::vector<std::string> readSelectedCards() override;
   [[nodiscard]] ui::WindowResults& results() override { return results_; }

@@ -43,9 +43,10 @@ std::string unescaped(std::string_view value) {
 }
 
 // How old each run is, in seconds, where that is known. No clock is believed alone: the present is
-// the earliest of the last starts, and a run is as young as the latest start up to its own. So the
-// last runs have no age, no run is older than one before it, and clocks that were ahead or behind
-// for less than that many runs make nothing old. A time from before there was this program is none.
+// the earliest of the last starts of runs that wrote, and a run is as young as the latest start up
+// to its own. So the last runs have no age, no run is older than one before it, and clocks that
+// were ahead or behind for less than that many runs make nothing old. A time from before there was
+// this program is none.
 std::vector<std::optional<std::int64_t>> agesOf(const std::vector<RunRecord>& runs) {
   constexpr std::size_t kWitnesses = 5;
   const auto startOf = [](const RunRecord& run) {
@@ -57,7 +58,7 @@ std::vector<std::optional<std::int64_t>> agesOf(const std::vector<RunRecord>& ru
   std::size_t seen = 0;
   for (auto run = runs.rbegin(); run != runs.rend() && seen < kWitnesses; ++run) {
     const auto start = startOf(*run);
-    if (!start) continue;
+    if (!start || !run->wrote) continue;
     present = std::min(present.value_or(*start), *start);
     ++seen;
   }
@@ -66,7 +67,7 @@ std::vector<std::optional<std::int64_t>> agesOf(const std::vector<RunRecord>& ru
   for (const RunRecord& run : runs) {
     const auto start = startOf(run);
     if (start) latest = std::max(latest.value_or(*start), *start);
-    ages.push_back(start ? std::optional(*present - *latest) : std::nullopt);
+    ages.push_back(start && present ? std::optional(*present - *latest) : std::nullopt);
   }
   return ages;
 }

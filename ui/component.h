@@ -81,6 +81,8 @@ class Component {
   [[nodiscard]] virtual OptionValues& options() = 0;
   virtual void saveOptions() = 0;
 
+  // Whether a host has left a list, readable or not.
+  [[nodiscard]] virtual bool hasExportList() const = 0;
   [[nodiscard]] virtual ExportFolder readExportFolder() = 0;
   // The ids of the selected cards, ascending; empty when there are none.
   [[nodiscard]] virtual std::vector<std::string> readSelectedCards() = 0;

@@ -256,8 +256,7 @@ void frmOutlookSync::showGroup() {
   Combo2.addItem("그룹(" + exportFolder_.name + ")");
   Combo2.addItem("전체자료");
   // Without a host that selects cards, all are meant.
-  const bool hosted = component_.desk() == nullptr || !component_.readSelectedCards().empty() ||
-                      !exportFolder_.id.empty();
+  const bool hosted = component_.desk() == nullptr || component_.hasExportList();
   Combo2.setIndex(hosted ? kSelectedCards : kAllCards);
   if (exportFolder_.name.empty() || exportFolder_.name == kRootFolder) {
     Text1.setText(kNoGroup);

@@ -163,16 +163,14 @@ std::string checkBoxSetting(const std::string& text) {
 }
 
 // Where no host has left a list, all cards are meant.
-std::optional<frmOutlookSync::Range> rangeOf(const Arguments& arguments,
-                                             const std::filesystem::path& folder) {
+frmOutlookSync::Range rangeOf(const Arguments& arguments, const std::filesystem::path& folder) {
   const std::map<std::string, frmOutlookSync::Range> ranges{
       {"selected", frmOutlookSync::kSelectedCards},
       {"group", frmOutlookSync::kGroup},
       {"all", frmOutlookSync::kAllCards}};
   if (!arguments.range.empty()) return ranges.at(arguments.range);
   if (!arguments.group.empty()) return frmOutlookSync::kGroup;
-  if (!std::filesystem::exists(ExportList(folder).file())) return frmOutlookSync::kAllCards;
-  return std::nullopt;
+  return ExportList(folder).isThere() ? frmOutlookSync::kSelectedCards : frmOutlookSync::kAllCards;
 }
 
 // Whether the user, asked where that can be, wants other contacts than the last time.

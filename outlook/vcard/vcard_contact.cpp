@@ -5,6 +5,7 @@
 #include <chrono>
 #include <fstream>
 #include <iterator>
+#include <sstream>
 
 #include "outlook/pairing.h"
 #include "text/ascii.h"
@@ -25,6 +26,14 @@ constexpr std::string_view kSlot = "X-VELMORA-SLOT";
 constexpr std::string_view kSecond = "2";
 constexpr std::string_view kMore = "more";
 constexpr std::string_view kTelScheme = "tel:";
+
+// Apart from the blanks between and around them.
+bool sameWords(const std::string& a, const std::string& b) {
+  using Words = std::istream_iterator<std::string>;
+  std::istringstream left(a);
+  std::istringstream right(b);
+  return std::equal(Words(left), Words(), Words(right), Words());
+}
 
 // Calls `use` for each word of a list separated by blanks, until it returns true.
 template <typename Use>
@@ -462,9 +471,11 @@ void VCardContact::setText(ContactProperty property, std::string_view value) {
       if (readable(property) == value) return;
       PersonName changed = splitFullName(value);
       const PersonName current = name();
-      const bool samePerson = changed.last == current.last && changed.first == current.first &&
-                              changed.middle == current.middle;
-      if (!samePerson) setName(changed);  // else only a title or a suffix would be lost
+      // Whoever wrote the card knows better where the given names end, and its title and suffix.
+      const bool samePerson =
+          sameWords(changed.last, current.last) &&
+          sameWords(changed.first + " " + changed.middle, current.first + " " + current.middle);
+      if (!samePerson) setName(changed);
       break;
     }
     case P::LastName:

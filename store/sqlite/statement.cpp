@@ -67,9 +67,9 @@ void failAs(sqlite3* database, std::string_view context) {
   std::string text = sqlite3_errmsg(database);
   if (!context.empty()) text.append(": ").append(context);
   if (sqlite3_errcode(database) == SQLITE_BUSY) {
-    throw DatabaseBusy("다른 프로그램이 데이터베이스의 잠금을 쥐고 있습니다. 기다려도(" +
+    throw DatabaseBusy("다른 프로그램이 데이터베이스의 잠금을 쥐고 있습니다. 놓기를 기다리다가(" +
                        std::to_string(ConnectionSettings::kTimeoutSeconds) +
-                       "초까지) 놓지 않아 그만둡니다: " + text);
+                       "초까지) 그만둡니다: " + text);
   }
   throw DatabaseError(text);
 }

@@ -344,6 +344,10 @@ TEST_F(ProgramTest, SaysWhatIsWrongWithWhatItIsGiven) {
        },
        {"--range", "selected"},
        "settings.ini: 보통 파일이 아닙니다\n"},
+      {"an empty export list",
+       [&] { tests::writeFile(base + "/temp/exportlist.txt", ""); },
+       {"--yes"},  // and no range
+       "선택된 명함이 없습니다"},
       {"a pipe for a database",
        [&] {
          std::filesystem::remove(base + "/VelmoraDB.vdb");
@@ -385,7 +389,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongWithWhatItIsGiven) {
     c.damage();
     std::vector<std::string> arguments = exportAll();
     arguments.insert(arguments.end(), c.extra.begin(), c.extra.end());
-    if (!c.extra.empty() && c.extra[0] == "--range")
+    if (!c.extra.empty() && (c.extra[0] == "--range" || c.extra[0] == "--yes"))
       arguments.erase(arguments.begin() + 4, arguments.begin() + 6);
     const Result result = run(arguments);
     EXPECT_EQ(result.status, 1) << c.name << result.out;

@@ -444,6 +444,7 @@ TEST_F(HistoryTest, OldAndManyPointsAreDroppedWhateverTheClockSays) {
     std::vector<int> days;  // on which the runs were made
     std::vector<int> points;
     int firstRecord;
+    std::size_t idle = 0;  // how many of them, before the last one, wrote nothing
   };
   std::vector<int> today(22, 0);
   std::vector<int> ofToday(20);
@@ -455,6 +456,7 @@ TEST_F(HistoryTest, OldAndManyPointsAreDroppedWhateverTheClockSays) {
       {{-90, 5, 4, 3, 2, 1, 0}, {2, 3, 4, 5, 6, 7}, 2},
       {{0, 200, 201, 0, 0, 0}, {1, 2, 3, 4, 5, 6}, 1},  // ahead, and back again
       {{0, 200, 201, 202, 203}, {1, 2, 3, 4, 5}, 1},
+      {{0, 0, 200, 200, 200, 200, 200, 201}, {1, 2, 8}, 1, 5},  // idle runs prove no clock
       {{-2, -1, 200, 0, 0, 0, 0, 0}, {1, 2, 3, 4, 5, 6, 7, 8}, 1},
       {{-18000, 0, 0, 0, 0, 0}, {1, 2, 3, 4, 5, 6}, 1},  // in the seventies
       {{-2, -18000, 0, 0, 0, 0, 0}, {1, 2, 3, 4, 5, 6, 7}, 1},
@@ -465,14 +467,15 @@ TEST_F(HistoryTest, OldAndManyPointsAreDroppedWhateverTheClockSays) {
   const Runs list(folder());
   for (const Case& c : cases) {
     std::filesystem::remove_all(folder() / "history");
-    for (const int day : c.days) {
+    for (std::size_t i = 0; i < c.days.size(); ++i) {
+      const int day = c.days[i];
       RunRecord record;
       const text::DateTime now = text::localNow();
       record.started = text::formatStamp({now.seconds + day * 86400LL, 0});
-      record.wrote = true;
+      record.wrote = i + 1 == c.days.size() || i + 1 + c.idle < c.days.size();
       record.state = RunState::Completed;
       list.begin(record);
-      std::filesystem::create_directory(list.folderOf(record.number) / "kept");
+      if (record.wrote) std::filesystem::create_directory(list.folderOf(record.number) / "kept");
     }
     list.prune();
     std::vector<int> points;
