@@ -235,7 +235,7 @@ Undo::RowPlan Undo::planOf(const RowKey& key, const RowTrail& trail, StoredRows&
   if (!wasThere && !edit) {
     const bool isMore = std::any_of(now->begin(), now->end(),
                                     [&](const auto& cell) { return !trail.contains(cell.first); });
-    if (isMore) edit.emplace(later_.back().number, Cell(), Cell());
+    if (isMore) edit = {later_.back().number, Cell(), Cell()};
   }
   if (edit && !plan.isLost) {
     plan.edit =
