@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <utility>
 
 #include "outlook/field_map.h"
 #include "store/address_line.h"
@@ -51,10 +52,6 @@ std::string shownDay(std::string_view stored) {
 }
 
 }  // namespace
-
-std::span<const std::string_view> comparedColumns() {
-  return kColumns;
-}
 
 std::string cardSideText(const store::Recordset& row, std::string_view column) {
   std::string text(store::nullSafe(row.field(column)));
@@ -122,19 +119,26 @@ bool sidesDiffer(std::string_view column, std::string_view card, std::string_vie
   return column != kCategories && text::withPlainLineEnds(card) != text::withPlainLineEnds(contact);
 }
 
-std::vector<ComparedField> compareSides(const store::Recordset& row, outlook::Contact& contact) {
+std::vector<ComparedField> compareSides(const store::Recordset* row, outlook::Contact* contact) {
   std::vector<ComparedField> fields;
   fields.reserve(kColumns.size());
   for (const std::string_view column : kColumns) {
-    fields.push_back({column, cardSideText(row, column), outlookSideText(contact, column)});
+    ComparedField field{column, row == nullptr ? "" : cardSideText(*row, column),
+                        contact == nullptr ? "" : outlookSideText(*contact, column)};
+    if (!field.card.empty() || !field.contact.empty()) fields.push_back(std::move(field));
   }
   return fields;
 }
 
 std::vector<ComparedField> differingFields(const store::Recordset& row, outlook::Contact& contact) {
-  auto fields = compareSides(row, contact);
+  auto fields = compareSides(&row, &contact);
   std::erase_if(fields, [](const ComparedField& field) { return !field.differs(); });
   return fields;
+}
+
+std::string shownValue(std::string_view value) {
+  if (value.empty()) return "(없음)";
+  return text::replaceAll(text::withPlainLineEnds(value), "\n", "⏎");
 }
 
 }  // namespace vlout::transfer

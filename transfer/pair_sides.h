@@ -3,7 +3,6 @@
 #pragma once
 
 #include <array>
-#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -12,9 +11,6 @@
 #include "store/connection.h"
 
 namespace vlout::transfer {
-
-// The columns that are compared, in the order in which people see them.
-[[nodiscard]] std::span<const std::string_view> comparedColumns();
 
 // A field as each side shows it; an address is its one line. What a contact holds and cannot be
 // decoded is empty. Throw ContactStoreError when the contact cannot be read.
@@ -44,11 +40,15 @@ struct ComparedField {
   [[nodiscard]] bool differs() const { return sidesDiffer(column, card, contact); }
 };
 
-// All of `comparedColumns`.
-[[nodiscard]] std::vector<ComparedField> compareSides(const store::Recordset& row,
-                                                      outlook::Contact& contact);
-// Those of them that differ.
+// The fields that either side holds, in the order in which people see them. A side that is missing
+// is empty.
+[[nodiscard]] std::vector<ComparedField> compareSides(const store::Recordset* row,
+                                                      outlook::Contact* contact);
+// Those that differ.
 [[nodiscard]] std::vector<ComparedField> differingFields(const store::Recordset& row,
                                                          outlook::Contact& contact);
+
+// A field's text on one line, and a word for none.
+[[nodiscard]] std::string shownValue(std::string_view value);
 
 }  // namespace vlout::transfer

@@ -1,5 +1,6 @@
 #include "transfer/survey.h"
 
+#include <unordered_map>
 #include <utility>
 
 #include "outlook/normalizer.h"
@@ -47,7 +48,7 @@ void Survey::add(Standing standing, Surveyed found) {
 RunEnd Survey::run() {
   openFolder();
   reportFolderNotices();
-  surveyNamesakes(list_.remaining());
+  surveyNamesakes();
   const RunEnd end = forEachContact(
       nullptr, Stopping::Possible,
       [&](Contact& contact, std::size_t position) { surveyContact(contact, position); });
@@ -58,33 +59,33 @@ RunEnd Survey::run() {
 void Survey::surveyContact(Contact& contact, std::size_t position) {
   ++contactCount_;
   const std::string name = outlook::joinedName(contact);
+  Surveyed found{.person = name, .contact = name, .position = position};
   const auto key = outlook::keyOf(contact);
-  const auto carried = key ? list_.find(*key) : std::nullopt;
+  if (!key) {
+    surveyByPerson(contact, std::move(found));
+    return;
+  }
+  const auto carried = list_.find(*key);
+  found.card = *key;
   if (!carried) {
-    if (key)
-      add(Standing::CardGone,
-          {.card = *key, .person = name, .contact = name, .position = position});
-    if (!key) surveyByPerson(contact, position);
+    add(Standing::CardGone, std::move(found));
     return;
   }
   const WorkListRow& row = list_.row(*carried);
+  found.card = row.id;
+  found.person = row.name;
   if (isDouble(position) || mayBeCopy(row, contact, position)) {
-    add(Standing::Double,
-        {.card = row.id, .person = row.name, .contact = name, .position = position});
+    add(Standing::Double, std::move(found));
     return;
   }
   const PairedRow paired(list_, *carried);
   record_ = row.name;
-  surveyPair(row, contact, position);
+  surveyPair(row, contact, std::move(found));
 }
 
-void Survey::surveyPair(const WorkListRow& row, Contact& contact, std::size_t position) {
+void Survey::surveyPair(const WorkListRow& row, Contact& contact, Surveyed pair) {
   const Standing standing = standingOf(
       classifyPair(stampsOf(row), contact.lastModificationTime(), ConflictTest::Crosswise));
-  Surveyed pair{.card = row.id,
-                .person = row.name,
-                .contact = outlook::joinedName(contact),
-                .position = position};
   if (!hasNameOf(row, contact)) add(Standing::NameDiffers, pair);
   if (standing == Standing::Conflict) {
     pair.differences = differingFields(*store::readCard(connection_, row.id), contact);
@@ -92,16 +93,16 @@ void Survey::surveyPair(const WorkListRow& row, Contact& contact, std::size_t po
   add(standing, std::move(pair));
 }
 
-void Survey::surveyByPerson(Contact& contact, std::size_t position) {
-  const std::string name = outlook::joinedName(contact);
+void Survey::surveyByPerson(Contact& contact, Surveyed alone) {
   const auto match = findByPerson(contact);
   if (!match) {
-    add(Standing::Cardless, {.person = name, .contact = name, .position = position});
+    add(Standing::Cardless, std::move(alone));
     return;
   }
   const WorkListRow& row = list_.row(match->candidate);
-  add(match->taken ? Standing::Double : Standing::Joinable,
-      {.card = row.id, .person = row.name, .contact = name, .position = position});
+  alone.card = row.id;
+  alone.person = row.name;
+  add(match->taken ? Standing::Double : Standing::Joinable, std::move(alone));
   if (!match->taken) list_.remove(match->candidate);
 }
 
@@ -114,16 +115,39 @@ void Survey::surveyCardsAlone() {
   }
 }
 
-void Survey::surveyNamesakes(const std::vector<WorkList::Position>& all) {
-  std::unordered_map<std::string, std::size_t> names;
-  for (const auto position : all) ++names[outlook::normalize(list_.row(position).name)];
+void Survey::surveyNamesakes() {
+  const auto all = list_.remaining();
+  std::vector<std::string> names;
+  names.reserve(all.size());
+  std::unordered_map<std::string_view, std::size_t> counts;
   for (const auto position : all) {
-    const WorkListRow& row = list_.row(position);
-    const std::string name = outlook::normalize(row.name);
-    if (!name.empty() && names[name] > 1) {
+    ++counts[names.emplace_back(outlook::normalize(list_.row(position).name))];
+  }
+  for (std::size_t i = 0; i < all.size(); ++i) {
+    const WorkListRow& row = list_.row(all[i]);
+    if (!names[i].empty() && counts[names[i]] > 1) {
       add(Standing::Namesake, {.card = row.id, .person = row.name});
     }
   }
+}
+
+// --- the window ---------------------------------------------------------------------------------
+
+std::size_t SurveyWindow::addResult(std::string_view text) {
+  last_ = text;
+  return 0;
+}
+
+// The headings of phases end with other states.
+void SurveyWindow::setResultCell(std::size_t row, std::size_t column, std::string_view text) {
+  static_cast<void>(row);
+  constexpr std::size_t kState = 2;
+  if (column == kState && (text == "실패" || text == "제외")) report_(last_, text);
+}
+
+void SurveyWindow::message(MessageIcon icon, std::string_view text) {
+  static_cast<void>(icon);
+  report_(text, "");
 }
 
 }  // namespace vlout::transfer

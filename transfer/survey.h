@@ -5,10 +5,10 @@
 
 #include <array>
 #include <cstddef>
-#include <optional>
+#include <functional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
+#include <utility>
 #include <vector>
 
 #include "transfer/pair_sides.h"
@@ -49,6 +49,30 @@ struct Surveyed {
   std::vector<ComparedField> differences{};  // of a conflict
 };
 
+// The window of a survey: it passes on what could not be read, with the state of its line, and
+// leaves out what only shows how far a run is.
+class SurveyWindow : public RunWindow {
+ public:
+  using Report = std::function<void(std::string_view line, std::string_view state)>;
+  // `yielding` answers whether to stop.
+  SurveyWindow(Report report, std::function<bool()> yielding)
+      : report_(std::move(report)), yielding_(std::move(yielding)) {}
+
+  std::size_t addResult(std::string_view text) override;
+  void setResultCell(std::size_t row, std::size_t column, std::string_view text) override;
+  void selectResult(std::size_t row) override { static_cast<void>(row); }
+  void showProgress(bool visible) override { static_cast<void>(visible); }
+  void setProgress(int percent) override { static_cast<void>(percent); }
+  void enableRunButton(bool enabled) override { static_cast<void>(enabled); }
+  void message(MessageIcon icon, std::string_view text) override;
+  [[nodiscard]] bool yield() override { return yielding_(); }
+
+ private:
+  Report report_;
+  std::function<bool()> yielding_;
+  std::string last_;
+};
+
 class Survey : private Transfer {
  public:
   // `list` must be loaded with all cards. `window` gets a line for each record that cannot be read,
@@ -67,10 +91,10 @@ class Survey : private Transfer {
 
  private:
   void surveyContact(outlook::Contact& contact, std::size_t position);
-  void surveyPair(const WorkListRow& row, outlook::Contact& contact, std::size_t position);
-  void surveyByPerson(outlook::Contact& contact, std::size_t position);
+  void surveyPair(const WorkListRow& row, outlook::Contact& contact, Surveyed pair);
+  void surveyByPerson(outlook::Contact& contact, Surveyed alone);
   void surveyCardsAlone();
-  void surveyNamesakes(const std::vector<WorkList::Position>& all);
+  void surveyNamesakes();
   void add(Standing standing, Surveyed found);
 
   std::array<std::vector<Surveyed>, kStandings> found_;

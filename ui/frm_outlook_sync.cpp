@@ -30,12 +30,6 @@ int optionNumber(const std::string& text) {
   return text::narrowed<std::int16_t>(text::parseInteger(text).value_or(0));
 }
 
-// A value on one line.
-std::string shown(const std::string& value) {
-  if (value.empty()) return "(없음)";
-  return text::replaceAll(text::withPlainLineEnds(value), "\n", "⏎");
-}
-
 std::string withCause(std::string_view message, std::string_view cause) {
   std::string text(message);
   if (!cause.empty()) text.append("\r\n").append(cause);
@@ -627,11 +621,13 @@ void frmOutlookSync::addChanges() {
     ListView1.setCell(row, 2, state);
   };
   for (const transfer::ComparedField& field : std::exchange(conflict_, {})) {
-    add(outlook::fieldCaption(field.column), shown(field.card) + " ↔ " + shown(field.contact),
-        "양쪽", "충돌");
+    add(outlook::fieldCaption(field.column),
+        transfer::shownValue(field.card) + " ↔ " + transfer::shownValue(field.contact), "양쪽",
+        "충돌");
   }
   for (const FieldChange& change : component_.takeChanges()) {
-    add(change.caption, shown(change.before) + " → " + shown(change.after),
+    add(change.caption,
+        transfer::shownValue(change.before) + " → " + transfer::shownValue(change.after),
         change.onCard ? "명함" : "연락처", "변경");
   }
 }

@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "outlook/field_map.h"
+#include "outlook/pairing.h"
 #include "store/sql.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
@@ -12,11 +13,6 @@ namespace vlout::ui {
 namespace {
 
 using transfer::Standing;
-
-std::string shown(const std::string& value) {
-  if (value.empty()) return "(없음)";
-  return text::replaceAll(text::withPlainLineEnds(value), "\n", "⏎");
-}
 
 // The stores as they are, without anything being written.
 class Look {
@@ -84,9 +80,7 @@ void frmOverview::fillPlaces() {
   places_ = desk_.places();
   Combo1.clear();
   for (const Desk::Place& place : places_) Combo1.addItem(place.caption);
-  busy_ = true;  // choosing the present one moves nothing
   Combo1.setIndex(0);
-  busy_ = false;
 }
 
 void frmOverview::keyPress(int characterCode) {
@@ -137,9 +131,18 @@ void frmOverview::showSurvey() {
   if (!component_.contacts().connect()) {
     throw outlook::ContactStoreError(component_.contacts().connectFailure());
   }
+  transfer::SurveyWindow window(
+      [this](std::string_view line, std::string_view state) {
+        addLine(line, "", state);
+        surveyed_.resize(ListView1.rows().size());
+      },
+      [this] {
+        toolkit().pumpAtOnce();
+        return closeRequested_;
+      });
   transfer::WorkList list;
-  transfer::WorkListLoader(component_.connection(), list, *this).loadAll();
-  transfer::Survey survey(component_.connection(), component_.contacts(), list, *this);
+  transfer::WorkListLoader(component_.connection(), list, window).loadAll();
+  transfer::Survey survey(component_.connection(), component_.contacts(), list, window);
   if (survey.run() != transfer::RunEnd::Completed) return;
   for (std::size_t i = 0; i < transfer::kStandings; ++i) {
     const auto standing = static_cast<Standing>(i);
@@ -153,7 +156,7 @@ void frmOverview::showSurvey() {
       surveyed_.push_back(each);
       for (const auto& field : each.differences) {
         addLine("    " + std::string(outlook::fieldCaption(field.column)) + ": " +
-                    shown(field.card) + " ↔ " + shown(field.contact),
+                    transfer::shownValue(field.card) + " ↔ " + transfer::shownValue(field.contact),
                 "", "");
         surveyed_.push_back(each);
       }
@@ -164,22 +167,29 @@ void frmOverview::showSurvey() {
 void frmOverview::showPair(std::size_t line) {
   if (line >= surveyed_.size()) return;
   const transfer::Surveyed pair = surveyed_[line];
-  const bool hasCard = !pair.card.empty() && store::cardExists(component_.connection(), pair.card);
-  if (!hasCard && pair.position == 0) return;
-  clearList("나란히: 왼쪽이 명함, 오른쪽이 연락처입니다.");
+  if (pair.card.empty() && pair.position == 0) return;
   const Look look(component_);
-  static_cast<void>(component_.contacts().connect());
-  component_.contacts().openContactsFolder();
+  const bool hasCard =
+      text::parseInteger(pair.card) && store::cardExists(component_.connection(), pair.card);
   const auto row = hasCard ? store::readCard(component_.connection(), pair.card) : nullptr;
-  const auto contact = pair.position == 0 ? nullptr : component_.contacts().item(pair.position);
-  for (const std::string_view column : transfer::comparedColumns()) {
-    const std::string card = row ? transfer::cardSideText(*row, column) : "";
-    const std::string other = contact ? transfer::outlookSideText(*contact, column) : "";
-    if (card.empty() && other.empty()) continue;
-    const bool differs = row && contact && transfer::sidesDiffer(column, card, other);
-    addLine(std::string(outlook::fieldCaption(column)) + ": " + shown(card), shown(other),
-            differs ? "다름" : "");
+  const auto contact = contactOf(pair);
+  clearList("나란히: 왼쪽이 명함, 오른쪽이 연락처입니다.");
+  for (const auto& field : transfer::compareSides(row.get(), contact.get())) {
+    addLine(
+        std::string(outlook::fieldCaption(field.column)) + ": " + transfer::shownValue(field.card),
+        transfer::shownValue(field.contact), row && contact && field.differs() ? "다름" : "");
   }
+}
+
+// Null for a card alone. The folder is read anew, and may have changed since the survey.
+std::unique_ptr<outlook::Contact> frmOverview::contactOf(const transfer::Surveyed& pair) {
+  if (pair.position == 0) return nullptr;
+  outlook::ContactStore& contacts = component_.contacts();
+  if (!contacts.connect()) throw outlook::ContactStoreError(contacts.connectFailure());
+  contacts.openContactsFolder();
+  auto contact = contacts.item(pair.position);
+  if (outlook::joinedName(*contact) == pair.contact) return contact;
+  throw outlook::ContactStoreError("그 사이에 연락처가 바뀌었습니다. 현황을 다시 보십시오.");
 }
 
 void frmOverview::showRuns() {
@@ -235,31 +245,6 @@ void frmOverview::chooseContacts() {
   const auto chosen = static_cast<std::size_t>(Combo1.index());
   if (chosen == 0 || chosen >= places_.size()) return;
   leaveFor(desk_.folder(), places_[chosen].place);
-}
-
-// --- what the survey sees -----------------------------------------------------------------------
-
-std::size_t frmOverview::addResult(std::string_view text) {
-  problem_ = text;
-  return 0;
-}
-
-// The headings of phases end with other states.
-void frmOverview::setResultCell(std::size_t row, std::size_t column, std::string_view text) {
-  static_cast<void>(row);
-  constexpr std::size_t kState = 2;
-  if (column != kState || (text != "실패" && text != "제외")) return;
-  addLine(problem_, "", text);
-  surveyed_.resize(ListView1.rows().size());
-}
-
-void frmOverview::message(MessageIcon icon, std::string_view text) {
-  toolkit().messageBox(icon, text);
-}
-
-bool frmOverview::yield() {
-  toolkit().pumpAtOnce();
-  return closeRequested_;
 }
 
 }  // namespace vlout::ui

@@ -4,6 +4,7 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -15,7 +16,7 @@
 
 namespace vlout::ui {
 
-class frmOverview : public Form, private transfer::RunWindow {
+class frmOverview : public Form {
  public:
   frmOverview(Toolkit& toolkit, Component& component, Desk& desk);
 
@@ -38,6 +39,7 @@ class frmOverview : public Form, private transfer::RunWindow {
   void showRuns();
   void goBack();
   void showPair(std::size_t line);
+  [[nodiscard]] std::unique_ptr<outlook::Contact> contactOf(const transfer::Surveyed& pair);
   void chooseCards();
   void chooseContacts();
   void chooseContactFolder();
@@ -47,22 +49,11 @@ class frmOverview : public Form, private transfer::RunWindow {
   [[nodiscard]] int chosenRun() const;
   void clearList(std::string_view heading);
 
-  // RunWindow, for the survey
-  std::size_t addResult(std::string_view text) override;
-  void setResultCell(std::size_t row, std::size_t column, std::string_view text) override;
-  void selectResult(std::size_t row) override { static_cast<void>(row); }
-  void showProgress(bool visible) override { static_cast<void>(visible); }
-  void setProgress(int percent) override { static_cast<void>(percent); }
-  void enableRunButton(bool enabled) override { static_cast<void>(enabled); }
-  void message(MessageIcon icon, std::string_view text) override;
-  [[nodiscard]] bool yield() override;
-
   Component& component_;
   Desk& desk_;
   std::vector<Desk::Place> places_;
   std::vector<int> runs_;                     // the run of each line, while the list shows runs
   std::vector<transfer::Surveyed> surveyed_;  // what each line stands for, while it shows those
-  std::string problem_;                       // the last line about a record of the survey
   bool busy_ = false;
   bool closeRequested_ = false;
 };

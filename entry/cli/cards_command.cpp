@@ -66,7 +66,7 @@ std::string_view keyOf(const Standings& standings, std::string_view card) {
 }
 
 std::string shown(std::string_view value) {
-  return text::onOneLine(text::replaceAll(text::withPlainLineEnds(value), "\n", "⏎"));
+  return value.empty() ? "" : text::onOneLine(transfer::shownValue(value));
 }
 
 // --- list ---------------------------------------------------------------------------------------
@@ -158,15 +158,15 @@ void showCard(const Arguments& arguments, std::ostream& out) {
                            : stores.contacts().item(found->second.contact);
   Json fields = Json::array();
   if (!arguments.json) out << id << '\t' << captionOf(standings, id) << "\n\t벨모라\t아웃룩\n";
-  for (const std::string_view column : transfer::comparedColumns()) {
-    const std::string card = transfer::cardSideText(*row, column);
-    const std::string other = contact ? transfer::outlookSideText(*contact, column) : "";
-    if (card.empty() && other.empty()) continue;
-    const bool differs = contact && transfer::sidesDiffer(column, card, other);
-    fields.push_back({{"field", column}, {"card", card}, {"contact", other}, {"differs", differs}});
+  for (const auto& field : transfer::compareSides(row.get(), contact.get())) {
+    const bool differs = contact && field.differs();
+    fields.push_back({{"field", field.column},
+                      {"card", field.card},
+                      {"contact", field.contact},
+                      {"differs", differs}});
     if (arguments.json) continue;
-    out << outlook::fieldCaption(column) << '\t' << shown(card) << '\t' << shown(other)
-        << (differs ? "\t≠" : "") << '\n';
+    out << outlook::fieldCaption(field.column) << '\t' << shown(field.card) << '\t'
+        << shown(field.contact) << (differs ? "\t≠" : "") << '\n';
   }
   if (arguments.json) {
     print({{"card", id}, {"standing", keyOf(standings, id)}, {"fields", fields}}, out);

@@ -32,24 +32,10 @@ void ReadOnlyStores::connectContacts() {
   platform_.completeCutShort(connection(), contacts());
 }
 
-std::size_t ProblemLines::addResult(std::string_view text) {
-  last_ = text;
-  return 0;
-}
-
-// Headings of phases end with another state.
-void ProblemLines::setResultCell(std::size_t row, std::size_t column, std::string_view text) {
-  static_cast<void>(row);
-  if (column == 2 && (text == "실패" || text == "제외")) lines_.push_back(last_);
-}
-
-void ProblemLines::message(transfer::MessageIcon icon, std::string_view text) {
-  static_cast<void>(icon);
-  lines_.emplace_back(text);
-}
-
 FolderSurvey::FolderSurvey(ReadOnlyStores& stores)
-    : window_(handleInterrupts()), survey_(stores.connection(), stores.contacts(), list_, window_) {
+    : window_([this](std::string_view line, std::string_view) { problems_.emplace_back(line); },
+              [] { return handleInterrupts() != 0; }),
+      survey_(stores.connection(), stores.contacts(), list_, window_) {
   stores.connectContacts();
   transfer::WorkListLoader(stores.connection(), list_, window_).loadAll();
   cards_ = list_.size();

@@ -2,14 +2,12 @@
 // that only show something work on it; nothing is written to disk.
 #pragma once
 
-#include <csignal>
 #include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "entry/runtime.h"
-#include "transfer/run_window.h"
 #include "transfer/survey.h"
 
 namespace vlout::entry::cli {
@@ -31,29 +29,6 @@ class ReadOnlyStores {
   std::unique_ptr<Preview> view_;
 };
 
-// A window that keeps the lines about what could not be read.
-class ProblemLines : public transfer::RunWindow {
- public:
-  explicit ProblemLines(const volatile std::sig_atomic_t& interrupted)
-      : interrupted_(interrupted) {}
-
-  [[nodiscard]] const std::vector<std::string>& lines() const { return lines_; }
-
-  std::size_t addResult(std::string_view text) override;
-  void setResultCell(std::size_t row, std::size_t column, std::string_view text) override;
-  void selectResult(std::size_t row) override { static_cast<void>(row); }
-  void showProgress(bool visible) override { static_cast<void>(visible); }
-  void setProgress(int percent) override { static_cast<void>(percent); }
-  void enableRunButton(bool enabled) override { static_cast<void>(enabled); }
-  void message(transfer::MessageIcon icon, std::string_view text) override;
-  [[nodiscard]] bool yield() override { return interrupted_ != 0; }
-
- private:
-  const volatile std::sig_atomic_t& interrupted_;
-  std::string last_;
-  std::vector<std::string> lines_;
-};
-
 // The survey of all cards and contacts, and what could not be read.
 class FolderSurvey {
  public:
@@ -65,10 +40,11 @@ class FolderSurvey {
   }
   [[nodiscard]] std::size_t cards() const { return cards_; }
   [[nodiscard]] std::size_t contacts() const { return survey_.contacts(); }
-  [[nodiscard]] const std::vector<std::string>& problems() const { return window_.lines(); }
+  [[nodiscard]] const std::vector<std::string>& problems() const { return problems_; }
 
  private:
-  ProblemLines window_;
+  std::vector<std::string> problems_;
+  transfer::SurveyWindow window_;
   transfer::WorkList list_;
   transfer::Survey survey_;
   std::size_t cards_ = 0;

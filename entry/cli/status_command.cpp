@@ -11,7 +11,6 @@
 #include "entry/cli/json.h"
 #include "entry/cli/read_only.h"
 #include "outlook/field_map.h"
-#include "text/ascii.h"
 #include "text/file_path.h"
 #include "text/shown_text.h"
 
@@ -31,8 +30,7 @@ struct Arguments {
 constexpr std::size_t kShownOfEach = 20;
 
 std::string shown(const std::string& value) {
-  if (value.empty()) return "(없음)";
-  return text::onOneLine(text::replaceAll(text::withPlainLineEnds(value), "\n", "⏎"));
+  return text::onOneLine(transfer::shownValue(value));
 }
 
 void printOne(const Surveyed& found, std::ostream& out) {

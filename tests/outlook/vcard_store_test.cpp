@@ -22,7 +22,6 @@ namespace {
 using P = ContactProperty;
 using testing::ElementsAre;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 
 class VCardStoreTest : public testing::Test {
