@@ -115,9 +115,9 @@ std::string_view nameOf(FileForm form) {
 
 }  // namespace
 
-bool CardFileText::hasUnended() const {
-  return std::any_of(strays.begin(), strays.end(),
-                     [](const Stray& stray) { return stray.kind == Stray::BeginWithoutEnd; });
+bool CardFileText::isForeign() const {
+  return cards.empty() && std::all_of(strays.begin(), strays.end(),
+                                      [](const Stray& stray) { return stray.kind == Stray::Text; });
 }
 
 CardFileText findCards(std::string_view fileText) {

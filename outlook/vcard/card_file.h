@@ -32,7 +32,8 @@ struct CardFileText {
   std::vector<CardSpan> cards;
   std::vector<Stray> strays;
 
-  [[nodiscard]] bool hasUnended() const;
+  // Whether there is no trace of a card.
+  [[nodiscard]] bool isForeign() const;
 };
 
 [[nodiscard]] CardFileText findCards(std::string_view fileText);

@@ -29,6 +29,10 @@ struct Moment {
   auto operator<=>(const Moment&) const = default;
 };
 
+[[nodiscard]] inline Moment modifiedAt(const FileState& state) {
+  return {state.seconds, state.nanoseconds};
+}
+
 // All that a look at a file tells without opening it.
 struct FileSight {
   FileState state;

@@ -12,7 +12,7 @@ namespace vlout::outlook::vcard {
 namespace {
 
 // To be changed along with the form, and with what is taken for a key, a group or a card.
-constexpr std::uint64_t kForm = 0x564C4F5554490001;
+constexpr std::uint64_t kForm = 0x564C4F5554490002;
 
 void put(std::string& bytes, const Moment& time) {
   text::pack(bytes, time.seconds);
@@ -93,10 +93,8 @@ bool FolderIndex::readEntry() {
     card.isGroup = (flags & kGroup) != 0;
     if ((flags & kHasKey) != 0) card.vlid = entry.text();
     card.nameLines = entry.text();
-    if (cards > 1) {
-      card.hash = entry.number<std::uint64_t>();
-      card.time = takeMoment(entry);
-    }
+    card.hash = entry.number<std::uint64_t>();
+    card.time = takeMoment(entry);
     file_.cards.push_back(std::move(card));
   }
   hasEntry_ = entry.isGood();
@@ -130,10 +128,8 @@ void FolderIndexWriter::add(std::string_view name, const KnownFile& file) {
                static_cast<std::uint8_t>((card.isGroup ? kGroup : 0) | (card.vlid ? kHasKey : 0)));
     if (card.vlid) text::pack(entries_, std::string_view(*card.vlid));
     text::pack(entries_, std::string_view(card.nameLines));
-    if (file.cards.size() > 1) {
-      text::pack(entries_, card.hash);
-      put(entries_, card.time);
-    }
+    text::pack(entries_, card.hash);
+    put(entries_, card.time);
   }
   ++count_;
 }

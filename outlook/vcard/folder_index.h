@@ -1,7 +1,8 @@
 // What earlier runs have seen of a contact folder, so that a file that has not changed need not be
-// opened, and so that the cards of one file have times of their own. A cache: one that is missing,
-// damaged, or of another folder counts as empty, and a file that is not in it, or not as it says,
-// is read. The store reads it when it opens the folder, and writes it when a run ends.
+// opened, and so that the cards of a file that holds several, or did, have times of their own. A
+// cache: one that is missing, damaged, or of another folder counts as empty, and a file that is not
+// in it, or not as it says, is read. The store reads it when it opens the folder, and writes it
+// when a run ends.
 #pragma once
 
 #include <cstdint>
@@ -19,8 +20,8 @@ struct KnownCard {
   bool isGroup = false;
   std::optional<std::string> vlid{};
   std::string nameLines{};  // of a contact without a key
-  // Of a card in a file of several: the hash of its text, and when that was last changed.
-  std::uint64_t hash = 0;
+  std::uint64_t hash = 0;   // of its text
+  // When that was last changed: the file's time, but for a card that has shared a file.
   Moment time{};
 
   bool operator==(const KnownCard&) const = default;

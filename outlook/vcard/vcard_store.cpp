@@ -105,8 +105,7 @@ void VCardStore::addKnown(const CardFile& found, const KnownFile& known) {
   if (known.cards.size() > 1) shared_[index].size = found.sight.state.size;
   for (std::size_t i = 0; i < known.cards.size(); ++i) {
     const KnownCard& card = known.cards[i];
-    items_.push_back({index, i, card.isGroup, card.vlid, card.nameLines});
-    if (known.cards.size() > 1) shared_[index].cards.push_back({card.hash, card.time});
+    items_.push_back({index, i, card.isGroup, card.vlid, card.nameLines, card.hash, card.time});
   }
 }
 
@@ -124,7 +123,7 @@ void VCardStore::addFile(const CardFile& found, const KnownFile* known, const Mo
     return;
   }
   CardFileText text = findCards(buffer);
-  if (text.cards.empty() && !text.hasUnended()) {
+  if (text.isForeign()) {
     notices_.push_back(name + (buffer.empty() ? ": 빈 파일입니다" : ": vCard 파일이 아닙니다"));
   } else {
     reportStrays(name, text.strays);
@@ -135,49 +134,41 @@ void VCardStore::addFile(const CardFile& found, const KnownFile* known, const Mo
   file.isSettled = !file.isDoubtful && found.sight.state == *state && hasSettled(found.sight, now);
   file.sight.state = *state;
   files_.push_back(std::move(file));
-  if (text.cards.size() > 1) addShared(buffer, text.cards, known);
+  if (text.cards.size() > 1) shared_[files_.size() - 1].size = state->size;
   for (std::size_t i = 0; i < text.cards.size(); ++i) {
     CardSpan& card = text.cards[i];
     if (card.vlid && !card.vlid->empty()) card.nameLines.clear();
     items_.push_back(
-        {files_.size() - 1, i, card.isGroup, std::move(card.vlid), std::move(card.nameLines)});
+        {files_.size() - 1, i, card.isGroup, std::move(card.vlid), std::move(card.nameLines),
+         text::hashOf(std::string_view(buffer).substr(card.start, card.size)), modifiedAt(*state)});
   }
+  timeCards(known);
   if (index_.file.empty()) return;
-  const KnownFile entry = knownOf(files_.size() - 1);
-  const bool isKept = entry.isSettled || entry.cards.size() > 1;
-  if (isKept ? known == nullptr || *known != entry : known != nullptr) indexIsOld_ = true;
+  if (known == nullptr || *known != knownOf(files_.size() - 1)) indexIsOld_ = true;
 }
 
 // The cards of the file that was added last. One that has the bytes of a card that was seen in it
-// before has not changed since then, whenever the file was written.
-void VCardStore::addShared(std::string_view text, const std::vector<CardSpan>& cards,
-                           const KnownFile* known) {
-  const FileState& state = files_.back().sight.state;
-  SharedFile& shared = shared_[files_.size() - 1];
-  shared.size = state.size;
+// before has not changed since then, whenever the file was written. But where a file is one card's
+// alone and was, its time is the card's.
+void VCardStore::timeCards(const KnownFile* known) {
+  if (known == nullptr) return;
+  const File& file = files_.back();
+  const bool isSame = known->sight.state == file.sight.state;
+  if (file.cards == 1 && known->cards.size() == 1 && !isSame) return;
   std::unordered_multimap<std::uint64_t, Moment> times;
-  if (known != nullptr) {
-    for (const KnownCard& card : known->cards) times.emplace(card.hash, card.time);
-  }
-  for (const CardSpan& span : cards) {
-    SharedCard card{text::hashOf(text.substr(span.start, span.size)),
-                    {state.seconds, state.nanoseconds}};
-    const auto time = times.find(card.hash);
-    if (time != times.end()) card.time = times.extract(time).mapped();
-    shared.cards.push_back(card);
+  for (const KnownCard& card : known->cards) times.emplace(card.hash, card.time);
+  for (std::size_t i = file.firstItem; i < items_.size(); ++i) {
+    const auto time = times.find(items_[i].hash);
+    if (time != times.end()) items_[i].time = times.extract(time).mapped();
   }
 }
 
 KnownFile VCardStore::knownOf(std::size_t index) const {
   const File& file = files_[index];
   KnownFile known{file.sight, file.isSettled};
-  const auto shared = shared_.find(index);
   for (std::size_t i = 0; i < file.cards; ++i) {
     const Item& item = items_[file.firstItem + i];
-    known.cards.push_back({item.isGroup, item.vlid, item.nameLines});
-    if (shared == shared_.end()) continue;
-    known.cards.back().hash = shared->second.cards[i].hash;
-    known.cards.back().time = shared->second.cards[i].time;
+    known.cards.push_back({item.isGroup, item.vlid, item.nameLines, item.hash, item.time});
   }
   return known;
 }
@@ -206,7 +197,7 @@ void VCardStore::saveIndex() {
       file.isSettled = !file.isDoubtful && hasKeys(file) && hasSettled(*sight, now);
       file.isWritten = false;
     }
-    if (file.isSettled || file.cards > 1) writer.add(file.name, knownOf(i));
+    writer.add(file.name, knownOf(i));
   }
   writer.save(index_.file, folder_->identity());
   indexIsOld_ = false;
@@ -282,14 +273,8 @@ void VCardStore::flush(const Lose& lose) {
 }
 
 text::DateTime VCardStore::timeAt(std::size_t position) const {
-  const Item& item = itemAt(position);
-  const auto shared = shared_.find(item.file);
-  if (shared != shared_.end()) {
-    const Moment& time = shared->second.cards[item.card].time;
-    return text::fromUnixTime(time.seconds, time.nanoseconds);
-  }
-  const FileState& state = files_[item.file].sight.state;
-  return text::fromUnixTime(state.seconds, state.nanoseconds);
+  const Moment& time = itemAt(position).time;
+  return text::fromUnixTime(time.seconds, time.nanoseconds);
 }
 
 // The file's text and where its cards lie, kept until another file is asked for: a file of many
@@ -338,6 +323,8 @@ void VCardStore::saveCard(std::size_t position, const std::string& cardText,
     open.text.replace(span.start, span.size, cardText);
     markWritten(file, folder_->replace(file.name, fileBytes(open.text, open.form), file.sight.state,
                                        false, row));
+    item.hash = text::hashOf(cardText);
+    item.time = modifiedAt(file.sight.state);
   }
   item.vlid = std::move(vlid);
   written_ = true;
@@ -353,10 +340,9 @@ void VCardStore::markWritten(File& file, const FileState& state) {
 // A save of one card among several: it is safe in the journal, and the file is written once for all
 // of them. The file keeps the whole second of its time, or the other cards would look as if they
 // had been edited wherever nobody remembers each card's own.
-void VCardStore::gatherCard(const Item& item, const std::string& cardText, std::string_view vlid) {
+void VCardStore::gatherCard(Item& item, const std::string& cardText, std::string_view vlid) {
   const File& file = files_[item.file];
   SharedFile& shared = shared_.at(item.file);
-  SharedCard& card = shared.cards[item.card];
   const auto known = shared.changes.find(item.card);
   const OpenFile& open = openFile(item.file);
   const CardSpan& span = open.cards.at(item.card);
@@ -369,14 +355,15 @@ void VCardStore::gatherCard(const Item& item, const std::string& cardText, std::
                 sizeOf(known == shared.changes.end() ? found : known->second.text);
   willBe.nanoseconds = nextInSecond(file.sight.state.nanoseconds);
   const auto row = holdsSameData(found, cardText) ? std::nullopt : text::parseInteger(vlid);
-  folder_->gather({file.name, willBe, item.card, card.hash, row.value_or(0), cardText},
+  folder_->gather({file.name, willBe, item.card, item.hash, row.value_or(0), cardText},
                   file.sight.state);
   CardChange& change = shared.changes[item.card];
   if (row) change.row = *row;
-  change.earlier.push_back(card.hash);
+  change.earlier.push_back(item.hash);
   change.text = cardText;
   shared.size = willBe.size;
-  card = {text::hashOf(cardText), {willBe.seconds, willBe.nanoseconds}};
+  item.hash = text::hashOf(cardText);
+  item.time = modifiedAt(willBe);
 }
 
 // A file that cannot be written keeps its saves in the journal, and does not keep the others from
@@ -422,7 +409,13 @@ std::size_t VCardStore::saveNewCard(const std::string& uid, const std::string& c
   const FileState state = folder_->replace(name, cardText, std::nullopt, false, row);
   files_.push_back({name, {}, items_.size(), 1});
   markWritten(files_.back(), state);
-  items_.push_back({files_.size() - 1, 0, false, std::move(vlid), {}});
+  items_.push_back({files_.size() - 1,
+                    0,
+                    false,
+                    std::move(vlid),
+                    {},
+                    text::hashOf(cardText),
+                    modifiedAt(state)});
   written_ = true;
   return items_.size();
 }

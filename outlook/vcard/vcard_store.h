@@ -69,15 +69,13 @@ class VCardStore : public ContactStore, public CardHome {
     bool isGroup = false;
     std::optional<std::string> vlid;
     std::string nameLines;  // of a contact without a key
+    // As the card is with everything that was saved.
+    std::uint64_t hash = 0;  // of its text
+    Moment time{};           // when that was last changed
   };
 
-  // A card of a file that holds several, as it is with everything that was saved.
-  struct SharedCard {
-    std::uint64_t hash = 0;
-    Moment time{};  // when it was last changed
-  };
+  // A file of several cards.
   struct SharedFile {
-    std::vector<SharedCard> cards;
     CardChanges changes;    // saves that are not in the file yet
     std::int64_t size = 0;  // of the file with them
   };
@@ -94,7 +92,7 @@ class VCardStore : public ContactStore, public CardHome {
   void addKnown(const CardFile& found, const KnownFile& known);
   void addFile(const CardFile& found, const KnownFile* known, const Moment& now,
                std::string& buffer);
-  void addShared(std::string_view text, const std::vector<CardSpan>& cards, const KnownFile* known);
+  void timeCards(const KnownFile* known);
   [[nodiscard]] bool hasKeys(const File& file) const;
   [[nodiscard]] KnownFile knownOf(std::size_t file) const;
   void complete(const Lose& lose);
@@ -104,7 +102,7 @@ class VCardStore : public ContactStore, public CardHome {
                     const std::vector<CardSpan>& cards);
   OpenFile& openFile(std::size_t file);
   void markWritten(File& file, const FileState& state);
-  void gatherCard(const Item& item, const std::string& cardText, std::string_view vlid);
+  void gatherCard(Item& item, const std::string& cardText, std::string_view vlid);
   void writeGathered(std::size_t index, SharedFile& shared, std::vector<LostSave>& lost);
   [[nodiscard]] std::vector<LostSave> writeGathered();
 

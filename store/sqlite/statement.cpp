@@ -66,7 +66,11 @@ Database openDatabase(const std::filesystem::path& file, Access access,
 void failAs(sqlite3* database, std::string_view context) {
   std::string text = sqlite3_errmsg(database);
   if (!context.empty()) text.append(": ").append(context);
-  if (sqlite3_errcode(database) == SQLITE_BUSY) {
+  const int code = sqlite3_errcode(database);
+  if (code == SQLITE_CORRUPT || code == SQLITE_NOTADB) {
+    throw DatabaseError("SQLite 데이터베이스가 아니거나 손상되었습니다: " + text);
+  }
+  if (code == SQLITE_BUSY) {
     throw DatabaseBusy("다른 프로그램이 데이터베이스의 잠금을 쥐고 있습니다. 놓기를 기다리다가(" +
                        std::to_string(ConnectionSettings::kTimeoutSeconds) +
                        "초까지) 그만둡니다: " + text);

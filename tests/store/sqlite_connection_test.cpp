@@ -140,7 +140,7 @@ TEST(SqliteOpen, RefusesWhatIsNoDatabaseAndLeavesItAsItIs) {
       {jet, "Jet"},
       {"this is some text, long enough to be taken for a database header if nobody looks " +
            std::string(200, 'x'),
-       "not a database"},
+       "손상되었습니다"},
   };
   for (const Case& c : cases) {
     const tests::TemporaryFolder folder;

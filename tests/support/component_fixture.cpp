@@ -53,6 +53,7 @@ void ComponentFixture::writeContact(const std::string& file, const std::string& 
 void ComponentFixture::startAfresh() {
   execute("DELETE FROM tbl_namecard");
   for (const auto& name : cardFiles()) std::filesystem::remove(contactsFolder() / name);
+  std::filesystem::remove_all(folder() / "history");
   toolkit->messages.clear();
 }
 

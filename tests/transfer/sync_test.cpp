@@ -78,9 +78,14 @@ TEST_F(SyncTest, GoesInTheDirectionThatChanged) {
   EXPECT_EQ(valueOf(1, "JobTitle"), "행");
 }
 
-// Cards that share a file share its time. What was seen of each tells which of them has changed.
+// Cards that share a file share its time. What was seen of each tells which of them has changed,
+// also when a file of one card becomes one of two, or the other way round.
 TEST_F(SyncTest, ACardDoesNotChangeWithAnotherOfItsFile) {
-  for (const bool isRemembered : {true, false}) {
+  struct Case {
+    bool isShared, staysShared, isRemembered;
+  };
+  for (const Case& c : {Case{true, true, true}, Case{true, true, false}, Case{false, true, true},
+                        Case{true, false, true}}) {
     startAfresh();
     // Whatever has the names of our own files is gone past, and stays.
     const auto obstacle = [&](const char* name) { return contactsFolder() / name; };
@@ -91,21 +96,30 @@ TEST_F(SyncTest, ACardDoesNotChangeWithAnotherOfItsFile) {
     static_cast<void>(mkfifo((folder() / "history" / "contacts.index.new").c_str(), 0600));
     makePair(1, "");
     makePair(2, "");
-    tests::writeFile(contactsFolder() / "many.vcf", contactText("1.vcf") + contactText("2.vcf"));
-    for (const char* name : {"1.vcf", "2.vcf"}) std::filesystem::remove(contactsFolder() / name);
-    tests::setModified(contactsFolder() / "many.vcf", "2025/01/01 00:00:00");
+    const std::string first = contactText("1.vcf");
+    std::string second = contactText("2.vcf");
+    const auto write = [&](bool isShared, const char* time) {
+      for (const char* name : {"1.vcf", "2.vcf"}) {
+        const auto file = contactsFolder() / name;
+        const bool isFirst = name[0] == '1';
+        std::filesystem::remove(file);
+        if (!isFirst && isShared) continue;
+        tests::writeFile(file, !isFirst ? second : isShared ? first + second : first);
+        tests::setModified(file, time);
+      }
+    };
+    write(c.isShared, "2025/01/01 00:00:00");
     EXPECT_THAT(sync(), Contains("갱신완료|벨모라=0/아웃룩=0|"));
-    if (!isRemembered) std::filesystem::remove(folder() / "history" / "contacts.index");
-    std::string text = contactText("many.vcf");
-    text.replace(text.rfind("TITLE:연락처"), std::string("TITLE:연락처").size(), "TITLE:밖에서");
-    tests::writeFile(contactsFolder() / "many.vcf", text);
-    tests::setModified(contactsFolder() / "many.vcf", "2025/01/02 00:00:00");
+    if (!c.isRemembered) std::filesystem::remove(folder() / "history" / "contacts.index");
+    second.replace(second.find("TITLE:연락처"), std::string("TITLE:연락처").size(), "TITLE:밖에서");
+    write(c.staysShared, "2025/01/02 00:00:00");
     setStamps(1, "2025/01/03 00:00:00", "2025/01/01 00:00:00", "2025/01/01 00:00:00");
     const auto lines = sync();
     EXPECT_EQ(valueOf(2, "JobTitle"), "밖에서");
-    EXPECT_THAT(lines, Contains(isRemembered ? "아웃룩→이름1|100%|완료" : "→충돌←(이름1)|0%|제외"));
+    EXPECT_THAT(lines,
+                Contains(c.isRemembered ? "아웃룩→이름1|100%|완료" : "→충돌←(이름1)|0%|제외"));
     EXPECT_THAT(sync(), Contains("갱신완료|벨모라=0/아웃룩=0|"));
-    EXPECT_EQ(tests::fileNames(contactsFolder()).size(), 4U);
+    EXPECT_EQ(tests::fileNames(contactsFolder()).size(), c.staysShared ? 4U : 5U);
   }
 }
 
