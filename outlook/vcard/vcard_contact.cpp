@@ -309,7 +309,9 @@ void VCardContact::insertNew(const Place& place, std::string_view value) {
     property.setComponent(static_cast<std::size_t>(place.component), value);
   }
   const auto first = firstMatching(place, [](const Property&, std::size_t) { return true; });
-  if (place.slot == 2 && !first) {
+  const auto takesFirstPlace = firstMatching(
+      place, [](const Property& other, std::size_t) { return slotOf(other).empty(); });
+  if (place.slot == 2 && !takesFirstPlace) {
     property.parameters.push_back({std::string(kSlot), {std::string(kSecond)}});
   }
   if (place.slot == 1 && first) {
