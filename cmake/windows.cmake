@@ -17,9 +17,6 @@ add_library(vlout_windows STATIC
   ui/win32/win32_toolkit.cpp
   ui/win32/window_context.cpp)
 target_link_libraries(vlout_windows PUBLIC vlout_core ole32 oleaut32 uuid comctl32 msimg32)
-# The system's ADO header has declarations that declare nothing; the compiler lets them pass in a
-# system header only with this, and -Werror keeps our own code as strict as before.
-set_source_files_properties(store/ado/ado_connection.cpp PROPERTIES COMPILE_OPTIONS -fpermissive)
 
 # The interface: a header and a type library out of the IDL.
 set(VLOUT_IDL_HEADER "${PROJECT_BINARY_DIR}/idl/vloutsync_h.h")

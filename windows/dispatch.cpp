@@ -1,5 +1,8 @@
 #include "windows/dispatch.h"
 
+#include <iterator>
+#include <vector>
+
 #include "windows/text.h"
 
 namespace vlout::windows {
@@ -21,10 +24,11 @@ class ExceptionInfo : public EXCEPINFO {
 // Makes a call again while its server is busy, for a bounded time; the last answer.
 template <typename Call>
 HRESULT untilNotBusy(Call call) {
-  const ULONGLONG start = GetTickCount64();
+  ULONGLONG start = 0;
   while (true) {
     const HRESULT code = call();
     const bool busy = code == RPC_E_CALL_REJECTED || code == RPC_E_SERVERCALL_RETRYLATER;
+    if (busy && start == 0) start = GetTickCount64();
     if (!busy || !BusyPatience::lasts(GetTickCount64() - start)) {
       BusyPatience::answered(busy);
       return code;
@@ -40,7 +44,7 @@ ComError failure(std::string_view member, HRESULT code, const std::string& descr
 }  // namespace
 
 DISPID MemberIds::find(IDispatch& object, std::string_view name) {
-  const auto known = ids_.find(std::string(name));
+  const auto known = ids_.find(name);
   if (known != ids_.end()) return known->second;
   std::wstring wideName = wide(name);
   LPOLESTR names[] = {wideName.data()};
@@ -55,7 +59,8 @@ DISPID MemberIds::find(IDispatch& object, std::string_view name) {
 _variant_t Dispatch::invoke(std::string_view member, WORD kind, const Arguments& arguments) const {
   if (!object_) throw failure(member, E_POINTER);
   const DISPID id = ids_->find(*object_.Get(), member);
-  std::vector<VARIANT> reversed(arguments.rbegin(), arguments.rend());  // as the call wants them
+  std::vector<VARIANT> reversed(std::rbegin(arguments),
+                                std::rend(arguments));  // as the call wants them
   DISPID putId = DISPID_PROPERTYPUT;
   DISPPARAMS parameters{reversed.data(), nullptr, static_cast<UINT>(reversed.size()), 0};
   if (kind == DISPATCH_PROPERTYPUT) {
@@ -97,6 +102,7 @@ std::string Dispatch::text(std::string_view member) const {
 
 long Dispatch::number(std::string_view member) const {
   const _variant_t value = call(member);
+  if (value.vt == VT_I4) return value.lVal;
   _variant_t number;
   const HRESULT result = VariantChangeType(
       &number, const_cast<VARIANT*>(static_cast<const VARIANT*>(&value)), 0, VT_I4);

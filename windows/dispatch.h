@@ -3,10 +3,10 @@
 // and a failure carries the member's name and the object's own text.
 #pragma once
 
+#include <initializer_list>
+#include <map>
 #include <string>
 #include <string_view>
-#include <unordered_map>
-#include <vector>
 
 #include "windows/com.h"
 
@@ -19,7 +19,7 @@ class MemberIds {
   [[nodiscard]] DISPID find(IDispatch& object, std::string_view name);
 
  private:
-  std::unordered_map<std::string, DISPID> ids_;
+  std::map<std::string, DISPID, std::less<>> ids_;
 };
 
 // How long a server that answers "busy" is waited for, and how often it is asked. Once that was in
@@ -42,7 +42,7 @@ class BusyPatience {
 // An automation object and the class that its members are known by. Every call throws ComError.
 class Dispatch {
  public:
-  using Arguments = std::vector<_variant_t>;
+  using Arguments = std::initializer_list<_variant_t>;
 
   Dispatch() = default;
   Dispatch(ComPtr<IDispatch> object, MemberIds& ids) : object_(std::move(object)), ids_(&ids) {}

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <vector>
 
-#include "store/ado/ado_interfaces.h"
 #include "store/statement_text.h"
 #include "text/ascii.h"
 #include "windows/text.h"
@@ -12,20 +11,36 @@ namespace vlout::store {
 namespace {
 
 using windows::bstr;
-using windows::ComPtr;
+using windows::ComError;
+using windows::Dispatch;
 
+// Of ADO's published numbers those that are used here.
 constexpr long kOptionUnspecified = -1;
+constexpr long kStateOpen = 1;
+constexpr long kUseClient = 3;
+constexpr long kOpenForwardOnly = 0;
+constexpr long kLockUnspecified = -1;
+constexpr long kBinary = 128;
+constexpr long kVarBinary = 204;
+constexpr long kLongVarBinary = 205;
 constexpr long kChunk = 8192;
 
-template <typename Interface>
-ComPtr<Interface> createAdo(const CLSID& classId, const std::array<IID, 2>& interfaces) {
-  ComPtr<Interface> object;
-  HRESULT result = E_NOINTERFACE;
-  for (const IID& each : interfaces) {
-    result = CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, each, &object);
-    if (SUCCEEDED(result)) return object;
-  }
-  throw DatabaseError("ADO: " + windows::errorText(result));
+// By their identifiers: a look-up of the name would cost each query more than its calls.
+constexpr CLSID kConnectionClass{
+    0x00000514, 0x0000, 0x0010, {0x80, 0x00, 0x00, 0xAA, 0x00, 0x6D, 0x2E, 0xA4}};
+constexpr CLSID kRecordsetClass{
+    0x00000535, 0x0000, 0x0010, {0x80, 0x00, 0x00, 0xAA, 0x00, 0x6D, 0x2E, 0xA4}};
+
+Dispatch createAdo(const CLSID& classId, windows::MemberIds& ids) {
+  windows::ComPtr<IDispatch> object;
+  const HRESULT result =
+      CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&object));
+  if (FAILED(result)) throw DatabaseError("ADO: " + windows::errorText(result));
+  return {std::move(object), ids};
+}
+
+_variant_t number(long value) {
+  return {value};
 }
 
 // The bytes of a binary value; ADO gives Null for an empty piece.
@@ -46,7 +61,7 @@ std::string_view bytesOf(const VARIANT& value, std::string& buffer) {
 // The statement as Jet takes it. Within a text it reads what stands between two bars as the name of
 // a parameter, so bars are put together with the text around them. Throws for a statement that is
 // longer than Jet can take.
-_bstr_t jetStatement(std::string_view sql) {
+std::wstring jetStatement(std::string_view sql) {
   static_cast<void>(readStatement(sql));  // one statement and nothing that Jet would not take
   std::string statement;
   bool inText = false;
@@ -58,9 +73,9 @@ _bstr_t jetStatement(std::string_view sql) {
       statement += each;
     }
   }
-  _bstr_t wide = bstr(statement);
-  constexpr unsigned kLongest = 64'000;  // in UTF-16 units
-  if (wide.length() > kLongest) {
+  std::wstring wide = windows::wide(statement);
+  constexpr std::size_t kLongest = 64'000;  // in UTF-16 units
+  if (wide.size() > kLongest) {
     throw DatabaseError("메모가 너무 길어 저장할 수 없습니다(모든 항목을 합하여 64,000자까지)");
   }
   return wide;
@@ -68,42 +83,58 @@ _bstr_t jetStatement(std::string_view sql) {
 
 }  // namespace
 
+template <typename Call>
+auto AdoConnection::guarded(std::string_view what, Call call) {
+  try {
+    return call();
+  } catch (const ComError& error) {
+    std::string text = lastErrors();
+    if (text.empty()) text = error.what();
+    // The beginning tells which statement it was; what follows is people's data.
+    constexpr std::size_t kShown = 32;
+    throw DatabaseError(text + ": " + std::string(what.substr(0, kShown)));
+  }
+}
+
 // A client-side recordset. What was read of the current row is kept until the next one, since a
 // field's text must live that long and long binary fields are read only once in a row.
 class AdoConnection::Rows : public Recordset {
  public:
-  Rows(const AdoConnection& owner, std::string_view sql)
-      : owner_(owner), recordset_(createAdo<Recordset15>(ado::kRecordsetClass, ado::kRecordset)) {
-    const auto require = [&](HRESULT result) { owner_.check(result, sql); };
-    require(recordset_->put_CursorLocation(adUseClient));
-    require(recordset_->Open(_variant_t(jetStatement(sql)),
-                             _variant_t(static_cast<IDispatch*>(owner_.connection_.Get())),
-                             adOpenForwardOnly, adLockUnspecified, kOptionUnspecified));
-    ado::Number count;
-    require(recordset_->get_RecordCount(count.out()));
-    rowCount_ = static_cast<std::size_t>(std::max<std::int64_t>(count.value(), 0));
-    require(recordset_->get_Fields(&fields_));
+  Rows(AdoConnection& owner, std::string_view sql)
+      : owner_(owner), recordset_(createAdo(kRecordsetClass, owner.classes_.recordset)) {
+    owner_.guarded(sql, [&] {
+      recordset_.put("CursorLocation", number(kUseClient));
+      recordset_.call(
+          "Open", {_variant_t(jetStatement(sql).c_str()), _variant_t(owner_.connection_.get()),
+                   number(kOpenForwardOnly), number(kLockUnspecified), number(kOptionUnspecified)});
+      rowCount_ = static_cast<std::size_t>(std::max(recordset_.number("RecordCount"), 0L));
+      fields_ = recordset_.object("Fields", owner_.classes_.fields);
+    });
   }
-  ~Rows() override { recordset_->Close(); }
+  ~Rows() override {
+    try {
+      recordset_.call("Close");
+    } catch (const ComError&) {
+      // It ends with this object anyhow.
+    }
+  }
 
   [[nodiscard]] std::size_t rowCount() const override { return rowCount_; }
 
   [[nodiscard]] bool atEnd() const override {
-    VARIANT_BOOL end = VARIANT_TRUE;
-    owner_.check(recordset_->get_EOF(&end), "EOF");
-    return end != VARIANT_FALSE;
+    return owner_.guarded("EOF", [&] { return recordset_.number("EOF") != 0; });
   }
 
   void moveNext() override {
     values_.clear();
-    owner_.check(recordset_->MoveNext(), "MoveNext");
+    owner_.guarded("MoveNext", [&] { recordset_.call("MoveNext"); });
   }
 
   [[nodiscard]] Field field(std::string_view name) const override {
     for (const Value& value : values_) {
       if (text::equalsIgnoringAsciiCase(value.name, name)) return viewOf(value);
     }
-    auto text = read(name);
+    auto text = owner_.guarded(name, [&] { return read(name); });
     values_.push_back({std::string(name), std::move(text)});
     return viewOf(values_.back());
   }
@@ -120,34 +151,22 @@ class AdoConnection::Rows : public Recordset {
   }
 
   [[nodiscard]] std::unique_ptr<std::string> read(std::string_view name) const {
-    ComPtr<ADOField> field;
-    owner_.check(fields_->get_Item(_variant_t(bstr(name)), &field), name);
-    DataTypeEnum type = adEmpty;
-    owner_.check(field->get_Type(&type), name);
-    if (type == adLongVarBinary || type == adVarBinary || type == adBinary) {
-      return readBinary(*field.Get(), name);
-    }
-    _variant_t value;
-    owner_.check(field->get_Value(&value), name);
+    const Dispatch field = fields_.object("Item", owner_.classes_.field, {bstr(name)});
+    const long type = field.number("Type");
+    if (type == kLongVarBinary || type == kVarBinary || type == kBinary) return readBinary(field);
+    const _variant_t value = field.call("Value");
     if (value.vt == VT_NULL || value.vt == VT_EMPTY) return nullptr;
-    try {
-      return std::make_unique<std::string>(windows::variantText(value));
-    } catch (const windows::ComError& error) {
-      throw DatabaseError(std::string(name) + ": " + error.what());
-    }
+    return std::make_unique<std::string>(windows::variantText(value));
   }
 
   // Piece after piece: the provider starts over when another field is read in between.
-  [[nodiscard]] std::unique_ptr<std::string> readBinary(ADOField& field,
-                                                        std::string_view name) const {
-    ado::Number size;
-    owner_.check(field.get_ActualSize(size.out()), name);
+  [[nodiscard]] static std::unique_ptr<std::string> readBinary(const Dispatch& field) {
+    const long size = field.number("ActualSize");
     auto bytes = std::make_unique<std::string>();
     std::string piece;
     // A provider that does not know the size says -1; the data end with an empty piece then.
-    while (size.value() < 0 || static_cast<std::int64_t>(bytes->size()) < size.value()) {
-      _variant_t chunk;
-      owner_.check(field.GetChunk(kChunk, &chunk), name);
+    while (size < 0 || bytes->size() < static_cast<std::size_t>(size)) {
+      const _variant_t chunk = field.call("GetChunk", {number(kChunk)});
       const std::string_view part = bytesOf(chunk, piece);
       if (part.empty()) break;
       bytes->append(part);
@@ -156,35 +175,38 @@ class AdoConnection::Rows : public Recordset {
     return bytes;
   }
 
-  const AdoConnection& owner_;
-  ComPtr<Recordset15> recordset_;
-  ComPtr<ADOFields> fields_;
+  AdoConnection& owner_;
+  Dispatch recordset_;
+  Dispatch fields_;
   std::size_t rowCount_ = 0;
   mutable std::vector<Value> values_;
 };
 
-AdoConnection::AdoConnection() = default;
-AdoConnection::~AdoConnection() = default;
-
 void AdoConnection::open(const ConnectionSettings& settings) {
-  connection_.Reset();
+  connection_ = {};
   try {
-    connection_ = createAdo<Connection15>(ado::kConnectionClass, ado::kConnection);
-    check(connection_->put_ConnectionTimeout(ConnectionSettings::kTimeoutSeconds), "ADO");
-    const HRESULT result = connection_->Open(bstr(settings.connectionString()), _bstr_t(L""),
-                                             _bstr_t(L""), kOptionUnspecified);
-    // The state decides, not the result: a provider may succeed and still not be open.
-    if (!isOpen()) check(FAILED(result) ? result : E_FAIL, ConnectionSettings::kFileName);
+    connection_ = createAdo(kConnectionClass, classes_.connection);
+    guarded(ConnectionSettings::kFileName, [&] {
+      connection_.put("ConnectionTimeout", number(ConnectionSettings::kTimeoutSeconds));
+      connection_.call("Open", {bstr(settings.connectionString()), _variant_t(L""), _variant_t(L""),
+                                number(kOptionUnspecified)});
+      // The state decides: a provider may succeed and still not be open.
+      if (!isOpen()) throw ComError(E_FAIL, windows::errorText(E_FAIL));
+    });
   } catch (const DatabaseError& error) {
-    if (connection_) connection_->Close();
+    connection_ = {};
     closedBecause_ = error.what();
     throw;
   }
 }
 
 bool AdoConnection::isOpen() const {
-  LONG state = adStateClosed;
-  return connection_ && SUCCEEDED(connection_->get_State(&state)) && (state & adStateOpen) != 0;
+  if (!connection_) return false;
+  try {
+    return (connection_.number("State") & kStateOpen) != 0;
+  } catch (const ComError&) {
+    return false;
+  }
 }
 
 void AdoConnection::requireOpen() const {
@@ -193,10 +215,15 @@ void AdoConnection::requireOpen() const {
 
 std::int64_t AdoConnection::execute(std::string_view sql) {
   requireOpen();
-  _variant_t affected;
-  ComPtr<_ADORecordset> unused;
-  check(connection_->Execute(jetStatement(sql), &affected, kOptionUnspecified, &unused), sql);
-  return text::parseInteger(windows::variantText(affected)).value_or(0);
+  return guarded(sql, [&] {
+    _variant_t affected;
+    _variant_t out;  // where the connection writes the number
+    out.vt = VT_VARIANT | VT_BYREF;
+    out.pvarVal = &affected;
+    connection_.call("Execute",
+                     {_variant_t(jetStatement(sql).c_str()), out, number(kOptionUnspecified)});
+    return text::parseInteger(windows::variantText(affected)).value_or(0);
+  });
 }
 
 std::unique_ptr<Recordset> AdoConnection::query(std::string_view sql) {
@@ -204,38 +231,20 @@ std::unique_ptr<Recordset> AdoConnection::query(std::string_view sql) {
   return std::make_unique<Rows>(*this, sql);
 }
 
-void AdoConnection::check(HRESULT result, std::string_view what) const {
-  if (SUCCEEDED(result)) return;
-  // The beginning tells which statement it was; what follows is people's data.
-  constexpr std::size_t kShown = 32;
-  std::string text = lastErrors();
-  if (text.empty()) {
-    ComPtr<IErrorInfo> info;
-    _bstr_t description;
-    if (GetErrorInfo(0, &info) == S_OK && SUCCEEDED(info->GetDescription(description.GetAddress())))
-      text = windows::variantText(_variant_t(description));
-  }
-  if (text.empty()) text = windows::errorText(result);
-  throw DatabaseError(text + ": " + std::string(what.substr(0, kShown)));
-}
-
-std::string AdoConnection::lastErrors() const {
+std::string AdoConnection::lastErrors() {
   std::string text;
-  ComPtr<ADOErrors> errors;
-  long count = 0;
-  if (!connection_ || FAILED(connection_->get_Errors(&errors))) return text;
-  if (FAILED(errors->get_Count(&count))) return text;
-  for (long i = 0; i < count; ++i) {
-    ComPtr<ADOError> error;
-    _bstr_t description;
-    if (FAILED(errors->get_Item(_variant_t(i), &error)) ||
-        FAILED(error->get_Description(description.GetAddress()))) {
-      continue;
+  try {
+    if (!connection_) return text;
+    const Dispatch errors = connection_.object("Errors", classes_.errors);
+    const long count = errors.number("Count");
+    for (long i = 0; i < count; ++i) {
+      if (!text.empty()) text += " ";
+      text += errors.object("Item", classes_.error, {number(i)}).text("Description");
     }
-    if (!text.empty()) text += " ";
-    text += windows::variantText(_variant_t(description));
+    errors.call("Clear");  // they would be taken for the next failure's
+  } catch (const ComError&) {
+    // What could be read of them is better than none.
   }
-  errors->Clear();  // they would be taken for the next failure's
   return text;
 }
 

@@ -1,20 +1,15 @@
 // The database port on a Jet file through ADO: one ADO connection with the component's own
-// settings, client-side recordsets for reads, the connection's execute for writes. Errors carry
-// ADO's own text.
+// settings, client-side recordsets for reads, the connection's execute for writes, all of it
+// through late-bound calls. Errors carry ADO's own text.
 #pragma once
 
 #include "store/connection.h"
-#include "windows/com.h"
-
-struct Connection15;
+#include "windows/dispatch.h"
 
 namespace vlout::store {
 
 class AdoConnection : public Connection {
  public:
-  AdoConnection();
-  ~AdoConnection() override;
-
   void open(const ConnectionSettings& settings) override;
   [[nodiscard]] bool isOpen() const override;
   std::int64_t execute(std::string_view sql) override;
@@ -24,11 +19,15 @@ class AdoConnection : public Connection {
   class Rows;
 
   void requireOpen() const;
-  // Throws DatabaseError with what the connection says about its last failure.
-  void check(HRESULT result, std::string_view what) const;
-  [[nodiscard]] std::string lastErrors() const;
+  // Makes calls; throws DatabaseError with what the connection says about the one that failed.
+  template <typename Call>
+  auto guarded(std::string_view what, Call call);
+  [[nodiscard]] std::string lastErrors();
 
-  windows::ComPtr<Connection15> connection_;
+  struct {
+    windows::MemberIds connection, recordset, fields, field, errors, error;
+  } classes_;
+  windows::Dispatch connection_;
   std::string closedBecause_ = "데이터베이스가 열려 있지 않습니다.";
 };
 

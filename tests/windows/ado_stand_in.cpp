@@ -1,4 +1,4 @@
-// Stands in for ADO with the Jet provider: the same interfaces over an SQLite file. Where Jet is
+// Stands in for ADO with the Jet provider: the same members over an SQLite file. Where Jet is
 // particular, so is this: one statement a call, a client-side cursor, GetChunk that starts over
 // when another field was read, Null for an empty piece, statements of 64,000 characters at most, no
 // bars in texts, 255 characters in a column that is no memo. What differs between databases is
@@ -14,7 +14,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/windows/ado_unused.h"
+#include "tests/windows/automation_object.h"
 #include "tests/windows/stand_ins.h"
 #include "text/ascii.h"
 #include "text/date_time.h"
@@ -24,13 +24,6 @@
 
 namespace vlout::tests {
 namespace {
-
-using windows::bstr;
-
-// The interface's new name on 64 bits, its old one on 32: the component has to try both.
-const IID& interfaceOf(const std::array<IID, 2>& names) {
-  return sizeof(void*) == 8 ? names[0] : names[1];
-}
 
 std::string switches;
 
@@ -44,6 +37,10 @@ struct Table {
   std::vector<std::vector<Cell>> rows;
   std::size_t row = 0;
   const void* lastField = nullptr;  // that was read
+
+  void requireRow() const {
+    if (row >= rows.size()) throw Failure{static_cast<HRESULT>(0x800A0BCD), "There is no row."};
+  }
 };
 
 bool isSwitchedOn(std::string_view what) {
@@ -66,124 +63,66 @@ std::optional<std::string> translated(const std::string& sql) {
   return result;
 }
 
-class Error : public UnusedError {
+// A number that 64-bit ADO gives out with 64 bits.
+_variant_t wideNumber(std::size_t value) {
+  if (sizeof(void*) == 8) return {static_cast<LONGLONG>(value)};
+  return {static_cast<long>(value)};
+}
+
+class Error : public AutomationObject {
  public:
-  explicit Error(std::string text) : UnusedError({IID_IDispatch}), text_(std::move(text)) {}
-  STDMETHODIMP get_Description(BSTR* text) override {
-    *text = bstr(text_).Detach();
-    return S_OK;
+  explicit Error(std::string text) : AutomationObject("Error"), text_(std::move(text)) {}
+
+ protected:
+  _variant_t get(const std::string& member, const Arguments&) override {
+    if (member == "Description") return textVariant(text_);
+    noSuchMember();
   }
 
  private:
   std::string text_;
 };
 
-class Errors : public UnusedErrors {
+class Errors : public AutomationObject {
  public:
-  explicit Errors(std::string& last) : UnusedErrors({IID_IDispatch}), last_(last) {}
-  STDMETHODIMP get_Count(long* count) override {
-    *count = last_.empty() ? 0 : 1;
-    return S_OK;
-  }
-  STDMETHODIMP get_Item(VARIANT, ADOError** error) override {
-    *error = new Error(last_);
-    return S_OK;
-  }
-  STDMETHODIMP Clear() override {
+  explicit Errors(std::string& last) : AutomationObject("Errors"), last_(last) {}
+
+ protected:
+  _variant_t get(const std::string& member, const Arguments&) override {
+    if (member == "Count") return {last_.empty() ? 0L : 1L};
+    if (member == "Item") return newObject<Error>(last_);
+    if (member != "Clear") noSuchMember();
     last_.clear();
-    return S_OK;
+    return {};
   }
 
  private:
   std::string& last_;  // the connection's
 };
 
-class AdoConnection : public UnusedConnection {
+class AdoConnection : public AutomationObject {
  public:
-  AdoConnection() : UnusedConnection({IID_IDispatch, interfaceOf(store::ado::kConnection)}) {}
+  AdoConnection() : AutomationObject("Connection") {}
   ~AdoConnection() override { sqlite3_close(database_); }
-
-  STDMETHODIMP put_ConnectionTimeout(LONG seconds) override {
-    timeout_ = seconds;
-    return S_OK;
-  }
-
-  STDMETHODIMP Open(BSTR connectionString, BSTR user, BSTR password, long options) override {
-    std::string text = windows::utf8(connectionString);
-    const std::string_view head = "provider=Microsoft.Jet.OLEDB.4.0;Data Source=";
-    const std::string_view tail =
-        ";Jet OLEDB:Database Password=pinewood930417;Persist Security Info=True;User ID=admin";
-    const bool expected = timeout_ == 30 && text.starts_with(head) && text.ends_with(tail) &&
-                          SysStringLen(user) == 0 && SysStringLen(password) == 0 && options == -1;
-    if (!expected) return fail("Not the connection that was agreed.");
-    text = text.substr(head.size(), text.size() - head.size() - tail.size());
-    if (sqlite3_open_v2(text.c_str(), &database_, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
-      const std::string reason = sqlite3_errmsg(database_);
-      Close();
-      return fail(reason);
-    }
-    std::ifstream stream(text::pathOf(text).parent_path() / "jet.txt");
-    switches.assign(std::istreambuf_iterator<char>(stream), {});
-    const auto chr = [](sqlite3_context* call, int, sqlite3_value** values) {
-      const char character = static_cast<char>(sqlite3_value_int(values[0]));
-      sqlite3_result_text(call, &character, 1, SQLITE_TRANSIENT);
-    };
-    sqlite3_create_function(database_, "Chr", 1, SQLITE_UTF8, nullptr, chr, nullptr, nullptr);
-    return S_OK;
-  }
-
-  STDMETHODIMP Close() override {
-    sqlite3_close(database_);
-    database_ = nullptr;
-    return S_OK;
-  }
-
-  STDMETHODIMP get_State(LONG* state) override {
-    *state = database_ == nullptr ? adStateClosed : adStateOpen;
-    return S_OK;
-  }
-
-  STDMETHODIMP get_Errors(ADOErrors** errors) override {
-    *errors = new Errors(lastError_);
-    return S_OK;
-  }
-
-  STDMETHODIMP Execute(BSTR sql, VARIANT* affected, long options, _ADORecordset**) override {
-    if (options != -1) return E_INVALIDARG;
-    const int before = sqlite3_total_changes(database_);
-    sqlite3_exec(database_, "SAVEPOINT s", nullptr, nullptr, nullptr);
-    const auto table = run(windows::utf8(sql));
-    const bool fits = table && textsFit();
-    sqlite3_exec(database_, fits ? "RELEASE s" : "ROLLBACK TO s; RELEASE s", nullptr, nullptr,
-                 nullptr);
-    if (!table) return E_FAIL;
-    if (!fits) return fail("The field is too small to accept the amount of data.");
-    *affected = _variant_t(static_cast<long>(sqlite3_total_changes(database_) - before));
-    return S_OK;
-  }
 
   std::unique_ptr<Table> run(const std::string& jetSql) {
     if (windows::wide(jetSql).size() > 64'000) {
       fail("The SQL statement is too long.");
-      return nullptr;
     }
     const auto translation = translated(jetSql);
     if (!translation) {
       fail("No value given for one or more required parameters.");
-      return nullptr;
     }
     const std::string& sql = *translation;
     sqlite3_stmt* statement = nullptr;
     const char* rest = nullptr;
     if (sqlite3_prepare_v2(database_, sql.c_str(), -1, &statement, &rest) != SQLITE_OK) {
       fail(sqlite3_errmsg(database_));
-      return nullptr;
     }
     const std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)> owned(statement,
                                                                            sqlite3_finalize);
     if (*rest != '\0') {
       fail("Characters found after end of SQL statement.");
-      return nullptr;
     }
     auto table = std::make_unique<Table>();
     const int columns = sqlite3_column_count(statement);
@@ -201,76 +140,135 @@ class AdoConnection : public UnusedConnection {
     }
     if (result == SQLITE_DONE) return table;
     fail(sqlite3_errmsg(database_));
-    return nullptr;
+  }
+
+ protected:
+  void put(const std::string& member, const _variant_t& value) override {
+    if (member != "ConnectionTimeout") noSuchMember();
+    timeout_ = value;
+  }
+  _variant_t get(const std::string& member, const Arguments& arguments) override {
+    if (member == "State") return {database_ == nullptr ? 0L : 1L};
+    if (member == "Errors") return newObject<Errors>(lastError_);
+    if (member == "Execute") {
+      const VARIANT& affected = arguments.at(1);
+      if (affected.vt != (VT_VARIANT | VT_BYREF) || number(arguments.at(2)) != -1)
+        throw Failure{E_INVALIDARG, ""};
+      *affected.pvarVal = _variant_t(execute(textOf(arguments.at(0)))).Detach();
+      return {};
+    }
+    if (member != "Open") noSuchMember();
+    open(arguments);
+    return {};
   }
 
  private:
-  bool textsFit() {
-    const auto tooLong = run(
-        "SELECT i_idx FROM tbl_namecard WHERE max(length(FullName),length(CompanyName),"
-        "length(Department),length(JobTitle),length(email),length(Webpage),length(company_addr),"
-        "length(Categories),length(folder_name))>255");
-    return tooLong == nullptr || tooLong->rows.empty();
+  static long number(const _variant_t& value) { return value; }
+
+  void open(const Arguments& arguments) {
+    std::string text = textOf(arguments.at(0));
+    const std::string_view head = "provider=Microsoft.Jet.OLEDB.4.0;Data Source=";
+    const std::string_view tail =
+        ";Jet OLEDB:Database Password=pinewood930417;Persist Security Info=True;User ID=admin";
+    const bool expected = timeout_ == 30 && text.starts_with(head) && text.ends_with(tail) &&
+                          textOf(arguments.at(1)).empty() && textOf(arguments.at(2)).empty() &&
+                          number(arguments.at(3)) == -1;
+    if (!expected) fail("Not the connection that was agreed.");
+    text = text.substr(head.size(), text.size() - head.size() - tail.size());
+    if (sqlite3_open_v2(text.c_str(), &database_, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
+      const std::string reason = sqlite3_errmsg(database_);
+      sqlite3_close(database_);
+      database_ = nullptr;
+      fail(reason);
+    }
+    std::ifstream stream(text::pathOf(text).parent_path() / "jet.txt");
+    switches.assign(std::istreambuf_iterator<char>(stream), {});
+    const auto chr = [](sqlite3_context* call, int, sqlite3_value** values) {
+      const char character = static_cast<char>(sqlite3_value_int(values[0]));
+      sqlite3_result_text(call, &character, 1, SQLITE_TRANSIENT);
+    };
+    sqlite3_create_function(database_, "Chr", 1, SQLITE_UTF8, nullptr, chr, nullptr, nullptr);
   }
 
-  HRESULT fail(const std::string& text) {
+  long execute(const std::string& sql) {
+    const int before = sqlite3_total_changes(database_);
+    sqlite3_exec(database_, "SAVEPOINT s", nullptr, nullptr, nullptr);
+    try {
+      run(sql);
+      if (!textsFit()) fail("The field is too small to accept the amount of data.");
+    } catch (const Failure&) {
+      sqlite3_exec(database_, "ROLLBACK TO s; RELEASE s", nullptr, nullptr, nullptr);
+      throw;
+    }
+    sqlite3_exec(database_, "RELEASE s", nullptr, nullptr, nullptr);
+    return sqlite3_total_changes(database_) - before;
+  }
+
+  bool textsFit() {
+    return run("SELECT i_idx FROM tbl_namecard WHERE max(length(FullName),length(CompanyName),"
+               "length(Department),length(JobTitle),length(email),length(Webpage),"
+               "length(company_addr),length(Categories),length(folder_name))>255")
+        ->rows.empty();
+  }
+
+  [[noreturn]] void fail(const std::string& text) {
     lastError_ = "[Jet] " + text;
-    return E_FAIL;
+    throw Failure{E_FAIL, lastError_};
   }
 
   sqlite3* database_ = nullptr;
-  LONG timeout_ = 15;
+  long timeout_ = 15;
   std::string lastError_;
 };
 
-class AdoField : public UnusedField {
+class AdoField : public AutomationObject {
  public:
   AdoField(std::shared_ptr<Table> table, std::size_t column)
-      : UnusedField({IID_IDispatch}), table_(std::move(table)), column_(column) {}
+      : AutomationObject("Field"), table_(std::move(table)), column_(column) {}
 
-  STDMETHODIMP get_Type(DataTypeEnum* type) override {
+ protected:
+  _variant_t get(const std::string& member, const Arguments& arguments) override {
     const bool binary = text::equalsIgnoringAsciiCase(table_->columns[column_], "Thumbnail");
-    *type = binary ? adLongVarBinary : adVarWChar;
-    return S_OK;
+    if (member == "Type") return {binary ? 205L : 202L};  // adLongVarBinary, adVarWChar
+    if (member == "Value") return value();
+    if (member == "ActualSize") {
+      return isSwitchedOn("sizes") ? _variant_t(-1L) : wideNumber(cell().bytes.size());
+    }
+    if (member == "GetChunk" && binary) return chunk(arguments.at(0));
+    noSuchMember();
   }
-  STDMETHODIMP get_Value(VARIANT* value) override {
+
+ private:
+  [[nodiscard]] _variant_t value() {
     table_->lastField = this;
     const Cell& each = cell();
     const auto date = isDate() ? text::parseDateTime(each.bytes) : std::nullopt;
-    if (each.type == SQLITE_NULL) {
-      value->vt = VT_NULL;
-    } else if (date) {
-      *value = _variant_t(windows::toAutomationDate(*date), VT_DATE).Detach();
-    } else if (each.type == SQLITE_INTEGER) {
-      *value = _variant_t(std::stol(each.bytes)).Detach();
-    } else {
-      *value = _variant_t(bstr(each.bytes)).Detach();
-    }
-    return S_OK;
+    if (each.type == SQLITE_NULL) return nullVariant();
+    if (date) return {windows::toAutomationDate(*date), VT_DATE};
+    if (each.type == SQLITE_INTEGER) return {std::stol(each.bytes)};
+    return textVariant(each.bytes);
   }
-  STDMETHODIMP get_ActualSize(long* size) override {
-    const auto bytes = static_cast<ADO_LONGPTR>(cell().bytes.size());
-    *reinterpret_cast<ADO_LONGPTR*>(size) = isSwitchedOn("sizes") ? -1 : bytes;
-    return S_OK;
-  }
-  STDMETHODIMP GetChunk(long length, VARIANT* chunk) override {
+  [[nodiscard]] _variant_t chunk(long length) {
     if (table_->lastField != this) position_ = 0;
     table_->lastField = this;
     const std::string piece = cell().bytes.substr(position_, static_cast<std::size_t>(length));
     position_ += piece.size();
-    chunk->vt = VT_NULL;
-    if (piece.empty()) return S_OK;
+    if (piece.empty()) return nullVariant();
     SAFEARRAY* const array = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(piece.size()));
     void* data = nullptr;
     SafeArrayAccessData(array, &data);
     std::copy(piece.begin(), piece.end(), static_cast<char*>(data));
     SafeArrayUnaccessData(array);
-    chunk->vt = VT_ARRAY | VT_UI1;
-    chunk->parray = array;
-    return S_OK;
+    _variant_t bytes;
+    bytes.vt = VT_ARRAY | VT_UI1;
+    bytes.parray = array;
+    return bytes;
   }
-
- private:
+  static _variant_t nullVariant() {
+    _variant_t value;
+    value.vt = VT_NULL;
+    return value;
+  }
   [[nodiscard]] bool isDate() const {
     const std::string& name = table_->columns[column_];
     return isSwitchedOn("dates") &&
@@ -283,66 +281,69 @@ class AdoField : public UnusedField {
   std::size_t position_ = 0;
 };
 
-class AdoFields : public UnusedFields {
+class AdoFields : public AutomationObject {
  public:
   explicit AdoFields(std::shared_ptr<Table> table)
-      : UnusedFields({IID_IDispatch}), table_(std::move(table)) {}
+      : AutomationObject("Fields"), table_(std::move(table)) {}
 
-  STDMETHODIMP get_Item(VARIANT index, ADOField** field) override {
-    const std::string name = windows::variantText(index);
+ protected:
+  _variant_t get(const std::string& member, const Arguments& arguments) override {
+    if (member != "Item") noSuchMember();
+    const std::string name = textOf(arguments.at(0));
     for (std::size_t i = 0; i < table_->columns.size(); ++i) {
       if (!text::equalsIgnoringAsciiCase(table_->columns[i], name)) continue;
-      if (table_->row >= table_->rows.size()) return static_cast<HRESULT>(0x800A0BCD);
-      *field = new AdoField(table_, i);
-      return S_OK;
+      table_->requireRow();
+      return newObject<AdoField>(table_, i);
     }
-    return static_cast<HRESULT>(0x800A0CC1);  // adErrItemNotFound
+    throw Failure{static_cast<HRESULT>(0x800A0CC1), "There is no such item."};
   }
 
  private:
   std::shared_ptr<Table> table_;
 };
 
-class AdoRecordset : public UnusedRecordset {
+class AdoRecordset : public AutomationObject {
  public:
-  AdoRecordset() : UnusedRecordset({IID_IDispatch, interfaceOf(store::ado::kRecordset)}) {}
+  AdoRecordset() : AutomationObject("Recordset") {}
 
-  STDMETHODIMP put_CursorLocation(CursorLocationEnum location) override {
-    clientSide_ = location == adUseClient;
-    return S_OK;
+ protected:
+  void put(const std::string& member, const _variant_t& value) override {
+    if (member != "CursorLocation") noSuchMember();
+    clientSide_ = static_cast<long>(value) == 3;
   }
-  STDMETHODIMP Open(VARIANT source, VARIANT connection, CursorTypeEnum cursor, LockTypeEnum lock,
-                    LONG options) override {
-    const bool expected = clientSide_ && connection.vt == VT_DISPATCH &&
-                          cursor == adOpenForwardOnly && lock == adLockUnspecified && options == -1;
-    if (!expected) return E_INVALIDARG;
-    auto& owner = *static_cast<AdoConnection*>(static_cast<Connection15*>(connection.pdispVal));
-    table_ = owner.run(windows::variantText(source));
-    return table_ ? S_OK : E_FAIL;
-  }
-  STDMETHODIMP Close() override {
-    table_.reset();
-    return S_OK;
-  }
-  STDMETHODIMP get_RecordCount(long* count) override {
-    *reinterpret_cast<ADO_LONGPTR*>(count) = static_cast<ADO_LONGPTR>(table_->rows.size());
-    return S_OK;
-  }
-  STDMETHODIMP get_EOF(VARIANT_BOOL* end) override {
-    *end = table_->row >= table_->rows.size() ? VARIANT_TRUE : VARIANT_FALSE;
-    return S_OK;
-  }
-  STDMETHODIMP MoveNext() override {
-    if (table_->row >= table_->rows.size()) return static_cast<HRESULT>(0x800A0BCD);
-    ++table_->row;
-    return S_OK;
-  }
-  STDMETHODIMP get_Fields(ADOFields** fields) override {
-    *fields = new AdoFields(table_);
-    return S_OK;
+  _variant_t get(const std::string& member, const Arguments& arguments) override {
+    if (member == "Open") {
+      open(arguments);
+    } else if (!table_) {
+      throw Failure{static_cast<HRESULT>(0x800A0E78), "The recordset is closed."};
+    } else if (member == "Close") {
+      table_.reset();
+    } else if (member == "RecordCount") {
+      return wideNumber(table_->rows.size());
+    } else if (member == "EOF") {
+      return {table_->row >= table_->rows.size()};
+    } else if (member == "MoveNext") {
+      table_->requireRow();
+      ++table_->row;
+    } else if (member == "Fields") {
+      return newObject<AdoFields>(table_);
+    } else {
+      noSuchMember();
+    }
+    return {};
   }
 
  private:
+  void open(const Arguments& arguments) {
+    const VARIANT& connection = arguments.at(1);
+    const auto number = [&](std::size_t i) { return static_cast<long>(arguments.at(i)); };
+    const bool expected = clientSide_ && connection.vt == VT_DISPATCH && number(2) == 0 &&
+                          number(3) == -1 && number(4) == -1;
+    if (!expected) throw Failure{E_INVALIDARG, ""};
+    auto& owner = static_cast<AdoConnection&>(static_cast<AutomationObject&>(*connection.pdispVal));
+    table_ = owner.run(textOf(arguments.at(0)));
+  }
+
   std::shared_ptr<Table> table_;
   bool clientSide_ = false;
 };

@@ -3,21 +3,6 @@
 namespace vlout::tests {
 namespace {
 
-// The members of a class are numbered as they are first asked for, each class in a range of its
-// own: a number of another class is none.
-struct Members {
-  DISPID first;
-  std::vector<std::string> names;
-};
-
-Members& membersOf(const std::string& typeName) {
-  static std::map<std::string, Members> classes;
-  const auto known = classes.find(typeName);
-  if (known != classes.end()) return known->second;
-  const auto first = static_cast<DISPID>(1000 * (classes.size() + 1));
-  return classes.emplace(typeName, Members{first, {}}).first->second;
-}
-
 // Type information that knows nothing but the name.
 class NamedType : public windows::Counted<ITypeInfo> {
  public:
@@ -53,31 +38,49 @@ class NamedType : public windows::Counted<ITypeInfo> {
 
 }  // namespace
 
+// The members of a class are numbered as they are first asked for, each class in a range of its
+// own: a number of another class is none.
+struct AutomationObject::Members {
+  std::string typeName;
+  DISPID first;
+  std::vector<std::string> names;
+};
+
+AutomationObject::Members& AutomationObject::membersOf(std::string_view typeName) {
+  static std::map<std::string, Members, std::less<>> classes;
+  if (const auto known = classes.find(typeName); known != classes.end()) return known->second;
+  const auto first = static_cast<DISPID>(1000 * (classes.size() + 1));
+  const std::string name(typeName);
+  return classes.emplace(name, Members{name, first, {}}).first->second;
+}
+
+AutomationObject::AutomationObject(std::string_view typeName)
+    : Counted({IID_IDispatch}), members_(membersOf(typeName)) {}
+
 STDMETHODIMP AutomationObject::GetTypeInfoCount(UINT* count) {
   *count = 1;
   return S_OK;
 }
 
 STDMETHODIMP AutomationObject::GetTypeInfo(UINT, LCID, ITypeInfo** info) {
-  *info = new NamedType(typeName_);
+  *info = new NamedType(members_.typeName);
   return S_OK;
 }
 
 STDMETHODIMP AutomationObject::GetIDsOfNames(REFIID, LPOLESTR* names, UINT, LCID, DISPID* ids) {
   const std::string name = windows::utf8(names[0]);
-  auto& [first, known] = membersOf(typeName_);
+  auto& known = members_.names;
   const auto place = std::find(known.begin(), known.end(), name) - known.begin();
   if (static_cast<std::size_t>(place) == known.size()) known.push_back(name);
-  ids[0] = first + static_cast<DISPID>(place);
+  ids[0] = members_.first + static_cast<DISPID>(place);
   return S_OK;
 }
 
 STDMETHODIMP AutomationObject::Invoke(DISPID id, REFIID, LCID, WORD flags, DISPPARAMS* parameters,
                                       VARIANT* result, EXCEPINFO* exception, UINT*) {
-  const auto& [first, known] = membersOf(typeName_);
-  const auto place = static_cast<std::size_t>(id - first);
-  if (id < first || place >= known.size()) return DISP_E_MEMBERNOTFOUND;
-  const std::string member = known[place];
+  const auto place = static_cast<std::size_t>(id - members_.first);
+  if (id < members_.first || place >= members_.names.size()) return DISP_E_MEMBERNOTFOUND;
+  const std::string& member = members_.names[place];
   Arguments arguments;
   for (UINT i = parameters->cArgs; i > 0; --i) arguments.emplace_back(parameters->rgvarg[i - 1]);
   try {

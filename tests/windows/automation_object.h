@@ -31,14 +31,16 @@ class AutomationObject : public windows::Counted<IDispatch> {
 
  protected:
   // `typeName` is what the object's type information calls it.
-  explicit AutomationObject(std::string typeName)
-      : Counted({IID_IDispatch}), typeName_(std::move(typeName)) {}
+  explicit AutomationObject(std::string_view typeName);
 
   virtual _variant_t get(const std::string& member, const Arguments& arguments) = 0;
   virtual void put(const std::string& member, const _variant_t& value);
 
  private:
-  std::string typeName_;
+  struct Members;
+  static Members& membersOf(std::string_view typeName);
+
+  Members& members_;
 };
 
 [[noreturn]] inline void noSuchMember() {

@@ -4,7 +4,6 @@
 #include <array>
 #include <string>
 
-#include "store/ado/ado_interfaces.h"
 #include "windows/com.h"
 #include "windows/counted.h"
 
@@ -19,8 +18,12 @@ struct StandIn {
 };
 
 const std::array<StandIn, 4> kStandIns{
-    {{vlout::store::ado::kConnectionClass, L"ADODB.Connection", vlout::tests::newAdoConnection},
-     {vlout::store::ado::kRecordsetClass, L"ADODB.Recordset", vlout::tests::newAdoRecordset},
+    {{{0x00000514, 0, 0x10, {0x80, 0, 0, 0xAA, 0, 0x6D, 0x2E, 0xA4}},
+      L"ADODB.Connection",
+      vlout::tests::newAdoConnection},
+     {{0x00000535, 0, 0x10, {0x80, 0, 0, 0xAA, 0, 0x6D, 0x2E, 0xA4}},
+      L"ADODB.Recordset",
+      vlout::tests::newAdoRecordset},
      {{0x0006F03A, 0, 0, {0xC0, 0, 0, 0, 0, 0, 0, 0x46}},
       L"Outlook.Application",
       vlout::tests::newOutlookApplication},
