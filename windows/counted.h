@@ -48,12 +48,18 @@ class Counted : public Interface {
   std::atomic<ULONG> references_{1};
 };
 
+// Takes a reference over. MinGW's `ComPtr::Attach` adds one of its own, which nobody would let go.
+template <typename Interface>
+[[nodiscard]] Microsoft::WRL::ComPtr<Interface> owned(Interface* object) {
+  Microsoft::WRL::ComPtr<Interface> pointer;
+  *pointer.GetAddressOf() = object;
+  return pointer;
+}
+
 // A new object, held by its first reference.
 template <typename Object, typename... Arguments>
 [[nodiscard]] Microsoft::WRL::ComPtr<Object> makeCounted(Arguments&&... arguments) {
-  Microsoft::WRL::ComPtr<Object> object;
-  object.Attach(new Object(std::forward<Arguments>(arguments)...));  // NOLINT: it ends by itself
-  return object;
+  return owned(new Object(std::forward<Arguments>(arguments)...));  // NOLINT: it ends by itself
 }
 
 }  // namespace vlout::windows
