@@ -36,10 +36,13 @@ class TemporaryFile {
   std::filesystem::path path_;
 };
 
-// Sets `removed` with the first one that goes.
-void removeAttachments(outlook::Contact& contact, std::string_view name, bool& removed) {
+// Those of the card's picture. Some stores forget the name that one was given and fall back on
+// that of its file. Sets `removed` with the first one that goes.
+void removeAttachments(outlook::Contact& contact, std::string_view name, std::string_view file,
+                       bool& removed) {
   for (std::size_t i = contact.attachmentCount(); i >= 1; --i) {
-    if (!text::equalsIgnoringCase(contact.attachmentName(i), name)) continue;
+    const std::string each = contact.attachmentName(i);
+    if (!text::equalsIgnoringCase(each, name) && !text::equalsIgnoringCase(each, file)) continue;
     contact.removeAttachment(i);
     removed = true;
   }
@@ -59,9 +62,10 @@ void CardPictureFiles::attach(outlook::Contact& contact, const store::Recordset&
     const std::string id(store::nullSafe(row.field("i_idx")));
     const TemporaryFile file(folder_ / text::pathOf("명함이미지" + id + ".jpg"));
     saveFieldToFile(file.path(), *picture, FieldSaving::Chunks, kChunk);
+    const std::string fileName = text::pathText(file.path().filename());
     std::string name(store::nullSafe(row.field("Fname")));
-    if (name.empty()) name = text::pathText(file.path().filename());
-    removeAttachments(contact, name, removed);
+    if (name.empty()) name = fileName;
+    removeAttachments(contact, name, fileName, removed);
     if (std::filesystem::exists(file.path())) contact.addAttachment(file.path(), name);
   } catch (const std::runtime_error& error) {
     // Saved now, the contact would have lost the picture that it had.

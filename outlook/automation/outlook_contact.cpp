@@ -12,7 +12,8 @@ namespace {
 using windows::bstr;
 using windows::Dispatch;
 
-constexpr long kTextType = 1;  // olText
+constexpr long kTextType = 1;       // olText
+constexpr long kContactClass = 40;  // olContact
 
 std::string_view nameOf(ContactProperty property) {
   return propertyInfo(property).objectModelName;
@@ -33,14 +34,18 @@ text::DateTime dateOf(const _variant_t& value) {
 
 }  // namespace
 
-std::string typeNameOf(IDispatch& object) {
+std::string typeNameOf(const Dispatch& item) {
   windows::ComPtr<ITypeInfo> info;
   _bstr_t name;
-  HRESULT result = object.GetTypeInfo(0, LOCALE_USER_DEFAULT, &info);
+  HRESULT result = item.get()->GetTypeInfo(0, LOCALE_USER_DEFAULT, &info);
   if (SUCCEEDED(result)) {
     result = info->GetDocumentation(MEMBERID_NIL, name.GetAddress(), nullptr, nullptr, nullptr);
   }
-  if (FAILED(result)) throw ContactStoreError("TypeName: " + windows::errorText(result));
+  if (FAILED(result)) {
+    windows::MemberIds ids;  // its class is not known yet, and each numbers its members by itself
+    const long number = Dispatch(item.get(), ids).number("Class");
+    return number == kContactClass ? std::string(kContactItem) : std::to_string(number);
+  }
   std::string text = windows::variantText(_variant_t(name));
   // The interface of the class ContactItem is called _ContactItem.
   if (text.starts_with('_')) text.erase(0, 1);
@@ -66,7 +71,7 @@ const Dispatch& OutlookContact::attachments() {
 
 std::string OutlookContact::typeName() {
   return guarded([&] {
-    if (typeName_.empty()) typeName_ = typeNameOf(*item().get());
+    if (typeName_.empty()) typeName_ = typeNameOf(item());
     return typeName_;
   });
 }
@@ -76,7 +81,12 @@ std::string OutlookContact::entryId() {
 }
 
 std::string OutlookContact::text(ContactProperty property) {
-  return guarded([&] { return item().text(nameOf(property)); });
+  return guarded([&] {
+    std::string value = item().text(nameOf(property));
+    // Stores hand a memo back with a line break more, which would grow with each transfer.
+    if (property == ContactProperty::Body) value.resize(value.find_last_not_of("\r\n") + 1);
+    return value;
+  });
 }
 
 void OutlookContact::setText(ContactProperty property, std::string_view value) {
@@ -179,11 +189,26 @@ void OutlookContact::addAttachment(const std::filesystem::path& file, std::strin
 }
 
 void OutlookContact::save() {
-  guarded([&] { item().call("Save"); });
+  guarded([&] {
+    if (!lastTime_) lastTime_ = dateOf(item().call("LastModificationTime"));
+    item().call("Save");
+    timeBeforeSave_ = lastTime_;
+  });
 }
 
+// Some stores move the time of what was saved only for those who open it anew.
 text::DateTime OutlookContact::lastModificationTime() {
-  return guarded([&] { return dateOf(item().call("LastModificationTime")); });
+  return guarded([&] {
+    lastTime_ = dateOf(item().call("LastModificationTime"));
+    if (lastTime_ == timeBeforeSave_) {
+      item_ = find_(item().text("EntryID"));
+      userProperties_ = {};
+      attachments_ = {};
+      lastTime_ = dateOf(item().call("LastModificationTime"));
+    }
+    timeBeforeSave_.reset();
+    return *lastTime_;
+  });
 }
 
 }  // namespace vlout::outlook::automation

@@ -1,10 +1,12 @@
 // One item of Outlook's contacts folder, or a new contact, through automation. The item is opened
 // when it is first asked for more than its type, edited through that one reference, and let go
 // with this object: Outlook keeps whatever stays referenced in memory, and servers refuse to have
-// more than some hundreds of items open.
+// more than some hundreds of items open. What stores hand back otherwise than it was saved is put
+// right here.
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "outlook/contact_store.h"
@@ -15,19 +17,24 @@ namespace vlout::outlook::automation {
 // The member ids of each class of Outlook's objects that the adapter uses.
 struct OutlookClasses {
   windows::MemberIds application, nameSpace, folder, items, item, userProperties, userProperty,
-      attachments, attachment;
+      attachments, attachment, table, columns, tableRow;
 };
 
-// The type name of an automation object, as a script would see it: "ContactItem".
-[[nodiscard]] std::string typeNameOf(IDispatch& object);
+// The type name of an item as a script would see it: "ContactItem". Where an item has no type
+// information, since Outlook was up- or downgraded, its `Class` tells.
+[[nodiscard]] std::string typeNameOf(const windows::Dispatch& item);
 
 class OutlookContact : public Contact {
  public:
   using Opener = std::function<windows::Dispatch()>;
+  using Finder = std::function<windows::Dispatch(const std::string& entryId)>;
 
-  // `typeName` may be empty when it is not known yet.
-  OutlookContact(OutlookClasses& classes, Opener open, std::string typeName)
-      : classes_(classes), open_(std::move(open)), typeName_(std::move(typeName)) {}
+  // `typeName` may be empty when it is not known yet; `find` opens an item that is in the folder.
+  OutlookContact(OutlookClasses& classes, Opener open, Finder find, std::string typeName)
+      : classes_(classes),
+        open_(std::move(open)),
+        find_(std::move(find)),
+        typeName_(std::move(typeName)) {}
 
   [[nodiscard]] std::string typeName() override;
   [[nodiscard]] std::string text(ContactProperty property) override;
@@ -57,7 +64,10 @@ class OutlookContact : public Contact {
 
   OutlookClasses& classes_;
   Opener open_;
+  Finder find_;
   std::string typeName_;
+  std::optional<text::DateTime> lastTime_;        // as it was last read
+  std::optional<text::DateTime> timeBeforeSave_;  // until it is known to have moved
   windows::Dispatch item_;
   windows::Dispatch userProperties_;
   windows::Dispatch attachments_;

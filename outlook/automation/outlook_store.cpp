@@ -16,6 +16,10 @@ using windows::Dispatch;
 constexpr wchar_t kProgId[] = L"Outlook.Application";
 constexpr long kContactsFolder = 10;  // olFolderContacts
 constexpr long kContactItemCode = 2;  // olContactItem
+// A user property of the type text, as a table's column.
+constexpr wchar_t kKeyColumn[] =
+    L"http://schemas.microsoft.com/mapi/string/{00020329-0000-0000-C000-000000000046}/VLID"
+    L"/0x0000001f";
 
 ComPtr<IDispatch> runningInstance(const CLSID& classId) {
   ComPtr<IUnknown> object;
@@ -65,6 +69,7 @@ bool OutlookStore::connect() {
   connectFailure_.clear();
   application_ = Dispatch(std::move(application), classes_.application);
   items_ = {};
+  folder_ = {};
   nameSpace_ = {};
   return true;
 }
@@ -72,10 +77,9 @@ bool OutlookStore::connect() {
 void OutlookStore::openContactsFolder(const std::function<void()>& afterEach) {
   guarded([&] {
     nameSpace_ = application_.object("GetNamespace", classes_.nameSpace, {_variant_t(L"MAPI")});
-    const Dispatch folder =
-        nameSpace_.object("GetDefaultFolder", classes_.folder, {_variant_t(kContactsFolder)});
-    storeId_ = folder.text("StoreID");
-    items_ = folder.object("Items", classes_.items);
+    folder_ = nameSpace_.object("GetDefaultFolder", classes_.folder, {_variant_t(kContactsFolder)});
+    storeId_ = folder_.text("StoreID");
+    items_ = folder_.object("Items", classes_.items);
     // Outlook's order moves when an item is saved by anyone, and the walk takes a while.
     constexpr int kTries = 3;
     changedMeanwhile_ = true;
@@ -89,30 +93,107 @@ bool OutlookStore::readEntries(const std::function<void()>& afterEach) {
   std::unordered_set<std::string> seen;
   const long count = items_.number("Count");
   entries_.reserve(static_cast<std::size_t>(count));
+  const NextEntry next = walk();
   bool unchanged = true;
+  long walked = 0;
   ULONGLONG last = GetTickCount64();
-  for (long i = 1; i <= count; ++i) {
-    Entry entry = readEntry(i);
-    if (!entry.id.empty() && !seen.insert(entry.id).second) {
+  while (auto entry = next(walked + 1)) {
+    ++walked;
+    if (!entry->id.empty() && !seen.insert(entry->id).second) {
       unchanged = false;
     } else {
-      entries_.push_back(std::move(entry));
+      entries_.push_back(std::move(*entry));
     }
     constexpr ULONGLONG kInterval = 50;  // in milliseconds
     if (GetTickCount64() - last < kInterval) continue;
     afterEach();
     last = GetTickCount64();
   }
-  return unchanged && items_.number("Count") == count;
+  return unchanged && walked == count && items_.number("Count") == count;
+}
+
+// The values of a table's row; what is no text is an empty one.
+struct OutlookStore::TableRow {
+  std::string id, messageClass, key;
+
+  explicit TableRow(const _variant_t& values)
+      : id(textAt(values, 0)), messageClass(textAt(values, 1)), key(textAt(values, 2)) {}
+
+ private:
+  static std::string textAt(const _variant_t& values, LONG index) {
+    _variant_t value;
+    if (values.vt != (VT_ARRAY | VT_VARIANT) ||
+        FAILED(SafeArrayGetElement(values.parray, &index, &value)) || value.vt != VT_BSTR) {
+      return {};
+    }
+    return windows::variantText(value);
+  }
+};
+
+// Through the folder's table where it has one, which tells what most items are without opening
+// them; else through the items themselves.
+OutlookStore::NextEntry OutlookStore::walk() {
+  if (const Dispatch table = openTable()) {
+    return [this, table](long) -> std::optional<Entry> {
+      if (table.number("EndOfTable") != 0) return std::nullopt;
+      const Dispatch row = table.object("GetNextRow", classes_.tableRow);
+      return entryOf(TableRow(row.call("GetValues")));
+    };
+  }
+  return [this, count = items_.number("Count")](long index) -> std::optional<Entry> {
+    if (index > count) return std::nullopt;
+    Entry entry;
+    readItem(entry, [&] { return items_.object("Item", classes_.item, {_variant_t(index)}); });
+    return entry;
+  };
+}
+
+// Outlook has tables since 2007; whether one offers a user property is the store's affair.
+Dispatch OutlookStore::openTable() {
+  try {
+    Dispatch table = folder_.object("GetTable", classes_.table);
+    const Dispatch columns = table.object("Columns", classes_.columns);
+    columns.call("RemoveAll");
+    columns.call("Add", {_variant_t(L"EntryID")});
+    columns.call("Add", {_variant_t(L"MessageClass")});
+    columns.call("Add", {_variant_t(kKeyColumn)});
+    return table;
+  } catch (const windows::ComError&) {
+    return {};
+  }
+}
+
+// A contact whose key the table tells is not opened. One without may have a key all the same, of
+// another type or spelling.
+OutlookStore::Entry OutlookStore::entryOf(const TableRow& row) {
+  Entry entry{.id = row.id, .typeName = {}, .key = {}, .name = {}, .failure = {}};
+  try {
+    guarded([&] { entry.typeName = typeNameOfClass(row); });
+  } catch (const ContactStoreError& error) {
+    entry.failure = error.what();
+    return entry;
+  }
+  if (entry.typeName != kContactItem) return entry;
+  entry.key = row.key;
+  if (!entry.key.empty()) return entry;
+  readItem(entry, [&] { return find(row.id); });
+  return entry;
+}
+
+// Items of one message class have one type, and its first item tells it.
+std::string OutlookStore::typeNameOfClass(const TableRow& row) {
+  const auto known = typeNames_.find(row.messageClass);
+  if (known != typeNames_.end()) return known->second;
+  std::string name = typeNameOf(find(row.id));
+  if (!row.messageClass.empty()) typeNames_.emplace(row.messageClass, name);
+  return name;
 }
 
 // Items of other types are asked for no more than that: their members have other ids than a
 // contact's.
-OutlookStore::Entry OutlookStore::readEntry(long index) {
-  Entry entry;
+void OutlookStore::readItem(Entry& entry, const OutlookContact::Opener& open) {
   try {
-    OutlookContact contact(
-        classes_, [&] { return items_.object("Item", classes_.item, {_variant_t(index)}); }, "");
+    OutlookContact contact(classes_, open, nullptr, entry.typeName);
     entry.typeName = contact.typeName();
     if (entry.typeName == kContactItem) {
       entry.id = contact.entryId();
@@ -123,7 +204,6 @@ OutlookStore::Entry OutlookStore::readEntry(long index) {
     entry.typeName.clear();
     entry.failure = error.what();
   }
-  return entry;
 }
 
 bool OutlookStore::mayHideContacts() const {
@@ -140,11 +220,16 @@ std::unique_ptr<Contact> OutlookStore::item(std::size_t index) {
   auto open = [this, &entry] {
     // Never by its index: Outlook's order may have moved, and it would be another contact.
     if (entry.id.empty()) throw ContactStoreError(entry.failure);
-    return nameSpace_.object(
-        "GetItemFromID", classes_.item,
-        {_variant_t(windows::bstr(entry.id)), _variant_t(windows::bstr(storeId_))});
+    return find(entry.id);
   };
-  return std::make_unique<OutlookContact>(classes_, open, entry.typeName);
+  return std::make_unique<OutlookContact>(
+      classes_, open, [this](const std::string& id) { return find(id); }, entry.typeName);
+}
+
+Dispatch OutlookStore::find(const std::string& entryId) {
+  return nameSpace_.object(
+      "GetItemFromID", classes_.item,
+      {_variant_t(windows::bstr(entryId)), _variant_t(windows::bstr(storeId_))});
 }
 
 Dispatch OutlookStore::createItem() {
@@ -153,7 +238,8 @@ Dispatch OutlookStore::createItem() {
 
 std::unique_ptr<Contact> OutlookStore::create() {
   return std::make_unique<OutlookContact>(
-      classes_, [this] { return createItem(); }, std::string(kContactItem));
+      classes_, [this] { return createItem(); }, [this](const std::string& id) { return find(id); },
+      std::string(kContactItem));
 }
 
 std::string OutlookStore::chooseCategories() {

@@ -3,6 +3,8 @@
 // ids as they were when it was opened, since Outlook's own order moves while items are saved.
 #pragma once
 
+#include <map>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -35,7 +37,7 @@ class OutlookStore : public ContactStore {
 
  private:
   // What is known of an item since the folder was opened. Items that are no contacts have a type
-  // alone, those that could not be read nothing but the cause.
+  // alone, those that could not be read no type but the cause.
   struct Entry {
     std::string id;
     std::string typeName;
@@ -43,18 +45,29 @@ class OutlookStore : public ContactStore {
     PersonName name;  // of a contact without a key
     std::string failure;
   };
+  struct TableRow;
+
+  // The next item of a walk; nothing at its end.
+  using NextEntry = std::function<std::optional<Entry>(long index)>;
 
   // False when the folder has changed meanwhile: an item was seen twice, or not at all.
   [[nodiscard]] bool readEntries(const std::function<void()>& afterEach);
-  [[nodiscard]] Entry readEntry(long index);
+  [[nodiscard]] NextEntry walk();
+  [[nodiscard]] windows::Dispatch openTable();
+  [[nodiscard]] Entry entryOf(const TableRow& row);
+  [[nodiscard]] std::string typeNameOfClass(const TableRow& row);
+  void readItem(Entry& entry, const OutlookContact::Opener& open);
+  [[nodiscard]] windows::Dispatch find(const std::string& entryId);
   [[nodiscard]] windows::Dispatch createItem();
 
   OutlookClasses classes_;
   windows::Dispatch application_;
   windows::Dispatch nameSpace_;
+  windows::Dispatch folder_;
   windows::Dispatch items_;
   std::string storeId_;  // of the folder: an entry id alone may name nothing
   std::vector<Entry> entries_;
+  std::map<std::string, std::string> typeNames_;  // of message classes
   bool changedMeanwhile_ = false;
   std::string connectFailure_;
 };

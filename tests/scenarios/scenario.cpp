@@ -163,7 +163,8 @@ std::vector<std::string> outcome(store::Connection& database, const std::vector<
   std::vector<std::string> lines;
   for (const Record& contact : contacts) {
     Record record = ordered(contact);
-    if (contact.get("type") == "DistListItem") continue;
+    const std::string type = contact.get("type");
+    if (!type.empty() && type != "ContactItem") continue;
     const std::string modified = contact.get("modified").substr(0, 19);
     record.set("modified", modified >= kRunsBegin ? "saved" : modified);
     lines.push_back("contact " + record.line());

@@ -335,7 +335,9 @@ class AdoRecordset : public AutomationObject {
 
  private:
   void open(const Arguments& arguments) {
-    const VARIANT& connection = arguments.at(1);
+    const VARIANT& given = arguments.at(1);
+    const bool isReference = given.vt == (VT_VARIANT | VT_BYREF);  // a script's variable
+    const VARIANT& connection = isReference ? *given.pvarVal : given;
     const auto number = [&](std::size_t i) { return static_cast<long>(arguments.at(i)); };
     const bool expected = clientSide_ && connection.vt == VT_DISPATCH && number(2) == 0 &&
                           number(3) == -1 && number(4) == -1;

@@ -255,7 +255,7 @@ def main():
     print("# Generated.\n[only under Wine]\n[cards]")
     for row in model.rows.values():
         print(record(row, [key for key in ROW if key != "p_idx"]))
-    print("[contacts]")
+    print("[contacts]\ntype=Application\tlike=old")
     for item in model.items:
         shown = dict(item)
         if "outcome" in item:

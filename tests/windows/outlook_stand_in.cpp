@@ -2,6 +2,11 @@
 // that VLOUT_TEST_OUTLOOK names. It behaves as the real one where that matters to the component:
 // items open as copies, a saved item moves to the end, entry ids find items whatever their place,
 // and calls fail as a record's "fault=Member:code:times" says, or "…:times:after so many calls".
+// A record of the type "Application" holds the application's own faults, and as words of "like" in
+// what Outlooks and stores differ: "old" ones have no tables; tables may offer no user property
+// ("keyless"); items have no type information ("untyped"); memos come back with a line break more
+// ("lines"), attachments under their file's name ("names"), and the time of what was saved moves
+// only in an item that is opened anew ("times").
 #include "tests/windows/stand_ins.h"
 
 #include <windows.h>
@@ -11,6 +16,7 @@
 #include <fstream>
 #include <iterator>
 #include <map>
+#include <memory>
 #include <sstream>
 
 #include "outlook/person_name.h"
@@ -51,9 +57,14 @@ class Folder {
     return *found;
   }
 
+  [[nodiscard]] bool isLike(std::string_view what) const {
+    return application_.get("like").find(what) != std::string::npos;
+  }
+
   void save(Record& item) {
+    const std::string before = item.get("modified");
     if (item.get("id").empty()) item.set("id", "E" + std::to_string(1000 + records_.size()));
-    std::erase_if(records_, [&](const Record& each) { return each.get("id") == item.get("id"); });
+    remove(item.get("id"));
     SYSTEMTIME now{};
     GetLocalTime(&now);
     char stamp[40];
@@ -61,6 +72,12 @@ class Folder {
                   now.wDay, now.wHour, now.wMinute, now.wSecond, now.wMilliseconds);
     item.set("modified", stamp);
     records_.push_back(item);
+    if (isLike("times")) item.set("modified", before);
+    write();
+  }
+
+  void remove(const std::string& id) {
+    std::erase_if(records_, [&](const Record& each) { return each.get("id") == id; });
     write();
   }
 
@@ -113,7 +130,7 @@ class Folder {
 
   std::filesystem::path file_;
   std::vector<Record> records_;
-  Record application_;  // its faults alone; they stand in a record of the type "Application"
+  Record application_;
   std::map<std::string, int> calls_;  // of members that have a fault
 };
 
@@ -209,6 +226,7 @@ class OneAttachment : public PublishedObject<Attachment> {
     return give(value_.substr(0, value_.rfind('|')), name);
   }
   STDMETHODIMP put_DisplayName(BSTR name) override {
+    if (Folder::instance().isLike("names")) return S_OK;
     value_ = windows::utf8(name) + value_.substr(value_.rfind('|'));
     return S_OK;
   }
@@ -306,6 +324,10 @@ class Item : public PublishedObject<Interface> {
  public:
   explicit Item(const Record& record) : item_(record) {}
 
+  STDMETHODIMP GetTypeInfo(UINT index, LCID locale, ITypeInfo** info) override {
+    if (Folder::instance().isLike("untyped")) return TYPE_E_LIBNOTREGISTERED;
+    return PublishedObject<Interface>::GetTypeInfo(index, locale, info);
+  }
   STDMETHODIMP get_EntryID(BSTR* id) override { return give(item_.get("id"), id); }
   STDMETHODIMP get_LastModificationTime(DATE* time) override {
     *time = dateOf(item_.get("modified"));
@@ -364,6 +386,10 @@ class ContactItem : public Item<_ContactItem> {
     item_.set("Gender", std::to_string(gender));
     return S_OK;
   }
+  STDMETHODIMP Delete() override {
+    Folder::instance().remove(item_.get("id"));
+    return S_OK;
+  }
   STDMETHODIMP ShowCategoriesDialog() override {
     item_.set("Categories", "거래처");
     return S_OK;
@@ -371,7 +397,7 @@ class ContactItem : public Item<_ContactItem> {
 
 #define TEXT_PROPERTY(number, name)               \
   STDMETHODIMP get_##name(BSTR* value) override { \
-    return give(item_.get(#name), value);         \
+    return give(text(#name), value);              \
   }                                               \
   STDMETHODIMP put_##name(BSTR value) override {  \
     return set(#name, windows::utf8(value));      \
@@ -389,6 +415,11 @@ class ContactItem : public Item<_ContactItem> {
 #undef DATE_PROPERTY
 
  private:
+  std::string text(std::string_view name) {
+    const std::string value = item_.get(name);
+    const bool grows = name == "Body" && !value.empty() && Folder::instance().isLike("lines");
+    return grows ? value + "\r\n" : value;
+  }
   HRESULT set(const char* name, const std::string& value) {
     item_.set(name, value);
     return S_OK;
@@ -437,6 +468,93 @@ class FolderItems : public PublishedObject<_Items> {
   }
 };
 
+std::string valueOf(const Record& record, const std::string& column) {
+  if (column == "EntryID") return record.get("id");
+  if (column != "MessageClass") return record.get("user:VLID");
+  return record.get("type") == "ContactItem" ? "IPM.Contact" : "IPM.DistList";
+}
+
+class OneRow : public PublishedObject<Row> {
+ public:
+  explicit OneRow(std::vector<std::string> values) : values_(std::move(values)) {}
+  STDMETHODIMP GetValues(VARIANT* result) override {
+    SAFEARRAY* const array =
+        SafeArrayCreateVector(VT_VARIANT, 0, static_cast<ULONG>(values_.size()));
+    for (LONG i = 0; i < static_cast<LONG>(values_.size()); ++i) {
+      const std::string& value = values_[static_cast<std::size_t>(i)];
+      _variant_t cell = value.empty() ? _variant_t() : textVariant(value);
+      SafeArrayPutElement(array, &i, &cell);
+    }
+    result->vt = VT_ARRAY | VT_VARIANT;
+    result->parray = array;
+    return S_OK;
+  }
+
+ private:
+  std::vector<std::string> values_;
+};
+
+class OneColumn : public PublishedObject<Column> {
+ public:
+  explicit OneColumn(std::string name) : name_(std::move(name)) {}
+  STDMETHODIMP get_Name(BSTR* name) override { return give(name_, name); }
+
+ private:
+  std::string name_;
+};
+
+class TableColumns : public PublishedObject<Columns> {
+ public:
+  using Names = std::shared_ptr<std::vector<std::string>>;
+  explicit TableColumns(Names names) : names_(std::move(names)) {}
+  // Members of the object model by their own names, user properties by namespace and type.
+  STDMETHODIMP Add(BSTR name, Column** result) override {
+    return guarded([&] {
+      const std::string text = windows::utf8(name);
+      const bool known = text == "EntryID" || text == "MessageClass" ||
+                         text ==
+                             "http://schemas.microsoft.com/mapi/string/"
+                             "{00020329-0000-0000-C000-000000000046}/VLID/0x0000001f";
+      if (!known) throw Failure{E_INVALIDARG, "The property is unknown."};
+      names_->push_back(text);
+      *result = new OneColumn(text);
+    });
+  }
+  STDMETHODIMP RemoveAll() override {
+    names_->clear();
+    return S_OK;
+  }
+
+ private:
+  Names names_;
+};
+
+class FolderTable : public PublishedObject<Table> {
+ public:
+  STDMETHODIMP get_Columns(Columns** result) override {
+    *result = new TableColumns(columns_);
+    return S_OK;
+  }
+  STDMETHODIMP get_EndOfTable(VARIANT_BOOL* end) override {
+    *end = next_ == rows_.size() ? VARIANT_TRUE : VARIANT_FALSE;
+    return S_OK;
+  }
+  STDMETHODIMP GetNextRow(Row** result) override {
+    if (next_ == rows_.size()) return E_FAIL;
+    std::vector<std::string> values;
+    for (const std::string& column : *columns_) values.push_back(valueOf(rows_[next_], column));
+    ++next_;
+    *result = new OneRow(std::move(values));
+    return S_OK;
+  }
+
+ private:
+  std::vector<Record> rows_ = Folder::instance().records();
+  std::size_t next_ = 0;
+  TableColumns::Names columns_ = std::make_shared<std::vector<std::string>>(
+      std::vector<std::string>{"EntryID", "Subject", "CreationTime"});
+};
+
 constexpr const char* kStore = "00000000-store";
 
 class ContactsFolder : public PublishedObject<MAPIFolder> {
@@ -446,6 +564,11 @@ class ContactsFolder : public PublishedObject<MAPIFolder> {
     return S_OK;
   }
   STDMETHODIMP get_StoreID(BSTR* id) override { return give(kStore, id); }
+  STDMETHODIMP GetTable(VARIANT, VARIANT, Table** result) override {
+    if (Folder::instance().isLike("old")) return DISP_E_MEMBERNOTFOUND;
+    *result = new FolderTable;
+    return S_OK;
+  }
 };
 
 class NameSpace : public PublishedObject<_NameSpace> {
@@ -468,6 +591,11 @@ class NameSpace : public PublishedObject<_NameSpace> {
 
 class Application : public PublishedObject<_Application> {
  public:
+  Application() { ++living_; }
+  ~Application() override {
+    if (--living_ == 0) applicationEnded();
+  }
+  STDMETHODIMP get_Version(BSTR* version) override { return give("0.0", version); }
   STDMETHODIMP CreateItem(OlItemType type, IDispatch** result) override {
     return guarded([&] {
       if (type != olContactItem) throw Failure{E_INVALIDARG, "No such item."};
@@ -484,6 +612,9 @@ class Application : public PublishedObject<_Application> {
 
  protected:
   void before(const std::string& member) override { Folder::instance().checkFault(member); }
+
+ private:
+  inline static int living_ = 0;
 };
 
 // The skin framework: notes what it is told in `skin.txt` beside the contacts.

@@ -9,6 +9,9 @@ namespace vlout::tests {
 
 [[nodiscard]] std::filesystem::path folderOfStandIns();
 
+// The last reference to an application has gone: a program of its own ends then.
+void applicationEnded();
+
 [[nodiscard]] IUnknown* newOutlookApplication();
 [[nodiscard]] IUnknown* newSkinFramework();
 [[nodiscard]] IUnknown* newAdoConnection();

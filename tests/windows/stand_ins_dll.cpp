@@ -2,14 +2,13 @@
 #include "tests/windows/stand_ins.h"
 
 #include <array>
+#include <fstream>
 #include <string>
 
 #include "windows/com.h"
 #include "windows/counted.h"
 
 namespace {
-
-using vlout::windows::ComPtr;
 
 struct StandIn {
   CLSID classId;
@@ -35,9 +34,7 @@ class Factory : public vlout::windows::Counted<IClassFactory> {
  public:
   explicit Factory(const StandIn& standIn) : Counted({IID_IClassFactory}), standIn_(standIn) {}
   STDMETHODIMP CreateInstance(IUnknown*, REFIID iid, void** result) override {
-    ComPtr<IUnknown> object;
-    object.Attach(standIn_.make());
-    return object.CopyTo(iid, result);
+    return vlout::windows::owned(standIn_.make()).CopyTo(iid, result);
   }
   STDMETHODIMP LockServer(BOOL) override { return S_OK; }
 
@@ -58,6 +55,10 @@ std::filesystem::path vlout::tests::folderOfStandIns() {
   wchar_t file[MAX_PATH] = L"";
   GetModuleFileNameW(self, file, MAX_PATH);
   return std::filesystem::path(file).parent_path();
+}
+
+void vlout::tests::applicationEnded() {
+  std::ofstream(std::filesystem::path(_wgetenv(L"VLOUT_TEST_OUTLOOK")) / "ended.txt") << "ended\n";
 }
 
 BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID) {
