@@ -16,7 +16,7 @@
 #include "outlook/contact_store.h"
 #include "outlook/vcard/folder.h"
 #include "store/sqlite/sqlite_connection.h"
-#include "transfer/run_window.h"
+#include "transfer/run.h"
 
 namespace vlout::history {
 

@@ -3,9 +3,9 @@
 // sees a form.
 #pragma once
 
-#include <stdexcept>
-#include <string>
 #include <string_view>
+
+#include "transfer/run.h"
 
 namespace vlout::outlook {
 class Contact;
@@ -50,29 +50,6 @@ class RunWindow {
 
   // The same while a run is still being prepared, without the wait. A wish to stop is kept.
   virtual void keepAlive() { static_cast<void>(yield()); }
-};
-
-// Ends a run at once, where another failure would only cost it a record. The text says why.
-class RunAborted : public std::runtime_error {
- public:
-  using std::runtime_error::runtime_error;
-};
-
-// How a run ended; a run that failed ends with an exception instead.
-enum class RunEnd { Completed, Stopped };
-
-// What is known of a run when it begins. The words are those of the command line.
-struct RunDescription {
-  std::string mode;           // import, export or sync
-  std::string range;          // of an export
-  bool addsContacts = false;  // cards that have no contact get one
-  bool preview = false;
-};
-
-struct RunOutcome {
-  enum End { Completed, Stopped, NothingToDo, Failed };
-  End end = Failed;
-  std::string text;  // the counts of a run, or why it failed
 };
 
 // Keeps the run button disabled for the length of a run, whatever ends it.

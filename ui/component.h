@@ -12,7 +12,7 @@
 
 #include "outlook/contact_store.h"
 #include "store/connection.h"
-#include "transfer/run_window.h"
+#include "transfer/run.h"
 #include "ui/desk.h"
 
 namespace vlout::ui {

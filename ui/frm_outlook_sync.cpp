@@ -443,11 +443,11 @@ void frmOutlookSync::runRecorded() {
 RunDescription frmOutlookSync::description() {
   RunDescription run;
   run.preview = previewing_;
-  run.mode = Combo1.index() == kImport ? "import" : Combo1.index() == kExport ? "export" : "sync";
+  run.mode = transfer::kModeWords.at(static_cast<std::size_t>(Combo1.index()));
   if (Combo1.index() == kExport) {
-    const bool group = Combo2.index() == kGroup;
-    run.range = Combo2.index() == kAllCards ? "all" : group ? "group" : "selected";
-    if (group) run.range += "(" + exportFolder_.name + (Check3.isChecked() ? "…" : "") + ")";
+    run.range = transfer::kRangeWords.at(static_cast<std::size_t>(Combo2.index()));
+    if (Combo2.index() == kGroup)
+      run.range += "(" + exportFolder_.name + (Check3.isChecked() ? "…" : "") + ")";
     run.addsContacts = Export_Check1.isChecked();
   }
   return run;

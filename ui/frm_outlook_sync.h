@@ -24,8 +24,10 @@ namespace vlout::ui {
 
 class frmOutlookSync : public Form, private transfer::RunWindow, private transfer::ConflictDialog {
  public:
-  enum Mode { kImport = 0, kExport = 1, kSync = 2 };
-  enum Range { kSelectedCards = 0, kGroup = 1, kAllCards = 2 };
+  using Mode = transfer::Mode;
+  using Range = transfer::Range;
+  using enum transfer::Mode;
+  using enum transfer::Range;
 
   frmOutlookSync(Toolkit& toolkit, Component& component);
 

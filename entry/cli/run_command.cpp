@@ -1,6 +1,7 @@
 #include "entry/cli/run_command.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
 #include <iostream>
 #include <map>
@@ -162,13 +163,23 @@ std::string checkBoxSetting(const std::string& text) {
   return "OUT_CHECK1 … OUT_CHECK10 또는 chadd 뒤에 =0 이나 =1 이 와야 합니다: " + text;
 }
 
+using Words = std::array<std::string_view, 3>;
+
+CLI::IsMember isOneOf(const Words& words) {
+  return CLI::IsMember(std::vector<std::string>(words.begin(), words.end()));
+}
+
+// What a word stands for that `isOneOf` has let through.
+template <typename Choice>
+Choice choiceOf(const Words& words, const std::string& word) {
+  return static_cast<Choice>(std::find(words.begin(), words.end(), word) - words.begin());
+}
+
 // Where no host has left a list, all cards are meant.
-frmOutlookSync::Range rangeOf(const Arguments& arguments, const std::filesystem::path& folder) {
-  const std::map<std::string, frmOutlookSync::Range> ranges{
-      {"selected", frmOutlookSync::kSelectedCards},
-      {"group", frmOutlookSync::kGroup},
-      {"all", frmOutlookSync::kAllCards}};
-  if (!arguments.range.empty()) return ranges.at(arguments.range);
+transfer::Range rangeOf(const Arguments& arguments, const std::filesystem::path& folder) {
+  if (!arguments.range.empty()) {
+    return choiceOf<transfer::Range>(transfer::kRangeWords, arguments.range);
+  }
   if (!arguments.group.empty()) return frmOutlookSync::kGroup;
   return ExportList(folder).isThere() ? frmOutlookSync::kSelectedCards : frmOutlookSync::kAllCards;
 }
@@ -215,16 +226,13 @@ int runUnwatched(const RunRequest& request, const Arguments& arguments) {
 
 int runGiven(const Arguments& arguments) {
   using OnConflict = ui::TerminalToolkit::OnConflict;
-  const std::map<std::string, frmOutlookSync::Mode> modes{{"import", frmOutlookSync::kImport},
-                                                          {"export", frmOutlookSync::kExport},
-                                                          {"sync", frmOutlookSync::kSync}};
   const std::map<std::string, OnConflict> answers{{"skip", OnConflict::Skip},
                                                   {"newer", OnConflict::TakeNewer},
                                                   {"card", OnConflict::KeepCard},
                                                   {"outlook", OnConflict::KeepOutlook},
                                                   {"stop", OnConflict::Stop}};
   RunRequest request;
-  request.mode = modes.at(arguments.mode);
+  request.mode = choiceOf<transfer::Mode>(transfer::kModeWords, arguments.mode);
   request.onConflict = answers.at(arguments.onConflict);
   request.folder = componentFolder(arguments.folder);
   request.contacts = contactsPlace(arguments.contacts, request.folder);
@@ -251,13 +259,13 @@ void addRunCommand(CLI::App& app, int& status) {
   run->add_option("transfer", arguments->mode,
                   "import 아웃룩→벨모라, export 벨모라→아웃룩, sync 상호갱신")
       ->required()
-      ->check(CLI::IsMember({"import", "export", "sync"}));
+      ->check(isOneOf(transfer::kModeWords));
   addFolderOption(*run, arguments->folder);
   addContactsOption(*run, arguments->contacts);
   run->add_option("--range", arguments->range,
                   "내보내기 범위: selected 선택항목(호스트의 목록이 있을 때의 기본값), group 그룹, "
                   "all 전체자료(목록이 없을 때의 기본값)")
-      ->check(CLI::IsMember({"selected", "group", "all"}));
+      ->check(isOneOf(transfer::kRangeWords));
   run->add_option("--group", arguments->group,
                   "내보낼 그룹 또는 가져온 연락처를 둘 그룹: 번호, 경로(거래처/서울) 또는 이름");
   run->add_flag("--subgroups", arguments->subgroups, "하위그룹 포함 (--range group)");
