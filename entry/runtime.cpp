@@ -71,20 +71,21 @@ std::vector<ui::FieldChange> Runtime::takeChanges() {
   return preview_ ? preview_->takeChanges() : std::vector<ui::FieldChange>();
 }
 
-std::string Runtime::runBegins(const ui::RunDescription& run) {
-  std::string objection = platform_.runBegins ? platform_.runBegins(run) : std::string();
+std::string Runtime::beginRunOrObject(const ui::RunDescription& run) {
+  std::string objection =
+      platform_.beginRunOrObject ? platform_.beginRunOrObject(run) : std::string();
   if (!objection.empty() || !platform_.completeCutShort || !connection().isOpen()) return objection;
   try {
     platform_.completeCutShort(connection(), contacts());
   } catch (const std::exception& error) {
-    runEnded({ui::RunOutcome::Failed, error.what()});
+    endRun({ui::RunOutcome::Failed, error.what()});
     return error.what();
   }
   return {};
 }
 
-void Runtime::runEnded(const ui::RunOutcome& outcome) {
-  if (platform_.runEnded) platform_.runEnded(outcome);
+void Runtime::endRun(const ui::RunOutcome& outcome) {
+  if (platform_.endRun) platform_.endRun(outcome);
 }
 
 std::filesystem::path Runtime::temporaryFolder() const {

@@ -35,10 +35,10 @@ struct Platform {
   std::unique_ptr<ui::Toolkit> toolkit;
   // Where runs can be previewed, and where they are recorded.
   std::function<std::unique_ptr<Preview>()> makePreview = {};
-  std::function<std::string(const ui::RunDescription&)> runBegins = {};
+  std::function<std::string(const ui::RunDescription&)> beginRunOrObject = {};
   // Called once a run or its preview has begun, with the stores that it works on.
   std::function<void(store::Connection&, outlook::ContactStore&)> completeCutShort = {};
-  std::function<void(const ui::RunOutcome&)> runEnded = {};
+  std::function<void(const ui::RunOutcome&)> endRun = {};
   std::shared_ptr<ui::Desk> desk = {};
 };
 
@@ -81,8 +81,8 @@ class Runtime : public ui::Component {
   void beginPreview() override;
   void endPreview() override;
   [[nodiscard]] std::vector<ui::FieldChange> takeChanges() override;
-  [[nodiscard]] std::string runBegins(const ui::RunDescription& run) override;
-  void runEnded(const ui::RunOutcome& outcome) override;
+  [[nodiscard]] std::string beginRunOrObject(const ui::RunDescription& run) override;
+  void endRun(const ui::RunOutcome& outcome) override;
   void releaseContacts() override { contacts_.reset(); }
   [[nodiscard]] ui::Desk* desk() override { return platform_.desk.get(); }
   [[nodiscard]] std::int32_t& selectedGroupParent() override { return selectedGroupParent_; }

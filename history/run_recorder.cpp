@@ -53,7 +53,7 @@ RunRecorder::RunRecorder(std::filesystem::path componentFolder,
       emptied_(std::move(emptied)),
       runs_(folder_) {}
 
-std::string RunRecorder::begins(const transfer::RunDescription& run) {
+std::string RunRecorder::beginOrObject(const transfer::RunDescription& run) {
   try {
     if (run.addsContacts) {
       if (auto objection = objectionToEmptied(run.preview); !objection.empty()) return objection;
@@ -185,7 +185,7 @@ void RunRecorder::completeCutShort(store::SqliteConnection& connection,
   completeDates(runs_, contacts_, current, connection, contacts);
 }
 
-void RunRecorder::ended(const transfer::RunOutcome& outcome) {
+void RunRecorder::end(const transfer::RunOutcome& outcome) {
   if (!record_) return;
   RunRecord record = std::move(*record_);
   record_.reset();

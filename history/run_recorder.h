@@ -39,9 +39,9 @@ class RunRecorder {
     count_ = std::move(count);
   }
 
-  // A reason not to start, or an empty text; then `ended` follows, unless it is a preview.
-  [[nodiscard]] std::string begins(const transfer::RunDescription& run);
-  void ended(const transfer::RunOutcome& outcome);
+  // The objection to a run, or an empty text; then `end` follows, unless it is a preview.
+  [[nodiscard]] std::string beginOrObject(const transfer::RunDescription& run);
+  void end(const transfer::RunOutcome& outcome);
 
   [[nodiscard]] bool isRecording() const { return record_.has_value(); }
   // The number of the run under way.
@@ -67,7 +67,7 @@ class RunRecorder {
   }
 
   // Completes what an earlier run has left by halves (history/completion.h). To be called between
-  // `begins` and the reading of rows, with the stores of the run or of its preview. Throws
+  // `beginOrObject` and the reading of rows, with the stores of the run or of its preview. Throws
   // DatabaseError, ContactStoreError, std::system_error and RunAborted.
   void completeCutShort(store::SqliteConnection& connection, outlook::ContactStore& contacts);
 

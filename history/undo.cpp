@@ -250,7 +250,7 @@ void Undo::perform() {
   transfer::RunDescription description;
   description.mode = kUndoMode;
   description.range = std::to_string(run_.number);
-  const std::string objection = recorder.begins(description);
+  const std::string objection = recorder.beginOrObject(description);
   if (!objection.empty()) throw UndoError(objection);
   const int number = recorder.number();
   try {
@@ -263,11 +263,11 @@ void Undo::perform() {
     putFilesBack(recorder);
     lock_->flush();
   } catch (const std::exception& error) {
-    recorder.ended({transfer::RunOutcome::Failed, error.what()});
+    recorder.end({transfer::RunOutcome::Failed, error.what()});
     throw;
   }
-  recorder.ended({transfer::RunOutcome::Completed, "명함=" + std::to_string(rows_.size()) +
-                                                       "/연락처=" + std::to_string(files_.size())});
+  recorder.end({transfer::RunOutcome::Completed, "명함=" + std::to_string(rows_.size()) +
+                                                     "/연락처=" + std::to_string(files_.size())});
   markRuns(number);
 }
 

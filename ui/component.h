@@ -69,13 +69,13 @@ class Component {
   virtual void endPreview() {}
   [[nodiscard]] virtual std::vector<FieldChange> takeChanges() { return {}; }
 
-  // The frame of every run: `runBegins` gives a reason not to start it, or an empty text, and then
-  // `runEnded` follows.
-  [[nodiscard]] virtual std::string runBegins(const RunDescription& run) {
+  // The frame of every run: an objection keeps it from starting; after an empty one `endRun`
+  // follows.
+  [[nodiscard]] virtual std::string beginRunOrObject(const RunDescription& run) {
     static_cast<void>(run);
     return {};
   }
-  virtual void runEnded(const RunOutcome& outcome) { static_cast<void>(outcome); }
+  virtual void endRun(const RunOutcome& outcome) { static_cast<void>(outcome); }
 
   // The shared option values; `saveOptions` writes them to the option file.
   [[nodiscard]] virtual OptionValues& options() = 0;

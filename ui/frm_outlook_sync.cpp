@@ -414,7 +414,7 @@ void frmOutlookSync::run(Purpose purpose) {
 }
 
 void frmOutlookSync::runRecorded() {
-  const std::string objection = component_.runBegins(description());
+  const std::string objection = component_.beginRunOrObject(description());
   if (!objection.empty()) {
     refuse(objection);
     return;
@@ -437,7 +437,7 @@ void frmOutlookSync::runRecorded() {
   } catch (const std::exception& error) {
     failed(withCause(kDatabaseFailed, error.what()), error.what());
   }
-  component_.runEnded(outcome_);
+  component_.endRun(outcome_);
 }
 
 RunDescription frmOutlookSync::description() {

@@ -22,7 +22,7 @@ struct Confirmed {
   std::filesystem::path contacts;
   history::EmptiedFolder howToConfirm;
 
-  std::string begins(const ui::RunDescription& run, history::RunRecorder& recorder) {
+  std::string beginOrObject(const ui::RunDescription& run, history::RunRecorder& recorder) {
     if (auto objection = objectionToFolderOfFolders(contacts); !objection.empty()) {
       return objection;
     }
@@ -31,7 +31,7 @@ struct Confirmed {
       howToConfirm.goOn = howToConfirm.askAgain;
       return moved + howToConfirm.howToGoOn;
     }
-    std::string objection = recorder.begins(run);
+    std::string objection = recorder.beginOrObject(run);
     if (objection.empty() && !run.preview) rememberContacts(componentFolder, contacts);
     return objection;
   }
@@ -72,15 +72,16 @@ Platform makePlatform(const std::filesystem::path& componentFolder,
                                                                     std::move(changed), index);
             });
           },
-      .runBegins = [recorder, confirmed = std::make_shared<Confirmed>(
-                                  Confirmed{componentFolder, contacts, emptied})](
-                       const ui::RunDescription& run) { return confirmed->begins(run, *recorder); },
+      .beginRunOrObject =
+          [recorder,
+           confirmed = std::make_shared<Confirmed>(Confirmed{componentFolder, contacts, emptied})](
+              const ui::RunDescription& run) { return confirmed->beginOrObject(run, *recorder); },
       // The connections of this platform are all of this kind, that of a preview too.
       .completeCutShort =
           [recorder](store::Connection& connection, outlook::ContactStore& store) {
             recorder->completeCutShort(dynamic_cast<store::SqliteConnection&>(connection), store);
           },
-      .runEnded = [recorder](const ui::RunOutcome& outcome) { recorder->ended(outcome); },
+      .endRun = [recorder](const ui::RunOutcome& outcome) { recorder->end(outcome); },
       .desk = std::make_shared<LinuxDesk>(componentFolder, contacts),
   };
   if (side) side->use(platform, recorder);

@@ -510,14 +510,14 @@ TEST_F(HistoryTest, AskedAgainAnExportFillsAnEmptiedFolder) {
   for (const auto& name : cardFiles()) std::filesystem::remove(contactsFolder() / name);
   RunRecorder recorder(folder(), contactsFolder(), {.askAgain = true, .howToGoOn = "다시!"});
   transfer::RunDescription description;
-  EXPECT_EQ(recorder.begins(description), "");  // one that adds nothing
-  recorder.ended({});
+  EXPECT_EQ(recorder.beginOrObject(description), "");  // one that adds nothing
+  recorder.end({});
   description.addsContacts = true;
   description.preview = true;
-  EXPECT_THAT(recorder.begins(description), HasSubstr("다시!"));
+  EXPECT_THAT(recorder.beginOrObject(description), HasSubstr("다시!"));
   description.preview = false;
-  EXPECT_THAT(recorder.begins(description), HasSubstr("다시!"));
-  EXPECT_EQ(recorder.begins(description), "");
+  EXPECT_THAT(recorder.beginOrObject(description), HasSubstr("다시!"));
+  EXPECT_EQ(recorder.beginOrObject(description), "");
 }
 
 TEST_F(HistoryTest, AFolderOnAnotherDiskIsCopied) {
