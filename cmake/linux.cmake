@@ -94,7 +94,7 @@ find_package(Qt6 6.4 REQUIRED COMPONENTS Widgets)
 add_library(vlout_qt STATIC
   ui/qt/form_window.cpp
   ui/qt/list_model.cpp
-  ui/qt/pictures.cpp
+  ui/qt/picture_pixmap.cpp
   ui/qt/qt_toolkit.cpp
   ui/qt/skins.cpp
   ui/qt/widgets.cpp)

@@ -23,7 +23,7 @@ namespace fs = std::filesystem;
 
 std::size_t countCardFiles(const fs::path& folder) {
   std::size_t count = 0;
-  const posix::FileDescriptor directory(posix::openUnnoticed(folder.c_str(), O_DIRECTORY));
+  const posix::FileDescriptor directory(posix::openKeepingAccessTime(folder.c_str(), O_DIRECTORY));
   if (!outlook::vcard::forEachCardFile(directory.get(), [&](const char*) { ++count; })) {
     throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
   }

@@ -14,7 +14,7 @@ namespace {
 namespace fs = std::filesystem;
 
 void sync(const fs::path& path) {
-  const posix::FileDescriptor file(posix::openUnnoticed(path.c_str()));
+  const posix::FileDescriptor file(posix::openKeepingAccessTime(path.c_str()));
   if (file.get() < 0 || ::fsync(file.get()) != 0) {
     throw std::system_error(errno, std::generic_category(), path.string());
   }

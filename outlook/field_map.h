@@ -8,8 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "outlook/card_pictures.h"
 #include "outlook/contact_store.h"
+#include "outlook/picture_attacher.h"
 #include "store/address_line.h"
 #include "store/connection.h"
 
@@ -52,7 +52,7 @@ enum class ContactWrite {
 struct MapOptions {
   bool splitName = true;   // "성,이름 분리해서 보내기"
   bool protectFax = true;  // "팩스번호는 아웃룩 정보를 보호함"
-  CardPictures* pictures = nullptr;
+  PictureAttacher* pictures = nullptr;
 };
 
 // Writes every mapped field of the row's current record into the contact, stamps it with `VLID` and

@@ -26,7 +26,8 @@ class FileDescriptor {
 
 // Opens a file for reading. No access time tells of it, where the system lets this user look that
 // way. A name that is not absolute is relative to `folder`.
-[[nodiscard]] inline int openUnnoticed(const char* name, int flags = 0, int folder = AT_FDCWD) {
+[[nodiscard]] inline int openKeepingAccessTime(const char* name, int flags = 0,
+                                               int folder = AT_FDCWD) {
   const int file = ::openat(folder, name, flags | O_RDONLY | O_CLOEXEC | O_NOATIME);
   if (file >= 0 || errno != EPERM) return file;
   return ::openat(folder, name, flags | O_RDONLY | O_CLOEXEC);
@@ -41,7 +42,7 @@ inline constexpr int kNotRegular = ENXIO;
                                      int folder = AT_FDCWD) {
   constexpr int kNoWaiting = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
   const bool isLook = (flags & O_ACCMODE) == O_RDONLY;
-  const int file = isLook ? openUnnoticed(name, flags | kNoWaiting, folder)
+  const int file = isLook ? openKeepingAccessTime(name, flags | kNoWaiting, folder)
                           : ::openat(folder, name, flags | kNoWaiting, 0600);
   struct stat status {};
   if (file < 0 || (::fstat(file, &status) == 0 && S_ISREG(status.st_mode))) {

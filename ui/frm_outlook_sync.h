@@ -14,7 +14,7 @@
 #include "transfer/conflict_dialog.h"
 #include "transfer/run_window.h"
 #include "transfer/work_list.h"
-#include "ui/card_picture.h"
+#include "ui/card_picture_attacher.h"
 #include "ui/component.h"
 #include "ui/controls.h"
 #include "ui/form.h"
@@ -140,7 +140,7 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   bool saveOutlookSide(const transfer::ConflictPair& pair) override;
 
   Component& component_;
-  std::optional<CardPictureFiles> pictures_;              // of a run
+  std::optional<CardPictureAttacher> pictures_;           // of a run
   std::unique_ptr<frmOutlookSyncModify> conflictWindow_;  // while a conflict is being settled
   ExportFolder exportFolder_;
   std::array<std::int16_t, 3> done_{};

@@ -37,7 +37,7 @@ bool isSamePlace(const fs::path& a, const fs::path& b) {
 // cannot be read has none. No access time tells of it.
 template <typename Use>
 bool anyEntry(const fs::path& folder, Use use) {
-  const int opened = posix::openUnnoticed(folder.c_str(), O_DIRECTORY);
+  const int opened = posix::openKeepingAccessTime(folder.c_str(), O_DIRECTORY);
   if (opened < 0) return false;
   const std::unique_ptr<DIR, int (*)(DIR*)> directory(::fdopendir(opened), ::closedir);
   while (const dirent* const entry = ::readdir(directory.get())) {

@@ -14,7 +14,7 @@
 #include "entry/cli/platform.h"
 #include "entry/orun.h"
 #include "text/file_path.h"
-#include "ui/qt/pictures.h"
+#include "ui/qt/picture_pixmap.h"
 #include "ui/qt/qt_toolkit.h"
 
 namespace {

@@ -40,7 +40,7 @@ std::string bookOfMirror(const fs::path& componentFolder, const fs::path& folder
 Mirror::Mirror(fs::path folder) : folder_(std::move(folder)) {
   fs::create_directories(folder_);
   fs::permissions(folder_.parent_path(), fs::perms::owner_all);
-  const posix::FileDescriptor directory(posix::openUnnoticed(folder_.c_str(), O_DIRECTORY));
+  const posix::FileDescriptor directory(posix::openKeepingAccessTime(folder_.c_str(), O_DIRECTORY));
   const bool isRead = vcard::forEachCardFile(directory.get(), [&](const char* name) {
     struct stat status {};
     if (::fstatat(directory.get(), name, &status, 0) != 0) return;

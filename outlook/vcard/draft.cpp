@@ -81,7 +81,7 @@ std::string keepVersion(int folder, const std::string& name) {
 class WriterWatch {
  public:
   WriterWatch(int folder, const std::string& name)
-      : file_(posix::openUnnoticed(name.c_str(), O_NONBLOCK | O_NOFOLLOW, folder)) {
+      : file_(posix::openKeepingAccessTime(name.c_str(), O_NONBLOCK | O_NOFOLLOW, folder)) {
     // An opening for writing waits until the lease is given back. The signal that tells of it is
     // one that nobody heeds.
     if (file_.get() < 0 || ::fcntl(file_.get(), F_SETSIG, SIGURG) != 0) return;

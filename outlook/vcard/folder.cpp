@@ -49,7 +49,7 @@ bool forEachName(int folder, const std::function<void(const char* name)>& use) {
   struct CloseDirectory {
     void operator()(DIR* directory) const { ::closedir(directory); }
   };
-  const int copy = posix::openUnnoticed(".", O_DIRECTORY, folder);
+  const int copy = posix::openKeepingAccessTime(".", O_DIRECTORY, folder);
   const std::unique_ptr<DIR, CloseDirectory> directory(copy < 0 ? nullptr : ::fdopendir(copy));
   if (!directory) return false;
   while (const dirent* const entry = ::readdir(directory.get())) use(entry->d_name);
@@ -120,7 +120,7 @@ std::int32_t nextInSecond(std::int64_t nanoseconds) {
 }
 
 Folder::Folder(const std::string& path) : path_(path) {
-  descriptor_ = posix::openUnnoticed(path.c_str(), O_DIRECTORY);
+  descriptor_ = posix::openKeepingAccessTime(path.c_str(), O_DIRECTORY);
   if (descriptor_ < 0) fail("");
   if (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     ::close(descriptor_);

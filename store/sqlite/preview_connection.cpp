@@ -37,7 +37,7 @@ constexpr std::array<const char*, 3> kSuffixes{"", "-wal", "-journal"};
 
 // Copies a file without leaving an access time on it; false when there is none.
 bool copyFile(const std::string& from, const std::string& to) {
-  const posix::FileDescriptor source(posix::openUnnoticed(from.c_str(), O_NONBLOCK));
+  const posix::FileDescriptor source(posix::openKeepingAccessTime(from.c_str(), O_NONBLOCK));
   if (source.get() < 0 && errno == ENOENT) return false;
   const posix::FileDescriptor target(
       ::open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));

@@ -24,7 +24,7 @@ constexpr std::size_t kMostPrepared = 64;
 
 bool isJetFile(const std::filesystem::path& file) {
   std::array<char, 20> head{};
-  const posix::FileDescriptor stream(posix::openUnnoticed(file.c_str(), O_NONBLOCK));
+  const posix::FileDescriptor stream(posix::openKeepingAccessTime(file.c_str(), O_NONBLOCK));
   const ssize_t count = ::read(stream.get(), head.data(), head.size());
   const std::string_view mark(head.data() + 4, 15);
   return count == static_cast<ssize_t>(head.size()) &&

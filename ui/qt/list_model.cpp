@@ -9,7 +9,7 @@ ListModel::ListModel(ListView& list, QObject* parent)
   constexpr int kDelay = 50;  // milliseconds
   follower_.setSingleShot(true);
   follower_.setInterval(kDelay);
-  connect(&follower_, &QTimer::timeout, this, [this] { bringUp(); });
+  connect(&follower_, &QTimer::timeout, this, [this] { showNewRows(); });
   const auto soon = [this] {
     if (!follower_.isActive()) follower_.start();
   };
@@ -49,14 +49,14 @@ QVariant ListModel::headerData(int section, Qt::Orientation orientation, int rol
   return textOf(list_.columns().at(static_cast<std::size_t>(section)).title);
 }
 
-void ListModel::bringUp() {
+void ListModel::showNewRows() {
   const auto rows = static_cast<int>(list_.rows().size());
   if (rows > shown_) {
     beginInsertRows({}, shown_, rows - 1);
     shown_ = rows;
     endInsertRows();
   }
-  if (broughtUp) broughtUp();
+  if (newRowsShown) newRowsShown();
 }
 
 void ListModel::clear() {

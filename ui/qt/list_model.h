@@ -26,10 +26,10 @@ class ListModel : public QAbstractTableModel {
                                     int role) const override;
 
   // Called when the view has heard of what is new.
-  std::function<void()> broughtUp;
+  std::function<void()> newRowsShown;
 
  private:
-  void bringUp();
+  void showNewRows();
   void clear();
 
   ListView& list_;

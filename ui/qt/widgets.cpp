@@ -20,7 +20,7 @@
 #include <utility>
 
 #include "ui/qt/list_model.h"
-#include "ui/qt/pictures.h"
+#include "ui/qt/picture_pixmap.h"
 #include "ui/qt/qt_text.h"
 
 namespace vlout::ui::qt {
@@ -207,7 +207,7 @@ QWidget* makeList(const Layout& part, QWidget* parent) {
     const QScrollBar& bar = *view->verticalScrollBar();
     view->setProperty("follows", bar.value() == bar.maximum());
   });
-  model->broughtUp = [view, model, &list] {
+  model->newRowsShown = [view, model, &list] {
     if (!view->property("follows").toBool()) return;
     const int row = list.selected();
     if (row >= 0) view->setCurrentIndex(model->index(row, 0));

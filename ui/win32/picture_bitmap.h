@@ -1,7 +1,7 @@
 // The component's drawn pictures as bitmaps.
 #pragma once
 
-#include "ui/pictures.h"
+#include "ui/drawn_pictures.h"
 #include "ui/win32/look.h"
 
 namespace vlout::ui::win32 {

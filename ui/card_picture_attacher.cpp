@@ -1,4 +1,4 @@
-#include "ui/card_picture.h"
+#include "ui/card_picture_attacher.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -50,7 +50,7 @@ void removeAttachments(outlook::Contact& contact, std::string_view name, std::st
 
 }  // namespace
 
-void CardPictureFiles::attach(outlook::Contact& contact, const store::Recordset& row) {
+void CardPictureAttacher::attach(outlook::Contact& contact, const store::Recordset& row) {
   const store::Field picture = row.field("Thumbnail");
   if (!picture) return;
   std::error_code ignored;  // a folder that cannot be made shows when the file is written

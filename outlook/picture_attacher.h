@@ -6,12 +6,12 @@
 
 namespace vlout::outlook {
 
-class CardPictures {
+class PictureAttacher {
  public:
-  CardPictures() = default;
-  CardPictures(const CardPictures&) = delete;
-  CardPictures& operator=(const CardPictures&) = delete;
-  virtual ~CardPictures() = default;
+  PictureAttacher() = default;
+  PictureAttacher(const PictureAttacher&) = delete;
+  PictureAttacher& operator=(const PictureAttacher&) = delete;
+  virtual ~PictureAttacher() = default;
 
   // Attaches the picture of the row's current record, in place of the one attached before. One
   // that cannot be written is reported and left out.

@@ -1,4 +1,4 @@
-#include "ui/card_picture.h"
+#include "ui/card_picture_attacher.h"
 
 #include <string>
 #include <vector>
@@ -19,7 +19,7 @@ using testing::EndsWith;
 using testing::IsEmpty;
 using testing::StartsWith;
 
-class CardPictureTest : public tests::ComponentFixture {
+class CardPictureAttacherTest : public tests::ComponentFixture {
  protected:
   // The attachments of the only contact, as name=content.
   std::vector<std::string> attachments() {
@@ -37,7 +37,7 @@ class CardPictureTest : public tests::ComponentFixture {
   }
 };
 
-TEST_F(CardPictureTest, ThePictureReplacesTheOneBeforeItOrFailsAlone) {
+TEST_F(CardPictureAttacherTest, ThePictureReplacesTheOneBeforeItOrFailsAlone) {
   addCard(15, {{"FullName", "홍길동"}, {"Fname", "Ärger.jpg"}});
   edit("[Thumbnail]='first'");
   run(frmOutlookSync::kExport);
@@ -62,7 +62,7 @@ TEST_F(CardPictureTest, ThePictureReplacesTheOneBeforeItOrFailsAlone) {
   EXPECT_THAT(tests::fileNames(folder() / "temp"), IsEmpty());
 }
 
-TEST_F(CardPictureTest, WithoutAFileNameItCarriesTheTemporaryOne) {
+TEST_F(CardPictureAttacherTest, WithoutAFileNameItCarriesTheTemporaryOne) {
   addCard(15, {{"FullName", "홍길동"}});
   for (const char* picture : {"first", "second"}) {
     edit(std::string("[Thumbnail]='") + picture + "'");
@@ -87,7 +87,7 @@ TEST(SaveFieldToFile, WritesEveryByteInEitherWay) {
                std::system_error);
 }
 
-TEST_F(CardPictureTest, SkinsFollowTheHostsSettings) {
+TEST_F(CardPictureAttacherTest, SkinsFollowTheHostsSettings) {
   struct Case {
     const char* settings;
     std::vector<std::string> skins;

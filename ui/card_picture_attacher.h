@@ -6,17 +6,17 @@
 #include <functional>
 #include <string_view>
 
-#include "outlook/card_pictures.h"
+#include "outlook/picture_attacher.h"
 
 namespace vlout::ui {
 
-class CardPictureFiles : public outlook::CardPictures {
+class CardPictureAttacher : public outlook::PictureAttacher {
  public:
   // Told of a picture that stays behind: the row's name and the cause.
   using Failed = std::function<void(std::string_view name, std::string_view cause)>;
 
   // `temporaryFolder` is made when there is none.
-  CardPictureFiles(std::filesystem::path temporaryFolder, Failed failed)
+  CardPictureAttacher(std::filesystem::path temporaryFolder, Failed failed)
       : folder_(std::move(temporaryFolder)), failed_(std::move(failed)) {}
 
   // Replaces the attachment of the row's `Fname`, compared without regard to case; a row without a

@@ -3,7 +3,7 @@
 
 #include <QPixmap>
 
-#include "ui/pictures.h"
+#include "ui/drawn_pictures.h"
 
 namespace vlout::ui::qt {
 

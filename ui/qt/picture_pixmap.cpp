@@ -1,4 +1,4 @@
-#include "ui/qt/pictures.h"
+#include "ui/qt/picture_pixmap.h"
 
 #include <QImage>
 
