@@ -73,6 +73,9 @@ class Connection {
 
   // Runs one statement that returns no rows; the number of rows affected.
   virtual std::int64_t execute(std::string_view sql) = 0;
+  // Throws DatabaseError for a statement that is too long for this database. Asked before a contact
+  // is saved whose row is written after it: neither must be without the other.
+  virtual void requireShortEnough(std::string_view sql) const { static_cast<void>(sql); }
   virtual std::unique_ptr<Recordset> query(std::string_view sql) = 0;
 };
 

@@ -113,6 +113,24 @@ std::string insertValue(std::string_view column, Contact& contact, const TargetF
   return "";
 }
 
+std::string insertStatement(std::string_view rowId, const RowUpdate::NewRow& row,
+                            text::DateTime contactTime) {
+  const std::string stamp = store::sqlLiteral(text::formatStamp(contactTime));
+  std::string columns;
+  std::string values;
+  for (std::size_t i = 0; i < row.size(); ++i) {
+    if (i > 0) {
+      columns += ",";
+      values += ",";
+    }
+    columns += kInsertColumns[i];
+    const bool isStamp = std::find(kStampColumns.begin(), kStampColumns.end(), kInsertColumns[i]) !=
+                         kStampColumns.end();
+    values += isStamp ? std::string_view(stamp) : kInsertColumns[i] == "i_idx" ? rowId : row[i];
+  }
+  return "INSERT INTO tbl_namecard(" + columns + ") VALUES(" + values + ")";
+}
+
 }  // namespace
 
 bool RowUpdate::updateRowFromContact(std::string_view rowId, Contact& contact) {
@@ -187,31 +205,20 @@ RowUpdate::NewRow RowUpdate::readNewRow(Contact& contact, const TargetFolder& ta
   for (const std::string_view column : kInsertColumns) {
     row.push_back(insertValue(column, contact, target));
   }
+  connection_.requireShortEnough(insertStatement("32767", row, {}));
   return row;
 }
 
 void RowUpdate::insertRow(std::string_view rowId, const NewRow& row, text::DateTime contactTime) {
-  const std::string stamp = store::sqlLiteral(text::formatStamp(contactTime));
-  std::string columns;
-  std::string values;
-  for (std::size_t i = 0; i < row.size(); ++i) {
-    if (i > 0) {
-      columns += ",";
-      values += ",";
-    }
-    columns += kInsertColumns[i];
-    const bool isStamp = std::find(kStampColumns.begin(), kStampColumns.end(), kInsertColumns[i]) !=
-                         kStampColumns.end();
-    values += isStamp ? std::string_view(stamp) : kInsertColumns[i] == "i_idx" ? rowId : row[i];
-  }
-  connection_.execute("INSERT INTO tbl_namecard(" + columns + ") VALUES(" + values + ")");
+  connection_.execute(insertStatement(rowId, row, contactTime));
 }
 
 bool RowUpdate::saveRow(std::string_view rowId, Contact& contact, const KnownTexts& texts,
                         std::string_view mark, std::string_view failure) {
-  outlook::addVLID(contact, rowId);
-  contact.save();
   try {
+    connection_.requireShortEnough(updateStatement(rowId, texts, mark, {}));
+    outlook::addVLID(contact, rowId);
+    contact.save();
     connection_.execute(updateStatement(rowId, texts, mark, contact.lastModificationTime()));
   } catch (const store::DatabaseError& error) {
     window_.message(MessageIcon::None, std::string(failure).append("\r\n").append(error.what()));

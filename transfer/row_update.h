@@ -58,7 +58,7 @@ class RowUpdate {
                       const outlook::MapOptions& options);
 
   // What a new row gets of a contact and its folder: one SQL value for each column of the insert,
-  // empty for the number and the dates.
+  // empty for the number and the dates. Throws DatabaseError for more than a row can be given.
   using NewRow = std::vector<std::string>;
   [[nodiscard]] NewRow readNewRow(outlook::Contact& contact, const TargetFolder& target);
   // Inserts the row of a contact that has been stamped with the number and saved.

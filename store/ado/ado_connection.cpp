@@ -81,6 +81,26 @@ std::wstring jetStatement(std::string_view sql) {
   return wide;
 }
 
+// The statement with NULL for each text without characters.
+std::string withNulls(std::string_view sql) {
+  std::string statement;
+  bool inText = false;
+  for (std::size_t i = 0; i < sql.size(); ++i) {
+    const bool twoQuotes = sql.substr(i, 2) == "''";
+    if (twoQuotes && !inText && sql.substr(i, 3) != "'''") {
+      statement += "NULL";
+      ++i;
+    } else if (twoQuotes && inText) {
+      statement += sql[i++];
+      statement += sql[i];
+    } else {
+      if (sql[i] == '\'') inText = !inText;
+      statement += sql[i];
+    }
+  }
+  return statement;
+}
+
 }  // namespace
 
 template <typename Call>
@@ -215,6 +235,26 @@ void AdoConnection::requireOpen() const {
 
 std::int64_t AdoConnection::execute(std::string_view sql) {
   requireOpen();
+  try {
+    return run(sql);
+  } catch (const DatabaseError&) {
+    // Columns may refuse texts without characters. NULL is read as one.
+    const std::string second = withNulls(sql);
+    if (second == sql) throw;
+    try {
+      return run(second);
+    } catch (const DatabaseError&) {
+      // The first failure is the one to report.
+    }
+    throw;
+  }
+}
+
+void AdoConnection::requireShortEnough(std::string_view sql) const {
+  static_cast<void>(jetStatement(sql));
+}
+
+std::int64_t AdoConnection::run(std::string_view sql) {
   return guarded(sql, [&] {
     _variant_t affected;
     _variant_t out;  // where the connection writes the number

@@ -13,12 +13,14 @@ class AdoConnection : public Connection {
   void open(const ConnectionSettings& settings) override;
   [[nodiscard]] bool isOpen() const override;
   std::int64_t execute(std::string_view sql) override;
+  void requireShortEnough(std::string_view sql) const override;
   std::unique_ptr<Recordset> query(std::string_view sql) override;
 
  private:
   class Rows;
 
   void requireOpen() const;
+  std::int64_t run(std::string_view sql);
   // Makes calls; throws DatabaseError with what the connection says about the one that failed.
   template <typename Call>
   auto guarded(std::string_view what, Call call);

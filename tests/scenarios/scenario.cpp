@@ -28,6 +28,10 @@ bool isDerived(ContactProperty property) {
          property != ContactProperty::LastName && property != ContactProperty::FirstName;
 }
 
+void shorten(std::string& value) {
+  if (value.size() > 1000) value = std::to_string(value.size()) + " letters";
+}
+
 // A record with its keys in one order and nothing empty.
 Record ordered(const Record& record) {
   Record result;
@@ -40,6 +44,7 @@ Record ordered(const Record& record) {
     if (info.property == ContactProperty::Body) {
       value = text::replaceAll(value, "\r\n", "\n");  // as vCards have line breaks
     }
+    shorten(value);
     if (isDate(info.property)) std::replace(value.begin(), value.end(), '/', '-');
     if (!value.empty() && !isDerived(info.property)) result.add(info.objectModelName, value);
   }
@@ -152,6 +157,7 @@ std::vector<std::string> outcome(store::Connection& database, const std::vector<
     for (const std::string& name : names) {
       std::string value(store::nullSafe(rows->field(name)));
       if (name == "Thumbnail" && !value.empty()) value = std::to_string(value.size()) + " bytes";
+      shorten(value);
       if (!value.empty() && value == contactTime) value = "=contact";
       if (name.find("date") != std::string::npos && value >= kRunsBegin && value < "9")
         value = "now";

@@ -24,7 +24,11 @@ void prepare(const tests::Scenario& scenario, const std::filesystem::path& folde
     scenario.fillDatabase(database);
   }
   std::vector<tests::Record> contacts;
-  for (const std::string& line : scenario.lines("[contacts]")) contacts.emplace_back(line);
+  for (const std::string& line : scenario.lines("[contacts]")) {
+    tests::Record& contact = contacts.emplace_back(line);
+    const std::string body = contact.get("Body");
+    if (body.ends_with(" letters")) contact.set("Body", std::string(std::stoul(body), 'm'));
+  }
   tests::writeRecords(folder / "outlook.txt", contacts);
 }
 

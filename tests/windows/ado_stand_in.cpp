@@ -3,7 +3,7 @@
 // when another field was read, Null for an empty piece, statements of 64,000 characters at most, no
 // bars in texts, 255 characters in a column that is no memo. What differs between databases is
 // switched on by the words of `jet.txt` beside the file: "sizes" are unknown (-1), "dates" are
-// dates.
+// dates, "zeros" (texts of zero length) are refused.
 #include <sqlite3.h>
 
 #include <fstream>
@@ -195,7 +195,7 @@ class AdoConnection : public AutomationObject {
     sqlite3_exec(database_, "SAVEPOINT s", nullptr, nullptr, nullptr);
     try {
       run(sql);
-      if (!textsFit()) fail("The field is too small to accept the amount of data.");
+      requireFitting();
     } catch (const Failure&) {
       sqlite3_exec(database_, "ROLLBACK TO s; RELEASE s", nullptr, nullptr, nullptr);
       throw;
@@ -204,11 +204,23 @@ class AdoConnection : public AutomationObject {
     return sqlite3_total_changes(database_) - before;
   }
 
-  bool textsFit() {
-    return run("SELECT i_idx FROM tbl_namecard WHERE max(length(FullName),length(CompanyName),"
-               "length(Department),length(JobTitle),length(email),length(Webpage),"
-               "length(company_addr),length(Categories),length(folder_name))>255")
-        ->rows.empty();
+  void requireFitting() {
+    std::string tooLong = "0";
+    std::string zeros = "0";
+    for (const char* const column :
+         {"FullName", "CompanyName", "Department", "JobTitle", "home_phone", "cellphone", "email",
+          "email2", "company_fax1", "home_zipcode", "Webpage", "company_addr", "home_addr",
+          "Gender", "Categories", "LifePartner", "folder_name"}) {
+      tooLong.append(" OR length(").append(column).append(")>255");
+      zeros.append(" OR ").append(column).append("=''");
+    }
+    if (anyCard(tooLong)) fail("The field is too small to accept the amount of data.");
+    if (isSwitchedOn("zeros") && anyCard(zeros + " OR Memo_=''")) {
+      fail("The field cannot be a zero-length string.");
+    }
+  }
+  bool anyCard(const std::string& condition) {
+    return !run("SELECT i_idx FROM tbl_namecard WHERE " + condition)->rows.empty();
   }
 
   [[noreturn]] void fail(const std::string& text) {

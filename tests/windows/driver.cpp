@@ -114,8 +114,7 @@ class RemoteMemory {
   void* address_ = nullptr;
 };
 
-std::string cellOf(HWND list, LRESULT row, int column) {
-  const RemoteMemory memory(list, 4096);
+std::string cellOf(HWND list, const RemoteMemory& memory, LRESULT row, int column) {
   LVITEMW item{};
   item.iSubItem = column;
   item.cchTextMax = 500;
@@ -128,9 +127,11 @@ std::string cellOf(HWND list, LRESULT row, int column) {
 
 std::string linesOf(HWND list) {
   std::string lines;
+  const RemoteMemory memory(list, 4096);
   const LRESULT count = SendMessageW(list, LVM_GETITEMCOUNT, 0, 0);
   for (LRESULT row = 0; row < count; ++row) {
-    lines += cellOf(list, row, 0) + "|" + cellOf(list, row, 1) + "|" + cellOf(list, row, 2) + "\n";
+    for (int column = 0; column < 3; ++column)
+      lines += cellOf(list, memory, row, column) + (column < 2 ? "|" : "\n");
   }
   return lines;
 }
