@@ -80,8 +80,26 @@ std::string OutlookContact::entryId() {
   return guarded([&] { return item().text("EntryID"); });
 }
 
+OutlookContact::Texts OutlookContact::personTexts() {
+  using P = ContactProperty;
+  Texts texts;
+  for (const P each : {P::LastName, P::FirstName, P::MobileTelephoneNumber, P::Email1Address}) {
+    try {
+      texts.emplace(each, text(each));
+    } catch (const ContactStoreError&) {
+      // A refusal is reported when the contact's turn comes.
+    }
+  }
+  return texts;
+}
+
 std::string OutlookContact::text(ContactProperty property) {
   return guarded([&] {
+    if (!item_ && expected_) {
+      if (const auto known = expected_->find(property); known != expected_->end()) {
+        return known->second;
+      }
+    }
     std::string value = item().text(nameOf(property));
     // Stores hand a memo back with a line break more, which would grow with each transfer.
     if (property == ContactProperty::Body) value.resize(value.find_last_not_of("\r\n") + 1);
@@ -118,6 +136,7 @@ void OutlookContact::setGender(Gender value) {
 // --- user properties ----------------------------------------------------------------------------
 
 std::size_t OutlookContact::userPropertyCount() {
+  if (!item_ && expected_) return 0;
   return guarded([&] { return static_cast<std::size_t>(userProperties().number("Count")); });
 }
 
@@ -149,6 +168,7 @@ std::string OutlookContact::userPropertyText(std::string_view name) {
 
 void OutlookContact::setUserPropertyText(std::string_view name, std::string_view value) {
   guarded([&] {
+    static_cast<void>(item());  // what is there now counts
     Dispatch property = findUserProperty(name);
     if (!property) {
       property = userProperties().object("Add", classes_.userProperty,

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <functional>
+#include <map>
 #include <optional>
 #include <string>
 
@@ -28,6 +29,7 @@ class OutlookContact : public Contact {
  public:
   using Opener = std::function<windows::Dispatch()>;
   using Finder = std::function<windows::Dispatch(const std::string& entryId)>;
+  using Texts = std::map<ContactProperty, std::string>;
 
   // `typeName` may be empty when it is not known yet; `find` opens an item that is in the folder.
   OutlookContact(OutlookClasses& classes, Opener open, Finder find, std::string typeName)
@@ -55,6 +57,10 @@ class OutlookContact : public Contact {
   [[nodiscard]] text::DateTime lastModificationTime() override;
 
   [[nodiscard]] std::string entryId();
+  // What tells whose a contact without a key is, as far as it can be read.
+  [[nodiscard]] Texts personTexts();
+  // Answers from these, and that there is no user property, until the item is opened.
+  void expect(Texts texts) { expected_ = std::move(texts); }
 
  private:
   const windows::Dispatch& item();
@@ -66,6 +72,7 @@ class OutlookContact : public Contact {
   Opener open_;
   Finder find_;
   std::string typeName_;
+  std::optional<Texts> expected_;
   std::optional<text::DateTime> lastTime_;        // as it was last read
   std::optional<text::DateTime> timeBeforeSave_;  // until it is known to have moved
   windows::Dispatch item_;

@@ -36,17 +36,6 @@ std::string explain(HRESULT result) {
   return text;
 }
 
-// The name by which a contact is known when it cannot be read later; a refusal now costs it no more
-// than that.
-PersonName nameOf(OutlookContact& contact) {
-  try {
-    return {.last = contact.text(ContactProperty::LastName),
-            .first = contact.text(ContactProperty::FirstName)};
-  } catch (const ContactStoreError&) {
-    return {};
-  }
-}
-
 }  // namespace
 
 bool OutlookStore::connect() {
@@ -142,7 +131,7 @@ OutlookStore::NextEntry OutlookStore::walk() {
   }
   return [this, count = items_.number("Count")](long index) -> std::optional<Entry> {
     if (index > count) return std::nullopt;
-    Entry entry;
+    Entry entry{};
     readItem(entry, [&] { return items_.object("Item", classes_.item, {_variant_t(index)}); });
     return entry;
   };
@@ -166,7 +155,8 @@ Dispatch OutlookStore::openTable() {
 // A contact whose key the table tells is not opened. One without may have a key all the same, of
 // another type or spelling.
 OutlookStore::Entry OutlookStore::entryOf(const TableRow& row) {
-  Entry entry{.id = row.id, .typeName = {}, .key = {}, .name = {}, .failure = {}};
+  Entry entry{};
+  entry.id = row.id;
   try {
     guarded([&] { entry.typeName = typeNameOfClass(row); });
   } catch (const ContactStoreError& error) {
@@ -198,7 +188,12 @@ void OutlookStore::readItem(Entry& entry, const OutlookContact::Opener& open) {
     if (entry.typeName == kContactItem) {
       entry.id = contact.entryId();
       entry.key = contact.userPropertyText(kVLID);
-      if (entry.key.empty()) entry.name = nameOf(contact);
+      if (!entry.key.empty()) return;
+      const auto& texts = entry.texts.emplace(contact.personTexts());
+      const auto last = texts.find(ContactProperty::LastName);
+      const auto first = texts.find(ContactProperty::FirstName);
+      const bool isNamed = last != texts.end() && first != texts.end();
+      if (isNamed) entry.name = {.last = last->second, .first = first->second};
     }
   } catch (const ContactStoreError& error) {
     entry.typeName.clear();
@@ -216,14 +211,20 @@ std::unique_ptr<Contact> OutlookStore::item(std::size_t index) {
   if (index < 1 || index > entries_.size()) {
     throw ContactStoreError("연락처가 없습니다 #" + std::to_string(index));
   }
-  const Entry& entry = entries_[index - 1];
+  Entry& entry = entries_[index - 1];
   auto open = [this, &entry] {
     // Never by its index: Outlook's order may have moved, and it would be another contact.
     if (entry.id.empty()) throw ContactStoreError(entry.failure);
     return find(entry.id);
   };
-  return std::make_unique<OutlookContact>(
+  auto contact = std::make_unique<OutlookContact>(
       classes_, open, [this](const std::string& id) { return find(id); }, entry.typeName);
+  // Once: whom it is for is decided by them without opening it, what is transferred is read anew.
+  if (entry.texts) {
+    contact->expect(std::move(*entry.texts));
+    entry.texts.reset();
+  }
+  return contact;
 }
 
 Dispatch OutlookStore::find(const std::string& entryId) {

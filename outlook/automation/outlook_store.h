@@ -44,6 +44,7 @@ class OutlookStore : public ContactStore {
     std::string key;
     PersonName name;  // of a contact without a key
     std::string failure;
+    std::optional<OutlookContact::Texts> texts;  // of a contact without a key, until its turn
   };
   struct TableRow;
 
