@@ -29,6 +29,7 @@ add_library(vlout_linux STATIC
   outlook/vcard/card_merge.cpp
   outlook/vcard/card_text.cpp
   outlook/vcard/charset.cpp
+  outlook/vcard/contact_changes.cpp
   outlook/vcard/content_line.cpp
   outlook/vcard/draft.cpp
   outlook/vcard/folder.cpp
@@ -52,6 +53,7 @@ add_library(vlout_linux STATIC
   history/restore_point.cpp
   history/rows.cpp
   history/run_recorder.cpp
+  history/run_report.cpp
   history/runs.cpp
   history/trail.cpp
   history/undo.cpp

@@ -8,7 +8,9 @@
 #include <unistd.h>
 
 #include "outlook/contact_store.h"
+#include "outlook/vcard/card_file.h"
 #include "posix/file_descriptor.h"
+#include "text/regular_file.h"
 
 namespace vlout::history {
 namespace {
@@ -60,6 +62,14 @@ bool linkOrCopy(const fs::path& file, const fs::path& link) {
   const timespec times[2] = {status.st_atim, status.st_mtim};
   if (::utimensat(AT_FDCWD, link.c_str(), times, 0) != 0) fail(link);
   return true;
+}
+
+std::string personIn(const std::filesystem::path& file) {
+  try {
+    return outlook::vcard::firstDisplayName(text::readRegularFile(file, text::kLargestOwn));
+  } catch (const std::system_error&) {
+    return {};
+  }
 }
 
 }  // namespace vlout::history

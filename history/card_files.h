@@ -28,4 +28,7 @@ using outlook::vcard::FileState;
 // is no such file.
 bool linkOrCopy(const std::filesystem::path& file, const std::filesystem::path& link);
 
+// The name on the first card of a file, for people to know it by; empty when there is none.
+[[nodiscard]] std::string personIn(const std::filesystem::path& file);
+
 }  // namespace vlout::history

@@ -201,6 +201,7 @@ void RunRecorder::end(const transfer::RunOutcome& outcome) {
     const std::size_t files = countCardFiles(contacts_);
     if (files > 0 || record.wrote) record.contactFiles = files;
     runs_.save(record);
+    if (!outcome.lines.empty()) runs_.saveLines(record.number, outcome.lines);
     if (record.wrote) runs_.prune();
   } catch (const std::exception&) {
     // The run itself has ended as it did; its record stays an unfinished one.

@@ -24,6 +24,8 @@ constexpr std::int64_t kLongestRun = std::int64_t{24} * 60 * 60;  // seconds
 constexpr std::int64_t kOldest = 30 * kLongestRun;
 constexpr std::int64_t kLastNumber = 1'000'000'000;
 
+constexpr const char* kLines = "lines";
+
 constexpr std::array<std::string_view, 5> kStates{"unfinished", "completed", "stopped", "nothing",
                                                   "failed"};
 
@@ -168,6 +170,36 @@ void Runs::save(const RunRecord& record) const {
   stream.close();
   if (!stream) throw std::system_error(errno, std::generic_category(), draft.string());
   std::filesystem::rename(draft, file);
+}
+
+void Runs::saveLines(int number, const std::vector<transfer::ResultLine>& lines) const {
+  std::string text;
+  for (const auto& line : lines) {
+    for (const std::string& cell : line) text += text::onOneLine(cell) + '\t';
+    text.back() = '\n';
+  }
+  const auto file = folderOf(number) / kLines;
+  std::ofstream stream(file, std::ios::binary | std::ios::trunc);
+  stream << text;
+  stream.close();
+  if (!stream) throw std::system_error(errno, std::generic_category(), file.string());
+}
+
+std::vector<transfer::ResultLine> Runs::linesOf(int number) const {
+  std::vector<transfer::ResultLine> lines;
+  std::string text;
+  try {
+    text = text::readRegularFile(folderOf(number) / kLines, text::kLargestOwn);
+  } catch (const std::system_error&) {
+    return lines;
+  }
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    std::istringstream cells(line);
+    transfer::ResultLine& result = lines.emplace_back();
+    for (std::string& cell : result) std::getline(cells, cell, '\t');
+  }
+  return lines;
 }
 
 // The first run whose point an undo may still need: one that did not come to its end is repeated.

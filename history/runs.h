@@ -9,6 +9,8 @@
 #include <string_view>
 #include <vector>
 
+#include "transfer/run.h"
+
 namespace vlout::history {
 
 // How a run ended, as it stands in its record; Unfinished also for one that is under way.
@@ -44,6 +46,9 @@ class Runs {
   // Makes the folder of a new run, which gets the next number. All throw std::system_error.
   void begin(RunRecord& record) const;
   void save(const RunRecord& record) const;
+  // The lines of a run's window, kept with its record; none for a run that could not keep them.
+  void saveLines(int number, const std::vector<transfer::ResultLine>& lines) const;
+  [[nodiscard]] std::vector<transfer::ResultLine> linesOf(int number) const;
 
   [[nodiscard]] std::filesystem::path folderOf(int number) const;
 

@@ -3,17 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <set>
-#include <system_error>
 
 #include "history/restore_point.h"
 #include "outlook/contact_store.h"
-#include "outlook/vcard/card_file.h"
 #include "store/sqlite/backup.h"
 #include "store/sqlite/database_files.h"
 #include "store/sqlite/sqlite_connection.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
-#include "text/regular_file.h"
 
 namespace vlout::history {
 namespace {
@@ -26,15 +23,6 @@ std::string editOf(std::string_view what, Change change, const std::string& name
                    const std::string& when) {
   return std::string(what) + " " + kEdited.at(static_cast<std::size_t>(change)) + ": " + name +
          when;
-}
-
-// The name on a card, for people to know it by.
-std::string personIn(const fs::path& file) {
-  try {
-    return outlook::vcard::firstDisplayName(text::readRegularFile(file, text::kLargestOwn));
-  } catch (const std::system_error&) {
-    return {};
-  }
 }
 
 std::string personAndFile(const fs::path& folder, const std::string& name) {

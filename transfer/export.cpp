@@ -127,13 +127,13 @@ void Export::compare(const std::string& rowId, Contact& contact) {
   const std::string name = rowName(*row);
   if (state.conflict) {
     window_.conflictFound(rowId, contact);
-    addLine(window_, "→충돌←(" + name + ")", "0%", "제외");
+    addLine(window_, "→충돌←(" + name + ")", "0%", "제외", rowId);
     ++conflicts_;
     return;
   }
   outlook::writeContactFromRow(contact, *row, ContactWrite::Update, options_.map);
   writeSyncDates(connection_, contact.lastModificationTime(), rowId);
-  addLine(window_, "갱신→(" + name + ")", "100%", "완료");
+  addLine(window_, "갱신→(" + name + ")", "100%", "완료", rowId);
   ++updated_;
 }
 
@@ -176,7 +176,7 @@ void Export::add(const std::string& rowId) {
   const auto contact = contacts_.create();
   outlook::writeContactFromRow(*contact, *row, ContactWrite::Create, options_.map);
   writeSyncDates(connection_, contact->lastModificationTime(), rowId);
-  window_.selectResult(addLine(window_, "추가→(" + rowName(*row) + ")", "100%", "완료"));
+  window_.selectResult(addLine(window_, "추가→(" + rowName(*row) + ")", "100%", "완료", rowId));
   ++added_;
 }
 

@@ -149,14 +149,14 @@ Import::Compared Import::compareForImport(const std::string& rowId, Contact& con
   }
   if (state.conflict) {
     window_.conflictFound(rowId, contact);
-    window_.selectResult(addLine(window_, "→충돌←(" + name + ")", "0%", "제외"));
+    window_.selectResult(addLine(window_, "→충돌←(" + name + ")", "0%", "제외", rowId));
     return Compared::Conflict;
   }
   if (!rowUpdate_.updateRowFromContact(rowId, contact)) {
     ++failures_;
     return Compared::Nothing;
   }
-  window_.selectResult(addLine(window_, "←갱신(" + name + ")", "100%", "완료"));
+  window_.selectResult(addLine(window_, "←갱신(" + name + ")", "100%", "완료", rowId));
   return Compared::Updated;
 }
 
@@ -237,7 +237,7 @@ void Import::addContactAsRow(std::size_t position) {
     giveBackKey(*contact, key, rowId);
     throw;
   }
-  window_.selectResult(addLine(window_, "←추가(" + name + ")", "100%", "완료"));
+  window_.selectResult(addLine(window_, "←추가(" + name + ")", "100%", "완료", rowId));
   ++added_;
 }
 

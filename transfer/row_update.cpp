@@ -196,7 +196,7 @@ bool RowUpdate::mergeForImport(std::string_view rowId, Contact& contact,
     outlook::writeFieldToContact(contact, target, *merged.back());
   }
   const bool saved = saveRow(rowId, contact, merged, kImportMark, kImportFailed);
-  window_.selectResult(addLine(window_, "↔갱신(" + name + ")", "100%", "완료"));
+  window_.selectResult(addLine(window_, "↔갱신(" + name + ")", "100%", "완료", rowId));
   return saved;
 }
 

@@ -7,6 +7,7 @@
 #include <stdexcept>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace vlout::transfer {
 
@@ -27,11 +28,15 @@ struct RunDescription {
 // How an engine ended; one that failed ends with an exception instead.
 enum class RunEnd { Completed, Stopped };
 
+// A line of the result list: its text, its percent and its state.
+using ResultLine = std::array<std::string, 3>;
+
 // How the whole run ended.
 struct RunOutcome {
   enum End { Completed, Stopped, NothingToDo, Failed };
   End end = Failed;
-  std::string text;  // the counts of a run, or why it failed
+  std::string text;                 // the counts of a run, or why it failed
+  std::vector<ResultLine> lines{};  // that its window has shown
 };
 
 // Ends a run at once, where another failure would only cost it a record. The text says why.

@@ -5,8 +5,9 @@
 namespace vlout::transfer {
 
 std::size_t addLine(RunWindow& window, std::string_view text, std::string_view percent,
-                    std::string_view state) {
+                    std::string_view state, std::string_view card) {
   const std::size_t row = window.addResult(text);
+  if (!card.empty()) window.resultIsOf(row, card);
   window.setResultCell(row, 1, percent);
   window.setResultCell(row, 2, state);
   return row;

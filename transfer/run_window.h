@@ -27,6 +27,11 @@ class RunWindow {
   // `column` is 1 for the percent and 2 for the state. A line is final once its state is set.
   virtual void setResultCell(std::size_t row, std::size_t column, std::string_view text) = 0;
   virtual void selectResult(std::size_t row) = 0;
+  // Which card a line is about, by its number.
+  virtual void resultIsOf(std::size_t row, std::string_view card) {
+    static_cast<void>(row);
+    static_cast<void>(card);
+  }
 
   virtual void showProgress(bool visible) = 0;
   virtual void setProgress(int percent) = 0;
@@ -66,9 +71,9 @@ class RunButtonDisabled {
   RunWindow& window_;
 };
 
-// Adds a whole line; its row.
+// Adds a whole line, about that card if there is one; its row.
 std::size_t addLine(RunWindow& window, std::string_view text, std::string_view percent,
-                    std::string_view state);
+                    std::string_view state, std::string_view card = {});
 
 // The heading line of a phase that goes through a known number of steps.
 class PhaseLine {

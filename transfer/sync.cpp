@@ -52,9 +52,9 @@ void Sync::syncContact(Contact& contact, std::size_t position) {
 void Sync::transfer(Side newer, const std::string& rowId, Contact& contact,
                     const std::string& name) {
   if (newer == Side::Row) {
-    toOutlook(rowUpdate_.updateContactFromRow(rowId, contact, options_.map), name);
+    toOutlook(rowUpdate_.updateContactFromRow(rowId, contact, options_.map), rowId, name);
   } else {
-    toCards(rowUpdate_.updateRowForSync(rowId, contact), name);
+    toCards(rowUpdate_.updateRowForSync(rowId, contact), rowId, name);
   }
 }
 
@@ -62,16 +62,16 @@ void Sync::settle(const ConflictPair& pair, Side newer, const std::string& name)
   window_.conflictFound(pair.rowId, pair.contact);
   switch (conflicts_.resolve(pair)) {
     case kSkipPair:
-      addLine(window_, "→충돌←(" + name + ")", "0%", "제외");
+      addLine(window_, "→충돌←(" + name + ")", "0%", "제외", pair.rowId);
       break;
     case kTakeNewerSide:
       transfer(newer, pair.rowId, pair.contact, name);
       break;
     case kKeepCardSide:
-      toOutlook(conflicts_.saveCardSide(pair), name);
+      toOutlook(conflicts_.saveCardSide(pair), pair.rowId, name);
       break;
     case kKeepOutlookSide:
-      toCards(conflicts_.saveOutlookSide(pair), name);
+      toCards(conflicts_.saveOutlookSide(pair), pair.rowId, name);
       break;
     case kStopRun:
       stopped_ = true;
@@ -81,21 +81,21 @@ void Sync::settle(const ConflictPair& pair, Side newer, const std::string& name)
   }
 }
 
-void Sync::toOutlook(bool done, const std::string& name) {
+void Sync::toOutlook(bool done, const std::string& rowId, const std::string& name) {
   if (!done) {
     ++failures_;
     return;
   }
-  addLine(window_, "아웃룩→" + name, "100%", "완료");
+  addLine(window_, "아웃룩→" + name, "100%", "완료", rowId);
   ++contactsUpdated_;
 }
 
-void Sync::toCards(bool done, const std::string& name) {
+void Sync::toCards(bool done, const std::string& rowId, const std::string& name) {
   if (!done) {
     ++failures_;
     return;
   }
-  addLine(window_, "벨모라→" + name, "100%", "완료");
+  addLine(window_, "벨모라→" + name, "100%", "완료", rowId);
   ++cardsUpdated_;
 }
 

@@ -36,8 +36,8 @@ class Sync : private Transfer {
   void transfer(Side newer, const std::string& rowId, outlook::Contact& contact,
                 const std::string& name);
   void settle(const ConflictPair& pair, Side newer, const std::string& name);
-  void toOutlook(bool done, const std::string& name);
-  void toCards(bool done, const std::string& name);
+  void toOutlook(bool done, const std::string& rowId, const std::string& name);
+  void toCards(bool done, const std::string& rowId, const std::string& name);
   void close(RunEnd end);
 
   ConflictDialog& conflicts_;

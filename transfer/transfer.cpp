@@ -171,13 +171,13 @@ std::optional<PersonMatch::Choice> Transfer::findByPerson(Contact& contact) cons
 }
 
 void Transfer::reportDouble(Contact& contact) {
-  addLine(window_, "VLID 중복(" + outlook::joinedName(contact) + "): " + outlook::readVLID(contact),
-          "0%", "제외");
+  const std::string key = outlook::readVLID(contact);
+  addLine(window_, "VLID 중복(" + outlook::joinedName(contact) + "): " + key, "0%", "제외", key);
 }
 
 void Transfer::reportSecondContact(Contact& contact, std::string_view rowId) {
   addLine(window_, "동일인 중복(" + outlook::joinedName(contact) + "): " + std::string(rowId), "0%",
-          "제외");
+          "제외", rowId);
 }
 
 void Transfer::reportUnusableKey(Contact& contact, std::string_view key) {

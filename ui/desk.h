@@ -62,6 +62,13 @@ class Desk {
 
   // Oldest first. Throws std::exception.
   [[nodiscard]] virtual std::vector<PastRun> runs() = 0;
+  // What one of them showed and changed, a line each.
+  struct RunDetail {
+    std::string what;
+    std::string who;
+    std::string how;
+  };
+  [[nodiscard]] virtual std::vector<RunDetail> detailsOf(int run) = 0;
   // Before that run, or before the last one that changed anything for 0. Throws std::exception when
   // there is no way back.
   [[nodiscard]] virtual std::unique_ptr<UndoPlan> planUndo(int run) = 0;

@@ -14,6 +14,7 @@
 #include "transfer/work_list_loader.h"
 #include "ui/frm_group_box.h"
 #include "ui/frm_overview.h"
+#include "ui/frm_pair.h"
 #include "ui/skin.h"
 
 namespace vlout::ui {
@@ -186,6 +187,7 @@ void frmOutlookSync::connectEvents() {
   Command8.clicked = [this] { run(Purpose::Preview); };
   Command3.clicked = [this] { requestClose(); };
   Command9.clicked = [this] { showOverview(); };
+  ListView1.activated = [this](std::size_t line) { showPair(line); };
   Command7.clicked = [this] { pickGroup(); };
   Command4.clicked = [this] {
     explain(
@@ -330,7 +332,7 @@ void frmOutlookSync::showPanel(Mode mode) {
   P1.setVisible(mode == kImport);
   P2.setVisible(mode == kExport);
   P3.setVisible(mode == kSync);
-  ListView1.clear();
+  clearResults();
 }
 
 void frmOutlookSync::changeMode() {
@@ -437,6 +439,9 @@ void frmOutlookSync::runRecorded() {
   } catch (const std::exception& error) {
     failed(withCause(kDatabaseFailed, error.what()), error.what());
   }
+  for (const auto& row : ListView1.rows()) {
+    outcome_.lines.push_back({row.cells[0], row.cells[1], row.cells[2]});
+  }
   component_.endRun(outcome_);
 }
 
@@ -461,14 +466,14 @@ void frmOutlookSync::enableModeChoice(bool enabled) {
 }
 
 bool frmOutlookSync::connectContacts() {
-  ListView1.clear();
+  clearResults();
   const std::size_t row = addResult("아웃룩 연결");
   const bool connected = component_.contacts().connect();
   setResultCell(row, 1, connected ? "100%" : "0%");
   setResultCell(row, 2, connected ? "성공" : "실패");
   if (connected) return true;
   refuse(withCause(kStoreFailed, component_.contacts().connectFailure()));
-  ListView1.clear();
+  clearResults();
   return false;
 }
 
@@ -634,6 +639,29 @@ void frmOutlookSync::addChanges() {
 
 void frmOutlookSync::selectResult(std::size_t row) {
   ListView1.select(row);
+}
+
+void frmOutlookSync::clearResults() {
+  ListView1.clear();
+  resultCards_.clear();
+}
+
+void frmOutlookSync::resultIsOf(std::size_t row, std::string_view card) {
+  if (component_.desk() != nullptr) resultCards_.emplace(row, card);
+}
+
+// The lines of the fields belong to the record before them.
+void frmOutlookSync::showPair(std::size_t line) {
+  auto record = resultCards_.upper_bound(line);
+  const bool isField = ListView1.cell(line, 0).starts_with("  ");
+  if (running_ || record == resultCards_.begin()) return;
+  --record;
+  if (!isField && record->first != line) return;
+  try {
+    frmPair(toolkit(), component_).open(record->second);
+  } catch (const std::exception& error) {
+    refuse(error.what());
+  }
 }
 
 void frmOutlookSync::showProgress(bool visible) {

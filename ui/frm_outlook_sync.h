@@ -6,6 +6,7 @@
 #include <array>
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -120,11 +121,14 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   void showOverview();
   void greyGroup();
   [[nodiscard]] bool mayLeave();
+  void showPair(std::size_t line);
+  void clearResults();
 
   // RunWindow
   std::size_t addResult(std::string_view text) override;
   void setResultCell(std::size_t row, std::size_t column, std::string_view text) override;
   void selectResult(std::size_t row) override;
+  void resultIsOf(std::size_t row, std::string_view card) override;
   void showProgress(bool visible) override;
   void setProgress(int percent) override;
   void enableRunButton(bool enabled) override;
@@ -145,6 +149,7 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   ExportFolder exportFolder_;
   std::array<std::int16_t, 3> done_{};
   RunOutcome outcome_;
+  std::map<std::size_t, std::string> resultCards_;  // by line, the card that it is about
   bool running_ = false;
   bool previewing_ = false;
   int conflictsPreviewed_ = 0;

@@ -3,28 +3,15 @@
 #include <exception>
 
 #include "outlook/field_map.h"
-#include "outlook/pairing.h"
-#include "store/sql.h"
-#include "text/ascii.h"
 #include "text/file_path.h"
 #include "transfer/work_list_loader.h"
+#include "ui/frm_pair.h"
+#include "ui/look.h"
 
 namespace vlout::ui {
 namespace {
 
 using transfer::Standing;
-
-// The stores as they are, without anything being written.
-class Look {
- public:
-  explicit Look(Component& component) : component_(component) { component_.beginPreview(); }
-  ~Look() { component_.endPreview(); }
-  Look(const Look&) = delete;
-  Look& operator=(const Look&) = delete;
-
- private:
-  Component& component_;
-};
 
 }  // namespace
 
@@ -47,7 +34,9 @@ frmOverview::frmOverview(Toolkit& toolkit, Component& component, Desk& desk)
   Command5.clicked = [this] { guarded([this] { chooseCards(); }); };
   Command6.clicked = [this] { guarded([this] { chooseContactFolder(); }); };
   Combo1.clicked = [this] { guarded([this] { chooseContacts(); }); };
-  ListView1.activated = [this](std::size_t line) { guarded([this, line] { showPair(line); }); };
+  ListView1.activated = [this](std::size_t line) {
+    guarded([this, line] { line < runs_.size() ? showRun(runs_[line]) : showPair(line); });
+  };
 }
 
 Layout frmOverview::layout() {
@@ -166,37 +155,27 @@ void frmOverview::showSurvey() {
 
 void frmOverview::showPair(std::size_t line) {
   if (line >= surveyed_.size()) return;
-  const transfer::Surveyed pair = surveyed_[line];
+  const transfer::Surveyed& pair = surveyed_[line];
   if (pair.card.empty() && pair.position == 0) return;
-  const Look look(component_);
-  const bool hasCard =
-      text::parseInteger(pair.card) && store::cardExists(component_.connection(), pair.card);
-  const auto row = hasCard ? store::readCard(component_.connection(), pair.card) : nullptr;
-  const auto contact = contactOf(pair);
-  clearList("나란히: 왼쪽이 명함, 오른쪽이 연락처입니다.");
-  for (const auto& field : transfer::compareSides(row.get(), contact.get())) {
-    addLine(
-        std::string(outlook::fieldCaption(field.column)) + ": " + transfer::shownValue(field.card),
-        transfer::shownValue(field.contact), row && contact && field.differs() ? "다름" : "");
-  }
-}
-
-// Null for a card alone. The folder is read anew, and may have changed since the survey.
-std::unique_ptr<outlook::Contact> frmOverview::contactOf(const transfer::Surveyed& pair) {
-  if (pair.position == 0) return nullptr;
-  outlook::ContactStore& contacts = component_.contacts();
-  if (!contacts.connect()) throw outlook::ContactStoreError(contacts.connectFailure());
-  contacts.openContactsFolder();
-  auto contact = contacts.item(pair.position);
-  if (outlook::joinedName(*contact) == pair.contact) return contact;
-  throw outlook::ContactStoreError("그 사이에 연락처가 바뀌었습니다. 현황을 다시 보십시오.");
+  frmPair(toolkit(), component_).open(pair.card, pair.position, pair.contact);
 }
 
 void frmOverview::showRuns() {
-  clearList("기록: 되돌릴 작업을 고르고 되돌리기를 누르십시오. 그 뒤의 작업도 함께 되돌립니다.");
+  clearList(
+      "기록: 줄을 두 번 누르면 그 작업이 바꾼 값을 봅니다. 되돌리기는 고른 작업과 그 뒤의 작업을 "
+      "되돌립니다.");
   for (const PastRun& run : desk_.runs()) {
     addLine(run.what, run.outcome, run.wayBack);
     runs_.push_back(run.number);
+  }
+}
+
+void frmOverview::showRun(int run) {
+  const auto details = desk_.detailsOf(run);
+  clearList("작업 " + std::to_string(run) + ": 보여 준 줄, 그리고 바꾼 값입니다.");
+  for (const Desk::RunDetail& detail : details) {
+    addLine(detail.what, detail.who, detail.how);
+    runs_.push_back(run);
   }
 }
 

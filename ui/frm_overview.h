@@ -4,7 +4,6 @@
 #pragma once
 
 #include <functional>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -37,9 +36,9 @@ class frmOverview : public Form {
   void guarded(const std::function<void()>& act);
   void showSurvey();
   void showRuns();
+  void showRun(int run);
   void goBack();
   void showPair(std::size_t line);
-  [[nodiscard]] std::unique_ptr<outlook::Contact> contactOf(const transfer::Surveyed& pair);
   void chooseCards();
   void chooseContacts();
   void chooseContactFolder();

@@ -71,6 +71,17 @@ std::vector<ui::PastRun> LinuxDesk::runs() {
   return runs;
 }
 
+std::vector<ui::Desk::RunDetail> LinuxDesk::detailsOf(int run) {
+  const auto report = history::reportOf(folder_, run);
+  std::vector<RunDetail> details;
+  for (const auto& line : report.lines) details.push_back({line[0], line[1], line[2]});
+  for (ChangeLine& line : changeLines(report)) {
+    details.push_back({"  " + (line.what.empty() ? line.who : line.what),
+                       line.what.empty() ? "" : std::move(line.who), std::move(line.how)});
+  }
+  return details;
+}
+
 std::unique_ptr<ui::UndoPlan> LinuxDesk::planUndo(int run) {
   return std::make_unique<LinuxUndoPlan>(folder_, run);
 }

@@ -21,6 +21,7 @@ class LinuxDesk : public ui::Desk {
   void moveTo(const std::filesystem::path& folder, const std::filesystem::path& contacts) override;
   [[nodiscard]] bool isMoving() const override { return next_.has_value(); }
   [[nodiscard]] std::vector<ui::PastRun> runs() override;
+  [[nodiscard]] std::vector<RunDetail> detailsOf(int run) override;
   [[nodiscard]] std::unique_ptr<ui::UndoPlan> planUndo(int run) override;
 
   // What `moveTo` was given: a component folder, and its contacts, which are empty for those of its

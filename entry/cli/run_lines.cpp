@@ -5,6 +5,7 @@
 
 #include "history/restore_point.h"
 #include "history/written_log.h"
+#include "transfer/pair_sides.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -15,6 +16,7 @@ using history::RunRecord;
 constexpr std::array<const char*, 5> kStates{"끝나지 않음", "완료", "중지", "자료 없음", "실패"};
 // In the order of history::Change.
 constexpr std::array<const char*, 3> kPutBack{"되돌림", "삭제", "되살림"};
+constexpr std::array<const char*, 3> kDone{"변경", "추가", "삭제"};
 
 std::string wayBack(const history::Runs& runs, const RunRecord& run) {
   if (run.undoneBy != 0) return "작업 " + std::to_string(run.undoneBy) + "에서 되돌림";
@@ -42,6 +44,20 @@ std::vector<RunLine> runLines(const history::Runs& runs) {
                      .state = kStates.at(static_cast<std::size_t>(run.state)),
                      .counts = run.text,
                      .wayBack = wayBack(runs, run)});
+  }
+  return lines;
+}
+
+std::vector<ChangeLine> changeLines(const history::RunReport& report) {
+  std::vector<ChangeLine> lines;
+  for (const auto& change : report.changes) {
+    ChangeLine line{.who = change.kind + " " + change.who,
+                    .how = kDone.at(static_cast<std::size_t>(change.change))};
+    if (!change.caption.empty()) {
+      line.what = change.caption + ": " + transfer::shownValue(change.before) + " → " +
+                  transfer::shownValue(change.after);
+    }
+    lines.push_back(std::move(line));
   }
   return lines;
 }

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "history/run_report.h"
 #include "history/runs.h"
 #include "history/undo.h"
 
@@ -20,6 +21,14 @@ struct RunLine {
 
 // Oldest first.
 [[nodiscard]] std::vector<RunLine> runLines(const history::Runs& runs);
+
+// What a run changed, a line each.
+struct ChangeLine {
+  std::string who;     // of a card or a contact
+  std::string what{};  // a value before and after, or nothing
+  std::string how;
+};
+[[nodiscard]] std::vector<ChangeLine> changeLines(const history::RunReport& report);
 
 struct UndoLine {
   std::string kind;  // card or contact

@@ -2,17 +2,12 @@
 // of previews make these.
 #pragma once
 
-#include <functional>
 #include <string>
-#include <string_view>
 
+#include "outlook/vcard/contact_changes.h"
 #include "outlook/vcard/vcard_contact.h"
 
 namespace vlout::outlook::vcard {
-
-// A field of a contact that a save changes, with its old and its new text.
-using FieldChanged = std::function<void(std::string_view caption, const std::string& before,
-                                        const std::string& after)>;
 
 class PreviewContact : public VCardContact {
  public:
@@ -23,8 +18,6 @@ class PreviewContact : public VCardContact {
   void write(const std::string& row) override;
 
  private:
-  void compare(std::string_view caption, const std::string& before, const std::string& after);
-
   CardHome& home_;
   std::size_t position_;
   const FieldChanged& changed_;

@@ -63,6 +63,9 @@ class ScenarioTest : public ScenarioFixture,
       EXPECT_EQ(form.caption, action.text);
     } else if (action.verb == "line") {
       expectLine(static_cast<ui::ListView&>(*findPart(layout, "ListView1")->control), action.text);
+    } else if (action.verb == "activate") {
+      const auto& list = static_cast<ui::ListView&>(*findPart(layout, "ListView1")->control);
+      list.activate(std::stoul(action.text));
     } else if (action.verb == "enter") {
       pressDefault(layout);
     } else if (action.verb == "escape") {

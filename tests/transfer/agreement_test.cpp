@@ -12,8 +12,10 @@
 #include <sys/stat.h>
 #include <vector>
 
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "history/run_report.h"
 #include "tests/support/component_fixture.h"
 #include "text/ascii.h"
 
@@ -175,6 +177,17 @@ class AgreementTest : public tests::ComponentFixture {
     const auto lines = this->run(run.mode, setBoxes);
     EXPECT_EQ(previewed, lines);
     EXPECT_EQ(changed, changes);
+    // The history tells afterwards what the preview has told before.
+    const auto report = history::reportOf(folder(), history::Runs(folder()).list().back().number);
+    EXPECT_EQ(report.lines.size(), lines.size());
+    for (const auto& change : report.changes) {
+      if (change.caption.empty()) continue;
+      const auto line = changed.find("  " + change.caption + ": " + change.before + " → " +
+                                     change.after + "|" + change.kind + "|변경");
+      if (line == changed.end()) ADD_FAILURE() << change.kind << change.who << change.caption;
+      if (line != changed.end()) changed.erase(line);
+    }
+    EXPECT_THAT(changed, testing::Each(testing::EndsWith("|충돌")));
     const std::string& last = lines.back();
     return last.substr(last.find('|') + 1, last.rfind('|') - last.find('|') - 1);
   }

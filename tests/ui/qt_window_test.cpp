@@ -109,6 +109,13 @@ class QtWindowTest : public ScenarioFixture,
       EXPECT_EQ(dynamic_cast<QCheckBox&>(*widget).isChecked(), action.text == "1");
     } else if (action.verb == "line") {
       expectShownLine(*window.findChild<QTreeView*>("ListView1"), action.text);
+    } else if (action.verb == "activate") {
+      letViewsFollow();
+      auto& list = *window.findChild<QTreeView*>("ListView1");
+      const QModelIndex row = list.model()->index(std::stoi(action.text), 0);
+      const QPoint place = list.visualRect(row).center();
+      QTest::mouseClick(list.viewport(), Qt::LeftButton, {}, place);
+      QTest::mouseDClick(list.viewport(), Qt::LeftButton, {}, place);
     } else if (action.verb == "enter" || action.verb == "escape") {
       QTest::keyClick(&window, action.verb == "enter" ? Qt::Key_Return : Qt::Key_Escape);
     } else if (action.verb == "close") {
