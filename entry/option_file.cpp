@@ -8,10 +8,6 @@
 namespace vlout::entry {
 namespace {
 
-IniFile optionFile(const std::filesystem::path& componentFolder) {
-  return IniFile(componentFolder / "VelmoraOlSync.ini");
-}
-
 std::string keyOf(std::size_t option) {
   return "OUT_CHECK" + std::to_string(option + 1);
 }
@@ -22,6 +18,10 @@ std::string nullTerminated(std::string_view text) {
 }
 
 }  // namespace
+
+IniFile optionFile(const std::filesystem::path& componentFolder) {
+  return IniFile(componentFolder / "VelmoraOlSync.ini");
+}
 
 ui::OptionValues loadOptions(const std::filesystem::path& componentFolder) {
   const IniFile file = optionFile(componentFolder);

@@ -4,12 +4,16 @@
 
 #include <filesystem>
 
+#include "entry/ini_file.h"
 #include "ui/component.h"
 
 namespace vlout::entry {
 
 // The ten values, each "0" or "1". Anything but "0" is checked, and everything when the file is
 // missing, unreadable or in no known encoding.
+// The file that the options are kept in.
+[[nodiscard]] IniFile optionFile(const std::filesystem::path& componentFolder);
+
 [[nodiscard]] ui::OptionValues loadOptions(const std::filesystem::path& componentFolder);
 
 // Writes the ten values as they stand. A file that cannot be written keeps its old values,

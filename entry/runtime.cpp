@@ -95,6 +95,7 @@ std::filesystem::path Runtime::temporaryFolder() const {
 void Runtime::saveOptions() {
   if (previewOnly_) return;
   entry::saveOptions(folder_, options_);
+  if (platform_.desk) platform_.desk->saveOptions();
 }
 
 std::optional<std::int16_t> Runtime::skinTheme() {

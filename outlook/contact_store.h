@@ -75,6 +75,10 @@ class Contact {
   // Attaches a copy of the file under `name`.
   virtual void addAttachment(const std::filesystem::path& file, std::string_view name) = 0;
 
+  // Shows the person in a JPEG file's content, where a contact has a place for that and no picture
+  // but one that was given so before; an empty text takes that one away.
+  virtual void showPicture(std::string_view jpeg) { static_cast<void>(jpeg); }
+
   virtual void save() = 0;
   // `save` of a contact that was written from the row whose number it carries, before the row gets
   // the dates of this transfer. A store that remembers it can tell later, when the program was

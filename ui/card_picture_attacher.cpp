@@ -52,6 +52,10 @@ void removeAttachments(outlook::Contact& contact, std::string_view name, std::st
 
 void CardPictureAttacher::attach(outlook::Contact& contact, const store::Recordset& row) {
   const store::Field picture = row.field("Thumbnail");
+  if (showing_ == Showing::Yes) {
+    constexpr std::string_view kJpegBegins = "\xFF\xD8";
+    contact.showPicture(picture && picture->starts_with(kJpegBegins) ? *picture : "");
+  }
   if (!picture) return;
   std::error_code ignored;  // a folder that cannot be made shows when the file is written
   if (std::filesystem::create_directories(folder_, ignored)) {

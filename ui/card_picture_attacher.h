@@ -15,9 +15,13 @@ class CardPictureAttacher : public outlook::PictureAttacher {
   // Told of a picture that stays behind: the row's name and the cause.
   using Failed = std::function<void(std::string_view name, std::string_view cause)>;
 
+  // Whether contacts show the picture too, where they have no other.
+  enum class Showing { No, Yes };
+
   // `temporaryFolder` is made when there is none.
-  CardPictureAttacher(std::filesystem::path temporaryFolder, Failed failed)
-      : folder_(std::move(temporaryFolder)), failed_(std::move(failed)) {}
+  CardPictureAttacher(std::filesystem::path temporaryFolder, Failed failed,
+                      Showing showing = Showing::No)
+      : folder_(std::move(temporaryFolder)), failed_(std::move(failed)), showing_(showing) {}
 
   // Replaces the attachment of the row's `Fname`, compared without regard to case; a row without a
   // picture changes nothing. The attachment carries `Fname` as its name, or the temporary file's
@@ -29,6 +33,7 @@ class CardPictureAttacher : public outlook::PictureAttacher {
  private:
   std::filesystem::path folder_;
   Failed failed_;
+  Showing showing_;
 };
 
 enum class FieldSaving { Stream, Chunks };

@@ -60,6 +60,11 @@ class Desk {
                       const std::filesystem::path& contacts) = 0;
   [[nodiscard]] virtual bool isMoving() const = 0;
 
+  // Whether contacts show the cards' pictures: an option that the host's file has no place for. It
+  // is kept along with the others.
+  [[nodiscard]] virtual bool& showsPictures() = 0;
+  virtual void saveOptions() = 0;
+
   // Oldest first. Throws std::exception.
   [[nodiscard]] virtual std::vector<PastRun> runs() = 0;
   // What one of them showed and changed, a line each.

@@ -114,6 +114,7 @@ void frmOutlookSync::setCaptions() {
   Command5.setText("힌트");
   Command8.setText("미리보기");
   Command9.setText("현황과 기록");
+  Check8.setText("명함 사진을 연락처에 보임");
   chadd.setValue(CheckBox::kChecked);
   Text1.setLocked(true);  // a name typed over the chosen group's would file cards under a wrong one
 }
@@ -142,6 +143,10 @@ Layout frmOutlookSync::layout() {
     head.push_back(row(
         {label("Label9", Label9).wide(30).stretched(1), control("Command9", Command9).keyed('O')}));
   }
+  std::vector<Layout> common{control("ch_faxnosync", ch_faxnosync).keyed('P'),
+                             control("Check1", Check1).keyed('K')};
+  if (component_.desk() != nullptr) common.push_back(control("Check8", Check8).keyed('T'));
+  common.push_back(space());
   buttons.push_back(control("Command2", Command2).wide(12).keyed('S'));
   buttons.push_back(control("Command3", Command3).wide(12).keyed('C'));
   return column(
@@ -158,9 +163,7 @@ Layout frmOutlookSync::layout() {
                 label("Label4", Label4),
                 stack({panel("P1", P1, importPanel), panel("P2", P2, exportPanel),
                        panel("P3", P3, syncPanel)}),
-                fixed(""),
-                row({control("ch_faxnosync", ch_faxnosync).keyed('P'),
-                     control("Check1", Check1).keyed('K'), space()})}),
+                fixed(""), row(std::move(common))}),
        label("Label5", Label5), control("ListView1", ListView1).high(8).stretched(1),
        control("ProgressBar1", ProgressBar1), row(std::move(buttons)),
        statusBar("StatusBar1", StatusBar1)});
@@ -229,6 +232,7 @@ void frmOutlookSync::load() {
   if (Desk* const desk = component_.desk()) {
     Label9.setText("명함: " + text::pathText(desk->folder()) +
                    "   연락처: " + desk->contacts().caption);
+    Check8.setValue(desk->showsPictures() ? CheckBox::kChecked : CheckBox::kCleared);
   }
 }
 
@@ -278,6 +282,7 @@ void frmOutlookSync::unloading() {
   for (std::size_t i = 0; i < kOptionBoxes.size(); ++i) {
     options[i] = std::to_string((this->*kOptionBoxes[i].box).value());
   }
+  if (Desk* const desk = component_.desk()) desk->showsPictures() = Check8.isChecked();
   component_.saveOptions();
 }
 
@@ -421,11 +426,13 @@ void frmOutlookSync::runRecorded() {
     refuse(objection);
     return;
   }
-  pictures_.emplace(component_.temporaryFolder(),
-                    [this](std::string_view name, std::string_view cause) {
-                      const std::string line = "사진 실패→(" + std::string(name) + "): ";
-                      transfer::addLine(*this, line + std::string(cause), "0%", "실패");
-                    });
+  pictures_.emplace(
+      component_.temporaryFolder(),
+      [this](std::string_view name, std::string_view cause) {
+        const std::string line = "사진 실패→(" + std::string(name) + "): ";
+        transfer::addLine(*this, line + std::string(cause), "0%", "실패");
+      },
+      Check8.isChecked() ? CardPictureAttacher::Showing::Yes : CardPictureAttacher::Showing::No);
   const auto failed = [this](const std::string& message, const char* cause) {
     outcome_ = {RunOutcome::Failed, cause};
     refuse(message);

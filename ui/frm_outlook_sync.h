@@ -68,6 +68,7 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   Button Command8;  // where the component can preview runs
   Button Command9;  // the overview, where the component has a desk
   Label Label9;     // where its cards and contacts lie
+  CheckBox Check8;  // whether contacts show the cards' pictures
 
   // Hidden lists: the cards that take part, the positions of the contacts that an import will add,
   // and the ids that the host had selected.

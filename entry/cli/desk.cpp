@@ -4,11 +4,15 @@
 
 #include "entry/cli/book_side.h"
 #include "entry/cli/run_lines.h"
+#include "entry/option_file.h"
 #include "outlook/evolution/desktop.h"
 #include "text/file_path.h"
 
 namespace vlout::entry::cli {
 namespace {
+
+constexpr const char* kSection = "LINUX";
+constexpr const char* kShown = "PHOTO";
 
 class LinuxUndoPlan : public ui::UndoPlan {
  public:
@@ -57,6 +61,15 @@ std::vector<ui::Desk::Place> LinuxDesk::places() {
 
 void LinuxDesk::moveTo(const std::filesystem::path& folder, const std::filesystem::path& contacts) {
   next_ = Move{folder, contacts};
+}
+
+bool LinuxDesk::readsShown() const {
+  return optionFile(folder_).read(kSection, kShown) == "1";
+}
+
+void LinuxDesk::saveOptions() {
+  if (shows_ == readsShown()) return;
+  static_cast<void>(optionFile(folder_).write(kSection, {{kShown, shows_ ? "1" : "0"}}));
 }
 
 std::vector<ui::PastRun> LinuxDesk::runs() {

@@ -13,13 +13,15 @@ namespace vlout::entry::cli {
 class LinuxDesk : public ui::Desk {
  public:
   LinuxDesk(std::filesystem::path folder, std::filesystem::path contacts)
-      : folder_(std::move(folder)), contacts_(std::move(contacts)) {}
+      : folder_(std::move(folder)), contacts_(std::move(contacts)), shows_(readsShown()) {}
 
   [[nodiscard]] std::filesystem::path folder() const override { return folder_; }
   [[nodiscard]] Place contacts() const override;
   [[nodiscard]] std::vector<Place> places() override;
   void moveTo(const std::filesystem::path& folder, const std::filesystem::path& contacts) override;
   [[nodiscard]] bool isMoving() const override { return next_.has_value(); }
+  [[nodiscard]] bool& showsPictures() override { return shows_; }
+  void saveOptions() override;
   [[nodiscard]] std::vector<ui::PastRun> runs() override;
   [[nodiscard]] std::vector<RunDetail> detailsOf(int run) override;
   [[nodiscard]] std::unique_ptr<ui::UndoPlan> planUndo(int run) override;
@@ -33,8 +35,11 @@ class LinuxDesk : public ui::Desk {
   [[nodiscard]] const std::optional<Move>& next() const { return next_; }
 
  private:
+  [[nodiscard]] bool readsShown() const;
+
   std::filesystem::path folder_;
   std::filesystem::path contacts_;
+  bool shows_;
   std::optional<Move> next_;
 };
 

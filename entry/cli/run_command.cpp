@@ -34,7 +34,7 @@ struct NamedBox {
   CheckBox frmOutlookSync::*box;
 };
 
-constexpr std::array<NamedBox, 11> kBoxes{{
+constexpr std::array<NamedBox, 12> kBoxes{{
     {"OUT_CHECK1", &frmOutlookSync::import_check1},
     {"OUT_CHECK2", &frmOutlookSync::import_check2},
     {"OUT_CHECK3", &frmOutlookSync::import_check3},
@@ -46,6 +46,7 @@ constexpr std::array<NamedBox, 11> kBoxes{{
     {"OUT_CHECK9", &frmOutlookSync::Check1},
     {"OUT_CHECK10", &frmOutlookSync::ch_faxnosync},
     {"chadd", &frmOutlookSync::chadd},
+    {"photo", &frmOutlookSync::Check8},
 }};
 
 const NamedBox* findBox(std::string_view name) {
@@ -151,6 +152,7 @@ struct Arguments {
   std::string group;
   bool subgroups = false;
   std::vector<std::string> boxes;
+  int photo = 0;  // how often --photo was given, less --no-photo
   std::string onConflict = "skip";
   bool preview = false;
   bool yes = false;
@@ -244,6 +246,7 @@ int runGiven(const Arguments& arguments) {
   for (const std::string& box : arguments.boxes) {
     request.boxes.push_back(parseBoxSetting(box).value());
   }
+  if (arguments.photo != 0) request.boxes.push_back({"photo", arguments.photo > 0 ? 1 : 0});
   if (arguments.quiet || arguments.notify) return runUnwatched(request, arguments);
   const bool completed =
       runTransfer(request, std::cout, std::cerr, terminalWidth(), handleInterrupts());
@@ -273,6 +276,9 @@ void addRunCommand(CLI::App& app, int& status) {
                   "옵션 상자를 켜거나(1) 끕니다(0): OUT_CHECKn=0|1, chadd=0|1. 창에서와 같이 "
                   "다음 실행에도 남습니다(chadd 제외).")
       ->check(checkBoxSetting);
+  run->add_flag(
+      "--photo,!--no-photo", arguments->photo,
+      "연락처에 다른 사진이 없으면 명함의 사진을 보이게(PHOTO) 합니다. 다음 실행에도 남습니다.");
   run->add_option("--on-conflict", arguments->onConflict,
                   "상호갱신의 충돌 처리: skip, newer, card, outlook, stop")
       ->check(CLI::IsMember({"skip", "newer", "card", "outlook", "stop"}));

@@ -23,6 +23,10 @@ Attachments attachmentsOf(VCardContact& contact) {
   return result;
 }
 
+std::string sizeOf(const std::string& picture) {
+  return picture.empty() ? "" : std::to_string(picture.size()) + "바이트";
+}
+
 // A card that is only read.
 class LooseCard : public CardHome {
  public:
@@ -63,6 +67,7 @@ void compareContacts(VCardContact& before, VCardContact& after, const FieldChang
     compare(fieldCaption(field.column), fieldTextFromContact(before, field).value_or(""),
             fieldTextFromContact(after, field).value_or(""));
   }
+  compare("보이는 사진", sizeOf(before.shownPicture()), sizeOf(after.shownPicture()));
   const Attachments old = attachmentsOf(before);
   const Attachments now = attachmentsOf(after);
   if (old.contents != now.contents || old.names != now.names) {

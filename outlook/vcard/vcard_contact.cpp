@@ -9,6 +9,7 @@
 
 #include "outlook/pairing.h"
 #include "text/ascii.h"
+#include "text/hash.h"
 #include "text/trim.h"
 #include "text/utf8.h"
 
@@ -26,6 +27,10 @@ constexpr std::string_view kSlot = "X-VELMORA-SLOT";
 constexpr std::string_view kSecond = "2";
 constexpr std::string_view kMore = "more";
 constexpr std::string_view kTelScheme = "tel:";
+constexpr std::string_view kPhoto = "PHOTO";
+constexpr std::string_view kPhotoMark = "X-VELMORA-PHOTO";
+constexpr std::string_view kJpegUri = "data:image/jpeg;base64,";
+const Parameter kJpegType{"TYPE", {"JPEG"}};
 
 // Apart from the blanks between and around them.
 bool sameWords(const std::string& a, const std::string& b) {
@@ -80,6 +85,17 @@ bool isUri(const Property& property) {
   const Parameter* const value = property.parameter("VALUE");
   return value != nullptr && !value->values.empty() &&
          text::equalsIgnoringAsciiCase(value->values.front(), "uri");
+}
+
+// The content of a picture, or where it lies.
+std::string pictureIn(const Property& photo) {
+  const std::string value = photo.whole();
+  if (value.starts_with("data:")) return decodeBase64(value.substr(value.find(',') + 1));
+  return photo.parameter("ENCODING") == nullptr ? value : decodeBase64(value);
+}
+
+std::string markOf(std::string_view picture) {
+  return std::to_string(text::hashOf(picture));
 }
 
 std::string wholeValue(const Property& property) {
@@ -642,6 +658,33 @@ void VCardContact::addAttachment(const std::filesystem::path& file, std::string_
       {.name = std::string(kAttachment),
        .parameters = {{"ENCODING", {"b"}}, {std::string(kFileName), {encodeFileName(name)}}},
        .values = {encodeBase64(content)}});
+}
+
+// --- the picture that other programs show --------------------------------------------------------
+
+// One that was given here bears a mark made of its content: whoever exchanges it makes it theirs.
+void VCardContact::showPicture(std::string_view jpeg) {
+  const auto lines = card().named(kPhoto);
+  for (const CardText::Position line : lines) {
+    const Property& photo = card().property(line);
+    const Parameter* const mark = photo.parameter(kPhotoMark);
+    const bool isOurs = !photo.unreadable && mark != nullptr && !mark->values.empty() &&
+                        mark->values.front() == markOf(pictureIn(photo));
+    if (!isOurs || pictureIn(photo) == jpeg) return;
+  }
+  for (auto line = lines.rbegin(); line != lines.rend(); ++line) card().remove(*line);
+  if (jpeg.empty()) return;
+  const bool isUri = card().version() == Version::V40;
+  Property photo{.name = std::string(kPhoto),
+                 .parameters = {{std::string(kPhotoMark), {markOf(jpeg)}}},
+                 .values = {(isUri ? std::string(kJpegUri) : "") + encodeBase64(jpeg)}};
+  if (!isUri) photo.parameters.insert(photo.parameters.begin(), {{"ENCODING", {"b"}}, kJpegType});
+  card().append(std::move(photo));
+}
+
+std::string VCardContact::shownPicture() {
+  const auto line = card().firstNamed(kPhoto);
+  return line ? pictureIn(card().property(*line)) : std::string();
 }
 
 // --- saving -------------------------------------------------------------------------------------

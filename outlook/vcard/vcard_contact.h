@@ -37,6 +37,9 @@ class VCardContact : public Contact {
   [[nodiscard]] std::string attachmentContent(std::size_t index);
   void removeAttachment(std::size_t index) override;
   void addAttachment(const std::filesystem::path& file, std::string_view name) override;
+  void showPicture(std::string_view jpeg) override;
+  // The content of the picture that other programs show, or where it lies; empty without one.
+  [[nodiscard]] std::string shownPicture();
   void save() override { write(""); }
   void saveSent() override { write(vlid().value_or("")); }
   [[nodiscard]] text::DateTime lastModificationTime() override;

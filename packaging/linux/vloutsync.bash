@@ -23,7 +23,7 @@ _vloutsync() {
       ;;
     *)
       case ${COMP_WORDS[1]} in
-        run) choices="--folder --contacts --range --subgroups --group --set --on-conflict --preview --yes --quiet --notify" ;;
+        run) choices="--folder --contacts --range --subgroups --group --photo --no-photo --set --on-conflict --preview --yes --quiet --notify" ;;
         undo) choices="--folder --preview --force --yes" ;;
         window) choices="--folder --contacts" ;;
         init | history | convert-jet) choices="--folder" ;;

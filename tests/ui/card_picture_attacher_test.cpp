@@ -6,7 +6,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "outlook/vcard/vcard_contact.h"
 #include "tests/support/component_fixture.h"
+#include "text/ascii.h"
 #include "ui/skin.h"
 
 namespace vlout::ui {
@@ -68,6 +70,33 @@ TEST_F(CardPictureAttacherTest, WithoutAFileNameItCarriesTheTemporaryOne) {
     edit(std::string("[Thumbnail]='") + picture + "'");
     run(frmOutlookSync::kExport);
     EXPECT_THAT(attachments(), ElementsAre(std::string("명함이미지15.jpg=") + picture));
+  }
+}
+
+TEST_F(CardPictureAttacherTest, AContactShowsItsCardsPictureUnlessItHasItsOwn) {
+  for (const std::string version : {"2.1", "3.0", "4.0"}) {
+    startAfresh();
+    addCard(15, {{"FullName", "홍길동"}});
+    writeContact("a.vcf", "N:;홍길동;;;\r\nX-VLID:15\r\n", "2025/01/01 00:00:00");
+    const auto replace = [&](const std::string& old, const std::string& now) {
+      tests::writeFile(contactsFolder() / "a.vcf",
+                       text::replaceAll(contactText("a.vcf"), old, now));
+    };
+    replace("VERSION:3.0", "VERSION:" + version);
+    const auto shownFor = [&](const std::string& thumbnail) {
+      edit("[Thumbnail]=" + thumbnail);
+      run(frmOutlookSync::kExport, [](frmOutlookSync& window) { window.Check8.setValue(1); });
+      const auto contacts = openContacts();
+      return dynamic_cast<outlook::vcard::VCardContact&>(*contacts->item(1)).shownPicture();
+    };
+    EXPECT_EQ(shownFor("'\xFF\xD8 first'"), "\xFF\xD8 first") << version;
+    EXPECT_EQ(shownFor("'\xFF\xD8 second'"), "\xFF\xD8 second") << version;
+    EXPECT_EQ(shownFor("'no JPEG'"), "") << version;
+    EXPECT_EQ(shownFor("'\xFF\xD8 third'"), "\xFF\xD8 third") << version;
+    replace("\r\n ", "");  // folds
+    replace("/9ggdGhpcmQ=", "/9gg");  // another program's picture, under our mark
+    EXPECT_EQ(shownFor("'\xFF\xD8 fourth'"), "\xFF\xD8 ") << version;
+    EXPECT_EQ(shownFor("null"), "\xFF\xD8 ") << version;
   }
 }
 
