@@ -45,6 +45,7 @@ End Function
 
 ' --- Jet --------------------------------------------------------------------------------------------
 
+If Not files.FolderExists(folder & "\temp") Then files.CreateFolder folder & "\temp"
 copy = folder & "\temp\selfcheck.vdb"
 files.CopyFile folder & "\VelmoraDB.vdb", copy, True
 Report "copy of the database"
@@ -122,7 +123,9 @@ answer = other.LastName
 Report "entry id and store id"
 answer = CStr(other.LastModificationTime <> before)
 Report "time in the item opened anew"
+before = Timer
 answer = Len(other.Body) & " of 4"
+answer = answer & ", " & Int(Timer - before) & " s"
 Report "memo read back"
 answer = other.Attachments.Item(1).DisplayName
 Report "attachment"
@@ -136,6 +139,7 @@ table.Columns.Add _
   "http://schemas.microsoft.com/mapi/string/{00020329-0000-0000-C000-000000000046}/VLID/0x0000001f"
 answer = UBound(table.GetNextRow().GetValues()) + 1 & " columns"
 Report "table with keys"
+If other Is Nothing Then Set other = space.GetItemFromID(id)
 other.Delete
 Report "contact"
 files.DeleteFile picture
