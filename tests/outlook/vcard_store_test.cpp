@@ -3,7 +3,6 @@
 
 #include <fcntl.h>
 #include <functional>
-#include <libebook-contacts/libebook-contacts.h>
 #include <string>
 #include <sys/stat.h>
 #include <vector>
@@ -46,141 +45,6 @@ class VCardStoreTest : public testing::Test {
   tests::TemporaryFolder folder;
 };
 
-// A value that every property can hold and that shows mistakes in escaping.
-std::string sampleValue(P property) {
-  return std::string(propertyInfo(property).objectModelName) + " 가나; \"a,b\\c\" 😀";
-}
-
-bool isPlainText(const PropertyInfo& info) {
-  return info.kind == PropertyKind::Text && info.property != P::Categories;
-}
-
-TEST_F(VCardStoreTest, EveryPropertySurvivesInEveryVersion) {
-  const std::vector<std::string> cards{
-      "",  // a new card
-      "BEGIN:VCARD\r\nVERSION:2.1\r\nN:x\r\nEND:VCARD\r\n",
-      "BEGIN:VCARD\nVERSION:3.0\nN:x\nFN:x\nEND:VCARD\n",
-      "BEGIN:VCARD\r\nVERSION:4.0\r\nFN:x\r\nREV:20200101T000000Z\r\nEND:VCARD\r\n",
-  };
-  const text::DateTime day = *text::makeDateTime(1980, 3, 22);
-  for (const std::string& card : cards) {
-    const tests::TemporaryFolder own;
-    if (!card.empty()) tests::writeFile(own.path() / "a.vcf", card);
-    {
-      VCardStore store(own.path().string());
-      ASSERT_TRUE(store.connect());
-      store.openContactsFolder();
-      const auto contact = card.empty() ? store.create() : store.item(1);
-      for (const PropertyInfo& info : contactProperties()) {
-        if (isPlainText(info)) contact->setText(info.property, sampleValue(info.property));
-        if (info.kind == PropertyKind::Date) contact->setDate(info.property, day);
-      }
-      contact->setText(P::Body, "첫 줄\r\n둘째 줄\n\n" + std::string(10000, 'x'));
-      contact->setText(P::Categories, "거래처; VIP,친구");
-      contact->setText(P::FullName, "홍 길동");
-      contact->setGender(Gender::Female);
-      addVLID(*contact, "123");
-      tests::writeFile(folder.path() / "picture", std::string("\xFF\xD8\0\1binary", 9));
-      contact->addAttachment(folder.path() / "picture", "명함 \"앞\".jpg");
-      contact->save();
-    }
-    VCardStore store(own.path().string());
-    ASSERT_TRUE(store.connect());
-    store.openContactsFolder();
-    ASSERT_EQ(store.count(), 1U);
-    const auto contact = store.item(1);
-    for (const PropertyInfo& info : contactProperties()) {
-      const P property = info.property;
-      if (isPlainText(info) && property != P::Body) {
-        EXPECT_EQ(contact->text(property), sampleValue(property)) << card << info.objectModelName;
-      }
-      if (info.kind == PropertyKind::Date) {
-        EXPECT_EQ(contact->date(property), day);
-      }
-    }
-    EXPECT_EQ(contact->text(P::Body), "첫 줄\n둘째 줄\n\n" + std::string(10000, 'x'));
-    EXPECT_EQ(contact->text(P::Categories), "거래처, VIP, 친구");
-    EXPECT_EQ(contact->text(P::LastName) + "/" + contact->text(P::FirstName), "홍/길동");
-    EXPECT_EQ(contact->gender(), Gender::Female);
-    EXPECT_EQ(readVLID(*contact), "123");
-    ASSERT_EQ(contact->attachmentCount(), 1U);
-    EXPECT_EQ(contact->attachmentName(1), "명함 \"앞\".jpg");
-    EXPECT_EQ(dynamic_cast<VCardContact&>(*contact).attachmentContent(1),
-              std::string("\xFF\xD8\0\1binary", 9));
-
-    // Emptied again, nothing of it is left.
-    for (const PropertyInfo& info : contactProperties()) {
-      if (isPlainText(info)) contact->setText(info.property, "");
-      if (info.kind == PropertyKind::Date) contact->setDate(info.property, text::noDate());
-    }
-    contact->setGender(Gender::Unspecified);
-    contact->removeAttachment(1);
-    contact->save();
-    store.openContactsFolder();
-    const auto emptied = store.item(1);
-    for (const PropertyInfo& info : contactProperties()) {
-      if (isPlainText(info)) {
-        EXPECT_EQ(emptied->text(info.property), "") << info.objectModelName;
-      } else if (info.kind == PropertyKind::Date) {
-        EXPECT_EQ(emptied->date(info.property), text::noDate());
-      }
-    }
-    const auto files = tests::fileNames(own.path());
-    ASSERT_EQ(files.size(), 1U);
-    EXPECT_THAT(tests::readFile(own.path() / files[0]), Not(HasSubstr("가나")));
-  }
-}
-
-// The same card as another program's library sees it.
-TEST_F(VCardStoreTest, OtherProgramsFindThePropertiesWhereTheyLookForThem) {
-  {
-    const auto store = openStore();
-    const auto contact = store->create();
-    contact->setText(P::FullName, "홍 길동");
-    for (const P property :
-         {P::CompanyName, P::Department, P::JobTitle, P::HomeTelephoneNumber,
-          P::MobileTelephoneNumber, P::BusinessTelephoneNumber, P::Business2TelephoneNumber,
-          P::BusinessFaxNumber, P::HomeFaxNumber, P::OtherFaxNumber, P::Email1Address,
-          P::Email2Address, P::WebPage, P::Body, P::Spouse}) {
-      contact->setText(property, propertyInfo(property).objectModelName);
-    }
-    contact->setDate(P::Anniversary, *text::makeDateTime(2001, 2, 3));
-    contact->save();
-  }
-  const auto files = tests::fileNames(folder.path());
-  ASSERT_EQ(files.size(), 1U);
-  const std::string text = tests::readFile(folder.path() / files[0]);
-  EContact* const seen = e_contact_new_from_vcard(text.c_str());
-  const auto field = [&](EContactField id) -> std::string {
-    const auto* const value = static_cast<const char*>(e_contact_get_const(seen, id));
-    return value == nullptr ? "" : value;
-  };
-  struct Case {
-    EContactField field;
-    const char* value;
-  };
-  const std::vector<Case> cases{{E_CONTACT_FULL_NAME, "홍길동"},
-                                {E_CONTACT_FAMILY_NAME, "홍"},
-                                {E_CONTACT_GIVEN_NAME, "길동"},
-                                {E_CONTACT_ORG, "CompanyName"},
-                                {E_CONTACT_ORG_UNIT, "Department"},
-                                {E_CONTACT_TITLE, "JobTitle"},
-                                {E_CONTACT_PHONE_HOME, "HomeTelephoneNumber"},
-                                {E_CONTACT_PHONE_MOBILE, "MobileTelephoneNumber"},
-                                {E_CONTACT_PHONE_BUSINESS, "BusinessTelephoneNumber"},
-                                {E_CONTACT_PHONE_BUSINESS_2, "Business2TelephoneNumber"},
-                                {E_CONTACT_PHONE_BUSINESS_FAX, "BusinessFaxNumber"},
-                                {E_CONTACT_PHONE_HOME_FAX, "HomeFaxNumber"},
-                                {E_CONTACT_PHONE_OTHER_FAX, "OtherFaxNumber"},
-                                {E_CONTACT_EMAIL_1, "Email1Address"},
-                                {E_CONTACT_EMAIL_2, "Email2Address"},
-                                {E_CONTACT_HOMEPAGE_URL, "WebPage"},
-                                {E_CONTACT_NOTE, "Body"},
-                                {E_CONTACT_SPOUSE, "Spouse"}};
-  for (const Case& c : cases) EXPECT_EQ(field(c.field), c.value) << e_contact_field_name(c.field);
-  g_object_unref(seen);
-}
-
 TEST_F(VCardStoreTest, SavingTouchesOnlyWhatWasChanged) {
   const std::string card =
       "BEGIN:VCARD\r\nVERSION:3.0\r\nPRODID:-//Other//EN\r\nX-OTHER;P=\"a;b\":c,d;e\r\n"
@@ -219,28 +83,6 @@ TEST_F(VCardStoreTest, SavingTouchesOnlyWhatWasChanged) {
   expected = text::replaceAll(expected, "EMAIL:c@", "EMAIL;X-VELMORA-SLOT=more:c@");
   expected = text::replaceAll(expected, "END:VCARD", "TITLE:부장\r\nEND:VCARD");
   EXPECT_EQ(after, expected);
-}
-
-TEST_F(VCardStoreTest, EveryCardOfAFileCanBeSavedInTurn) {
-  std::string text;
-  for (int i = 0; i < 5; ++i) {
-    text += "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:" + std::to_string(i) + "\r\nN:;" +
-            std::to_string(i) + ";;;\r\nTITLE:long title\r\nEND:VCARD\r\n";
-  }
-  tests::writeFile(folder.path() / "many.vcf", text);
-  const auto store = openStore();
-  const std::vector<std::string> titles{"shorter", "a title that is longer", "", "x", "y"};
-  for (const std::size_t i : {2U, 0U, 4U, 1U, 3U}) {
-    const auto contact = store->item(i + 1);
-    EXPECT_EQ(contact->text(P::FullName), std::to_string(i));
-    contact->setText(P::JobTitle, titles[i]);
-    contact->save();
-  }
-  store->openContactsFolder();
-  for (std::size_t i = 0; i < titles.size(); ++i) {
-    EXPECT_EQ(store->item(i + 1)->text(P::JobTitle), titles[i]);
-    EXPECT_EQ(store->item(i + 1)->text(P::FullName), std::to_string(i));
-  }
 }
 
 TEST_F(VCardStoreTest, FilesOfSeveralCardsAreWrittenBackWhole) {

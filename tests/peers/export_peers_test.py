@@ -41,13 +41,19 @@ def check_card(card, row):
     address = first("adr", ["WORK"])
     expected = {
         "CompanyName": company,
+        "Department": card.org.value[1] if hasattr(card, "org") and len(card.org.value) > 1 else "",
         "JobTitle": first("title"),
         "cellphone": first("tel", ["CELL"]),
         "company_phone1": first("tel", ["WORK", "VOICE"]),
+        "company_fax1": first("tel", ["WORK", "FAX"]),
+        "home_phone": first("tel", ["HOME", "VOICE"]),
+        "home_fax": first("tel", ["HOME", "FAX"]),
         "email": first("email"),
+        "Webpage2": first("url", ["HOME"]),
         "company_addr": address.street if address else "",
         "Birthday": first("bday"),
         "LifePartner": first("x-evolution-spouse"),
+        "Anniversary": first("x-evolution-anniversary"),
         "Memo_": first("note"),
     }
     for column, value in expected.items():
