@@ -99,16 +99,6 @@ void ScenarioFixture::expectOutcome() const {
   EXPECT_EQ(after, expected);
 }
 
-void expectLine(const ui::ListView& list, const std::string& text) {
-  std::string all;
-  for (const auto& row : list.rows()) {
-    const std::string line = row.cells[0] + "|" + row.cells[1] + "|" + row.cells[2];
-    if (line == text) return;
-    all += line + "\n";
-  }
-  ADD_FAILURE() << "no line " << text << " among\n" << all;
-}
-
 std::vector<std::filesystem::path> scenarioFiles() {
   std::vector<std::filesystem::path> files;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(VLOUT_SCENARIOS)) {

@@ -234,11 +234,5 @@ TEST(SqliteCreate, RefusesToOverwriteAndIsItsOwnersAlone) {
   EXPECT_EQ(tests::readFile(file), before);
 }
 
-TEST(ConnectionSettings, ConnectionStringIsTheComponents) {
-  EXPECT_EQ(ConnectionSettings{.componentFolder = "C:\\Velmora"}.connectionString(),
-            "provider=Microsoft.Jet.OLEDB.4.0;Data Source=C:\\Velmora\\VelmoraDB.vdb;Jet "
-            "OLEDB:Database Password=pinewood930417;Persist Security Info=True;User ID=admin");
-}
-
 }  // namespace
 }  // namespace vlout::store

@@ -32,6 +32,10 @@ ComponentFixture::ComponentFixture(std::unique_ptr<ui::Toolkit> shown) {
 
 void ComponentFixture::open(const std::function<void(ui::frmOutlookSync&)>& user) {
   toolkit->user = user;
+  call();
+}
+
+void ComponentFixture::call() {
   if (book) book->intoBook();
   entry::ORUN(*runtime).OUTSYNCRUN();
   if (book) book->outOfBook();

@@ -67,7 +67,10 @@ class ComponentFixture : public testing::Test {
   // With a toolkit of the test's own in place of the scripted one.
   explicit ComponentFixture(std::unique_ptr<ui::Toolkit> shown);
 
-  // One call of OUTSYNCRUN in which `user` has the window.
+  // One call of OUTSYNCRUN, as the host makes it.
+  void call();
+
+  // The same, in which `user` has the window.
   void open(const std::function<void(ui::frmOutlookSync&)>& user);
 
   // Chooses the mode and all cards, lets `prepare` set boxes, and presses run. The result lines,

@@ -71,51 +71,6 @@ TEST_F(ImportTest, ANewContactBecomesARowInTheChosenFolder) {
   EXPECT_EQ(contactText("a.vcf"), before);
 }
 
-TEST_F(ImportTest, ComparesAPairByItsDates) {
-  const std::string old = "2025/01/01 00:00:00";
-  const std::string mid = "2025/01/02 00:00:00";
-  const std::string recent = "2025/01/03 00:00:00";
-  struct Case {
-    const char* name;
-    std::string last, outlook, sync, contact;
-    bool ignoreConflicts;
-    const char* line;  // "" for none
-    const char* summary;
-  };
-  const std::vector<Case> cases{
-      {"in step", mid, mid, mid, mid, false, "", "추가=0/갱신=0"},
-      {"contact edited", mid, mid, mid, recent, false, "←갱신(홍길동)|100%|완료", "추가=0/갱신=1"},
-      {"row edited", recent, mid, mid, mid, false, "", "추가=0/갱신=0"},
-      {"both edited", mid, old, old, recent, false, "→충돌←(홍길동)|0%|제외",
-       "추가=0/갱신=0/충돌=1"},
-      {"both edited, ignored", mid, old, old, recent, true, "←갱신(홍길동)|100%|완료",
-       "추가=0/갱신=1"},
-      {"both edited, row newer", recent, old, old, mid, false, "", "추가=0/갱신=0"},
-      {"never transferred", "", "", "", mid, false, "←갱신(홍길동)|100%|완료", "추가=0/갱신=1"},
-  };
-  for (const Case& c : cases) {
-    startAfresh();
-    addCard(7, {{"FullName", "홍길동"},
-                {"JobTitle", "행"},
-                {"folder_name", "폴더"},
-                {"company_fax1", "1"}});
-    setStamps(7, c.last, c.outlook, c.sync);
-    writeContact("a.vcf", "N:김;철수;;;\r\nTITLE:연락처\r\nCATEGORIES:VIP\r\nX-VLID:7\r\n",
-                 c.contact);
-    const auto lines = importAll(
-        [&](frmOutlookSync& window) { window.import_check3.setValue(c.ignoreConflicts ? 1 : 0); });
-    EXPECT_THAT(lines, Contains(std::string("가져오기 완료|") + c.summary + "|")) << c.name;
-    const bool written = std::string(c.line).starts_with("←");
-    if (*c.line != '\0') {
-      EXPECT_THAT(lines, Contains(c.line)) << c.name;
-    }
-    EXPECT_EQ(valueOf(7, "JobTitle"), written ? "연락처" : "행") << c.name;
-    EXPECT_EQ(valueOf(7, "Categories"), written ? "VIP" : "NULL") << c.name;
-    EXPECT_EQ(valueOf(7, "FullName") + valueOf(7, "folder_name"), "홍길동폴더");  // always kept
-  }
-  EXPECT_THAT(toolkit->messages.back().text, Not(HasSubstr("충돌")));
-}
-
 TEST_F(ImportTest, FindsTheRowOfThePersonOrAddsOne) {
   struct Case {
     const char* name;
@@ -148,7 +103,8 @@ TEST_F(ImportTest, FindsTheRowOfThePersonOrAddsOne) {
       {"list of contacts", "김철수|010-1|", "KIND:group\r\nFN:홍길동\r\n", "추가=0/갱신=0"},
   };
   for (const Case& c : cases) {
-    for (const bool compare : {true, false}) {
+    for (const auto& [add, compare] :
+         {std::pair{true, true}, {true, false}, {false, true}, {false, false}}) {
       startAfresh();
       const std::string row = c.row;
       const std::size_t bar = row.find('|');
@@ -158,28 +114,20 @@ TEST_F(ImportTest, FindsTheRowOfThePersonOrAddsOne) {
                   {"email", row.substr(second + 1)},
                   {"JobTitle", "부장"}});
       writeContact("a.vcf", c.lines, "2025/01/01 00:00:00");
-      const auto lines = importAll(
-          [&](frmOutlookSync& window) { window.import_check2.setValue(compare ? 1 : 0); });
-      // Without comparing nothing is updated, but what is added stays the same.
+      const auto lines = importAll([&](frmOutlookSync& window) {
+        window.import_check1.setValue(add ? 1 : 0);
+        window.import_check2.setValue(compare ? 1 : 0);
+      });
+      // Either half is as it would be with the other.
       std::string summary = c.summary;
-      if (!compare) summary = summary.substr(0, summary.find('/')) + "/갱신=0";
+      if (!add) summary = text::replaceAll(summary, "추가=1", "추가=0");
+      if (!compare) summary = text::replaceAll(summary, "갱신=1", "갱신=0");
+      EXPECT_THAT(lines, Contains("연락처 비교/갱신|100%|완료").Times(compare ? 1 : 0));
       EXPECT_THAT(lines, Contains("가져오기 완료|" + summary + "|")) << c.name << compare;
       EXPECT_EQ(rows(), summary.starts_with("추가=1") ? 2U : 1U) << c.name << compare;
       EXPECT_EQ(valueOf(1, "JobTitle"), "부장") << c.name;  // a merge loses nothing
     }
   }
-}
-
-TEST_F(ImportTest, WithBothBoxesClearedNothingIsTouched) {
-  writeContact("a.vcf", "N:홍;길동;;;\r\n", "2025/01/01 00:00:00");
-  const std::string before = contactText("a.vcf");
-  EXPECT_THAT(importAll([](frmOutlookSync& window) {
-                window.import_check1.setValue(0);
-                window.import_check2.setValue(0);
-              }),
-              ElementsAre("아웃룩 연결|100%|성공", "가져오기 완료|추가=0/갱신=0|"));
-  EXPECT_EQ(rows(), 0U);
-  EXPECT_EQ(contactText("a.vcf"), before);
 }
 
 TEST_F(ImportTest, NewRowsTakeTheNextNumbers) {

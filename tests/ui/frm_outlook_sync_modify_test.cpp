@@ -137,34 +137,6 @@ TEST_F(CompareWindowTest, ValidatesEachSideInItsOwnWay) {
   }
 }
 
-TEST_F(CompareWindowTest, TheCardSideIsSavedToBothSides) {
-  makeConflict({{"FullName", "홍길동"}, {"folder_name", "폴더"}, {"Birthday", "1980-01-01"}},
-               "N:홍;길동;;;\r\nTITLE:이사\r\nNOTE:메모\r\nBDAY:1981-01-01\r\nX-KEEP:me\r\n");
-  compare([](frmOutlookSyncModify& window) {
-    window.Check1.setValue(1);
-    window.Text1.setText("다른 이름");  // is checked, but not written
-    window.Text2.setText("(주)산업");
-    window.Text22.setText("");
-    window.Text54.setText("VIP");
-    window.Text15.setText("06236");
-    window.Command1.press();
-  });
-  EXPECT_THAT(texts(), ElementsAre(StartsWith("상호갱신 작업이 완료")));
-  EXPECT_EQ(valueOf(1, "FullName") + valueOf(1, "folder_name"), "홍길동폴더");
-  EXPECT_EQ(valueOf(1, "CompanyName"), "㈜산업");
-  EXPECT_EQ(valueOf(1, "Birthday"), "NULL");
-  EXPECT_EQ(valueOf(1, "Categories"), "VIP");
-  const std::string contact = contactText("1.vcf");
-  for (const char* part :
-       {"ORG:㈜산업", "CATEGORIES:VIP", "N:홍;길동;;;", "X-KEEP:me", ";06236;"}) {
-    EXPECT_THAT(contact, HasSubstr(part));
-  }
-  for (const char* gone : {"이사", "메모", "BDAY"}) {
-    EXPECT_THAT(contact, Not(HasSubstr(gone)));  // what the kept side lacks
-  }
-  EXPECT_EQ(valueOf(1, "Last_moddate"), valueOf(1, "VLLastsync_date"));
-}
-
 // The street of a row may hold what its other parts hold too. Keeping either side, again and again,
 // leaves the line as it is.
 TEST_F(CompareWindowTest, AnAddressDoesNotGrow) {

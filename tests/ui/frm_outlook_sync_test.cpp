@@ -60,25 +60,16 @@ TEST_F(MainWindowTest, OpensAsTheOptionsAndTheHostSay) {
   EXPECT_THAT(toolkit->messages, IsEmpty());
 }
 
-TEST_F(MainWindowTest, OptionsAreKeptExceptTheOneThatAlwaysOpensCleared) {
+TEST_F(MainWindowTest, EachOptionIsKeptInItsPlace) {
   open([](frmOutlookSync& window) {
-    EXPECT_TRUE(window.import_check1.isChecked() && window.Export_Check3.isChecked() &&
-                window.ch_faxnosync.isChecked());  // no file: every box is checked
-    EXPECT_FALSE(window.Check1.isChecked());
-    window.Check1.setValue(CheckBox::kChecked);
+    window.Check1.setValue(CheckBox::kChecked);  // is kept, though it always opens cleared
     window.Export_Check3.setValue(CheckBox::kCleared);
     window.Sync_Check2.setValue(CheckBox::kGrayed);
-    window.chadd.setValue(CheckBox::kCleared);
   });
-  EXPECT_EQ(
-      tests::readFile(folder() / "VelmoraOlSync.ini").find("OUT_CHECK9=1\r\n") != std::string::npos,
-      true);
-  open([](frmOutlookSync& window) {
-    EXPECT_FALSE(window.Check1.isChecked());
-    EXPECT_FALSE(window.Export_Check3.isChecked());
-    EXPECT_TRUE(window.Sync_Check2.isChecked());  // a greyed box comes back checked
-    EXPECT_TRUE(window.chadd.isChecked());        // no option: as the window was made
-  });
+  EXPECT_EQ(tests::readFile(folder() / "VelmoraOlSync.ini"),
+            "[SET]\r\nOUT_CHECK1=1\r\nOUT_CHECK2=1\r\nOUT_CHECK3=1\r\nOUT_CHECK4=1\r\n"
+            "OUT_CHECK5=1\r\nOUT_CHECK6=1\r\nOUT_CHECK7=0\r\nOUT_CHECK8=2\r\nOUT_CHECK9=1\r\n"
+            "OUT_CHECK10=1\r\n");
 }
 
 TEST_F(MainWindowTest, AModeRunsOnceUntilAnOptionChanges) {

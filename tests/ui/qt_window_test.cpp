@@ -212,7 +212,7 @@ TEST_P(QtWindowTest, EndsAsItSays) {
   layOut(GetParam());
   QTimer::singleShot(0, &steps_, [this] { step(); });
   do {
-    entry::ORUN(*runtime).OUTSYNCRUN();
+    call();
   } while (actionsLeft());
   expectOutcome();
 }
