@@ -799,45 +799,41 @@ TEST_F(ProgramTest, AnEmptiedContactFolderIsNotFilledAgain) {
   }
 }
 
-TEST_F(ProgramTest, WithoutRoomForARestorePointNoRunBegins) {
-  if (geteuid() != 0) GTEST_SKIP() << "only root can mount a small file system";
-  std::filesystem::create_directory(folder());
-  ASSERT_EQ(mount("tmpfs", folder().c_str(), "tmpfs", 0, "size=2m"), 0);
-  sample(1000);
-  tests::writeFile(folder() + "/filler", std::string(std::size_t{600} << 10, 'x'));
-  const Result refused = run(exportAll());
-  const auto names = tests::fileNames(contacts());
-  umount(folder().c_str());
-  EXPECT_EQ(refused.status, 1);
-  EXPECT_THAT(refused.err, HasSubstr("복원 지점을 둘 자리가 없어"));
-  EXPECT_THAT(names, IsEmpty());
-}
-
-TEST_F(ProgramTest, AFullDiskLeavesNothingByHalves) {
-  if (geteuid() != 0) GTEST_SKIP() << "only root can mount a small file system";
-  sample(300);
-  ASSERT_EQ(mount("tmpfs", contacts().c_str(), "tmpfs", 0, "size=256k"), 0);
-  const Result full = run(exportAll());
-  const std::size_t written = contactKeys().size();  // every file that is there is whole
-  const auto names = tests::fileNames(contacts());
-  EXPECT_THAT(names, Each(EndsWith(".vcf")));
-  umount(contacts().c_str());
-  EXPECT_LT(written, 300U);
-  EXPECT_GT(written, 10U);
-  EXPECT_EQ(full.status, 0);
-  EXPECT_THAT(full.out, AllOf(HasSubstr("실패→("), HasSubstr("No space left on device"),
-                              HasSubstr("추가=" + std::to_string(written) + "/갱신=0")));
-}
-
-TEST_F(ProgramTest, AReadOnlyContactFolderIsRefused) {
-  if (geteuid() != 0) GTEST_SKIP() << "only root can mount a read-only file system";
-  sample(3);
-  ASSERT_EQ(mount("tmpfs", contacts().c_str(), "tmpfs", MS_RDONLY, ""), 0);
-  const Result result = run(exportAll());
-  umount(contacts().c_str());
-  EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.err,
-              AllOf(HasSubstr("아웃룩 연결에 실패하였습니다!"), HasSubstr("Read-only")));
+TEST_F(ProgramTest, ADiskThatIsFullOrProtectedLeavesNothingByHalves) {
+  if (geteuid() != 0) GTEST_SKIP() << "only root can mount a file system";
+  struct Case {
+    std::filesystem::path at;
+    const char* size;
+    unsigned long flags;
+    int cards;
+    int status;
+    std::vector<std::string> said;
+    bool writes;
+  };
+  for (const Case& c :
+       {Case{folder(), "size=2m", 0, 1000, 1, {"복원 지점을 둘 자리가 없어"}, false},
+        Case{contacts(), "", MS_RDONLY, 3, 1, {"아웃룩 연결에 실패", "Read-only"}, false},
+        Case{contacts(), "size=256k", 0, 300, 0, {"실패→(", "No space left on device"}, true}}) {
+    std::filesystem::create_directory(folder());
+    if (c.at == contacts()) sample(c.cards);
+    ASSERT_EQ(mount("tmpfs", c.at.c_str(), "tmpfs", c.flags, c.size), 0);
+    if (c.at == folder()) {
+      sample(c.cards);
+      tests::writeFile(folder() + "/filler", std::string(std::size_t{600} << 10, 'x'));
+    }
+    const Result result = run(exportAll());
+    const std::size_t written = c.writes ? contactKeys().size() : 0;  // each of them is whole
+    const auto names = tests::fileNames(contacts());
+    umount(c.at.c_str());
+    std::filesystem::remove_all(folder());
+    EXPECT_EQ(result.status, c.status) << result.err;
+    for (const auto& text : c.said) EXPECT_THAT(result.out + result.err, HasSubstr(text));
+    EXPECT_THAT(names, Each(EndsWith(".vcf")));
+    EXPECT_EQ(names.size(), written);
+    EXPECT_EQ(written > 10 && written < 300, c.writes);
+    if (!c.writes) continue;
+    EXPECT_THAT(result.out, HasSubstr("추가=" + std::to_string(written) + "/갱신=0"));
+  }
 }
 
 }  // namespace
