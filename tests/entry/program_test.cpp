@@ -688,19 +688,7 @@ TEST_F(ProgramTest, AKilledRunIsUndoneByAnUndoThatIsKilled) {
   const auto everything = [&] {
     store::SqliteConnection connection;
     connection.open({.componentFolder = folder()});
-    std::string all;
-    for (const auto rows = connection.query("SELECT * FROM tbl_namecard"); !rows->atEnd();
-         rows->moveNext()) {
-      for (const char* column : {"FullName", "Last_moddate", "Outlook_modate", "Thumbnail"}) {
-        all += std::string(rows->field(column).value_or("NULL")) + '|';
-      }
-    }
-    for (const auto& name : tests::fileNames(contacts())) {
-      struct stat status {};
-      EXPECT_EQ(stat((contacts() / name).c_str(), &status), 0);
-      all += name + std::to_string(status.st_mtim.tv_nsec) + tests::readFile(contacts() / name);
-    }
-    return all;
+    return tests::filesDump(contacts()) + tests::rowsDump(connection);
   };
   // Into files of their own, and into one that holds all.
   for (const bool isJoined : {false, true}) {

@@ -31,24 +31,7 @@ class HistoryTest : public tests::ComponentFixture {
  protected:
   // Both sides, with the times of the files.
   std::string everything() {
-    std::string all;
-    for (const std::string& name : cardFiles()) {
-      struct stat status {};
-      EXPECT_EQ(stat((contactsFolder() / name).c_str(), &status), 0);
-      all += name + '|' + std::to_string(status.st_mtim.tv_sec) + '.' +
-             std::to_string(status.st_mtim.tv_nsec) + '|' + contactText(name);
-    }
-    for (const char* table : {"tbl_namecard", "tbl_folder"}) {
-      const auto columns = database.query(std::string("SELECT name FROM pragma_table_info('") +
-                                          table + "') WHERE name<>'extra'");
-      std::string list;
-      for (; !columns->atEnd(); columns->moveNext()) {
-        list += (list.empty() ? "quote(" : "||quote(") + std::string(*columns->field("name")) + ")";
-      }
-      const auto rows = database.query("SELECT " + list + " AS row FROM " + table);
-      for (; !rows->atEnd(); rows->moveNext()) all += std::string(*rows->field("row")) + '\n';
-    }
-    return all;
+    return tests::filesDump(contactsFolder()) + tests::rowsDump(database, "extra");
   }
 
   // Three pairs and a card without a contact; every side has something that is newer.

@@ -29,9 +29,6 @@ class ScenarioFixture : public ComponentFixture {
   std::size_t next_ = 0;
 };
 
-// The list has that line, its cells with "|" between.
-void expectLine(const ui::ListView& list, const std::string& text);
-
 // All that can be played here, and their names as test names.
 [[nodiscard]] std::vector<std::filesystem::path> scenarioFiles();
 [[nodiscard]] std::string scenarioName(const testing::TestParamInfo<std::filesystem::path>& info);

@@ -10,20 +10,15 @@
 #include <gtest/gtest.h>
 
 #include "store/sql.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/database_fixture.h"
 
 namespace vlout::store {
 namespace {
 
 using testing::HasSubstr;
 
-class SqliteConnectionTest : public testing::Test {
+class SqliteConnectionTest : public tests::DatabaseFixture {
  protected:
-  SqliteConnectionTest() {
-    createDatabase(settings.databaseFile());
-    connection.open(settings);
-  }
-
   std::string messageOf(const std::string& sql) {
     try {
       connection.query(sql);
@@ -32,10 +27,6 @@ class SqliteConnectionTest : public testing::Test {
     }
     return "";
   }
-
-  tests::TemporaryFolder folder;
-  ConnectionSettings settings{.componentFolder = folder.path()};
-  SqliteConnection connection;
 };
 
 TEST_F(SqliteConnectionTest, RunsTheHostsStatementShapesUnchanged) {

@@ -6,22 +6,12 @@
 #include "store/address_line.h"
 #include "store/folders.h"
 #include "store/sql.h"
-#include "store/sqlite/sqlite_connection.h"
-#include "tests/support/temporary_folder.h"
+#include "tests/support/database_fixture.h"
 
 namespace vlout::store {
 namespace {
 
-class StoreTest : public testing::Test {
- protected:
-  StoreTest() {
-    createDatabase(settings.databaseFile());
-    connection.open(settings);
-  }
-  tests::TemporaryFolder folder;
-  ConnectionSettings settings{.componentFolder = folder.path()};
-  SqliteConnection connection;
-};
+using StoreTest = tests::DatabaseFixture;
 
 TEST_F(StoreTest, NextCardIdEndsWithAnErrorInsteadOfWrapping) {
   EXPECT_EQ(nextCardId(connection), 1);

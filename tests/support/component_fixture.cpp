@@ -119,6 +119,21 @@ std::unique_ptr<outlook::vcard::VCardStore> ComponentFixture::openContacts() con
   return contacts;
 }
 
+std::string rowsDump(store::Connection& database, const std::string& leftOut) {
+  std::string all;
+  for (const char* table : {"tbl_namecard", "tbl_folder"}) {
+    const auto columns = database.query(std::string("SELECT name FROM pragma_table_info('") +
+                                        table + "') WHERE name<>'" + leftOut + "'");
+    std::string list;
+    for (; !columns->atEnd(); columns->moveNext()) {
+      list += (list.empty() ? "quote(" : "||quote(") + std::string(*columns->field("name")) + ")";
+    }
+    const auto rows = database.query("SELECT " + list + " AS row FROM " + table);
+    for (; !rows->atEnd(); rows->moveNext()) all += std::string(*rows->field("row")) + '\n';
+  }
+  return all;
+}
+
 std::string attachmentContent(outlook::Contact& contact, std::size_t index) {
   return dynamic_cast<outlook::vcard::VCardContact&>(contact).attachmentContent(index);
 }

@@ -118,6 +118,9 @@ class ComponentFixture : public testing::Test {
                                  const std::function<void(ui::frmOutlookSync&)>& prepare);
 };
 
+// Every value of the cards and groups, but for the columns that are left out.
+[[nodiscard]] std::string rowsDump(store::Connection& database, const std::string& leftOut = "");
+
 // The bytes of a vCard contact's attachment.
 [[nodiscard]] std::string attachmentContent(outlook::Contact& contact, std::size_t index);
 

@@ -58,4 +58,13 @@ std::string stampsOf(const std::filesystem::path& folder) {
   return all;
 }
 
+std::string filesDump(const std::filesystem::path& folder) {
+  std::string all;
+  for (const std::string& name : fileNames(folder)) {
+    const auto time = std::filesystem::last_write_time(folder / name).time_since_epoch();
+    all += name + '|' + std::to_string(time.count()) + '|' + readFile(folder / name);
+  }
+  return all;
+}
+
 }  // namespace vlout::tests

@@ -31,4 +31,7 @@ void writeFile(const std::filesystem::path& file, std::string_view content);
 // leaves as they were.
 [[nodiscard]] std::string stampsOf(const std::filesystem::path& folder);
 
+// The files of a folder: their names, the times of their last changes, and their content.
+[[nodiscard]] std::string filesDump(const std::filesystem::path& folder);
+
 }  // namespace vlout::tests

@@ -231,17 +231,7 @@ class AgreementTest : public tests::ComponentFixture {
   }
 
   std::string everything() {
-    std::string all;
-    for (const auto& [id, name] : files) {
-      all += name + std::to_string(modificationTime(id)) + contactText(name);
-    }
-    const auto rows = database.query("SELECT * FROM tbl_namecard");
-    for (; !rows->atEnd(); rows->moveNext()) {
-      for (const char* column : {"FullName", "JobTitle", "Last_moddate", "Outlook_modate"}) {
-        all += *rows->field(column);
-      }
-    }
-    return all;
+    return tests::filesDump(contactsFolder()) + tests::rowsDump(database);
   }
 
   // What runs know of the contacts is a cache: they end alike without it, with an old one, and with
