@@ -131,6 +131,7 @@ TEST_F(CompareWindowTest, ValidatesEachSideInItsOwnWay) {
     });
     if (*c.refusal == '\0') {
       EXPECT_THAT(messages, IsEmpty()) << c.birthday << c.anniversary;
+      EXPECT_EQ(valueOf(1, "Birthday"), *c.birthday == '\0' ? "NULL" : c.birthday);
     } else {
       EXPECT_THAT(messages, ElementsAre(StartsWith(c.refusal)));
     }
