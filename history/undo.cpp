@@ -40,6 +40,51 @@ std::string after(int run) {
   return " [작업 " + std::to_string(run) + " 뒤]";
 }
 
+// Nothing, where there is no such row.
+std::optional<Cell> valueIn(const std::optional<Cells>& row, const std::string& column) {
+  if (!row) return std::nullopt;
+  const auto found = row->find(column);
+  return found == row->end() ? Cell() : found->second;
+}
+
+struct CellChanges {
+  Cells origins;  // what is to be put back
+  std::optional<Trail<std::optional<Cell>>::Edit> edit;
+};
+
+CellChanges cellChanges(const RowTrail& trail, const std::optional<Cells>& now, bool wasThere) {
+  CellChanges changes;
+  for (const auto& [column, values] : trail) {
+    if (column.empty()) continue;
+    const std::optional<Cell> value = valueIn(now, column);
+    const Cell origin = values.origin().value_or(Cell());
+    if (wasThere ? value == origin : !now) continue;
+    // What is left of an edit that was made since is to be transferred.
+    const bool isEdited = !values.isLeft(value);
+    if (isEdited && now && wasThere && column == "Last_moddate") continue;
+    if (wasThere && !(origin.empty() && !now)) changes.origins.emplace(column, origin);
+    if (const auto found = values.edit(value); found && (!changes.edit || isEdited)) {
+      changes.edit = found;
+    }
+  }
+  return changes;
+}
+
+std::string nameOfRow(const std::string& caption, const RowTrail& trail,
+                      const std::optional<Cells>& now) {
+  const auto named = trail.find(caption);
+  std::string name =
+      valueIn(now, caption)
+          .value_or(named == trail.end() ? Cell() : named->second.origin().value_or(Cell()));
+  if (!name.empty()) name.erase(0, 1);  // the type
+  return name;
+}
+
+bool hasMoreThan(const RowTrail& trail, const Cells& row) {
+  return std::any_of(row.begin(), row.end(),
+                     [&](const auto& cell) { return !trail.contains(cell.first); });
+}
+
 }  // namespace
 
 Undo::Undo(const fs::path& componentFolder, int run, const OpenMirrored& openMirrored)
@@ -190,44 +235,23 @@ std::vector<RowChange> Undo::rowChanges(StoredRows& rows) const {
 
 Undo::RowPlan Undo::planOf(const RowKey& key, const RowTrail& trail, StoredRows& rows) const {
   const std::optional<Cells> now = rows.at(key);
-  const auto valueNow = [&](const std::string& column) -> std::optional<Cell> {
-    if (!now) return std::nullopt;
-    const auto found = now->find(column);
-    return found == now->end() ? Cell() : found->second;
-  };
   const auto row = trail.find("");
   const bool isWhole = row != trail.end();
   const bool wasThere = !isWhole || row->second.origin().has_value();
-  RowChange change{.key = key};
-  std::optional<Trail<std::optional<Cell>>::Edit> edit;
-  for (const auto& [column, values] : trail) {
-    if (column.empty()) continue;
-    const std::optional<Cell> value = valueNow(column);
-    const Cell origin = values.origin().value_or(Cell());
-    if (wasThere ? value == origin : !now) continue;
-    // What is left of an edit that was made since is to be transferred.
-    const bool isEdited = !values.isLeft(value);
-    if (isEdited && now && wasThere && column == "Last_moddate") continue;
-    if (wasThere && !(origin.empty() && !now)) change.cells.emplace(column, origin);
-    if (const auto found = values.edit(value); found && (!edit || isEdited)) edit = found;
-  }
-  const std::string caption(captionOf(key));
-  const auto named = trail.find(caption);
-  change.name = valueNow(caption).value_or(
-      named == trail.end() ? Cell() : named->second.origin().value_or(Cell()));
-  if (!change.name.empty()) change.name.erase(0, 1);  // the type
+  CellChanges cells = cellChanges(trail, now, wasThere);
   RowPlan plan;
   plan.isLost = wasThere && !now && !isWhole;
-  if (wasThere ? now && change.cells.empty() : !now) return plan;
+  if (wasThere ? now && cells.origins.empty() : !now) return plan;
+  RowChange change{.key = key};
   change.change = wasThere ? (now ? Change::Changed : Change::Removed) : Change::Added;
-  if (!wasThere && !edit) {
-    const bool isMore = std::any_of(now->begin(), now->end(),
-                                    [&](const auto& cell) { return !trail.contains(cell.first); });
-    if (isMore) edit = {later_.back().number, Cell(), Cell()};
+  change.cells = std::move(cells.origins);
+  change.name = nameOfRow(std::string(captionOf(key)), trail, now);
+  if (!wasThere && !cells.edit && hasMoreThan(trail, *now)) {
+    cells.edit = {later_.back().number, Cell(), Cell()};
   }
-  if (edit && !plan.isLost) {
-    plan.edit =
-        editOf(nounOf(key), changeFrom(edit->left, edit->found), change.name, after(edit->run));
+  if (cells.edit && !plan.isLost) {
+    plan.edit = editOf(nounOf(key), changeFrom(cells.edit->left, cells.edit->found), change.name,
+                       after(cells.edit->run));
   }
   plan.change = std::move(change);
   return plan;
