@@ -93,7 +93,7 @@ TEST_F(CardPictureAttacherTest, AContactShowsItsCardsPictureUnlessItHasItsOwn) {
     EXPECT_EQ(shownFor("'\xFF\xD8 second'"), "\xFF\xD8 second") << version;
     EXPECT_EQ(shownFor("'no JPEG'"), "") << version;
     EXPECT_EQ(shownFor("'\xFF\xD8 third'"), "\xFF\xD8 third") << version;
-    replace("\r\n ", "");  // folds
+    replace("\r\n ", "");             // folds
     replace("/9ggdGhpcmQ=", "/9gg");  // another program's picture, under our mark
     EXPECT_EQ(shownFor("'\xFF\xD8 fourth'"), "\xFF\xD8 ") << version;
     EXPECT_EQ(shownFor("null"), "\xFF\xD8 ") << version;
