@@ -215,18 +215,31 @@ Layout frmOutlookSyncModify::fieldsLayout(std::size_t first, std::size_t last) {
 Layout frmOutlookSyncModify::layout() {
   using namespace layout;
   constexpr std::size_t kFirstAddress = 14;
-  return column(
-      {row({fixed("벨모라"), label("Label29", Label29), label("Label32", Label32), fixed("아웃룩"),
-            label("Label30", Label30), space()}),
-       row({column({fieldsLayout(0, kFirstAddress), space()}).stretched(2), fixed("  "),
-            column({fieldsLayout(kFirstAddress, kFields.size()), space()}).stretched(3)})
-           .stretched(1),
-       row({control("Check1", Check1).keyed('E'), control("Label31", Label31),
-            control("Command1", Command1).keyed('V'), control("Command2", Command2).keyed('O'),
-            space(), control("Command8", Command8).keyed('F'),
-            control("Command3", Command3).keyed('N'),
-            control("Command4", Command4).wide(8).keyed('X'),
-            control("Command6", Command6).wide(8).keyed('S')})});
+  Parts parts{row({fixed("벨모라"), label("Label29", Label29), label("Label32", Label32),
+                   fixed("아웃룩"), label("Label30", Label30), space()})};
+  const auto fields = [&](std::size_t last) {
+    return row({column({fieldsLayout(0, kFirstAddress), space()}).stretched(2), fixed("  "),
+                column({fieldsLayout(kFirstAddress, last), space()}).stretched(3)});
+  };
+  if (toolkit().hasParagraphs()) {
+    constexpr std::size_t kMemo = kFields.size() - 1;
+    constexpr int kLines = 3;
+    parts.push_back(fields(kMemo));
+    parts.push_back(grid(3, {fixed(""), fixed("벨모라"), fixed("아웃룩"),
+                             fixed(outlook::fieldCaption(kFields[kMemo].column)),
+                             boxLayout(kFields[kMemo].card).high(kLines),
+                             boxLayout(kFields[kMemo].outlook).high(kLines)})
+                        .stretched(1));
+  } else {
+    parts.push_back(fields(kFields.size()).stretched(1));
+  }
+  parts.push_back(row(
+      {control("Check1", Check1).keyed('E'), control("Label31", Label31),
+       control("Command1", Command1).keyed('V'), control("Command2", Command2).keyed('O'), space(),
+       control("Command8", Command8).keyed('F'), control("Command3", Command3).keyed('N'),
+       control("Command4", Command4).wide(8).keyed('X'),
+       control("Command6", Command6).wide(8).keyed('S')}));
+  return column(std::move(parts));
 }
 
 void frmOutlookSyncModify::connectEvents() {

@@ -58,6 +58,8 @@ class Toolkit {
 
   // False where a script answers in place of a user.
   [[nodiscard]] virtual bool hasUser() const { return true; }
+  // Whether a text box can show several lines.
+  [[nodiscard]] virtual bool hasParagraphs() const { return false; }
 
   // Gives the component's windows the look of a skin file, or the usual one for an empty path.
   // Does nothing where windows have no skins.

@@ -4,6 +4,7 @@
 #include <QKeyEvent>
 #include <QPushButton>
 #include <QScrollArea>
+#include <QStyle>
 
 #include <algorithm>
 
@@ -55,9 +56,15 @@ FormWindow::FormWindow(Form& form, QWidget* parent)
     : QDialog(parent), form_(form), layout_(form.layout()) {
   setWindowTitle(textOf(form_.caption));
   setWindowFlag(Qt::WindowMaximizeButtonHint);
-  // Where the screen is too small for all of it, the content scrolls: no button is out of reach.
+  // Where the screen is too small for all of it, the content scrolls. What stands below the part
+  // that grows stays in sight: the buttons above all.
+  const auto grows = [](const Layout& part) { return part.stretch > 0; };
+  const auto below = std::find_if(layout_.parts.rbegin(), layout_.parts.rend(), grows).base();
+  const std::span<const Layout> parts(layout_.parts);
+  const auto found = static_cast<std::size_t>(below - layout_.parts.begin());
+  const std::size_t scrolled = found == 0 ? parts.size() : found;
   auto* const content = new QWidget;
-  content->setLayout(build(layout_, {}));
+  content->setLayout(buildBox(layout_.kind, parts.first(scrolled), {}));
   auto* const scroll = new QScrollArea(this);
   scroll->setFrameShape(QFrame::NoFrame);
   scroll->setWidgetResizable(true);
@@ -66,9 +73,23 @@ FormWindow::FormWindow(Form& form, QWidget* parent)
   auto* const whole = new QVBoxLayout(this);
   whole->setContentsMargins(0, 0, 0, 0);
   whole->addWidget(scroll);
+  auto* const footer = new QWidget;
+  footer->setLayout(buildBox(layout_.kind, parts.subspan(scrolled), {}));
+  QMargins margins = footer->layout()->contentsMargins();
+  margins.setTop(0);
+  if (scrolled == parts.size()) margins.setBottom(0);
+  footer->layout()->setContentsMargins(margins);
+  whole->addWidget(footer);
   const QSize formSize(form_.width / kTwipsPerUnit, form_.height / kTwipsPerUnit);
   constexpr QSize kFrame(16, 48);  // what the window's frame and a panel take, at the least
-  resize(formSize.expandedTo(content->sizeHint()).boundedTo(screen()->availableSize() - kFrame));
+  const QSize room = screen()->availableSize() - kFrame;
+  QSize size = content->sizeHint();
+  size.setWidth(std::max(size.width(), footer->sizeHint().width()));
+  size.rheight() += footer->sizeHint().height();
+  if (size.height() > room.height()) {
+    size.rwidth() += style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+  }
+  resize(formSize.expandedTo(size).boundedTo(room));
 }
 
 FormWindow::~FormWindow() {
@@ -135,10 +156,15 @@ QWidget* FormWindow::buildPanel(const Layout& part, const QString& label) {
 QLayout* FormWindow::build(const Layout& part, const QString& label) {
   if (part.kind == Kind::Grid) return buildGrid(part, label);
   if (part.kind == Kind::Stack) return buildStack(part, label);
-  auto* const box = part.kind == Kind::Row ? static_cast<QBoxLayout*>(new QHBoxLayout)
-                                           : static_cast<QBoxLayout*>(new QVBoxLayout);
+  return buildBox(part.kind, part.parts, label);
+}
+
+QLayout* FormWindow::buildBox(Layout::Kind kind, std::span<const Layout> parts,
+                              const QString& label) {
+  auto* const box = kind == Kind::Row ? static_cast<QBoxLayout*>(new QHBoxLayout)
+                                      : static_cast<QBoxLayout*>(new QVBoxLayout);
   QString beside = label;
-  for (const Layout& each : part.parts) {
+  for (const Layout& each : parts) {
     addTo(*box, each, beside);
     if (isLabel(each) && !labelText(each).trimmed().isEmpty()) beside = labelText(each);
     if (!isLabel(each)) beside = label;

@@ -8,6 +8,7 @@
 #include <QLabel>
 #include <QScreen>
 
+#include <span>
 #include <vector>
 
 #include "ui/form.h"
@@ -38,6 +39,7 @@ class FormWindow : public QDialog {
  private:
   // `label` names what has no text of its own, for those who cannot see what stands beside it.
   QLayout* build(const Layout& part, const QString& label);
+  QLayout* buildBox(Layout::Kind kind, std::span<const Layout> parts, const QString& label);
   QLayout* buildGrid(const Layout& part, const QString& label);
   QLayout* buildStack(const Layout& part, const QString& label);
   QWidget* buildPanel(const Layout& part, const QString& label);

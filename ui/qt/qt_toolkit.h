@@ -28,6 +28,7 @@ class QtToolkit : public Toolkit {
                                                    const std::filesystem::path& start) override;
   [[nodiscard]] ScreenSize screenSize() const override;
   void applySkin(const std::filesystem::path& skinFile) override;
+  [[nodiscard]] bool hasParagraphs() const override { return true; }
   void repaint() override;
   void pump() override;
 

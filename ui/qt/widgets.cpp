@@ -6,6 +6,7 @@
 #include <QLabel>
 #include <QLineEdit>
 #include <QMessageBox>
+#include <QPlainTextEdit>
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
@@ -106,7 +107,43 @@ QWidget* makeLabel(const Layout& part, QWidget* parent) {
   return label;
 }
 
+// Not by colour alone: bold is seen on any palette, and a screen reader is told. What does not fit
+// is seen whole under the mouse.
+void dress(QWidget& edit, const TextBox& box) {
+  colour(edit, box.foreColour(), box.backColour());
+  const bool differs = box.foreColour() == Colour::LightRed;
+  QFont font = edit.font();
+  font.setBold(differs);
+  edit.setFont(font);
+  edit.setAccessibleDescription(differs ? QStringLiteral("다름") : QString());
+  edit.setToolTip(textOf(box.text()).toHtmlEscaped());
+}
+
+// The widget has line ends of its own; those of a text that nobody edits stay as they are.
+QWidget* makeParagraphs(const Layout& part, QWidget* parent) {
+  auto* const edit = new QPlainTextEdit(parent);
+  auto& box = static_cast<TextBox&>(*part.control);
+  edit->setTabChangesFocus(true);
+  edit->setMinimumHeight(edit->fontMetrics().lineSpacing() * (part.lines + 1));
+  edit->setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
+  follow(box, *edit, [&box, edit] {
+    QString text = textOf(box.text());
+    text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
+    const QSignalBlocker unheard(edit);
+    if (edit->toPlainText() != text) edit->setPlainText(text);
+    edit->setReadOnly(box.locked());
+    dress(*edit, box);
+  });
+  QObject::connect(edit, &QPlainTextEdit::textChanged, edit, shown(edit, [&box, edit] {
+                     QString text = edit->toPlainText();
+                     text.replace(QStringLiteral("\n"), QStringLiteral("\r\n"));
+                     box.setText(text.toStdString());
+                   }));
+  return edit;
+}
+
 QWidget* makeEdit(const Layout& part, QWidget* parent) {
+  if (part.lines > 1) return makeParagraphs(part, parent);
   auto* const edit = new QLineEdit(parent);
   auto& box = static_cast<TextBox&>(*part.control);
   edit->setMaxLength(0x7FFFFFF);
@@ -117,13 +154,7 @@ QWidget* makeEdit(const Layout& part, QWidget* parent) {
       edit->setCursorPosition(0);
     }
     edit->setReadOnly(box.locked());
-    colour(*edit, box.foreColour(), box.backColour());
-    // Not by colour alone: bold is seen on any palette, and a screen reader is told.
-    const bool differs = box.foreColour() == Colour::LightRed;
-    QFont font = edit->font();
-    font.setBold(differs);
-    edit->setFont(font);
-    edit->setAccessibleDescription(differs ? QStringLiteral("다름") : QString());
+    dress(*edit, box);
   });
   QObject::connect(edit, &QLineEdit::textEdited, edit,
                    shown(edit, [&box](const QString& text) { box.setText(text.toStdString()); }));
