@@ -19,12 +19,12 @@ namespace vlout::entry::cli {
 namespace {
 
 using store::DatabaseError;
-using store::JetColumn;
-using store::JetRow;
-using store::JetType;
-using store::JetValue;
 using store::kCardTable;
 using store::kFolderTable;
+using store::jet::JetColumn;
+using store::jet::JetRow;
+using store::jet::JetType;
+using store::jet::JetValue;
 using text::equalsIgnoringAsciiCase;
 
 constexpr std::string_view kPicture = "Thumbnail";
@@ -66,7 +66,7 @@ std::string dateFor(std::string_view column, std::string stamp) {
 }
 
 // Writes the tables that come out of the Jet file into the new database.
-class Mover : public store::JetRows {
+class Mover : public store::jet::JetRows {
  public:
   Mover(std::string source, store::Connection& connection,
         const volatile std::sig_atomic_t& interrupted)
@@ -205,7 +205,7 @@ class Mover : public store::JetRows {
 
 void convertJet(const std::filesystem::path& source, const std::filesystem::path& folder,
                 std::ostream& report, const volatile std::sig_atomic_t& interrupted) {
-  store::JetReader reader(source, {std::string(kCardTable), std::string(kFolderTable)});
+  store::jet::JetReader reader(source, {std::string(kCardTable), std::string(kFolderTable)});
   std::ostringstream done;
   initializeFolder(folder, [&](store::Connection& connection) {
     Mover mover(source.string(), connection, interrupted);

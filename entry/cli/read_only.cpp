@@ -14,11 +14,11 @@ namespace vlout::entry::cli {
 
 ReadOnlyStores::ReadOnlyStores(const std::filesystem::path& folder,
                                const std::filesystem::path& contacts)
-    : platform_(makePlatform(
-          folder, contacts,
-          std::make_unique<ui::TerminalToolkit>(std::cout, std::cerr, 0, handleInterrupts(),
-                                                ui::TerminalToolkit::OnConflict::Skip, nullptr),
-          {}, &handleInterrupts())),
+    : platform_(makePlatform(folder, contacts,
+                             std::make_unique<ui::terminal::TerminalToolkit>(
+                                 std::cout, std::cerr, 0, handleInterrupts(),
+                                 ui::terminal::TerminalToolkit::OnConflict::Skip, nullptr),
+                             {}, &handleInterrupts())),
       place_(contacts),
       view_(platform_.makePreview()) {
   connection().open({.componentFolder = folder});

@@ -128,8 +128,8 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
       explainExportList(request, *component, errors);
     }
   };
-  auto toolkit = std::make_unique<ui::TerminalToolkit>(results, errors, progressWidth, interrupted,
-                                                       request.onConflict, script);
+  auto toolkit = std::make_unique<ui::terminal::TerminalToolkit>(
+      results, errors, progressWidth, interrupted, request.onConflict, script);
   const history::EmptiedFolder emptied{.goOn = request.goOn,
                                        .howToGoOn = "그래도 하려면 --yes 를 붙이십시오."};
   Runtime runtime(request.folder, makePlatform(request.folder, request.contacts, std::move(toolkit),
@@ -227,7 +227,7 @@ int runUnwatched(const RunRequest& request, const Arguments& arguments) {
 }
 
 int runGiven(const Arguments& arguments) {
-  using OnConflict = ui::TerminalToolkit::OnConflict;
+  using OnConflict = ui::terminal::TerminalToolkit::OnConflict;
   const std::map<std::string, OnConflict> answers{{"skip", OnConflict::Skip},
                                                   {"newer", OnConflict::TakeNewer},
                                                   {"card", OnConflict::KeepCard},

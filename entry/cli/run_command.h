@@ -30,7 +30,8 @@ struct RunRequest {
   std::vector<BoxSetting> boxes;
   bool preview = false;  // show what the run would do, and write nothing
   bool goOn = false;     // also with other contacts than the last time, or where they are all gone
-  ui::TerminalToolkit::OnConflict onConflict = ui::TerminalToolkit::OnConflict::Skip;
+  ui::terminal::TerminalToolkit::OnConflict onConflict =
+      ui::terminal::TerminalToolkit::OnConflict::Skip;
 };
 
 // Reads NAME=VALUE; nothing when the name is no box or the value neither 0 nor 1.

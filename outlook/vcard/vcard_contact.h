@@ -33,7 +33,7 @@ class VCardContact : public Contact {
   void setUserPropertyText(std::string_view name, std::string_view value) override;
   [[nodiscard]] std::size_t attachmentCount() override;
   [[nodiscard]] std::string attachmentName(std::size_t index) override;
-  // The bytes of an attachment; for those who look at what a run has left.
+  // The bytes of an attachment.
   [[nodiscard]] std::string attachmentContent(std::size_t index);
   void removeAttachment(std::size_t index) override;
   void addAttachment(const std::filesystem::path& file, std::string_view name) override;

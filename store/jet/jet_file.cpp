@@ -9,7 +9,7 @@
 #include "text/ascii.h"
 #include "text/utf8.h"
 
-namespace vlout::store {
+namespace vlout::store::jet {
 namespace {
 
 // What stands in the two high bits of a row's place on its page. A row that has outgrown its page
@@ -381,4 +381,4 @@ void JetFile::readTable(std::string_view name, JetRows& rows) {
   reader_->readTable(name, rows);
 }
 
-}  // namespace vlout::store
+}  // namespace vlout::store::jet

@@ -10,7 +10,7 @@
 
 #include "store/jet/jet_value.h"
 
-namespace vlout::store {
+namespace vlout::store::jet {
 
 // Takes the rows of a table, one after another.
 class JetRows {
@@ -43,4 +43,4 @@ class JetFile {
   std::unique_ptr<Reader> reader_;
 };
 
-}  // namespace vlout::store
+}  // namespace vlout::store::jet

@@ -13,7 +13,7 @@
 
 #include "store/connection.h"
 
-namespace vlout::store {
+namespace vlout::store::jet {
 namespace {
 
 // What comes through the pipe: a letter and what belongs to it.
@@ -255,4 +255,4 @@ void JetReader::failEnded() const {
   fail("손상된 파일입니다 (읽는 도중에 멈췄습니다)");
 }
 
-}  // namespace vlout::store
+}  // namespace vlout::store::jet

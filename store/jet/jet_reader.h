@@ -10,7 +10,7 @@
 
 #include "store/jet/jet_file.h"
 
-namespace vlout::store {
+namespace vlout::store::jet {
 
 class JetReader {
  public:
@@ -37,4 +37,4 @@ class JetReader {
   std::unique_ptr<Frames> frames_;
 };
 
-}  // namespace vlout::store
+}  // namespace vlout::store::jet

@@ -10,7 +10,7 @@
 #include "store/connection.h"
 #include "text/date_time.h"
 
-namespace vlout::store {
+namespace vlout::store::jet {
 namespace {
 
 constexpr std::string_view kReplacement = "\xEF\xBF\xBD";  // U+FFFD
@@ -197,4 +197,4 @@ std::string jetGuid(std::string_view bytes) {
   return text + "}";
 }
 
-}  // namespace vlout::store
+}  // namespace vlout::store::jet

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-namespace vlout::store {
+namespace vlout::store::jet {
 
 enum class JetType { Boolean, Integer, Real, Decimal, DateTime, Text, Guid, Binary, Unknown };
 
@@ -67,4 +67,4 @@ class JetTextDecoder {
 // A replication id in braces, as Windows writes one.
 [[nodiscard]] std::string jetGuid(std::string_view bytes);
 
-}  // namespace vlout::store
+}  // namespace vlout::store::jet

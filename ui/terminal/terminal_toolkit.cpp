@@ -6,7 +6,7 @@
 #include "text/ascii.h"
 #include "text/shown_text.h"
 
-namespace vlout::ui {
+namespace vlout::ui::terminal {
 namespace {
 
 constexpr std::size_t kStateColumn = 2;
@@ -128,4 +128,4 @@ void TerminalToolkit::clearProgress() {
   progressDrawn_ = false;
 }
 
-}  // namespace vlout::ui
+}  // namespace vlout::ui::terminal

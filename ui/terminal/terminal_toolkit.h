@@ -11,7 +11,7 @@
 #include "ui/frm_outlook_sync.h"
 #include "ui/toolkit.h"
 
-namespace vlout::ui {
+namespace vlout::ui::terminal {
 
 class TerminalToolkit : public Toolkit {
  public:
@@ -54,4 +54,4 @@ class TerminalToolkit : public Toolkit {
   bool progressDrawn_ = false;
 };
 
-}  // namespace vlout::ui
+}  // namespace vlout::ui::terminal
