@@ -150,3 +150,43 @@ vloutsync("undo", "--yes", "--force")
 assert f"TITLE:{before[3]}" in book()[3][1] and titles()[3] == "다시3"
 agree()
 assert "TITLE:다시3" in book()[3][1]
+
+# The same server by way of a folder that another program keeps in step with it, as the guide says.
+home = Path(os.environ["HOME"])
+(home / "vdirsyncer.conf").write_text(f"""[general]
+status_path = "{home}/status"
+[pair contacts]
+a = "server"
+b = "files"
+collections = ["from a"]
+[storage server]
+type = "carddav"
+url = "{os.environ['VLOUT_DAV_URL'].removesuffix('book/')}"
+username = "user"
+password = "any"
+[storage files]
+type = "filesystem"
+path = "{home}/.contacts"
+fileext = ".vcf"
+""")
+
+
+def vdirsyncer(command):
+    subprocess.run(["vdirsyncer", "-c", home / "vdirsyncer.conf", command], input="y\n", text=True, check=True,
+                   capture_output=True, timeout=60)
+
+
+vdirsyncer("discover")
+vdirsyncer("sync")
+there = ["--contacts", home / ".contacts" / "book", "--yes"]
+assert str(there[1]) in vloutsync("run", "sync", "--contacts", home / ".contacts", "--yes", status=1)
+vloutsync("run", "sync", *there)
+time.sleep(1.1)  # rows know whole seconds
+retitle([5], "오는")
+file, text = book()[6]
+put(file, re.sub(r"^TITLE:.*$", "TITLE:가는6", text, flags=re.M))
+vdirsyncer("sync")
+vloutsync("run", "sync", *there)
+vdirsyncer("sync")
+assert titles()[6] == "가는6" and "TITLE:오는5" in book()[5][1], (titles(), book()[5])
+assert "벨모라=0/아웃룩=0" in vloutsync("run", "sync", *there)
