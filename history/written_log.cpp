@@ -17,7 +17,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// An entry is the size and the hash of what follows: its kind and its parts.
 constexpr char kFile = 'F';
 constexpr char kRow = 'R';
 constexpr char kEnd = 'E';

@@ -2,6 +2,20 @@
 // run that is killed leaves nothing that looks like the user's, and everything it wrote has a way
 // back. The recorder writes the log; undo goes back by it, and the next run completes what was cut
 // short.
+//
+// The log is a series of entries (`text/pack.h`: numbers as they lie in memory, a text behind its
+// size in four bytes). Each entry is the hash of its content in eight bytes and the content as a
+// text, which is a letter and its parts:
+//
+//   F  a file: its name, its state before and after, whether it has a card (one byte) and then the
+//      card's number (8), the hash of the card's row (8)
+//   R  a row: its table, its number (8), what becomes of it (1, a `Change`), its cells before and
+//      after
+//   E  the end of the run
+//
+// A state is a byte for whether there is one and then size, seconds and nanoseconds (8 each). Cells
+// are their count (4), then each column and its value as texts. An entry that is cut short or has
+// another hash ends the log.
 #pragma once
 
 #include <chrono>
