@@ -3,7 +3,7 @@
 // back. The recorder writes the log; undo goes back by it, and the next run completes what was cut
 // short.
 //
-// The log is a series of entries (`text/pack.h`: numbers as they lie in memory, a text behind its
+// The log is a series of entries (`text/packed.h`: numbers as they lie in memory, a text behind its
 // size in four bytes). Each entry is the hash of its content in eight bytes and the content as a
 // text, which is a letter and its parts:
 //
