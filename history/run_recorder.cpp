@@ -229,6 +229,7 @@ std::int64_t RecordedConnection::execute(std::string_view sql) {
   recorder_->beforeWriting();
   return endingRunWhenBusy([&] {
     watch_->forget();
+    readTogether(false);
     store::execute(database(), "BEGIN IMMEDIATE");
     try {
       const std::int64_t count = SqliteConnection::execute(sql);

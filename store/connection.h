@@ -77,6 +77,14 @@ class Connection {
   // is saved whose row is written after it: neither must be without the other.
   virtual void requireShortEnough(std::string_view sql) const { static_cast<void>(sql); }
   virtual std::unique_ptr<Recordset> query(std::string_view sql) = 0;
+
+  // Whether the queries that follow may be answered as of one moment, which is some milliseconds
+  // ago at most: that spares a lock for each. It ends with the next `execute` and with `false`;
+  // what leads to a write is to be read after that.
+  virtual bool readTogether(bool together) {
+    static_cast<void>(together);
+    return false;
+  }
 };
 
 }  // namespace vlout::store

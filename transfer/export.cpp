@@ -113,10 +113,9 @@ void Export::compareOrMerge(Contact& contact, std::size_t position) {
 }
 
 void Export::compare(const std::string& rowId, Contact& contact) {
-  const auto row = store::readCard(connection_, rowId);
-  const PairState state =
-      classifyPair(readStamps(*row), contact.lastModificationTime(),
-                   options_.testConflicts ? ConflictTest::Straight : ConflictTest::Off);
+  const auto [row, state] =
+      comparePair(rowId, contact,
+                  options_.testConflicts ? ConflictTest::Straight : ConflictTest::Off, Side::Row);
   if (state.newer != Side::Row) {
     if (!outlook::hasVLID(contact)) {
       outlook::addVLID(contact, rowId);

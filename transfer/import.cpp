@@ -134,11 +134,10 @@ void Import::mergeInto(const std::string& rowId, Contact& contact) {
 }
 
 Import::Compared Import::compareForImport(const std::string& rowId, Contact& contact) {
-  const auto row = store::readCard(connection_, rowId);
+  const auto [row, state] = comparePair(
+      rowId, contact, options_.testConflicts ? ConflictTest::Straight : ConflictTest::Off,
+      Side::Contact);
   const std::string name(text::trim(store::nullSafe(row->field("FullName"))));
-  const PairState state =
-      classifyPair(readStamps(*row), contact.lastModificationTime(),
-                   options_.testConflicts ? ConflictTest::Straight : ConflictTest::Off);
   if (state.newer != Side::Contact) {
     if (!outlook::hasVLID(contact)) {
       outlook::addVLID(contact, rowId);

@@ -4,6 +4,7 @@
 
 #include "outlook/normalizer.h"
 #include "outlook/pairing.h"
+#include "store/sql.h"
 #include "text/ascii.h"
 #include "text/date_time.h"
 #include "text/latin_script.h"
@@ -189,6 +190,20 @@ void Transfer::reportUnusableKey(Contact& contact, std::string_view key) {
 void Transfer::reportFailure(std::string_view name, std::string_view cause) {
   ++failures_;
   addLine(window_, "실패→(" + std::string(name) + "): " + std::string(cause), "0%", "실패");
+}
+
+// Most pairs have nothing to do, and only reads; but nothing is decided by what was read a while
+// ago.
+Transfer::ComparedPair Transfer::comparePair(const std::string& rowId, Contact& contact,
+                                             ConflictTest test, Side writing) {
+  bool together = connection_.readTogether(true);
+  while (true) {
+    ComparedPair pair{store::readCard(connection_, rowId), {}};
+    pair.state = classifyPair(readStamps(*pair.row), contact.lastModificationTime(), test);
+    const bool isLook = pair.state.newer != writing && outlook::hasVLID(contact);
+    if (isLook || !together) return pair;
+    together = connection_.readTogether(false);
+  }
 }
 
 }  // namespace vlout::transfer

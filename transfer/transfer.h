@@ -2,6 +2,7 @@
 // failure never ends the run, and the lines that report what is wrong with a record.
 #pragma once
 
+#include <memory>
 #include <optional>
 #include <span>
 #include <string>
@@ -92,6 +93,14 @@ class Transfer {
   // The row of that person by the normalised name, family name first or given name first.
   [[nodiscard]] std::optional<PersonMatch::Choice> findByPerson(outlook::Contact& contact) const;
 
+  // A card's row beside its contact. Where `writing` is the newer side, the row is read by itself.
+  struct ComparedPair {
+    std::unique_ptr<store::Recordset> row;
+    PairState state;
+  };
+  [[nodiscard]] ComparedPair comparePair(const std::string& rowId, outlook::Contact& contact,
+                                         ConflictTest test, Side writing);
+
   // What the record of a contact is called when its step has failed.
   [[nodiscard]] std::string nameOfRecord(std::size_t position);
 
@@ -151,6 +160,16 @@ bool Transfer::guarded(Name name, Step step) {
 
 template <typename Step>
 RunEnd Transfer::forEachContact(PhaseLine* heading, Stopping stopping, Step step) {
+  struct ReadsAlone {
+    store::Connection& connection;
+    ~ReadsAlone() {
+      try {
+        connection.readTogether(false);
+      } catch (const store::DatabaseError&) {
+        return;  // whoever asks next is told
+      }
+    }
+  } const afterwards{connection_};
   const std::size_t count = contacts_.count();
   for (std::size_t i = 1; i <= count && !stopped_; ++i) {
     if (heading != nullptr) {

@@ -8,6 +8,7 @@
 #include <fcntl.h>
 #include <sqlite3.h>
 #include <unistd.h>
+#include <utility>
 #include <vector>
 
 #include "posix/file_descriptor.h"
@@ -159,6 +160,7 @@ SqliteConnection::~SqliteConnection() {
 
 void SqliteConnection::open(const ConnectionSettings& settings) {
   prepared_.clear();
+  together_.reset();
   database_.reset();
   const std::filesystem::path file = settings.databaseFile();
   try {
@@ -169,6 +171,7 @@ void SqliteConnection::open(const ConnectionSettings& settings) {
           "변경하지 않았습니다");
     }
     database_ = openFile(file);
+    keepsLog_ = keepsLog(database_.get());
   } catch (const DatabaseError& error) {
     closedBecause_ = file.string() + ": " + error.what();
     throw DatabaseError(closedBecause_);
@@ -230,7 +233,20 @@ class Clear {
 
 }  // namespace
 
+// Beside a log readers hold nobody up. Without one the lock would keep writers waiting.
+bool SqliteConnection::readTogether(bool together) {
+  constexpr std::chrono::milliseconds kLongest(5);
+  const auto now = std::chrono::steady_clock::now();
+  if (together && together_ && now - *together_ < kLongest) return true;
+  if (std::exchange(together_, std::nullopt)) store::execute(database_.get(), "COMMIT");
+  if (!together || !keepsLog_ || sqlite3_get_autocommit(database_.get()) == 0) return false;
+  store::execute(database_.get(), "BEGIN");
+  together_ = now;
+  return true;
+}
+
 std::int64_t SqliteConnection::execute(std::string_view sql) {
+  if (together_) readTogether(false);
   Statement& statement = prepare(sql).statement;
   const Clear clear(statement);
   const std::int64_t before = sqlite3_total_changes64(database_.get());

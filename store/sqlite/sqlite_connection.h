@@ -3,8 +3,10 @@
 // and refused, never written to.
 #pragma once
 
+#include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <unordered_map>
 
@@ -30,6 +32,7 @@ class SqliteConnection : public Connection {
   [[nodiscard]] bool isOpen() const override { return database_ != nullptr; }
   std::int64_t execute(std::string_view sql) override;
   std::unique_ptr<Recordset> query(std::string_view sql) override;
+  bool readTogether(bool together) override;
 
   // The open database; nullptr when there is none.
   [[nodiscard]] sqlite3* database() const { return database_.get(); }
@@ -50,7 +53,9 @@ class SqliteConnection : public Connection {
 
   const volatile std::sig_atomic_t* stop_;
   Database database_;
-  std::unordered_map<std::string, Prepared> prepared_;  // by statement shape
+  bool keepsLog_ = false;
+  std::optional<std::chrono::steady_clock::time_point> together_;  // since when
+  std::unordered_map<std::string, Prepared> prepared_;             // by statement shape
   std::string closedBecause_ = "데이터베이스가 열려 있지 않습니다.";
 };
 

@@ -185,6 +185,29 @@ TEST(SqliteOpen, RefusesWhatItMayNotWriteAndNamesIt) {
   }
 }
 
+TEST_F(SqliteConnectionTest, ReadsOfOneMomentHoldNobodyUp) {
+  const auto title = [&] {
+    return std::string(*connection.query("SELECT JobTitle FROM tbl_namecard")->field("JobTitle"));
+  };
+  connection.execute("INSERT INTO tbl_namecard(i_idx,JobTitle) VALUES(1,'a')");
+  ASSERT_TRUE(connection.readTogether(true));
+  EXPECT_EQ(title(), "a");
+  static volatile std::sig_atomic_t stop = 1;  // who has to wait fails
+  SqliteConnection other(&stop);
+  other.open(settings);
+  other.execute("UPDATE tbl_namecard SET JobTitle='b'");
+  EXPECT_EQ(title(), "a");
+  connection.execute("UPDATE tbl_namecard SET Department='c'");
+  EXPECT_EQ(title(), "b");
+  connection.readTogether(true);
+  EXPECT_EQ(title(), "b");
+  usleep(6'000);
+  other.execute("UPDATE tbl_namecard SET JobTitle='d'");
+  connection.readTogether(true);  // they were a while ago
+  EXPECT_EQ(title(), "d");
+  connection.readTogether(false);
+}
+
 // In a database without a log even an open waits for another program that writes.
 TEST_F(SqliteConnectionTest, SaysWhoWaitsForWhat) {
   static volatile std::sig_atomic_t stop = 0;

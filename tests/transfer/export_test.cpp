@@ -183,6 +183,24 @@ TEST_F(ExportTest, ARecordThatFailsIsNamedAndTheOthersGoOn) {
   EXPECT_EQ(valueOf(1, "Last_moddate"), "2025/02/01 00:00:00");
 }
 
+// Pairs without anything to do are read together; what is sent is what the row says now.
+TEST_F(ExportTest, ARowThatAnotherProgramChangesMeanwhileIsSentAsItIs) {
+  for (const int id : {1, 2}) addCard(id, {{"FullName", "사람" + std::to_string(id)}});
+  exportAll();
+  execute("UPDATE tbl_namecard SET JobTitle='가',Last_moddate='2040/01/01 00:00:00'");
+  // The pair that comes first has nothing to do.
+  const std::string first = contactText(cardFiles().front());
+  execute("UPDATE tbl_namecard SET Last_moddate=Outlook_modate where i_idx=" +
+          std::string(1, first.at(first.find("X-VLID:") + 7)));
+  int pumps = 0;
+  toolkit->onPump = [&] {
+    if (++pumps == 2) execute("UPDATE tbl_namecard SET JobTitle='나'");
+  };
+  exportAll();
+  toolkit->onPump = nullptr;
+  EXPECT_THAT(contactText(cardFiles().back()), HasSubstr("TITLE:나\r\n"));
+}
+
 TEST_F(ExportTest, StopsAtTheNextRecordWithEverythingSoFarInOrder) {
   for (int i = 1; i <= 5; ++i) addCard(i, {{"FullName", "사람" + std::to_string(i)}});
   int pumps = 0;
