@@ -73,6 +73,25 @@ std::string connectionFailure(const Source& source, GCancellable* cancellable) {
   return isAway ? error.text() : "";
 }
 
+// Some servers tell what they can do before they ask who is there, and until they ask, the service
+// takes the account for one that is connected. So it is believed at once where nobody is asked;
+// where the desktop has a password, after a moment, and without one, after a longer time, in which
+// the question has come.
+int looksUntilBelieved(const Registry& registry, const Source& source, GCancellable* cancellable) {
+  constexpr int kWithPassword = 15;
+  constexpr int kWithout = 150;
+  if (e_source_has_extension(source.get(), E_SOURCE_EXTENSION_AUTHENTICATION) == FALSE) return 0;
+  auto* const authentication = static_cast<ESourceAuthentication*>(
+      e_source_get_extension(source.get(), E_SOURCE_EXTENSION_AUTHENTICATION));
+  if (e_source_authentication_required(authentication) == FALSE) return 0;
+  const Ref<ESourceCredentialsProvider> provider(e_source_credentials_provider_new(registry.get()));
+  ENamedParameters* found = nullptr;
+  const bool has = e_source_credentials_provider_lookup_sync(provider.get(), source.get(),
+                                                             cancellable, &found, nullptr) != FALSE;
+  e_named_parameters_free(found);
+  return has ? kWithPassword : kWithout;
+}
+
 // Nobody is asked for a password.
 bool handOverPassword(const Registry& registry, const Source& source, GCancellable* cancellable) {
   const Ref<ESourceCredentialsProvider> provider(e_source_credentials_provider_new(registry.get()));
@@ -169,13 +188,19 @@ std::string objectionTo(const Registry& registry, const Source& source, const Cl
   };
   constexpr int kSettling = 50;
   waitFor(isSettled, cancellable, kSettling);
+  const auto isConnected = [&] { return is(E_SOURCE_CONNECTION_STATUS_CONNECTED); };
+  if (isConnected()) {
+    waitFor([&] { return !isConnected(); }, cancellable,
+            looksUntilBelieved(registry, source, cancellable));
+    waitFor(isSettled, cancellable, kSettling);
+  }
   if (is(E_SOURCE_CONNECTION_STATUS_AWAITING_CREDENTIALS)) {
     const std::string failure = connectionFailure(source, cancellable);
     if (!failure.empty()) return "서버에 연결할 수 없습니다: " + failure;
     if (handOverPassword(registry, source, cancellable)) {
-      waitFor([&] { return is(E_SOURCE_CONNECTION_STATUS_CONNECTED); }, cancellable);
+      waitFor(isConnected, cancellable);
     }
-    if (!is(E_SOURCE_CONNECTION_STATUS_CONNECTED)) {
+    if (!isConnected()) {
       return "이 계정의 암호가 데스크톱에 없거나 맞지 않습니다. 데스크톱의 계정 설정에서 "
              "로그인하십시오";
     }
