@@ -5,6 +5,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string_view>
+#include <system_error>
 
 #include "history/restore_point.h"
 #include "history/rows.h"
@@ -149,9 +150,13 @@ class ContactReport {
   // The text of a file, if it still is in that state.
   static std::optional<std::string> textIn(const fs::path& file, const FileState& state) {
     if (!isSame(fileStateAt(file), state)) return std::nullopt;
-    std::string text = text::readRegularFile(file, text::kLargestOwn);
-    if (!outlook::vcard::convertFile(text)) return std::nullopt;
-    return text;
+    try {
+      std::string text = text::readRegularFile(file, text::kLargestOwn);
+      if (outlook::vcard::convertFile(text)) return text;
+    } catch (const std::system_error&) {
+      // It went away between the two looks.
+    }
+    return std::nullopt;
   }
 
   // What the run has left is there still, or was kept by the next run that replaced it.
@@ -190,7 +195,7 @@ RunReport reportOf(const fs::path& componentFolder, int number) {
   }
   RunReport report{*found, runs.linesOf(number), {}};
   const RestorePoint point(runs.folderOf(number));
-  if (!found->wrote || !point.exists()) return report;
+  if (!found->wrote || !point.exists() || point.isOfOldForm()) return report;
   const Written written = point.written(found->state);
   const store::ConnectionSettings database{.componentFolder = componentFolder};
   reportRows(written, RowNames(database.databaseFile()), report.changes);

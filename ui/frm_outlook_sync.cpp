@@ -458,8 +458,9 @@ RunDescription frmOutlookSync::description() {
   run.mode = transfer::kModeWords.at(static_cast<std::size_t>(Combo1.index()));
   if (Combo1.index() == kExport) {
     run.range = transfer::kRangeWords.at(static_cast<std::size_t>(Combo2.index()));
-    if (Combo2.index() == kGroup)
+    if (Combo2.index() == kGroup) {
       run.range += "(" + exportFolder_.name + (Check3.isChecked() ? "…" : "") + ")";
+    }
     run.addsContacts = Export_Check1.isChecked();
   }
   return run;

@@ -24,11 +24,10 @@ class ExceptionInfo : public EXCEPINFO {
 // Makes a call again while its server is busy, for a bounded time; the last answer.
 template <typename Call>
 HRESULT untilNotBusy(Call call) {
-  ULONGLONG start = 0;
+  const ULONGLONG start = GetTickCount64();  // out of process, the call waits for itself
   while (true) {
     const HRESULT code = call();
     const bool busy = code == RPC_E_CALL_REJECTED || code == RPC_E_SERVERCALL_RETRYLATER;
-    if (busy && start == 0) start = GetTickCount64();
     if (!busy || !BusyPatience::lasts(GetTickCount64() - start)) {
       BusyPatience::answered(busy);
       return code;

@@ -29,7 +29,7 @@ constexpr std::string_view kMore = "more";
 constexpr std::string_view kTelScheme = "tel:";
 constexpr std::string_view kPhoto = "PHOTO";
 constexpr std::string_view kPhotoMark = "X-VELMORA-PHOTO";
-constexpr std::string_view kJpegUri = "data:image/jpeg;base64,";
+constexpr std::string_view kJpegUri = "data:image/jpeg";
 const Parameter kJpegType{"TYPE", {"JPEG"}};
 
 // Apart from the blanks between and around them.
@@ -668,17 +668,21 @@ void VCardContact::showPicture(std::string_view jpeg) {
   for (const CardText::Position line : lines) {
     const Property& photo = card().property(line);
     const Parameter* const mark = photo.parameter(kPhotoMark);
-    const bool isOurs = !photo.unreadable && mark != nullptr && !mark->values.empty() &&
-                        mark->values.front() == markOf(pictureIn(photo));
-    if (!isOurs || pictureIn(photo) == jpeg) return;
+    if (photo.unreadable || mark == nullptr || mark->values.empty()) return;
+    const std::string shown = pictureIn(photo);
+    if (mark->values.front() != markOf(shown) || shown == jpeg) return;
   }
   for (auto line = lines.rbegin(); line != lines.rend(); ++line) card().remove(*line);
   if (jpeg.empty()) return;
-  const bool isUri = card().version() == Version::V40;
   Property photo{.name = std::string(kPhoto),
                  .parameters = {{std::string(kPhotoMark), {markOf(jpeg)}}},
-                 .values = {(isUri ? std::string(kJpegUri) : "") + encodeBase64(jpeg)}};
-  if (!isUri) photo.parameters.insert(photo.parameters.begin(), {{"ENCODING", {"b"}}, kJpegType});
+                 .values = {encodeBase64(jpeg)}};
+  if (card().version() == Version::V40) {
+    // The semicolon of the address stands between two values, or it would be written as a text's.
+    photo.values = {std::string(kJpegUri), "base64," + photo.values.front()};
+  } else {
+    photo.parameters.insert(photo.parameters.begin(), {{"ENCODING", {"b"}}, kJpegType});
+  }
   card().append(std::move(photo));
 }
 

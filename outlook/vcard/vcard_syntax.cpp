@@ -134,8 +134,9 @@ std::string writeWithLibrary(std::span<const Property* const> properties, std::s
     e_vcard_append_attribute(card.get(), toAttribute(*property, charset));
   }
   const GText whole(e_vcard_to_string(card.get(), EVC_FORMAT_VCARD_30));
-  // The library takes an address of data for a text, and protects its comma.
-  const std::string lines = text::replaceAll(withoutFrame(whole.get()), ";base64\\,", ";base64,");
+  // The library takes a picture's address of data for a text, and protects its comma.
+  const std::string lines = text::replaceAll(
+      withoutFrame(whole.get()), "data:image/jpeg;base64\\,", "data:image/jpeg;base64,");
   return lineEnd == "\r\n" ? std::string(lines) : text::replaceAll(lines, "\r\n", lineEnd);
 }
 

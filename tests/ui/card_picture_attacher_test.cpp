@@ -91,6 +91,8 @@ TEST_F(CardPictureAttacherTest, AContactShowsItsCardsPictureUnlessItHasItsOwn) {
     };
     EXPECT_EQ(shownFor("'\xFF\xD8 first'"), "\xFF\xD8 first") << version;
     EXPECT_EQ(shownFor("'\xFF\xD8 second'"), "\xFF\xD8 second") << version;
+    EXPECT_EQ(contactText("a.vcf").find(":data:image/jpeg;base64,/9gg") != std::string::npos,
+              version == "4.0");
     EXPECT_EQ(shownFor("'no JPEG'"), "") << version;
     EXPECT_EQ(shownFor("'\xFF\xD8 third'"), "\xFF\xD8 third") << version;
     replace("\r\n ", "");             // folds
