@@ -74,6 +74,7 @@ add_library(vlout_linux STATIC
   entry/cli/history_command.cpp
   entry/cli/init_command.cpp
   entry/cli/notification.cpp
+  entry/cli/parser_words.cpp
   entry/cli/platform.cpp
   entry/cli/preview.cpp
   entry/cli/read_only.cpp
@@ -83,6 +84,7 @@ add_library(vlout_linux STATIC
   entry/cli/status_command.cpp
   entry/cli/terminal.cpp
   entry/cli/undo_command.cpp
+  entry/cli/users_language.cpp
   entry/cli/window_command.cpp)
 target_link_libraries(vlout_linux PUBLIC vlout_core PkgConfig::SQLITE PRIVATE PkgConfig::EBOOK PkgConfig::MDB JPEG::JPEG CLI11::CLI11)
 

@@ -9,6 +9,7 @@
 #include "store/sql.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
+#include "text/language.h"
 #include "text/trim.h"
 
 namespace vlout::entry {
@@ -49,9 +50,13 @@ std::string ExportList::explainFolder(store::Connection& connection) const {
     const auto all = readLines();
     const std::string id = all.empty() ? "" : all.front();
     if (!readFolder(connection).id.empty()) return {};
-    if (!text::parseInteger(id)) return text::pathText(file_) + ": 첫 줄에 그룹 번호가 없습니다";
+    if (!text::parseInteger(id)) {
+      return text::say("%1: 첫 줄에 그룹 번호가 없습니다",
+                       "%1: the first line has no number of a group", {text::pathText(file_)});
+    }
     connection.query(folderQuery(id));  // says what is wrong with the table, if anything is
-    return text::pathText(file_) + ": 데이터베이스에 없는 그룹입니다: " + id;
+    return text::say("%1: 데이터베이스에 없는 그룹입니다: %2",
+                     "%1: the database has no such group: %2", {text::pathText(file_), id});
   } catch (const std::exception& error) {
     return error.what();
   }
@@ -60,7 +65,9 @@ std::string ExportList::explainFolder(store::Connection& connection) const {
 std::string ExportList::explainCards() const {
   try {
     static_cast<void>(readLines());
-    return readSelectedCards().empty() ? text::pathText(file_) + ": 선택된 명함이 없습니다" : "";
+    if (!readSelectedCards().empty()) return {};
+    return text::say("%1: 선택된 명함이 없습니다", "%1: no card is selected",
+                     {text::pathText(file_)});
   } catch (const std::exception& error) {
     return error.what();
   }

@@ -2,6 +2,7 @@
 
 #include "text/code_page.h"
 #include "text/file_path.h"
+#include "text/language.h"
 #include "text/regular_file.h"
 #include "text/utf8.h"
 
@@ -16,7 +17,8 @@ std::string readTextFile(const std::filesystem::path& file) {
   auto korean = marked ? std::nullopt : text::fromCodePage949(bytes);
   if (korean) return *std::move(korean);
   if (text::isValidUtf8(bytes)) return bytes;
-  throw EncodingError(text::pathText(file) + ": 코드 페이지 949도 UTF-8도 아닌 파일입니다");
+  throw EncodingError(text::say("%1: 코드 페이지 949도 UTF-8도 아닌 파일입니다",
+                                "%1: neither code page 949 nor UTF-8", {text::pathText(file)}));
 }
 
 }  // namespace vlout::entry

@@ -12,6 +12,7 @@
 #include "store/sql.h"
 #include "text/ascii.h"
 #include "text/hash.h"
+#include "text/language.h"
 #include "text/packed.h"
 
 namespace vlout::history {
@@ -30,8 +31,8 @@ std::string_view tableOf(std::string_view name) {
 
 }  // namespace
 
-std::string_view nounOf(const RowKey& row) {
-  return row.table == store::kCardTable ? "명함" : "그룹";
+std::string nounOf(const RowKey& row) {
+  return row.table == store::kCardTable ? text::say("명함", "card") : text::say("그룹", "group");
 }
 
 std::string_view captionOf(const RowKey& row) {
@@ -104,7 +105,8 @@ std::vector<RowWrite> RowWatch::take() {
   std::vector<RowWrite> writes = std::exchange(writes_, {});
   if (!isStale_) return writes;
   forget();
-  throw store::DatabaseError("다른 프로그램이 그 사이에 표를 바꾸었습니다");
+  throw store::DatabaseError(text::say("다른 프로그램이 그 사이에 표를 바꾸었습니다",
+                                       "another program has changed the table in the meantime"));
 }
 
 void RowWatch::forget() {

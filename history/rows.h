@@ -15,7 +15,7 @@
 namespace vlout::history {
 
 // What people call a row of that table, and the column that they know it by.
-[[nodiscard]] std::string_view nounOf(const RowKey& row);
+[[nodiscard]] std::string nounOf(const RowKey& row);
 [[nodiscard]] std::string_view captionOf(const RowKey& row);
 
 // Notes what statements change in the two tables of a database, for as long as it lives.

@@ -14,6 +14,7 @@
 #include "text/ascii.h"
 #include "text/date_time.h"
 #include "text/file_path.h"
+#include "text/language.h"
 
 namespace vlout::history {
 namespace {
@@ -61,7 +62,9 @@ std::string RunRecorder::beginOrObject(const transfer::RunDescription& run) {
     if (auto objection = objectionToSpace(); !objection.empty()) return objection;
     if (!run.preview) start(run);
   } catch (const std::exception& error) {
-    return std::string("작업 기록을 만들 수 없어 시작하지 않습니다.\r\n") + error.what();
+    return text::say("작업 기록을 만들 수 없어 시작하지 않습니다.\r\n",
+                     "Not started: the record of the run could not be made.\r\n") +
+           error.what();
   }
   return {};
 }
@@ -91,12 +94,16 @@ std::string RunRecorder::objectionToEmptied(bool preview) {
     if (!files) continue;
     if (*files < kWorthAsking) break;
     warned_ = emptied_.askAgain && !preview;
-    return "연락처 폴더가 비어 있습니다: " + (place_.empty() ? text::pathText(contacts_) : place_) +
-           "\r\n지난 작업(" + run->started + ") 때에는 연락처 파일이 " + std::to_string(*files) +
-           "개 있었습니다(" + text::pathText(runs_.contactsOf(*run)) +
-           ").\r\n폴더가 연결되지 않았거나 다른 폴더라면 모든 명함이 새 연락처로 다시 "
-           "추가됩니다. " +
-           emptied_.howToGoOn;
+    return text::say(
+        "연락처 폴더가 비어 있습니다: %1\r\n지난 작업(%2) 때에는 연락처 파일이 %3개 "
+        "있었습니다(%4).\r\n"
+        "폴더가 연결되지 않았거나 다른 폴더라면 모든 명함이 새 연락처로 다시 추가됩니다. %5",
+        "The folder of contacts is empty: %1\r\nAt the last run (%2) there were %3 contact files "
+        "(%4).\r\n"
+        "If the folder is not mounted, or is another one, all cards will be added again as new "
+        "contacts. %5",
+        {place_.empty() ? text::pathText(contacts_) : place_, run->started, std::to_string(*files),
+         text::pathText(runs_.contactsOf(*run)), emptied_.howToGoOn});
   }
   return {};
 }
@@ -104,13 +111,15 @@ std::string RunRecorder::objectionToEmptied(bool preview) {
 std::string RunRecorder::objectionToSpace() const {
   for (const std::filesystem::path& folder : {folder_, folder_ / "history"}) {
     if (::access(folder.c_str(), W_OK | X_OK) == 0 || errno == ENOENT) continue;
-    return "복원 지점을 둘 수 없어 시작하지 않습니다: " + text::pathText(folder) + ": " +
-           std::strerror(errno);
+    return text::say("복원 지점을 둘 수 없어 시작하지 않습니다: %1: %2",
+                     "Not started: no restore point can be kept: %1: %2",
+                     {text::pathText(folder), std::strerror(errno)});
   }
   const std::uint64_t free = std::filesystem::space(folder_).available;
   if (free >= kNeededSpace) return {};
-  return "디스크에 복원 지점을 둘 자리가 없어 시작하지 않습니다: " + text::pathText(folder_) +
-         " (필요 " + megabytes(kNeededSpace) + ", 남음 " + megabytes(free) + ")";
+  return text::say("디스크에 복원 지점을 둘 자리가 없어 시작하지 않습니다: %1 (필요 %2, 남음 %3)",
+                   "Not started: the disk has no room for a restore point: %1 (needed %2, free %3)",
+                   {text::pathText(folder_), megabytes(kNeededSpace), megabytes(free)});
 }
 
 void RunRecorder::start(const transfer::RunDescription& run) {
@@ -141,7 +150,9 @@ void RunRecorder::beforeWriting() {
     point.drop();
     record_->wrote = false;
     throw transfer::RunAborted(
-        std::string("복원 지점을 만들지 못하여 아무것도 쓰지 않고 끝냅니다.\r\n") + error.what());
+        text::say("복원 지점을 만들지 못하여 아무것도 쓰지 않고 끝냅니다.\r\n",
+                  "Ended without writing anything: no restore point could be made.\r\n") +
+        error.what());
   }
 }
 
@@ -151,7 +162,8 @@ void RunRecorder::tell(Use use) {
   try {
     use();
   } catch (const std::exception& error) {
-    throw transfer::RunAborted(std::string("되돌릴 길을 남길 수 없어 작업을 여기서 끝냅니다.\r\n") +
+    throw transfer::RunAborted(text::say("되돌릴 길을 남길 수 없어 작업을 여기서 끝냅니다.\r\n",
+                                         "Ended here: no way back can be kept.\r\n") +
                                error.what());
   }
 }

@@ -15,6 +15,7 @@
 #include "store/connection.h"
 #include "store/sqlite/backup.h"
 #include "text/file_path.h"
+#include "text/language.h"
 #include "text/regular_file.h"
 
 namespace vlout::history {
@@ -61,7 +62,8 @@ class RowNames {
 };
 
 std::string captionIn(const RowKey& key, std::string_view column) {
-  return std::string(column == captionOf(key) ? "이름" : outlook::fieldCaption(column));
+  return column == captionOf(key) ? text::say("이름", "name")
+                                  : std::string(outlook::fieldCaption(column));
 }
 
 void reportRows(const Written& written, RowNames names, std::vector<ReportedChange>& changes) {
@@ -76,7 +78,7 @@ void reportRows(const Written& written, RowNames names, std::vector<ReportedChan
     }
   }
   for (const RowWrite& row : rows) {
-    ReportedChange change{std::string(nounOf(row.key)), names.of(row), row.change};
+    ReportedChange change{nounOf(row.key), names.of(row), row.change};
     if (row.change != Change::Changed) {
       changes.push_back(std::move(change));
       continue;
@@ -129,7 +131,8 @@ class ContactReport {
       const Change change = !file.before  ? Change::Added
                             : !file.after ? Change::Removed
                                           : Change::Changed;
-      changes_.push_back({"연락처", whoseIs(file.name, now ? now : old), change});
+      changes_.push_back(
+          {text::say("연락처", "contact"), whoseIs(file.name, now ? now : old), change});
       return;
     }
     for (std::size_t i = 0; i < before.size(); ++i) {
@@ -173,7 +176,8 @@ class ContactReport {
     outlook::vcard::compareCards(
         before, after,
         [&](std::string_view caption, const std::string& old, const std::string& now) {
-          changes_.push_back({"연락처", person, Change::Changed, std::string(caption), old, now});
+          changes_.push_back({text::say("연락처", "contact"), person, Change::Changed,
+                              std::string(caption), old, now});
         });
   }
 
@@ -191,7 +195,9 @@ RunReport reportOf(const fs::path& componentFolder, int number) {
   const auto found = std::find_if(all.begin(), all.end(),
                                   [&](const RunRecord& run) { return run.number == number; });
   if (found == all.end()) {
-    throw std::runtime_error("작업 " + std::to_string(number) + "이(가) 기록에 없습니다.");
+    throw std::runtime_error(text::say("작업 %1이(가) 기록에 없습니다.",
+                                       "There is no run %1 in the history.",
+                                       {std::to_string(number)}));
   }
   RunReport report{*found, runs.linesOf(number), {}};
   const RestorePoint point(runs.folderOf(number));

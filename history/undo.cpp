@@ -11,18 +11,20 @@
 #include "store/sqlite/sqlite_connection.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
+#include "text/language.h"
 
 namespace vlout::history {
 namespace {
 
 namespace fs = std::filesystem;
 
-constexpr std::array<const char*, 3> kEdited{"고침", "추가", "삭제"};
+constexpr std::array<text::Words, 3> kEdited{
+    {{"고침", "edited"}, {"추가", "added"}, {"삭제", "deleted"}}};
 
 std::string editOf(std::string_view what, Change change, const std::string& name,
                    const std::string& when) {
-  return std::string(what) + " " + kEdited.at(static_cast<std::size_t>(change)) + ": " + name +
-         when;
+  return std::string(what) + " " + text::say(kEdited.at(static_cast<std::size_t>(change))) + ": " +
+         name + when;
 }
 
 std::string personAndFile(const fs::path& folder, const std::string& name) {
@@ -37,7 +39,7 @@ Change changeFrom(const std::optional<Value>& then, const std::optional<Value>& 
 }
 
 std::string after(int run) {
-  return " [작업 " + std::to_string(run) + " 뒤]";
+  return text::say(" [작업 %1 뒤]", " [after run %1]", {std::to_string(run)});
 }
 
 // Nothing, where there is no such row.
@@ -93,14 +95,23 @@ Undo::Undo(const fs::path& componentFolder, int run, const OpenMirrored& openMir
       runs_(folder_) {
   chooseRun(run);
   for (const RunRecord& later : later_) {
-    const std::string which = "작업 " + std::to_string(later.number);
+    const std::string which = std::to_string(later.number);
     const RestorePoint point(runs_.folderOf(later.number));
-    if (later.contacts.empty()) throw UndoError(which + "의 기록이 손상되어 되돌릴 수 없습니다.");
-    if (point.isOfOldForm()) {
-      throw UndoError(which +
-                      "의 복원 지점은 이전 판의 프로그램이 남긴 것이라 되돌릴 수 없습니다.");
+    if (later.contacts.empty()) {
+      throw UndoError(text::say("작업 %1의 기록이 손상되어 되돌릴 수 없습니다.",
+                                "Run %1 cannot be undone: its record is damaged.", {which}));
     }
-    if (!point.exists()) throw UndoError(which + "의 복원 지점이 이미 지워져 되돌릴 수 없습니다.");
+    if (point.isOfOldForm()) {
+      throw UndoError(text::say(
+          "작업 %1의 복원 지점은 이전 판의 프로그램이 남긴 것이라 되돌릴 수 없습니다.",
+          "Run %1 cannot be undone: an older version of the program left its restore point.",
+          {which}));
+    }
+    if (!point.exists()) {
+      throw UndoError(text::say("작업 %1의 복원 지점이 이미 지워져 되돌릴 수 없습니다.",
+                                "Run %1 cannot be undone: its restore point has been dropped.",
+                                {which}));
+    }
   }
   contacts_ = runs_.contactsOf(later_.front());
   mirrored_ = openMirrored(contacts_);
@@ -118,15 +129,19 @@ void Undo::chooseRun(int number) {
                        : run.wrote && run.undoneBy == 0 && run.mode != kUndoMode;
   });
   if (chosen == runs.rend()) {
-    throw UndoError(number == 0 ? "되돌릴 작업이 없습니다."
-                                : "작업 " + std::to_string(number) + "이(가) 기록에 없습니다.");
+    throw UndoError(number == 0 ? text::say("되돌릴 작업이 없습니다.", "There is nothing to undo.")
+                                : text::say("작업 %1이(가) 기록에 없습니다.",
+                                            "There is no run %1 in the history.",
+                                            {std::to_string(number)}));
   }
   run_ = *chosen;
   for (const RunRecord& run : runs) {
     if (run.number >= run_.number && run.wrote) later_.push_back(run);
   }
   if (later_.empty()) {
-    throw UndoError("작업 " + std::to_string(run_.number) + "부터는 바뀐 것이 없습니다.");
+    throw UndoError(text::say("작업 %1부터는 바뀐 것이 없습니다.",
+                              "Nothing has changed from run %1 on.",
+                              {std::to_string(run_.number)}));
   }
 }
 
@@ -137,8 +152,9 @@ void Undo::readLogs() {
     for (const RowWrite& row : written.rows) addTo(rowTrails_[row.key], run.number, row);
     if (runs_.contactsOf(run) != contacts_) {
       edits_.push_back(
-          "작업 " + std::to_string(run.number) +
-          "은(는) 다른 연락처 폴더를 썼습니다. 그 폴더는 되돌리지 않습니다: " + run.contacts);
+          text::say("작업 %1은(는) 다른 연락처 폴더를 썼습니다. 그 폴더는 되돌리지 않습니다: %2",
+                    "Run %1 used another folder of contacts, which is not put back: %2",
+                    {std::to_string(run.number), run.contacts}));
       continue;
     }
     for (const FileWrite& file : written.files) {
@@ -196,7 +212,7 @@ void Undo::findFileChanges() {
     }
     files_.push_back(std::move(change));
     if (const auto edit = file.trail.edit(now)) {
-      edits_.push_back(editOf("연락처", changeFrom(edit->left, edit->found),
+      edits_.push_back(editOf(text::say("연락처", "contact"), changeFrom(edit->left, edit->found),
                               personAndFile(contacts_, name), after(edit->run)));
     }
   }
@@ -278,8 +294,9 @@ void Undo::perform() {
     recorder.end({transfer::RunOutcome::Failed, error.what()});
     throw;
   }
-  recorder.end({transfer::RunOutcome::Completed, "명함=" + std::to_string(rows_.size()) +
-                                                     "/연락처=" + std::to_string(files_.size())});
+  recorder.end({transfer::RunOutcome::Completed,
+                text::say("명함=%1/연락처=%2", "cards=%1/contacts=%2",
+                          {std::to_string(rows_.size()), std::to_string(files_.size())})});
   markRuns(number);
 }
 
@@ -292,7 +309,9 @@ void Undo::requireSpace() const {
   }
   if (isOnOneDisk(folder_, contacts_)) return;
   if (fs::space(contacts_).available < needed) {
-    throw UndoError("디스크에 연락처를 되돌릴 자리가 없습니다: " + text::pathText(contacts_));
+    throw UndoError(text::say("디스크에 연락처를 되돌릴 자리가 없습니다: %1",
+                              "The disk has no room to put the contacts back: %1",
+                              {text::pathText(contacts_)}));
   }
 }
 
@@ -300,7 +319,9 @@ void Undo::requireUnchanged() const {
   for (const FileChange& file : files_) {
     const auto state = fileStateAt(contacts_ / text::pathOf(file.name));
     if (isSame(state, found_.at(file.name))) continue;
-    throw UndoError("그 사이에 연락처가 바뀌었습니다. 다시 실행하십시오: " + file.name);
+    throw UndoError(text::say("그 사이에 연락처가 바뀌었습니다. 다시 실행하십시오: %1",
+                              "The contact has changed in the meantime. Run the undo again: %1",
+                              {file.name}));
   }
 }
 
@@ -313,7 +334,8 @@ void Undo::putRowsBack(RunRecorder& recorder) {
   try {
     store::execute(database, "BEGIN IMMEDIATE");
     if (rowChanges(rows) != rows_) {
-      throw UndoError("그 사이에 데이터베이스가 바뀌었습니다. 다시 실행하십시오.");
+      throw UndoError(text::say("그 사이에 데이터베이스가 바뀌었습니다. 다시 실행하십시오.",
+                                "The database has changed in the meantime. Run the undo again."));
     }
     std::set<RowKey> keys;
     for (const RowChange& change : rows_) {
@@ -328,7 +350,9 @@ void Undo::putRowsBack(RunRecorder& recorder) {
       return !keys.contains(write.key);
     });
     if (isMore || !rowChanges(rows).empty()) {
-      throw UndoError("명함을 그대로 되돌릴 수 없어 아무것도 바꾸지 않았습니다.");
+      throw UndoError(
+          text::say("명함을 그대로 되돌릴 수 없어 아무것도 바꾸지 않았습니다.",
+                    "Nothing was changed: the cards could not be put back exactly as they were."));
     }
     recorder.rows(writes);
     recorder.sync();
@@ -354,7 +378,10 @@ void Undo::putFilesBack(RunRecorder& recorder) const {
   }
   if (failures.empty()) return;
   lock_->tidy();
-  throw UndoError("되돌리지 못한 연락처가 있습니다. 고친 뒤에 다시 실행하십시오." + failures);
+  throw UndoError(
+      text::say("되돌리지 못한 연락처가 있습니다. 고친 뒤에 다시 실행하십시오.",
+                "Some contacts could not be put back. Mend the cause and run the undo again.") +
+      failures);
 }
 
 // A kept file gets its place back as what it was, with its modification time: it must not look as
@@ -374,7 +401,8 @@ void Undo::putFileBack(const FileChange& file, RunRecorder& recorder) const {
       file.name, found,
       [&](const fs::path& place) {
         if (linkOrCopy(file.kept, place)) return;
-        throw UndoError("보관한 연락처가 없습니다: " + file.name);
+        throw UndoError(text::say("보관한 연락처가 없습니다: %1",
+                                  "The contact that was kept is gone: %1", {file.name}));
       },
       log);
 }

@@ -9,6 +9,7 @@
 
 #include "posix/file_descriptor.h"
 #include "text/hash.h"
+#include "text/language.h"
 #include "text/packed.h"
 #include "text/regular_file.h"
 
@@ -106,7 +107,8 @@ std::string Written::counts() const {
   std::set<std::string_view> names;
   for (const RowWrite& row : rows) keys.insert(row.key);
   for (const FileWrite& file : files) names.insert(file.name);
-  return "명함=" + std::to_string(keys.size()) + "/연락처=" + std::to_string(names.size());
+  return text::say("명함=%1/연락처=%2", "cards=%1/contacts=%2",
+                   {std::to_string(keys.size()), std::to_string(names.size())});
 }
 
 std::ptrdiff_t Written::filesAdded() const {

@@ -8,6 +8,8 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include "text/language.h"
+
 namespace vlout::posix {
 
 class FileDescriptor {
@@ -55,8 +57,9 @@ inline constexpr int kNotRegular = ENXIO;
 }
 
 // The reason for a person to read.
-[[nodiscard]] inline const char* reasonOf(int error) {
-  return error == kNotRegular ? "보통 파일이 아닙니다" : std::strerror(error);
+[[nodiscard]] inline std::string reasonOf(int error) {
+  return error == kNotRegular ? text::say("보통 파일이 아닙니다", "not a regular file")
+                              : std::strerror(error);
 }
 
 }  // namespace vlout::posix

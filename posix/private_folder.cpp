@@ -11,6 +11,7 @@
 #include <unistd.h>
 
 #include "text/ascii.h"
+#include "text/language.h"
 
 namespace vlout::posix {
 namespace {
@@ -40,8 +41,9 @@ PrivateFolder::PrivateFolder() {
   std::string name =
       (where / (std::string(kPrefix) + std::to_string(::getpid()) + "-XXXXXX")).string();
   if (error || ::mkdtemp(name.data()) == nullptr) {
-    throw std::runtime_error("임시 폴더를 만들 수 없습니다: " + name + ": " +
-                             (error ? error.message() : std::strerror(errno)));
+    throw std::runtime_error(text::say("임시 폴더를 만들 수 없습니다: %1: %2",
+                                       "cannot make a temporary folder: %1: %2",
+                                       {name, error ? error.message() : std::strerror(errno)}));
   }
   path_ = name;
 }

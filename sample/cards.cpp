@@ -15,6 +15,7 @@
 #include "sample/words.h"
 #include "store/sql.h"
 #include "text/date_time.h"
+#include "text/language.h"
 
 namespace vlout::sample {
 namespace {
@@ -416,8 +417,10 @@ SampleSelection addRows(store::Connection& connection, const SampleSize& size) {
 
 SampleSelection fillWithSampleCards(store::Connection& connection, const SampleSize& size) {
   if (size.cards < 0 || size.cards > kMostCards) {
-    throw std::invalid_argument(join({"예제 명함은 0장부터 ", std::to_string(kMostCards),
-                                      "장까지 만들 수 있습니다: ", std::to_string(size.cards)}));
+    throw std::invalid_argument(
+        text::say("예제 명함은 0장부터 %1장까지 만들 수 있습니다: %2",
+                  "there can be 0 to %1 sample cards: %2",
+                  {std::to_string(kMostCards), std::to_string(size.cards)}));
   }
   connection.execute("BEGIN");
   try {

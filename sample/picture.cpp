@@ -10,6 +10,8 @@
 #include <random>
 #include <stdexcept>
 
+#include "text/language.h"
+
 namespace vlout::sample {
 namespace {
 
@@ -163,7 +165,8 @@ std::string makeCardPicture(std::uint32_t variant) {
   unsigned long size = 0;
   ErrorReturn error{};
   if (!compress(canvas, buffer, size, error)) {
-    throw std::runtime_error(std::string("명함 그림을 만들지 못했습니다: ") + error.message.data());
+    throw std::runtime_error(text::say("명함 그림을 만들지 못했습니다: %1",
+                                       "could not draw the card: %1", {error.message.data()}));
   }
   return {reinterpret_cast<const char*>(buffer.data()), size};
 }

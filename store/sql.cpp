@@ -4,6 +4,7 @@
 #include <stdexcept>
 
 #include "text/ascii.h"
+#include "text/language.h"
 #include "text/trim.h"
 
 namespace vlout::store {
@@ -11,7 +12,8 @@ namespace vlout::store {
 std::int64_t requireNumber(std::string_view id, std::string_view what) {
   const auto number = text::parseInteger(id);
   if (!number) {
-    throw DatabaseError(std::string(what).append("가 숫자가 아닙니다: ").append(id));
+    throw DatabaseError(
+        text::say("%1가 숫자가 아닙니다: %2", "%1 is not a number: %2", {what, id}));
   }
   return *number;
 }
@@ -40,7 +42,7 @@ std::string sqlBytes(std::string_view bytes) {
 }
 
 bool cardExists(Connection& connection, std::string_view cardId) {
-  requireNumber(cardId, "명함 번호");
+  requireNumber(cardId, text::say("명함 번호", "card number"));
   const auto rows =
       connection.query("SELECT i_idx from tbl_namecard where [i_idx]=" + std::string(cardId));
   return rows->rowCount() > 0;
@@ -51,13 +53,17 @@ std::int16_t nextCardId(Connection& connection) {
   if (rows->rowCount() == 0) return 1;
   const auto largest = text::parseInteger(nullSafe(rows->field("NewEventID"))).value_or(0);
   using Limits = std::numeric_limits<std::int16_t>;
-  if (largest >= Limits::max()) throw std::overflow_error("명함 번호가 32767을 넘습니다.");
-  if (largest < Limits::min() - 1) throw std::overflow_error("명함 번호가 -32768보다 작습니다.");
+  if (largest >= Limits::max())
+    throw std::overflow_error(
+        text::say("명함 번호가 32767을 넘습니다.", "The card number would exceed 32767."));
+  if (largest < Limits::min() - 1)
+    throw std::overflow_error(
+        text::say("명함 번호가 -32768보다 작습니다.", "The card number would be below -32768."));
   return static_cast<std::int16_t>(largest + 1);
 }
 
 std::unique_ptr<Recordset> readCard(Connection& connection, std::string_view cardId) {
-  requireNumber(cardId, "명함 번호");
+  requireNumber(cardId, text::say("명함 번호", "card number"));
   return connection.query("SELECT * from tbl_namecard where [i_idx] = " + std::string(cardId));
 }
 

@@ -5,6 +5,7 @@
 
 #include "store/connection.h"
 #include "text/ascii.h"
+#include "text/language.h"
 
 namespace vlout::store {
 namespace {
@@ -77,7 +78,8 @@ class StatementReader {
     ++position_;
     while (true) {
       const std::size_t quote = sql_.find('\'', position_);
-      if (quote == std::string_view::npos) fail("닫히지 않은 따옴표가 있습니다");
+      if (quote == std::string_view::npos)
+        fail(text::say("닫히지 않은 따옴표가 있습니다", "a quote is not closed"));
       value.append(sql_, position_, quote - position_);
       position_ = quote + 1;
       if (position_ >= sql_.size() || sql_[position_] != '\'') break;
@@ -89,7 +91,8 @@ class StatementReader {
       return;
     }
     // SQLite would end the statement at a NUL; only a bound value can hold one.
-    if (value.find('\0') != std::string::npos) fail("NUL 문자가 있습니다");
+    if (value.find('\0') != std::string::npos)
+      fail(text::say("NUL 문자가 있습니다", "a NUL character"));
     result_.shape.append(sql_, start, position_ - start);
     previous_ = '\'';
   }
@@ -114,7 +117,8 @@ class StatementReader {
 
   void copyQuoted(char close) {
     const std::size_t end = sql_.find(close, position_ + 1);
-    if (end == std::string_view::npos) fail("닫히지 않은 이름이 있습니다");
+    if (end == std::string_view::npos)
+      fail(text::say("닫히지 않은 이름이 있습니다", "a name is not closed"));
     result_.shape.append(sql_, position_, end + 1 - position_);
     position_ = end + 1;
     previous_ = close;
@@ -149,7 +153,7 @@ class StatementReader {
     const char next = position_ + 1 < sql_.size() ? sql_[position_ + 1] : '\0';
     const bool comment = (c == '-' && next == '-') || (c == '/' && next == '*');
     const bool parameter = c == '?' || c == ':' || c == '@' || c == '$' || c == '#';
-    if (comment || parameter || c == '\0') fail("구문 오류입니다");
+    if (comment || parameter || c == '\0') fail(text::say("구문 오류입니다", "syntax error"));
     if (c == '(') ++depth_;
     if (c == ')') --depth_;
     result_.shape += c;
@@ -161,12 +165,14 @@ class StatementReader {
     const std::string_view rest = sql_.substr(position_);
     const bool onlyEnd =
         std::all_of(rest.begin(), rest.end(), [](char c) { return isBlank(c) || c == ';'; });
-    if (!onlyEnd) fail("문장 끝 뒤에 다른 문장이 있습니다");
+    if (!onlyEnd)
+      fail(text::say("문장 끝 뒤에 다른 문장이 있습니다",
+                     "another statement behind the end of the first"));
     position_ = sql_.size();
   }
 
-  [[noreturn]] void fail(const char* reason) const {
-    throw DatabaseError(std::string("SQL ") + reason + ": " + std::string(sql_.substr(0, 32)));
+  [[noreturn]] void fail(const std::string& reason) const {
+    throw DatabaseError("SQL " + reason + ": " + std::string(sql_.substr(0, 32)));
   }
 
   std::string_view sql_;

@@ -12,6 +12,8 @@
 #include <string_view>
 #include <utility>
 
+#include "text/language.h"
+
 namespace vlout::text {
 
 [[nodiscard]] constexpr char asciiLower(char c) {
@@ -55,7 +57,8 @@ namespace vlout::text {
 template <std::signed_integral Narrow>
 [[nodiscard]] Narrow narrowed(std::int64_t number) {
   if (std::in_range<Narrow>(number)) return static_cast<Narrow>(number);
-  throw std::overflow_error(std::to_string(number) + ": 너무 큰 수입니다");
+  throw std::overflow_error(
+      say("%1: 너무 큰 수입니다", "%1: too large a number", {std::to_string(number)}));
 }
 
 // Replaces every occurrence of `from` in one pass; what a replacement leaves is not looked at

@@ -12,6 +12,7 @@
 #endif
 
 #include "text/file_path.h"
+#include "text/language.h"
 
 namespace vlout::text {
 namespace {
@@ -19,7 +20,9 @@ namespace {
 class NotRegular : public std::error_category {
  public:
   [[nodiscard]] const char* name() const noexcept override { return "file"; }
-  [[nodiscard]] std::string message(int) const override { return "보통 파일이 아닙니다"; }
+  [[nodiscard]] std::string message(int) const override {
+    return say("보통 파일이 아닙니다", "not a regular file");
+  }
 };
 
 [[noreturn]] void fail(const std::filesystem::path& file, int code) {

@@ -5,6 +5,7 @@
 
 #include "outlook/pairing.h"
 #include "store/sql.h"
+#include "text/language.h"
 #include "text/trim.h"
 #include "transfer/change_detection.h"
 
@@ -54,7 +55,8 @@ std::string typedStatement(std::string_view rowId, const std::vector<std::string
   const auto fields = outlook::mappedFields();
   for (std::size_t i = 0; i < fields.size(); ++i) {
     if (texts[i].find('\'') != std::string::npos) {
-      throw store::DatabaseError("작은따옴표가 들어 있습니다: " + std::string(fields[i].column));
+      throw store::DatabaseError(text::say("작은따옴표가 들어 있습니다: %1",
+                                           "has a single quote: %1", {fields[i].column}));
     }
     sql.append("[").append(fields[i].column).append("]=");
     if (fields[i].rule == FieldRule::Date && texts[i].empty()) {

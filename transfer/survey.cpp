@@ -15,18 +15,18 @@ using outlook::Contact;
 
 // In the order of Standing.
 constexpr std::array<StandingWords, kStandings> kWords{{
-    {"일치", "in_step"},
-    {"명함이 바뀜", "card_changed"},
-    {"연락처가 바뀜", "contact_changed"},
-    {"충돌", "conflict"},
-    {"연락처 없는 명함", "never_sent"},
-    {"연락처가 없어진 명함", "contact_gone"},
-    {"명함을 찾을 수 없는 연락처", "card_gone"},
-    {"명함 없는 연락처", "cardless"},
-    {"명함과 짝지을 연락처", "joinable"},
-    {"한 명함의 다른 연락처", "double"},
-    {"이름이 다른 짝", "name_differs"},
-    {"이름이 같은 명함", "namesake"},
+    {{"일치", "in step"}, "in_step"},
+    {{"명함이 바뀜", "card changed"}, "card_changed"},
+    {{"연락처가 바뀜", "contact changed"}, "contact_changed"},
+    {{"충돌", "conflict"}, "conflict"},
+    {{"연락처 없는 명함", "card without a contact"}, "never_sent"},
+    {{"연락처가 없어진 명함", "card whose contact is gone"}, "contact_gone"},
+    {{"명함을 찾을 수 없는 연락처", "contact whose card is gone"}, "card_gone"},
+    {{"명함 없는 연락처", "contact without a card"}, "cardless"},
+    {{"명함과 짝지을 연락처", "contact to be paired with a card"}, "joinable"},
+    {{"한 명함의 다른 연락처", "further contact of one card"}, "double"},
+    {{"이름이 다른 짝", "pair whose names differ"}, "name_differs"},
+    {{"이름이 같은 명함", "card with the same name"}, "namesake"},
 }};
 
 Standing standingOf(const PairState& state) {

@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include "text/language.h"
 #include "transfer/pair_sides.h"
 #include "transfer/transfer.h"
 
@@ -35,7 +36,7 @@ inline constexpr std::size_t kStandings = 12;
 
 // What people call it, and the word that scripts read.
 struct StandingWords {
-  std::string_view caption;
+  text::Words caption;
   std::string_view key;
 };
 [[nodiscard]] const StandingWords& wordsOf(Standing standing);

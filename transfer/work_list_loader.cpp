@@ -6,6 +6,7 @@
 #include "store/folders.h"
 #include "store/sql.h"
 #include "text/ascii.h"
+#include "text/language.h"
 #include "text/trim.h"
 
 namespace vlout::transfer {
@@ -45,7 +46,7 @@ std::string_view WorkListLoader::loadAll() {
 
 std::string_view WorkListLoader::loadGroup(const OpenFolder& folder) {
   if (folder.name == kRootName) return load(select(" Where p_idx=0", kOrder));
-  store::requireNumber(folder.id, "그룹 번호");
+  store::requireNumber(folder.id, text::say("그룹 번호", "group number"));
   return load(select(" Where [f_idx]=" + std::string(folder.id) + " AND p_idx=0", kOrder));
 }
 
@@ -87,7 +88,8 @@ std::string_view WorkListLoader::loadSelected(const std::vector<std::string>& ca
       rows->moveNext();
     }
     if (rows->atEnd()) {
-      throw store::DatabaseError("선택한 명함이 데이터베이스에 없습니다: " + cardIds[n - 1]);
+      throw store::DatabaseError(text::say("선택한 명함이 데이터베이스에 없습니다: %1",
+                                           "the database has no such card: %1", {cardIds[n - 1]}));
     }
     addRow(*rows);
   }

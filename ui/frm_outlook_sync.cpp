@@ -7,6 +7,7 @@
 #include "store/sql.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
+#include "text/language.h"
 #include "text/trim.h"
 #include "transfer/export.h"
 #include "transfer/import.h"
@@ -112,9 +113,9 @@ void frmOutlookSync::setCaptions() {
   Command7.setText("그룹선택");
   Command4.setText("충돌 데이터란?");
   Command5.setText("힌트");
-  Command8.setText("미리보기");
-  Command9.setText("현황과 기록");
-  Check8.setText("명함 사진을 연락처에 보임");
+  Command8.setText(text::say("미리보기", "Preview"));
+  Command9.setText(text::say("현황과 기록", "Overview, history"));
+  Check8.setText(text::say("명함 사진을 연락처에 보임", "Show the card's picture on the contact"));
   chadd.setValue(CheckBox::kChecked);
   Text1.setLocked(true);  // a name typed over the chosen group's would file cards under a wrong one
 }
@@ -230,8 +231,8 @@ void frmOutlookSync::load() {
   }
   loadOptions();
   if (Desk* const desk = component_.desk()) {
-    Label9.setText("명함: " + text::pathText(desk->folder()) +
-                   "   연락처: " + desk->contacts().caption);
+    Label9.setText(text::say("명함: %1   연락처: %2", "Cards: %1   Contacts: %2",
+                             {text::pathText(desk->folder()), desk->contacts().caption}));
     Check8.setValue(desk->showsPictures() ? CheckBox::kChecked : CheckBox::kCleared);
   }
 }
@@ -304,7 +305,9 @@ bool frmOutlookSync::mayLeave() {
   for (const ListView::Row& row : ListView1.rows()) {
     const std::string& state = row.cells.back();
     if (state == "제외" || state == "실패") {
-      return toolkit().ask("처리하지 못한 자료가 목록에 있습니다. 창을 닫을까요?");
+      return toolkit().ask(
+          text::say("처리하지 못한 자료가 목록에 있습니다. 창을 닫을까요?",
+                    "The list has records that could not be handled. Close the window?"));
     }
   }
   return true;
@@ -429,7 +432,7 @@ void frmOutlookSync::runRecorded() {
   pictures_.emplace(
       component_.temporaryFolder(),
       [this](std::string_view name, std::string_view cause) {
-        const std::string line = "사진 실패→(" + std::string(name) + "): ";
+        const std::string line = text::say("사진 실패→(%1): ", "Picture failed→(%1): ", {name});
         transfer::addLine(*this, line + std::string(cause), "0%", "실패");
       },
       Check8.isChecked() ? CardPictureAttacher::Showing::Yes : CardPictureAttacher::Showing::No);
@@ -635,13 +638,14 @@ void frmOutlookSync::addChanges() {
   };
   for (const transfer::ComparedField& field : std::exchange(conflict_, {})) {
     add(outlook::fieldCaption(field.column),
-        transfer::shownValue(field.card) + " ↔ " + transfer::shownValue(field.contact), "양쪽",
-        "충돌");
+        transfer::shownValue(field.card) + " ↔ " + transfer::shownValue(field.contact),
+        text::say("양쪽", "both"), text::say("충돌", "conflict"));
   }
   for (const FieldChange& change : component_.takeChanges()) {
     add(change.caption,
         transfer::shownValue(change.before) + " → " + transfer::shownValue(change.after),
-        change.onCard ? "명함" : "연락처", "변경");
+        change.onCard ? text::say("명함", "card") : text::say("연락처", "contact"),
+        text::say("변경", "change"));
   }
 }
 
@@ -689,10 +693,11 @@ void frmOutlookSync::message(MessageIcon icon, std::string_view text) {
     toolkit().messageBox(icon, text);
     return;
   }
-  std::string closing = "\r\n미리보기입니다. 아무것도 바꾸지 않았습니다.";
+  std::string closing = text::say("\r\n미리보기입니다. 아무것도 바꾸지 않았습니다.",
+                                  "\r\nThis was a preview. Nothing has been changed.");
   // Import and export count them in the text itself.
   if (Combo1.index() == kSync && conflictsPreviewed_ != 0) {
-    closing += " 충돌 " + std::to_string(conflictsPreviewed_) + "건.";
+    closing += text::say(" 충돌 %1건.", " Conflicts: %1.", {std::to_string(conflictsPreviewed_)});
   }
   toolkit().messageBox(icon, withCause(text, closing));
 }

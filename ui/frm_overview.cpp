@@ -4,6 +4,7 @@
 
 #include "outlook/field_map.h"
 #include "text/file_path.h"
+#include "text/language.h"
 #include "transfer/work_list_loader.h"
 #include "ui/frm_pair.h"
 #include "ui/look.h"
@@ -17,16 +18,16 @@ using transfer::Standing;
 
 frmOverview::frmOverview(Toolkit& toolkit, Component& component, Desk& desk)
     : Form(toolkit), component_(component), desk_(desk) {
-  caption = "현황과 기록";
+  caption = text::say("현황과 기록", "Overview and history");
   width = 9000;
   height = 7800;
-  Label2.setText("연락처:");
-  Command1.setText("현황");
-  Command2.setText("기록");
-  Command3.setText("되돌리기");
-  Command4.setText("닫기");
-  Command5.setText("다른 명함 폴더");
-  Command6.setText("다른 연락처 폴더");
+  Label2.setText(text::say("연락처:", "Contacts:"));
+  Command1.setText(text::say("현황", "Overview"));
+  Command2.setText(text::say("기록", "History"));
+  Command3.setText(text::say("되돌리기", "Undo"));
+  Command4.setText(text::say("닫기", "Close"));
+  Command5.setText(text::say("다른 명함 폴더", "Other card folder"));
+  Command6.setText(text::say("다른 연락처 폴더", "Other contact folder"));
   Command1.clicked = [this] { guarded([this] { showSurvey(); }); };
   Command2.clicked = [this] { guarded([this] { showRuns(); }); };
   Command3.clicked = [this] { guarded([this] { goBack(); }); };
@@ -56,11 +57,11 @@ Layout frmOverview::layout() {
 void frmOverview::load() {
   centreOnScreen();
   if (ListView1.columns().empty()) {
-    ListView1.addColumn("내용", 1700);
-    ListView1.addColumn("상태", 2700);
-    ListView1.addColumn("비고", 1800);
+    ListView1.addColumn(text::say("내용", "What"), 1700);
+    ListView1.addColumn(text::say("상태", "State"), 2700);
+    ListView1.addColumn(text::say("비고", "Remark"), 1800);
   }
-  Label1.setText("명함: " + text::pathText(desk_.folder()));
+  Label1.setText(text::say("명함: %1", "Cards: %1", {text::pathText(desk_.folder())}));
   fillPlaces();
   guarded([this] { showSurvey(); });
 }
@@ -114,8 +115,9 @@ void frmOverview::clearList(std::string_view heading) {
 }
 
 void frmOverview::showSurvey() {
-  clearList(
-      "현황: 상호갱신이 무엇을 할지 보여 줍니다. 줄을 두 번 누르면 명함과 연락처를 나란히 봅니다.");
+  clearList(text::say(
+      "현황: 상호갱신이 무엇을 할지 보여 줍니다. 줄을 두 번 누르면 명함과 연락처를 나란히 봅니다.",
+      "Overview: what a sync would do. Double-click a line to see card and contact side by side."));
   const Look look(component_);
   if (!component_.contacts().connect()) {
     throw outlook::ContactStoreError(component_.contacts().connectFailure());
@@ -136,11 +138,12 @@ void frmOverview::showSurvey() {
   for (std::size_t i = 0; i < transfer::kStandings; ++i) {
     const auto standing = static_cast<Standing>(i);
     const auto& found = survey.of(standing);
-    addLine(wordsOf(standing).caption, std::to_string(found.size()), "");
+    addLine(text::say(wordsOf(standing).caption), std::to_string(found.size()), "");
     surveyed_.resize(ListView1.rows().size());
     if (standing == Standing::InStep) continue;
     for (const transfer::Surveyed& each : found) {
-      addLine("  " + each.person, each.card.empty() ? "" : "명함 " + each.card,
+      addLine("  " + each.person,
+              each.card.empty() ? "" : text::say("명함 %1", "card %1", {each.card}),
               each.contact == each.person ? "" : each.contact);
       surveyed_.push_back(each);
       for (const auto& field : each.differences) {
@@ -161,9 +164,11 @@ void frmOverview::showPair(std::size_t line) {
 }
 
 void frmOverview::showRuns() {
-  clearList(
+  clearList(text::say(
       "기록: 줄을 두 번 누르면 그 작업이 바꾼 값을 봅니다. 되돌리기는 고른 작업과 그 뒤의 작업을 "
-      "되돌립니다.");
+      "되돌립니다.",
+      "History: double-click a line to see what the run changed. Undo takes back the chosen run "
+      "and those after it."));
   for (const PastRun& run : desk_.runs()) {
     addLine(run.what, run.outcome, run.wayBack);
     runs_.push_back(run.number);
@@ -172,7 +177,9 @@ void frmOverview::showRuns() {
 
 void frmOverview::showRun(int run) {
   const auto details = desk_.detailsOf(run);
-  clearList("작업 " + std::to_string(run) + ": 보여 준 줄, 그리고 바꾼 값입니다.");
+  clearList(text::say("작업 %1: 보여 준 줄, 그리고 바꾼 값입니다.",
+                      "Run %1: the lines it showed, and the values it changed.",
+                      {std::to_string(run)}));
   for (const Desk::RunDetail& detail : details) {
     addLine(detail.what, detail.who, detail.how);
     runs_.push_back(run);
@@ -192,14 +199,17 @@ void frmOverview::goBack() {
   clearList(plan->heading());
   for (const UndoPlan::Line& line : plan->lines()) addLine(line.what, line.how, "");
   const auto edits = plan->edits();
-  for (const std::string& edit : edits) addLine(edit, "사라짐", "그 뒤에 바뀜");
+  for (const std::string& edit : edits)
+    addLine(edit, text::say("사라짐", "will be lost"), text::say("그 뒤에 바뀜", "changed since"));
   std::string question = plan->heading();
   if (!edits.empty()) {
-    question += "\r\n그 뒤에 바뀐 것 " + std::to_string(edits.size()) + "건이 사라집니다.";
+    question +=
+        text::say("\r\n그 뒤에 바뀐 것 %1건이 사라집니다.",
+                  "\r\n%1 changes made since will be lost.", {std::to_string(edits.size())});
   }
-  if (!toolkit().ask(question + "\r\n되돌릴까요?")) return;
+  if (!toolkit().ask(question + "\r\n" + text::say("되돌릴까요?", "Undo?"))) return;
   plan->perform();
-  toolkit().messageBox(MessageIcon::Information, "되돌렸습니다.");
+  toolkit().messageBox(MessageIcon::Information, text::say("되돌렸습니다.", "Undone."));
 }
 
 // --- other cards and contacts -------------------------------------------------------------------
@@ -211,12 +221,14 @@ void frmOverview::leaveFor(const std::filesystem::path& folder,
 }
 
 void frmOverview::chooseCards() {
-  const auto folder = toolkit().chooseFolder("명함 폴더", desk_.folder());
+  const auto folder =
+      toolkit().chooseFolder(text::say("명함 폴더", "Folder of cards"), desk_.folder());
   if (!folder.empty()) leaveFor(folder, {});
 }
 
 void frmOverview::chooseContactFolder() {
-  const auto folder = toolkit().chooseFolder("연락처 폴더", desk_.folder());
+  const auto folder =
+      toolkit().chooseFolder(text::say("연락처 폴더", "Folder of contacts"), desk_.folder());
   if (!folder.empty()) leaveFor(desk_.folder(), folder);
 }
 

@@ -4,21 +4,22 @@
 #include "outlook/pairing.h"
 #include "store/sql.h"
 #include "text/ascii.h"
+#include "text/language.h"
 #include "transfer/pair_sides.h"
 #include "ui/look.h"
 
 namespace vlout::ui {
 
 frmPair::frmPair(Toolkit& toolkit, Component& component) : Form(toolkit), component_(component) {
-  caption = "명함과 연락처";
+  caption = text::say("명함과 연락처", "Card and contact");
   width = 9000;
   height = 7800;
-  Command1.setText("닫기");
+  Command1.setText(text::say("닫기", "Close"));
   Command1.clicked = [this] { unload(); };
-  ListView1.addColumn("항목", 1300);
-  ListView1.addColumn("명함", 2300);
-  ListView1.addColumn("연락처", 2300);
-  ListView1.addColumn("비고", 700);
+  ListView1.addColumn(text::say("항목", "Field"), 1300);
+  ListView1.addColumn(text::say("명함", "Card"), 2300);
+  ListView1.addColumn(text::say("연락처", "Contact"), 2300);
+  ListView1.addColumn(text::say("비고", "Remark"), 700);
 }
 
 Layout frmPair::layout() {
@@ -46,13 +47,15 @@ void frmPair::fill(const std::string& card, std::size_t position, const std::str
   const bool hasCard = text::parseInteger(card) && store::cardExists(component_.connection(), card);
   const auto row = hasCard ? store::readCard(component_.connection(), card) : nullptr;
   const auto contact = contactOf(card, position, name);
-  Label1.setText((row ? "명함 " + card : "명함 없음") + std::string(" · ") +
-                 (contact ? outlook::joinedName(*contact) : "연락처 없음"));
+  Label1.setText(
+      (row ? text::say("명함 %1", "Card %1", {card}) : text::say("명함 없음", "No card")) + " · " +
+      (contact ? outlook::joinedName(*contact) : text::say("연락처 없음", "no contact")));
   for (const auto& field : transfer::compareSides(row.get(), contact.get())) {
     const std::size_t line = ListView1.addRow(outlook::fieldCaption(field.column));
     ListView1.setCell(line, 1, transfer::shownValue(field.card));
     ListView1.setCell(line, 2, transfer::shownValue(field.contact));
-    ListView1.setCell(line, 3, row && contact && field.differs() ? "다름" : "");
+    ListView1.setCell(line, 3,
+                      row && contact && field.differs() ? text::say("다름", "differs") : "");
   }
 }
 
@@ -70,7 +73,9 @@ std::unique_ptr<outlook::Contact> frmPair::contactOf(const std::string& card, st
   }
   auto contact = position <= contacts.count() ? contacts.item(position) : nullptr;
   if (contact && outlook::joinedName(*contact) == name) return contact;
-  throw outlook::ContactStoreError("그 사이에 연락처가 바뀌었습니다. 현황을 다시 보십시오.");
+  throw outlook::ContactStoreError(
+      text::say("그 사이에 연락처가 바뀌었습니다. 현황을 다시 보십시오.",
+                "The contact has changed in the meantime. Look at the overview again."));
 }
 
 }  // namespace vlout::ui

@@ -6,6 +6,7 @@
 #include "entry/cli/preview.h"
 #include "history/recorded_book.h"
 #include "text/file_path.h"
+#include "text/language.h"
 #include "text/regular_file.h"
 
 namespace vlout::entry::cli {
@@ -28,7 +29,11 @@ class MirroredBook : public history::MirroredContacts {
 
   void putBack(const fs::path& kept) override {
     const auto state = history::fileStateAt(kept);
-    if (!state) throw history::UndoError("보관한 연락처가 없습니다: " + text::pathText(kept));
+    if (!state) {
+      throw history::UndoError(text::say("보관한 연락처가 없습니다: %1",
+                                         "The contact that was kept is gone: %1",
+                                         {text::pathText(kept)}));
+    }
     store_.putBack(contentOf(kept), {state->seconds, state->nanoseconds});
   }
   void remove(const fs::path& mirrored) override { store_.remove(contentOf(mirrored)); }

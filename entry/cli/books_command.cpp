@@ -6,6 +6,7 @@
 #include "entry/cli/command.h"
 #include "entry/cli/json.h"
 #include "outlook/evolution/desktop.h"
+#include "text/language.h"
 #include "text/shown_text.h"
 
 namespace vlout::entry::cli {
@@ -14,11 +15,13 @@ namespace {
 using outlook::evolution::BookInfo;
 
 void printLine(const BookInfo& book, std::ostream& out) {
-  const char* const access = !book.writable ? "-" : *book.writable ? "쓰기" : "읽기 전용";
+  const std::string access = !book.writable   ? "-"
+                             : *book.writable ? text::say("쓰기", "writable")
+                                              : text::say("읽기 전용", "read-only");
   out << text::onOneLine(book.name) << '\t' << text::onOneLine(book.account) << '\t' << book.kind
       << '\t' << access << '\t' << (book.contacts ? std::to_string(*book.contacts) : "-") << '\t'
-      << (book.isDefault ? "기본" : "") << '\t' << "book:" << text::onOneLine(book.uid) << '\t'
-      << text::onOneLine(book.failure) << '\n';
+      << (book.isDefault ? text::say("기본", "default") : "") << '\t'
+      << "book:" << text::onOneLine(book.uid) << '\t' << text::onOneLine(book.failure) << '\n';
 }
 
 Json asJson(const BookInfo& book) {
@@ -47,7 +50,9 @@ void printBooks(bool json, std::ostream& out) {
 }  // namespace
 
 void addBooksCommand(CLI::App& app, int& status) {
-  CLI::App* const books = app.add_subcommand("books", "데스크톱의 주소록을 보여 줍니다.");
+  CLI::App* const books = app.add_subcommand(
+      "books",
+      text::say("데스크톱의 주소록을 보여 줍니다.", "Lists the address books of the desktop."));
   const auto json = std::make_shared<bool>(false);
   addJsonFlag(*books, *json);
   books->callback([json, &status] {

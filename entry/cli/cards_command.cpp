@@ -19,6 +19,7 @@
 #include "outlook/pairing.h"
 #include "store/sql.h"
 #include "text/ascii.h"
+#include "text/language.h"
 #include "text/shown_text.h"
 
 namespace vlout::entry::cli {
@@ -53,11 +54,11 @@ Standings standingsOf(const FolderSurvey& survey) {
   return standings;
 }
 
-constexpr std::string_view kUnknown = "읽지 못함";
+constexpr text::Words kUnknown{"읽지 못함", "not read"};
 
-std::string_view captionOf(const Standings& standings, std::string_view card) {
+std::string captionOf(const Standings& standings, std::string_view card) {
   const auto found = standings.find(card);
-  return found == standings.end() ? kUnknown : wordsOf(found->second.standing).caption;
+  return text::say(found == standings.end() ? kUnknown : wordsOf(found->second.standing).caption);
 }
 
 std::string_view keyOf(const Standings& standings, std::string_view card) {
@@ -139,8 +140,11 @@ std::vector<std::string> findCards(store::Connection& connection, const std::str
 std::string requireOneCard(store::Connection& connection, const std::string& wanted) {
   const auto found = findCards(connection, wanted);
   if (found.size() == 1) return found.front();
-  if (found.empty()) throw std::runtime_error("명함이 없습니다: " + wanted);
-  std::string message = "이름이 같은 명함이 여럿입니다. 번호로 고르십시오:";
+  if (found.empty()) {
+    throw std::runtime_error(text::say("명함이 없습니다: %1", "No such card: %1", {wanted}));
+  }
+  std::string message = text::say("이름이 같은 명함이 여럿입니다. 번호로 고르십시오:",
+                                  "Several cards have that name. Choose one by its number:");
   for (const std::string& id : found) message += " " + id;
   throw std::runtime_error(message);
 }
@@ -157,7 +161,9 @@ void showCard(const Arguments& arguments, std::ostream& out) {
                            ? nullptr
                            : stores.contacts().item(found->second.contact);
   Json fields = Json::array();
-  if (!arguments.json) out << id << '\t' << captionOf(standings, id) << "\n\t벨모라\t아웃룩\n";
+  if (!arguments.json)
+    out << id << '\t' << captionOf(standings, id) << "\n\t"
+        << text::say("벨모라\t아웃룩", "Velmora\tOutlook") << '\n';
   for (const auto& field : transfer::compareSides(row.get(), contact.get())) {
     const bool differs = contact && field.differs();
     fields.push_back({{"field", field.column},
@@ -212,23 +218,33 @@ std::shared_ptr<Arguments> addLook(CLI::App& command, int& status, Act act) {
 }  // namespace
 
 void addListCommand(CLI::App& app, int& status) {
-  CLI::App* const command =
-      app.add_subcommand("list", "명함을 연락처와의 관계와 함께 한 줄씩 보여 줍니다.");
+  CLI::App* const command = app.add_subcommand(
+      "list", text::say("명함을 연락처와의 관계와 함께 한 줄씩 보여 줍니다.",
+                        "Lists the cards, one a line, and how each stands to its contact."));
   const auto arguments = addLook(*command, status, listCards);
   addContactsOption(*command, arguments->contacts);
-  command->add_option("text", arguments->wanted,
-                      "이름, 회사, 번호, 전자우편 주소, 그룹에 이 글이 있는 명함만");
+  command->add_option(
+      "text", arguments->wanted,
+      text::say("이름, 회사, 번호, 전자우편 주소, 그룹에 이 글이 있는 명함만",
+                "Only cards with this text in name, company, number, e-mail address or group"));
 }
 
 void addShowCommand(CLI::App& app, int& status) {
-  CLI::App* const command = app.add_subcommand("show", "한 명함과 그 연락처를 나란히 보여 줍니다.");
+  CLI::App* const command =
+      app.add_subcommand("show", text::say("한 명함과 그 연락처를 나란히 보여 줍니다.",
+                                           "Shows a card and its contact side by side."));
   const auto arguments = addLook(*command, status, showCard);
   addContactsOption(*command, arguments->contacts);
-  command->add_option("card", arguments->wanted, "명함 번호 또는 이름")->required();
+  command
+      ->add_option("card", arguments->wanted,
+                   text::say("명함 번호 또는 이름", "Number or name of the card"))
+      ->required();
 }
 
 void addFoldersCommand(CLI::App& app, int& status) {
-  CLI::App* const command = app.add_subcommand("folders", "명함의 그룹을 번호와 함께 보여 줍니다.");
+  CLI::App* const command =
+      app.add_subcommand("folders", text::say("명함의 그룹을 번호와 함께 보여 줍니다.",
+                                              "Lists the groups of cards with their numbers."));
   addLook(*command, status, printFolders);
 }
 

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "store/sqlite/sqlite_connection.h"
+#include "text/language.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -50,7 +51,9 @@ class NewFolders {
 };
 
 [[noreturn]] void failExists(const std::filesystem::path& database) {
-  throw store::DatabaseError(database.string() + ": 이미 있는 데이터베이스는 덮어쓰지 않습니다");
+  throw store::DatabaseError(text::say("%1: 이미 있는 데이터베이스는 덮어쓰지 않습니다",
+                                       "%1: a database that exists is not overwritten",
+                                       {database.string()}));
 }
 
 void requireFree(const std::filesystem::path& database) {
@@ -58,14 +61,18 @@ void requireFree(const std::filesystem::path& database) {
   // SQLite would take the log of a database that is gone for the new one's and write it into it.
   const std::filesystem::path log = database.string() + "-wal";
   if (std::filesystem::exists(log)) {
-    throw store::DatabaseError(log.string() + ": 없어진 데이터베이스의 기록이 남아 있습니다");
+    throw store::DatabaseError(text::say("%1: 없어진 데이터베이스의 기록이 남아 있습니다",
+                                         "%1: the log of a database that is gone lies here",
+                                         {log.string()}));
   }
 }
 
 // Gives the finished database its name, unless something has that name by now.
 void place(const std::filesystem::path& finished, const std::filesystem::path& database) {
   if (std::filesystem::exists(finished.string() + "-wal")) {
-    throw store::DatabaseError(finished.string() + ": 데이터베이스를 다 쓰지 못했습니다");
+    throw store::DatabaseError(text::say("%1: 데이터베이스를 다 쓰지 못했습니다",
+                                         "%1: the database could not be written whole",
+                                         {finished.string()}));
   }
   if (renameat2(AT_FDCWD, finished.c_str(), AT_FDCWD, database.c_str(), RENAME_NOREPLACE) == 0) {
     return;

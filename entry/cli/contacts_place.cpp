@@ -13,6 +13,7 @@
 #include "posix/file_descriptor.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
+#include "text/language.h"
 #include "text/regular_file.h"
 
 namespace vlout::entry::cli {
@@ -94,8 +95,10 @@ fs::path contactsPlace(const fs::path& given, const fs::path& componentFolder) {
 std::string objectionToMove(const fs::path& componentFolder, const fs::path& contacts) {
   const auto last = rememberedContacts(componentFolder);
   if (!last || isSamePlace(*last, contacts)) return {};
-  return "지난 작업 때와 다른 연락처입니다.\r\n지난번: " + text::pathText(*last) +
-         "\r\n이번: " + text::pathText(contacts) + "\r\n";
+  return text::say(
+      "지난 작업 때와 다른 연락처입니다.\r\n지난번: %1\r\n이번: %2\r\n",
+      "These are not the contacts of the last run.\r\nLast time: %1\r\nThis time: %2\r\n",
+      {text::pathText(*last), text::pathText(contacts)});
 }
 
 std::string objectionToFolderOfFolders(const fs::path& contacts) {
@@ -109,9 +112,12 @@ std::string objectionToFolderOfFolders(const fs::path& contacts) {
   });
   if (inside.empty()) return {};
   std::sort(inside.begin(), inside.end());
-  std::string message = text::pathText(contacts) +
-                        ": 이 폴더에는 vCard가 없고 그 안의 폴더에 있습니다. 다음 가운데 하나를 "
-                        "연락처 폴더로 고르십시오:";
+  std::string message = text::say(
+      "%1: 이 폴더에는 vCard가 없고 그 안의 폴더에 있습니다. 다음 가운데 하나를 "
+      "연락처 폴더로 고르십시오:",
+      "%1: this folder has no vCards, but folders in it do. Choose one of these as the folder of "
+      "contacts:",
+      {text::pathText(contacts)});
   for (const std::string& folder : inside) message += "\r\n  " + folder;
   return message;
 }

@@ -13,6 +13,7 @@
 #include "store/jet/jet_reader.h"
 #include "store/sql.h"
 #include "text/ascii.h"
+#include "text/language.h"
 #include "text/shown_text.h"
 
 namespace vlout::entry::cli {
@@ -100,15 +101,19 @@ class Mover : public store::jet::JetRows {
       insert_ += (insert_.ends_with('(') ? "" : ",") + store::sqlName(column.name);
     }
     insert_ += ") VALUES (";
-    if (keyAt_ == columns.size())
-      fail("표 " + table_ + "에 열 " + std::string(key_) + "가 없습니다");
+    if (keyAt_ == columns.size()) {
+      fail(text::say("표 %1에 열 %2가 없습니다", "table %1 has no column %2", {table_, key_}));
+    }
   }
 
   void addRow(const JetRow& row) override {
-    if (interrupted_ != 0) fail("중지되었습니다");
+    if (interrupted_ != 0) fail(text::say("중지되었습니다", "stopped"));
     const auto& key = row[keyAt_].text;
     // The database would number such a row itself, and nothing else would know the number.
-    if (!key) fail(table_ + "에 번호(" + std::string(key_) + ")가 없는 행이 있습니다");
+    if (!key) {
+      fail(text::say("%1에 번호(%2)가 없는 행이 있습니다", "%1 has a row without a number (%2)",
+                     {table_, key_}));
+    }
     if (table_ == kFolderTable && fixedFolders_.erase(*key) > 0) {
       connection_.execute("DELETE FROM tbl_folder WHERE f_idx = '" + *key + "'");
     }
@@ -117,22 +122,33 @@ class Mover : public store::jet::JetRows {
       if (columns_[i].type != JetType::Unknown) appendValue(sql, columns_[i], row[i]);
     }
     sql.back() = ')';
-    execute(sql, "행 " + std::string(key_) + "=" + *key);
+    execute(sql, text::say("행 %1=%2", "row %1=%2", {key_, *key}));
     ++(table_ == kCardTable ? cards_ : folders_);
   }
 
   // Throws DatabaseError when there was no table of cards.
   void finish() const {
-    if (!hasCards_) fail("표 tbl_namecard가 없습니다");
+    if (!hasCards_) fail(text::say("표 tbl_namecard가 없습니다", "there is no table tbl_namecard"));
   }
 
   void report(std::ostream& out) const {
-    out << "명함 " << cards_ << "장, 사진 " << pictures_ << "장\n";
-    out << "폴더 " << folders_ << "개\n";
-    if (!hasFolders_) out << "원본에 tbl_folder가 없어 기본 폴더만 만들었습니다.\n";
-    writeNames(out, "추가로 가져온 열", added_);
-    writeNames(out, "형식을 알 수 없어 가져오지 않은 열", left_);
-    if (broken_ > 0) out << "읽을 수 없는 글자나 날짜가 있는 값 " << broken_ << "개\n";
+    out << text::say("명함 %1장, 사진 %2장\n", "%1 cards, %2 pictures\n",
+                     {std::to_string(cards_), std::to_string(pictures_)});
+    out << text::say("폴더 %1개\n", "%1 folders\n", {std::to_string(folders_)});
+    if (!hasFolders_) {
+      out << text::say("원본에 tbl_folder가 없어 기본 폴더만 만들었습니다.\n",
+                       "The source has no tbl_folder; only the standard folders were made.\n");
+    }
+    writeNames(out, {"추가로 가져온 열 %1개:", "Columns that were added, %1:"}, added_);
+    writeNames(out,
+               {"형식을 알 수 없어 가져오지 않은 열 %1개:",
+                "Columns of unknown type that were left out, %1:"},
+               left_);
+    if (broken_ > 0) {
+      out << text::say("읽을 수 없는 글자나 날짜가 있는 값 %1개\n",
+                       "%1 values with unreadable characters or dates\n",
+                       {std::to_string(broken_)});
+    }
   }
 
  private:
@@ -141,7 +157,7 @@ class Mover : public store::jet::JetRows {
     try {
       connection_.execute(sql);
     } catch (const DatabaseError& error) {
-      fail(table_ + "의 " + subject + ": " + error.what());
+      fail(text::say("%1의 %2: %3", "%1, %2: %3", {table_, subject, error.what()}));
     }
   }
 
@@ -152,7 +168,7 @@ class Mover : public store::jet::JetRows {
   void addColumn(const JetColumn& column) {
     execute("ALTER TABLE " + table_ + " ADD COLUMN " + store::sqlName(column.name) + " " +
                 std::string(sqlType(column.type)),
-            "열 " + column.name);
+            text::say("열 %1", "column %1", {column.name}));
     added_.push_back(table_ + "." + column.name);
   }
 
@@ -174,10 +190,10 @@ class Mover : public store::jet::JetRows {
     if (isPicture && !value.text->empty()) ++pictures_;
   }
 
-  static void writeNames(std::ostream& out, std::string_view what,
+  static void writeNames(std::ostream& out, const text::Words& heading,
                          const std::vector<std::string>& names) {
     if (names.empty()) return;
-    out << what << ' ' << names.size() << "개:";
+    out << text::say(heading, {std::to_string(names.size())});
     for (const std::string& name : names) out << ' ' << text::onOneLine(name);
     out << '\n';
   }

@@ -7,6 +7,7 @@
 #include "entry/option_file.h"
 #include "outlook/evolution/desktop.h"
 #include "text/file_path.h"
+#include "text/language.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -50,7 +51,9 @@ std::vector<ui::Desk::Place> LinuxDesk::places() {
     for (const auto& book : outlook::evolution::Desktop([] {}).books()) {
       const std::filesystem::path place = "book:" + book.uid;
       if (place != contacts_) {
-        places.push_back({"주소록 " + book.name + " (" + book.account + ")", place});
+        places.push_back(
+            {text::say("주소록 %1 (%2)", "Address book %1 (%2)", {book.name, book.account}),
+             place});
       }
     }
   } catch (const std::exception&) {

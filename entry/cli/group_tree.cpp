@@ -6,6 +6,7 @@
 
 #include "store/sql.h"
 #include "text/ascii.h"
+#include "text/language.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -55,8 +56,11 @@ Group findGroup(const std::vector<Group>& groups, std::string_view wanted) {
     if (group.name == wanted) named.push_back(group);
   }
   if (named.size() == 1) return named.front();
-  std::string message = "그룹이 없습니다: " + std::string(wanted);
-  if (!named.empty()) message = "이름이 같은 그룹이 여럿입니다. 번호나 경로로 고르십시오:";
+  std::string message = text::say("그룹이 없습니다: %1", "No such group: %1", {wanted});
+  if (!named.empty()) {
+    message = text::say("이름이 같은 그룹이 여럿입니다. 번호나 경로로 고르십시오:",
+                        "Several groups have that name. Choose one by its number or path:");
+  }
   for (const Group& group : named) message += "\n  " + std::to_string(group.id) + " " + group.path;
   throw std::runtime_error(message);
 }

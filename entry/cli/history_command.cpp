@@ -1,11 +1,13 @@
 #include <CLI/CLI.hpp>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <string>
 
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
 #include "entry/cli/run_lines.h"
+#include "text/language.h"
 #include "text/shown_text.h"
 
 namespace vlout::entry::cli {
@@ -19,7 +21,10 @@ void print(const RunLine& run, std::ostream& out) {
 // A line for each run, the newest last.
 void printHistory(const std::filesystem::path& folder, std::ostream& out, std::ostream& errors) {
   const auto lines = runLines(history::Runs(folder));
-  if (lines.empty()) errors << text::onOneLine(folder.string()) << ": 아직 작업이 없습니다.\n";
+  if (lines.empty()) {
+    errors << text::say("%1: 아직 작업이 없습니다.\n", "%1: no runs yet.\n",
+                        {text::onOneLine(folder.string())});
+  }
   for (const RunLine& run : lines) print(run, out);
 }
 
@@ -42,11 +47,15 @@ void printRun(const std::filesystem::path& folder, int number, std::ostream& out
 }  // namespace
 
 void addHistoryCommand(CLI::App& app, int& status) {
-  CLI::App* const command = app.add_subcommand("history", "지금까지의 작업을 보여 줍니다.");
+  CLI::App* const command = app.add_subcommand(
+      "history", text::say("지금까지의 작업을 보여 줍니다.", "Lists the runs so far."));
   const auto folder = std::make_shared<std::string>();
   const auto run = std::make_shared<int>(0);
-  command->add_option("run", *run, "작업 번호: 그 작업이 보여 준 줄과 바꾼 값")
-      ->check(CLI::PositiveNumber);
+  command
+      ->add_option("run", *run,
+                   text::say("작업 번호: 그 작업이 보여 준 줄과 바꾼 값",
+                             "Number of a run: the lines it showed and the values it changed"))
+      ->check(CLI::Range(1, std::numeric_limits<int>::max()));
   addFolderOption(*command, *folder);
   command->callback([folder, run, &status] {
     if (*run == 0) {

@@ -4,13 +4,15 @@
 
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
+#include "text/language.h"
 #include "text/shown_text.h"
 
 namespace vlout::entry::cli {
 
 void addInitCommand(CLI::App& app, int& status) {
   CLI::App* const command =
-      app.add_subcommand("init", "빈 데이터베이스로 새 구성 요소 폴더를 만듭니다.");
+      app.add_subcommand("init", text::say("빈 데이터베이스로 새 구성 요소 폴더를 만듭니다.",
+                                           "Makes a new component folder with an empty database."));
   const auto given = std::make_shared<std::string>();
   addFolderOption(*command, *given);
   command->callback([given, &status] {

@@ -7,7 +7,10 @@
 #include <sstream>
 
 #include "entry/cli/command.h"
+#include "entry/cli/parser_words.h"
+#include "entry/cli/users_language.h"
 #include "entry/cli/window_command.h"
+#include "text/language.h"
 #include "text/shown_text.h"
 
 namespace {
@@ -22,11 +25,16 @@ constexpr cli::AddCommand kCommands[] = {
 };
 
 int run(int argc, char** argv) {
-  CLI::App app("벨모라 명함과 vCard 연락처 폴더를 상호 교환합니다.", "vloutsync");
+  CLI::App app(
+      vlout::text::say(
+          "벨모라 명함과 vCard 연락처 폴더를 상호 교환합니다.",
+          "Exchanges Velmora cards with a folder of vCards or an address book of the desktop."),
+      "vloutsync");
   app.set_version_flag("--version", "vloutsync " VLOUT_VERSION);
   app.require_subcommand(cli::hasDisplay() ? 0 : 1, 1);
   int status = cli::kDone;
   for (const cli::AddCommand add : kCommands) add(app, status);
+  cli::translateParser(app);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
@@ -45,6 +53,7 @@ int run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
+  cli::speakUsersLanguage();
   // A reader that goes away must not end a run in the middle.
   std::signal(SIGPIPE, SIG_IGN);
   try {

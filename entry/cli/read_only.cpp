@@ -7,6 +7,7 @@
 #include "entry/cli/platform.h"
 #include "entry/cli/terminal.h"
 #include "text/ascii.h"
+#include "text/language.h"
 #include "transfer/work_list_loader.h"
 #include "ui/terminal/terminal_toolkit.h"
 
@@ -39,7 +40,9 @@ FolderSurvey::FolderSurvey(ReadOnlyStores& stores)
   stores.connectContacts();
   transfer::WorkListLoader(stores.connection(), list_, window_).loadAll();
   cards_ = list_.size();
-  if (survey_.run() != transfer::RunEnd::Completed) throw std::runtime_error("중지되었습니다");
+  if (survey_.run() != transfer::RunEnd::Completed) {
+    throw std::runtime_error(text::say("중지되었습니다", "Stopped"));
+  }
 }
 
 }  // namespace vlout::entry::cli

@@ -20,6 +20,7 @@
 #include "entry/orun.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
+#include "text/language.h"
 #include "text/regular_file.h"
 #include "text/shown_text.h"
 
@@ -94,8 +95,12 @@ void explainExportList(const RunRequest& request, Runtime& runtime, std::ostream
                                  : runtime.exportList().explainCards();
   if (reason.empty()) return;
   errors << text::onItsLines(reason)
-         << ". 전체를 내보내려면 --range all 을, 한 그룹을 "
-            "내보내려면 --group 과 그 번호나 경로를 사용하십시오(vloutsync folders).\n";
+         << text::say(
+                ". 전체를 내보내려면 --range all 을, 한 그룹을 "
+                "내보내려면 --group 과 그 번호나 경로를 사용하십시오(vloutsync folders).\n",
+                ". Use --range all to export all cards, or --group and its number or path to "
+                "export one group "
+                "(vloutsync folders).\n");
 }
 
 }  // namespace
@@ -131,12 +136,14 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
   auto toolkit = std::make_unique<ui::terminal::TerminalToolkit>(
       results, errors, progressWidth, interrupted, request.onConflict, script);
   const history::EmptiedFolder emptied{.goOn = request.goOn,
-                                       .howToGoOn = "그래도 하려면 --yes 를 붙이십시오."};
+                                       .howToGoOn = text::say("그래도 하려면 --yes 를 붙이십시오.",
+                                                              "To go on all the same, add --yes.")};
   Runtime runtime(request.folder, makePlatform(request.folder, request.contacts, std::move(toolkit),
                                                emptied, &interrupted));
   if (request.preview) runtime.previewOnly();
   component = &runtime;
-  errors << "연락처: " << text::onOneLine(text::pathText(request.contacts)) << '\n';
+  errors << text::say("연락처: %1\n", "Contacts: %1\n",
+                      {text::onOneLine(text::pathText(request.contacts))});
   explainSettings(request.folder, errors);
   ORUN(runtime).OUTSYNCRUN();
   return completed;
@@ -162,7 +169,8 @@ struct Arguments {
 
 std::string checkBoxSetting(const std::string& text) {
   if (parseBoxSetting(text)) return {};
-  return "OUT_CHECK1 … OUT_CHECK10 또는 chadd 뒤에 =0 이나 =1 이 와야 합니다: " + text;
+  return text::say("OUT_CHECK1 … OUT_CHECK10 또는 chadd 뒤에 =0 이나 =1 이 와야 합니다: %1",
+                   "OUT_CHECK1 … OUT_CHECK10 or chadd must be followed by =0 or =1: %1", {text});
 }
 
 using Words = std::array<std::string_view, 3>;
@@ -190,7 +198,8 @@ transfer::Range rangeOf(const Arguments& arguments, const std::filesystem::path&
 bool mayMove(const RunRequest& request) {
   const std::string moved = objectionToMove(request.folder, request.contacts);
   if (moved.empty() || request.preview) return false;
-  return confirm(text::onItsLines(text::replaceAll(moved, "\r\n", "\n")) + "이 연락처로 할까요?");
+  return confirm(text::onItsLines(text::replaceAll(moved, "\r\n", "\n")) +
+                 text::say("이 연락처로 할까요?", "Use these contacts?"));
 }
 
 // What is left of a run's lines for those who did not watch it: what it could not do, and its
@@ -219,9 +228,12 @@ int runUnwatched(const RunRequest& request, const Arguments& arguments) {
   const bool undone =
       summary.find("제외") != std::string::npos || summary.find("실패") != std::string::npos;
   if (arguments.notify && (!completed || undone)) {
-    notifyDesktop(completed
-                      ? "처리하지 못한 자료가 있습니다. 창에서 상호갱신을 하십시오.\n" + summary
-                      : errors.str());
+    notifyDesktop(
+        completed
+            ? text::say("처리하지 못한 자료가 있습니다. 창에서 상호갱신을 하십시오.\n",
+                        "Some records could not be handled. Synchronise them in the window.\n") +
+                  summary
+            : errors.str());
   }
   return completed && std::cout ? kDone : kRefused;
 }
@@ -257,39 +269,70 @@ int runGiven(const Arguments& arguments) {
 }  // namespace
 
 void addRunCommand(CLI::App& app, int& status) {
-  CLI::App* const run = app.add_subcommand("run", "가져오기, 내보내기 또는 상호갱신을 실행합니다.");
+  CLI::App* const run =
+      app.add_subcommand("run", text::say("가져오기, 내보내기 또는 상호갱신을 실행합니다.",
+                                          "Imports, exports or synchronises."));
   const auto arguments = std::make_shared<Arguments>();
-  run->add_option("transfer", arguments->mode,
-                  "import 아웃룩→벨모라, export 벨모라→아웃룩, sync 상호갱신")
+  run->add_option(
+         "transfer", arguments->mode,
+         text::say("import 아웃룩→벨모라, export 벨모라→아웃룩, sync 상호갱신",
+                   "import (contacts to cards), export (cards to contacts) or sync (both ways)"))
       ->required()
       ->check(isOneOf(transfer::kModeWords));
   addFolderOption(*run, arguments->folder);
   addContactsOption(*run, arguments->contacts);
-  run->add_option("--range", arguments->range,
-                  "내보내기 범위: selected 선택항목(호스트의 목록이 있을 때의 기본값), group 그룹, "
-                  "all 전체자료(목록이 없을 때의 기본값)")
+  run->add_option(
+         "--range", arguments->range,
+         text::say(
+             "내보내기 범위: selected 선택항목(호스트의 목록이 있을 때의 기본값), group 그룹, "
+             "all 전체자료(목록이 없을 때의 기본값)",
+             "What to export: selected (the host's list; the default where there is one), group, "
+             "or "
+             "all (the default where there is no list)"))
       ->check(isOneOf(transfer::kRangeWords));
-  run->add_option("--group", arguments->group,
-                  "내보낼 그룹 또는 가져온 연락처를 둘 그룹: 번호, 경로(거래처/서울) 또는 이름");
-  run->add_flag("--subgroups", arguments->subgroups, "하위그룹 포함 (--range group)");
-  run->add_option("--set", arguments->boxes,
-                  "옵션 상자를 켜거나(1) 끕니다(0): OUT_CHECKn=0|1, chadd=0|1. 창에서와 같이 "
-                  "다음 실행에도 남습니다(chadd 제외).")
+  run->add_option(
+      "--group", arguments->group,
+      text::say(
+          "내보낼 그룹 또는 가져온 연락처를 둘 그룹: 번호, 경로(거래처/서울) 또는 이름",
+          "Group to export, or to put imported contacts into: its number, path (A/B) or name"));
+  run->add_flag("--subgroups", arguments->subgroups,
+                text::say("하위그룹 포함 (--range group)", "With its subgroups (--range group)"));
+  run->add_option(
+         "--set", arguments->boxes,
+         text::say("옵션 상자를 켜거나(1) 끕니다(0): OUT_CHECKn=0|1, chadd=0|1. 창에서와 같이 "
+                   "다음 실행에도 남습니다(chadd 제외).",
+                   "Ticks (1) or clears (0) a box of options: OUT_CHECKn=0|1, chadd=0|1. As in the "
+                   "window, it stays so "
+                   "for the next runs (except chadd)."))
       ->check(checkBoxSetting);
   run->add_flag(
       "--photo,!--no-photo", arguments->photo,
-      "연락처에 다른 사진이 없으면 명함의 사진을 보이게(PHOTO) 합니다. 다음 실행에도 남습니다.");
+      text::say(
+          "연락처에 다른 사진이 없으면 명함의 사진을 보이게(PHOTO) 합니다. 다음 실행에도 남습니다.",
+          "Shows the card's picture (PHOTO) on a contact that has no other. Stays so for the next "
+          "runs."));
   run->add_option("--on-conflict", arguments->onConflict,
-                  "상호갱신의 충돌 처리: skip, newer, card, outlook, stop")
+                  text::say("상호갱신의 충돌 처리: skip, newer, card, outlook, stop",
+                            "What a sync does with a conflict: skip, newer, card, outlook, stop"))
       ->check(CLI::IsMember({"skip", "newer", "card", "outlook", "stop"}));
-  run->add_flag("--preview", arguments->preview,
-                "결과와 바뀔 값을 보여 주기만 하고 아무것도 쓰지 않습니다.");
-  run->add_flag("--quiet", arguments->quiet,
-                "처리하지 못한 자료와 합계만 쓰고, 할 일이 없었으면 아무것도 쓰지 않습니다.");
-  run->add_flag("--notify", arguments->notify, "처리하지 못한 자료가 있으면 데스크톱에 알립니다.");
-  run->add_flag("--yes", arguments->yes,
-                "지난 작업 때와 다른 연락처나, 그때와 달리 비어 있는 연락처 폴더라도 묻지 않고 "
-                "합니다.");
+  run->add_flag(
+      "--preview", arguments->preview,
+      text::say("결과와 바뀔 값을 보여 주기만 하고 아무것도 쓰지 않습니다.",
+                "Only shows the results and the values that would change; writes nothing."));
+  run->add_flag(
+      "--quiet", arguments->quiet,
+      text::say("처리하지 못한 자료와 합계만 쓰고, 할 일이 없었으면 아무것도 쓰지 않습니다.",
+                "Prints only what could not be handled and the counts; nothing where there was "
+                "nothing to do."));
+  run->add_flag("--notify", arguments->notify,
+                text::say("처리하지 못한 자료가 있으면 데스크톱에 알립니다.",
+                          "Tells the desktop when something could not be handled."));
+  run->add_flag(
+      "--yes", arguments->yes,
+      text::say("지난 작업 때와 다른 연락처나, 그때와 달리 비어 있는 연락처 폴더라도 묻지 않고 "
+                "합니다.",
+                "Does not ask about contacts that are not those of the last run, or a folder that "
+                "has been emptied since."));
   run->callback([arguments, &status] { status = runGiven(*arguments); });
 }
 

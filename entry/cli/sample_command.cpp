@@ -5,6 +5,7 @@
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
 #include "sample/cards.h"
+#include "text/language.h"
 #include "text/shown_text.h"
 
 namespace vlout::entry::cli {
@@ -33,13 +34,17 @@ void makeSampleFolder(const std::filesystem::path& folder, const Arguments& argu
 
 void addSampleCommand(CLI::App& app, int& status) {
   CLI::App* const command =
-      app.add_subcommand("sample", "예제 명함이 든 새 구성 요소 폴더를 만듭니다.");
+      app.add_subcommand("sample", text::say("예제 명함이 든 새 구성 요소 폴더를 만듭니다.",
+                                             "Makes a new component folder with sample cards."));
   const auto arguments = std::make_shared<Arguments>();
   addFolderOption(*command, arguments->folder);
-  command->add_option("--cards", arguments->cards, "명함 수")
+  command->add_option("--cards", arguments->cards, text::say("명함 수", "Number of cards"))
       ->check(CLI::Range(0, 32767))
       ->required();
-  command->add_option("--seed", arguments->seed, "같은 값은 같은 명함을 만듭니다.")
+  command
+      ->add_option(
+          "--seed", arguments->seed,
+          text::say("같은 값은 같은 명함을 만듭니다.", "The same value makes the same cards."))
       ->capture_default_str();
   command->callback([arguments, &status] {
     const auto folder = componentFolder(arguments->folder);

@@ -12,6 +12,7 @@
 #include "entry/cli/read_only.h"
 #include "outlook/field_map.h"
 #include "text/file_path.h"
+#include "text/language.h"
 #include "text/shown_text.h"
 
 namespace vlout::entry::cli {
@@ -53,17 +54,21 @@ void forEachStanding(Use use) {
 
 void printTexts(const FolderSurvey& survey, bool all, std::ostream& out) {
   forEachStanding([&](Standing standing) {
-    out << std::setw(7) << survey.of(standing).size() << "  " << wordsOf(standing).caption << '\n';
+    out << std::setw(7) << survey.of(standing).size() << "  "
+        << text::say(wordsOf(standing).caption) << '\n';
   });
   forEachStanding([&](Standing standing) {
     const auto& found = survey.of(standing);
     if (standing == Standing::InStep || found.empty()) return;
-    out << '\n' << wordsOf(standing).caption << ":\n";
+    out << '\n' << text::say(wordsOf(standing).caption) << ":\n";
     const std::size_t count = all ? found.size() : std::min(found.size(), kShownOfEach);
     for (std::size_t i = 0; i < count; ++i) printOne(found[i], out);
-    if (count < found.size()) out << "  … 그 밖에 " << found.size() - count << " (--all)\n";
+    if (count < found.size()) {
+      out << text::say("  … 그 밖에 %1 (--all)\n", "  … and %1 more (--all)\n",
+                       {std::to_string(found.size() - count)});
+    }
   });
-  if (!survey.problems().empty()) out << "\n읽지 못한 것:\n";
+  if (!survey.problems().empty()) out << text::say("\n읽지 못한 것:\n", "\nCould not be read:\n");
   for (const std::string& line : survey.problems()) out << "  " << text::onOneLine(line) << '\n';
 }
 
@@ -103,22 +108,26 @@ void showStatus(const Arguments& arguments, std::ostream& out) {
     print(object, out);
     return;
   }
-  out << "명함 " << survey.cards() << "장: " << text::onOneLine(text::pathText(folder)) << '\n'
-      << "연락처 " << survey.contacts() << "건: " << text::onOneLine(text::pathText(contacts))
-      << "\n\n";
+  out << text::say("명함 %1장: %2\n연락처 %3건: %4\n\n", "%1 cards: %2\n%3 contacts: %4\n\n",
+                   {std::to_string(survey.cards()), text::onOneLine(text::pathText(folder)),
+                    std::to_string(survey.contacts()), text::onOneLine(text::pathText(contacts))});
   printTexts(survey, arguments.all, out);
 }
 
 }  // namespace
 
 void addStatusCommand(CLI::App& app, int& status) {
-  CLI::App* const command = app.add_subcommand("status",
-                                               "명함과 연락처가 어떻게 짝지어져 있고 무엇이 "
-                                               "바뀌었는지 보여 줍니다. 아무것도 쓰지 않습니다.");
+  CLI::App* const command = app.add_subcommand(
+      "status",
+      text::say("명함과 연락처가 어떻게 짝지어져 있고 무엇이 "
+                "바뀌었는지 보여 줍니다. 아무것도 쓰지 않습니다.",
+                "Shows how cards and contacts are paired and what has changed. Writes nothing."));
   const auto arguments = std::make_shared<Arguments>();
   addFolderOption(*command, arguments->folder);
   addContactsOption(*command, arguments->contacts);
-  command->add_flag("--all", arguments->all, "줄이지 않고 모두 보여 줍니다.");
+  command->add_flag(
+      "--all", arguments->all,
+      text::say("줄이지 않고 모두 보여 줍니다.", "Shows all of them, not only the first."));
   addJsonFlag(*command, arguments->json);
   command->callback([arguments, &status] {
     showStatus(*arguments, std::cout);

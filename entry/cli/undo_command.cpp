@@ -1,6 +1,7 @@
 #include <CLI/CLI.hpp>
 #include <array>
 #include <iostream>
+#include <limits>
 #include <memory>
 #include <string>
 #include <unistd.h>
@@ -11,6 +12,7 @@
 #include "entry/cli/run_lines.h"
 #include "entry/cli/terminal.h"
 #include "history/undo.h"
+#include "text/language.h"
 #include "text/shown_text.h"
 
 namespace vlout::entry::cli {
@@ -24,7 +26,7 @@ struct Arguments {
   bool yes = false;
 };
 
-void printCounts(const char* what, const std::array<int, 3>& counts, std::ostream& out) {
+void printCounts(const std::string& what, const std::array<int, 3>& counts, std::ostream& out) {
   out << what;
   for (std::size_t i = 0; i < counts.size(); ++i) {
     out << ' ' << wordOf(static_cast<history::Change>(i)) << '=' << counts[i];
@@ -37,8 +39,8 @@ void printChanges(const history::Undo& undo, std::ostream& out) {
   std::array<int, 3> files{};
   for (const auto& row : undo.rows()) ++rows.at(static_cast<std::size_t>(row.change));
   for (const auto& file : undo.files()) ++files.at(static_cast<std::size_t>(file.change));
-  printCounts("명함:", rows, out);
-  printCounts("연락처:", files, out);
+  printCounts(text::say("명함:", "Cards:"), rows, out);
+  printCounts(text::say("연락처:", "Contacts:"), files, out);
   for (const UndoLine& line : undoLines(undo)) {
     out << line.kind << '\t' << line.how << '\t' << text::onOneLine(line.person);
     if (!line.file.empty()) out << '\t' << text::onOneLine(line.file);
@@ -56,23 +58,28 @@ bool undoRun(const Arguments& request, std::ostream& out, std::ostream& errors) 
   out << text::onOneLine(headingOf(undo)) << '\n';
   printChanges(undo, out);
   if (!undo.edits().empty()) {
-    out << "그 뒤에 바뀐 것(되돌리면 사라집니다):\n";
+    out << text::say("그 뒤에 바뀐 것(되돌리면 사라집니다):\n",
+                     "Changed since (an undo loses it):\n");
     for (const std::string& edit : undo.edits()) out << "  " << text::onOneLine(edit) << '\n';
   }
   out.flush();
   if (request.preview) return true;
   if (!undo.edits().empty() && !request.force) {
-    errors << "작업 뒤에 바뀐 것이 있어 되돌리지 않았습니다. 그래도 되돌리려면 --force 를 "
-              "붙이십시오.\n";
+    errors << text::say(
+        "작업 뒤에 바뀐 것이 있어 되돌리지 않았습니다. 그래도 되돌리려면 --force 를 "
+        "붙이십시오.\n",
+        "Nothing was undone, since something has changed after the run. To undo all the same, add "
+        "--force.\n");
     return false;
   }
   if (!request.yes && isatty(STDIN_FILENO) == 0) {
-    errors << "터미널이 아니어서 물을 수 없습니다. 되돌리려면 --yes 를 붙이십시오.\n";
+    errors << text::say("터미널이 아니어서 물을 수 없습니다. 되돌리려면 --yes 를 붙이십시오.\n",
+                        "There is no terminal to ask on. To undo, add --yes.\n");
     return false;
   }
-  if (!request.yes && !confirm("되돌릴까요?")) return false;
+  if (!request.yes && !confirm(text::say("되돌릴까요?", "Undo?"))) return false;
   undo.perform();
-  out << "되돌렸습니다.\n";
+  out << text::say("되돌렸습니다.\n", "Undone.\n");
   return true;
 }
 
@@ -80,14 +87,24 @@ bool undoRun(const Arguments& request, std::ostream& out, std::ostream& errors) 
 
 void addUndoCommand(CLI::App& app, int& status) {
   CLI::App* const undo = app.add_subcommand(
-      "undo", "어느 작업과 그 뒤의 작업이 쓴 것을 되돌립니다. 무엇이 바뀌는지 먼저 말합니다.");
+      "undo",
+      text::say(
+          "어느 작업과 그 뒤의 작업이 쓴 것을 되돌립니다. 무엇이 바뀌는지 먼저 말합니다.",
+          "Takes back what a run and those after it have written. Says first what will change."));
   const auto arguments = std::make_shared<Arguments>();
-  undo->add_option("run", arguments->run, "작업 번호 (기본값: 무엇인가 바꾼 마지막 작업)")
-      ->check(CLI::PositiveNumber);
+  undo->add_option("run", arguments->run,
+                   text::say("작업 번호 (기본값: 무엇인가 바꾼 마지막 작업)",
+                             "Number of the run (default: the last that changed anything)"))
+      ->check(CLI::Range(1, std::numeric_limits<int>::max()));
   addFolderOption(*undo, arguments->folder);
-  undo->add_flag("--preview", arguments->preview, "무엇이 바뀌는지 말하기만 합니다.");
-  undo->add_flag("--force", arguments->force, "그 뒤에 바뀐 것이 사라져도 되돌립니다.");
-  undo->add_flag("--yes", arguments->yes, "묻지 않습니다. 터미널이 아니면 있어야 합니다.");
+  undo->add_flag("--preview", arguments->preview,
+                 text::say("무엇이 바뀌는지 말하기만 합니다.", "Only says what would change."));
+  undo->add_flag("--force", arguments->force,
+                 text::say("그 뒤에 바뀐 것이 사라져도 되돌립니다.",
+                           "Undoes even if changes made since are lost."));
+  undo->add_flag("--yes", arguments->yes,
+                 text::say("묻지 않습니다. 터미널이 아니면 있어야 합니다.",
+                           "Does not ask. Needed where there is no terminal."));
   undo->callback([arguments, &status] {
     status = undoRun(*arguments, std::cout, std::cerr) ? kDone : kRefused;
   });

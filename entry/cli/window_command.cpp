@@ -10,6 +10,7 @@
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
 #include "entry/cli/contacts_place.h"
+#include "text/language.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -32,7 +33,9 @@ void showWindow(const std::filesystem::path& folder, const std::filesystem::path
   for (const auto& place : {here / kProgram, here.parent_path() / "lib/vloutsync" / kProgram}) {
     execl(place.c_str(), place.c_str(), folder.c_str(), contacts.c_str(), nullptr);
   }
-  throw std::runtime_error(std::string(kProgram) + ": 창을 보여 주는 프로그램이 없습니다");
+  throw std::runtime_error(text::say("%1: 창을 보여 주는 프로그램이 없습니다",
+                                     "%1: the program that shows the window is not installed",
+                                     {kProgram}));
 }
 
 void openWindow(const std::string& given, const std::string& contacts) {
@@ -44,7 +47,8 @@ void openWindow(const std::string& given, const std::string& contacts) {
 
 void addWindowCommand(CLI::App& app, int& status) {
   CLI::App* const command =
-      app.add_subcommand("window", "창을 엽니다. 명령이 없을 때도 그렇습니다.");
+      app.add_subcommand("window", text::say("창을 엽니다. 명령이 없을 때도 그렇습니다.",
+                                             "Opens the window, as does no command at all."));
   struct Arguments {
     std::string folder;
     std::string contacts;

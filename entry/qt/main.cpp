@@ -2,7 +2,9 @@
 // folder and the folder of vCards as its two arguments.
 #include <QApplication>
 #include <QIcon>
+#include <QLibraryInfo>
 #include <QTimer>
+#include <QTranslator>
 
 #include <csignal>
 #include <exception>
@@ -12,8 +14,10 @@
 #include "entry/cli/contacts_place.h"
 #include "entry/cli/desk.h"
 #include "entry/cli/platform.h"
+#include "entry/cli/users_language.h"
 #include "entry/orun.h"
 #include "text/file_path.h"
+#include "text/language.h"
 #include "ui/qt/picture_pixmap.h"
 #include "ui/qt/qt_toolkit.h"
 
@@ -51,8 +55,10 @@ using Move = vlout::entry::cli::LinuxDesk::Move;
 // One opening of the main window. Where its user goes on to another folder or other contacts,
 // these.
 std::optional<Move> run(const Move& here) {
-  const vlout::history::EmptiedFolder emptied{.askAgain = true,
-                                              .howToGoOn = "그래도 하려면 한 번 더 시작하십시오."};
+  const vlout::history::EmptiedFolder emptied{
+      .askAgain = true,
+      .howToGoOn = vlout::text::say("그래도 하려면 한 번 더 시작하십시오.",
+                                    "To go on all the same, start once more.")};
   try {
     auto toolkit = std::make_unique<vlout::ui::qt::QtToolkit>();
     auto platform =
@@ -71,6 +77,13 @@ std::optional<Move> run(const Move& here) {
 
 int main(int argc, char** argv) {
   vlout::ui::qt::Application application(argc, argv);
+  vlout::entry::cli::speakUsersLanguage();  // after Qt, which sets the locale
+  QTranslator ofQt;
+  if (vlout::text::language() == vlout::text::Language::Korean &&
+      ofQt.load(QStringLiteral("qtbase_ko"),
+                QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+    QApplication::installTranslator(&ofQt);
+  }
   QApplication::setApplicationName(QStringLiteral("vloutsync"));
   QGuiApplication::setDesktopFileName(QStringLiteral("vloutsync"));
   QApplication::setWindowIcon(icon());

@@ -8,6 +8,7 @@
 
 #include "outlook/contact_store.h"
 #include "outlook/evolution/glib_ref.h"
+#include "text/language.h"
 
 namespace vlout::outlook::evolution {
 namespace {
@@ -75,7 +76,9 @@ Calls::~Calls() {
 }
 
 GCancellable* Calls::begin() {
-  if (lost_) throw ContactStoreError("주소록 서비스가 응답하지 않습니다");
+  if (lost_)
+    throw ContactStoreError(
+        text::say("주소록 서비스가 응답하지 않습니다", "The address book service does not answer"));
   return thread_->cancellable.get();
 }
 
@@ -99,8 +102,9 @@ void Calls::wait(const Ready& ready) {
     } else {
       g_cancellable_reset(thread_->cancellable.get());
     }
-    throw ContactStoreError("주소록 서비스가 " + std::to_string(patience_.count() / 1000) +
-                            "초 동안 응답하지 않아 그만 기다립니다");
+    throw ContactStoreError(text::say("주소록 서비스가 %1초 동안 응답하지 않아 그만 기다립니다",
+                                      "The address book service has not answered for %1 seconds",
+                                      {std::to_string(patience_.count() / 1000)}));
   }
 }
 

@@ -4,12 +4,15 @@
 #include <utility>
 
 #include "outlook/evolution/session.h"
+#include "text/language.h"
 
 namespace vlout::outlook::evolution {
 namespace {
 
-constexpr const char* kInstall =
-    "데스크톱 주소록을 쓰려면 evolution-data-server 패키지와 사용자 세션 버스(D-Bus)가 필요합니다";
+constexpr text::Words kInstall{
+    "데스크톱 주소록을 쓰려면 evolution-data-server 패키지와 사용자 세션 버스(D-Bus)가 필요합니다",
+    "Address books of the desktop need the package evolution-data-server and a session bus "
+    "(D-Bus)"};
 constexpr guint32 kDoNotWait = static_cast<guint32>(-1);
 
 std::string nameOf(const Source& source) {
@@ -124,7 +127,8 @@ BookInfo lookAt(const Registry& registry, const Source& source, GCancellable* ca
 Source choose(const Registry& registry, const std::string& name) {
   if (name.empty()) {
     if (Source standard = defaultSource(registry)) return standard;
-    throw ContactStoreError("데스크톱에 기본 주소록이 없습니다");
+    throw ContactStoreError(
+        text::say("데스크톱에 기본 주소록이 없습니다", "The desktop has no default address book"));
   }
   std::vector<Source> named;
   for (Source& source : sourcesOf(registry)) {
@@ -133,12 +137,15 @@ Source choose(const Registry& registry, const std::string& name) {
   }
   if (named.size() == 1) return named.front();
   if (named.empty()) {
-    throw ContactStoreError(name + ": 그런 주소록이 없습니다. vloutsync books 로 볼 수 있습니다");
+    throw ContactStoreError(
+        text::say("%1: 그런 주소록이 없습니다. vloutsync books 로 볼 수 있습니다",
+                  "%1: no such address book; vloutsync books lists them", {name}));
   }
   std::string uids;
   for (const Source& source : named) uids += " book:" + asText(e_source_get_uid(source.get()));
-  throw ContactStoreError(name +
-                          ": 같은 이름의 주소록이 여럿입니다. 다음 가운데 하나를 쓰십시오:" + uids);
+  throw ContactStoreError(
+      text::say("%1: 같은 이름의 주소록이 여럿입니다. 다음 가운데 하나를 쓰십시오:%2",
+                "%1: several address books have that name. Use one of these:%2", {name, uids}));
 }
 
 }  // namespace
@@ -148,7 +155,7 @@ const Registry& Desktop::Session::connected() {
   registry = calls.run([](GCancellable* cancellable) {
     Error error;
     ESourceRegistry* const made = e_source_registry_new_sync(cancellable, error.out());
-    if (made == nullptr) throw ContactStoreError(std::string(kInstall) + ": " + error.text());
+    if (made == nullptr) throw ContactStoreError(text::say(kInstall) + ": " + error.text());
     return shared(made);
   });
   return registry;
@@ -196,20 +203,29 @@ std::string objectionTo(const Registry& registry, const Source& source, const Cl
   }
   if (is(E_SOURCE_CONNECTION_STATUS_AWAITING_CREDENTIALS)) {
     const std::string failure = connectionFailure(source, cancellable);
-    if (!failure.empty()) return "서버에 연결할 수 없습니다: " + failure;
+    if (!failure.empty()) {
+      return text::say("서버에 연결할 수 없습니다: %1", "The server cannot be reached: %1",
+                       {failure});
+    }
     if (handOverPassword(registry, source, cancellable)) {
       waitFor(isConnected, cancellable);
     }
     if (!isConnected()) {
-      return "이 계정의 암호가 데스크톱에 없거나 맞지 않습니다. 데스크톱의 계정 설정에서 "
-             "로그인하십시오";
+      return text::say(
+          "이 계정의 암호가 데스크톱에 없거나 맞지 않습니다. 데스크톱의 계정 설정에서 "
+          "로그인하십시오",
+          "The desktop has no password for this account, or a wrong one. Log in in the desktop's "
+          "account settings");
     }
   }
   if (is(E_SOURCE_CONNECTION_STATUS_SSL_FAILED)) {
-    return "서버의 인증서를 믿을 수 없습니다. 데스크톱의 계정 설정에서 확인하십시오";
+    return text::say(
+        "서버의 인증서를 믿을 수 없습니다. 데스크톱의 계정 설정에서 확인하십시오",
+        "The server's certificate is not trusted. Look at it in the desktop's account settings");
   }
   // One whose state stays unknown is given the benefit of the doubt: each call tells for itself.
-  return e_client_is_online(base(client)) == FALSE ? "계정이 오프라인입니다" : "";
+  if (e_client_is_online(base(client)) != FALSE) return {};
+  return text::say("계정이 오프라인입니다", "The account is offline");
 }
 
 Desktop::Desktop(std::function<void()> whileWaiting, std::chrono::milliseconds patience)

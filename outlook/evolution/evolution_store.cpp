@@ -7,6 +7,7 @@
 #include "outlook/vcard/card_file.h"
 #include "outlook/vcard/card_text.h"
 #include "outlook/vcard/vcard_contact.h"
+#include "text/language.h"
 
 namespace vlout::outlook::evolution {
 namespace {
@@ -53,7 +54,9 @@ void EvolutionStore::openContactsFolder(const std::function<void()>& afterEach) 
 }
 
 void EvolutionStore::look() {
-  if (!book_) throw ContactStoreError("주소록이 열려 있지 않습니다");
+  if (!book_)
+    throw ContactStoreError(
+        text::say("주소록이 열려 있지 않습니다", "the address book is not open"));
   std::vector<StoredCard> cards = book_->list();
   // A book tells its contacts in any order; positions are to be the same in every run.
   std::sort(cards.begin(), cards.end(),
@@ -81,7 +84,8 @@ void EvolutionStore::reflect(const Item& item) {
 void EvolutionStore::add(StoredCard card) {
   const auto spans = vcard::findCards(card.text).cards;
   if (spans.empty() || card.uid.empty()) {
-    notices_.push_back(card.uid + ": 읽을 수 없는 연락처입니다");
+    notices_.push_back(
+        text::say("%1: 읽을 수 없는 연락처입니다", "%1: unreadable contact", {card.uid}));
     return;
   }
   const ChangeTimes::Known known = times_->found(card.uid, card.text);
@@ -108,7 +112,8 @@ PersonName EvolutionStore::nameWhenOpened(std::size_t index) const {
 
 std::unique_ptr<Contact> EvolutionStore::item(std::size_t index) {
   if (index < 1 || index > items_.size()) {
-    throw ContactStoreError("연락처가 없습니다 #" + std::to_string(index));
+    throw ContactStoreError(
+        text::say("연락처가 없습니다 #%1", "no contact #%1", {std::to_string(index)}));
   }
   if (isPreview()) {
     return std::make_unique<vcard::PreviewContact>(*this, index, settings_.onlyPreview);
@@ -121,7 +126,9 @@ std::unique_ptr<Contact> EvolutionStore::create() {
 }
 
 std::string EvolutionStore::chooseCategories() {
-  throw ContactStoreError("데스크톱 주소록에는 범주 선택 창이 없습니다");
+  throw ContactStoreError(
+      text::say("데스크톱 주소록에는 범주 선택 창이 없습니다",
+                "Address books of the desktop have no dialog to choose categories"));
 }
 
 // Each save of the service is for good when it answers.
@@ -152,12 +159,18 @@ std::string EvolutionStore::readCard(std::size_t position) {
 // The service takes a stale contact without a word.
 void EvolutionStore::requireUnchanged(const Item& item) {
   const auto now = book_->get(item.uid);
-  if (!now) throw ContactStoreError(item.uid + ": 그 사이에 다른 프로그램이 지웠습니다");
+  if (!now)
+    throw ContactStoreError(text::say("%1: 그 사이에 다른 프로그램이 지웠습니다",
+                                      "%1: another program has deleted it in the meantime",
+                                      {item.uid}));
   const bool isSame =
       *now == item.text ||
       (contentFingerprint(*now) == contentFingerprint(item.text) &&
        vcard::findCards(*now).cards.front().vlid == vcard::findCards(item.text).cards.front().vlid);
-  if (!isSame) throw ContactStoreError(item.uid + ": 그 사이에 다른 프로그램이 바꾸었습니다");
+  if (!isSame)
+    throw ContactStoreError(text::say("%1: 그 사이에 다른 프로그램이 바꾸었습니다",
+                                      "%1: another program has changed it in the meantime",
+                                      {item.uid}));
 }
 
 // The write is known to history and to the table before it is made, and its file stands ready.
@@ -172,7 +185,10 @@ void EvolutionStore::announce(const std::string& uid, const std::string& text, C
 void EvolutionStore::complete(Item& item, const std::string& sent,
                               const std::optional<std::string>& vlid, const std::string& row) {
   auto stored = book_->get(item.uid);
-  if (!stored) throw ContactStoreError(item.uid + ": 저장한 연락처가 주소록에 없습니다");
+  if (!stored)
+    throw ContactStoreError(text::say("%1: 저장한 연락처가 주소록에 없습니다",
+                                      "%1: the contact that was saved is not in the address book",
+                                      {item.uid}));
   item.text = *std::move(stored);
   times_->saved(item.uid, item.text, vlid, item.time);
   if (contentFingerprint(item.text) != contentFingerprint(sent)) {
@@ -192,7 +208,9 @@ const EvolutionStore::Item* EvolutionStore::find(const std::string& cardText) co
 
 void EvolutionStore::putBack(const std::string& cardText, ChangeTime time) {
   const auto cards = vcard::findCards(cardText).cards;
-  if (cards.empty()) throw ContactStoreError("보관한 연락처를 읽을 수 없습니다");
+  if (cards.empty())
+    throw ContactStoreError(
+        text::say("보관한 연락처를 읽을 수 없습니다", "the contact that was kept cannot be read"));
   const auto& vlid = cards.front().vlid;
   std::string uid;
   if (const Item* const item = find(cardText)) {

@@ -2,6 +2,7 @@
 #include <utility>
 
 #include "outlook/evolution/session.h"
+#include "text/language.h"
 
 namespace vlout::outlook::evolution {
 namespace {
@@ -121,7 +122,8 @@ class OpenBook : public Book {
         info_(std::move(info)),
         name_(info_.uid) {
     if (!name_.take())
-      throw ContactStoreError(info_.name + ": 다른 실행이 이 주소록을 사용하고 있습니다");
+      throw ContactStoreError(text::say("%1: 다른 실행이 이 주소록을 사용하고 있습니다",
+                                        "%1: another run uses this address book", {info_.name}));
     open();
   }
 
@@ -231,7 +233,9 @@ class OpenBook : public Book {
           Client client = connect(source, c);
           const std::string objection = objectionTo(registry, source, client, c);
           if (!objection.empty()) throw ContactStoreError(name + ": " + objection);
-          if (!isWritable(client, c)) throw ContactStoreError(name + ": 읽기 전용 주소록입니다");
+          if (!isWritable(client, c))
+            throw ContactStoreError(text::say("%1: 읽기 전용 주소록입니다",
+                                              "%1: the address book is read-only", {name}));
           return client;
         });
   }

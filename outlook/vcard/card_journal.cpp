@@ -16,6 +16,7 @@
 #include "outlook/vcard/folder.h"
 #include "posix/file_descriptor.h"
 #include "text/hash.h"
+#include "text/language.h"
 
 namespace vlout::outlook::vcard {
 namespace {
@@ -166,8 +167,11 @@ void addLostSaves(const std::string& file, const std::optional<FileState>& state
   for (const std::size_t card : merged.lost) {
     const CardChange& change = changes.at(card);
     LostSave save{firstDisplayName(change.text),
-                  file + (state ? ": 그 사이에 다른 프로그램이 바꾼 연락처라 그대로 두었습니다"
-                                : ": 그 사이에 다른 프로그램이 지웠습니다")};
+                  state
+                      ? text::say("%1: 그 사이에 다른 프로그램이 바꾼 연락처라 그대로 두었습니다",
+                                  "%1: left as another program has made it in the meantime", {file})
+                      : text::say("%1: 그 사이에 다른 프로그램이 지웠습니다",
+                                  "%1: another program has deleted it in the meantime", {file})};
     if (change.row != 0) save.row = std::to_string(change.row);
     if (state) save.contactTime = text::fromUnixTime(state->seconds, 0);
     lost.push_back(std::move(save));

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "outlook/field_map.h"
+#include "text/language.h"
 
 namespace vlout::outlook::vcard {
 namespace {
@@ -24,7 +25,7 @@ Attachments attachmentsOf(VCardContact& contact) {
 }
 
 std::string sizeOf(const std::string& picture) {
-  return picture.empty() ? "" : std::to_string(picture.size()) + "바이트";
+  return picture.empty() ? "" : text::say("%1바이트", "%1 bytes", {std::to_string(picture.size())});
 }
 
 // A card that is only read.
@@ -48,7 +49,9 @@ class LooseCard : public CardHome {
   }
 
  private:
-  [[noreturn]] static void refuse() { throw ContactStoreError("읽기만 하는 연락처입니다"); }
+  [[noreturn]] static void refuse() {
+    throw ContactStoreError(text::say("읽기만 하는 연락처입니다", "the contact is only read"));
+  }
 
   std::string_view card_;
   std::optional<std::string> noKey_;
@@ -67,11 +70,13 @@ void compareContacts(VCardContact& before, VCardContact& after, const FieldChang
     compare(fieldCaption(field.column), fieldTextFromContact(before, field).value_or(""),
             fieldTextFromContact(after, field).value_or(""));
   }
-  compare("보이는 사진", sizeOf(before.shownPicture()), sizeOf(after.shownPicture()));
+  compare(text::say("보이는 사진", "shown picture"), sizeOf(before.shownPicture()),
+          sizeOf(after.shownPicture()));
   const Attachments old = attachmentsOf(before);
   const Attachments now = attachmentsOf(after);
   if (old.contents != now.contents || old.names != now.names) {
-    changed("사진", old.names, now.names + (old.names == now.names ? " (새 사진)" : ""));
+    changed(text::say("사진", "picture"), old.names,
+            now.names + (old.names == now.names ? text::say(" (새 사진)", " (another)") : ""));
   }
 }
 

@@ -15,6 +15,7 @@
 #include "outlook/contact_store.h"
 #include "posix/file_descriptor.h"
 #include "text/ascii.h"
+#include "text/language.h"
 
 namespace vlout::outlook::vcard {
 namespace {
@@ -124,7 +125,8 @@ Folder::Folder(const std::string& path) : path_(path) {
   if (descriptor_ < 0) fail("");
   if (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     ::close(descriptor_);
-    throw ContactStoreError(path_ + ": 다른 실행이 이 폴더를 사용하고 있습니다");
+    throw ContactStoreError(text::say("%1: 다른 실행이 이 폴더를 사용하고 있습니다",
+                                      "%1: another run uses this folder", {path_}));
   }
   if (::faccessat(descriptor_, ".", W_OK | X_OK, AT_EACCESS) != 0) {
     const int error = errno;
@@ -145,8 +147,13 @@ void Folder::fail(const std::string& name) const {
 }
 
 void Folder::failAsChanged(const std::string& name, const std::string& kept) const {
-  const std::string where = kept.empty() ? "" : " (먼저 쓴 내용은 " + kept + "에 있습니다)";
-  throw ContactStoreError(path_ + "/" + name + ": 그 사이에 다른 프로그램이 바꾸었습니다" + where);
+  const std::string where = kept.empty() ? ""
+                                         : text::say(" (먼저 쓴 내용은 %1에 있습니다)",
+                                                     " (what was written first is in %1)", {kept});
+  throw ContactStoreError(text::say("%1/%2: 그 사이에 다른 프로그램이 바꾸었습니다",
+                                    "%1/%2: another program has changed it in the meantime",
+                                    {path_, name}) +
+                          where);
 }
 
 void Folder::tidy() {

@@ -10,6 +10,7 @@
 #include "outlook/pairing.h"
 #include "text/ascii.h"
 #include "text/hash.h"
+#include "text/language.h"
 #include "text/trim.h"
 #include "text/utf8.h"
 
@@ -452,8 +453,10 @@ std::optional<CardText::Position> VCardContact::findUnreadable(ContactProperty p
 
 void VCardContact::fail(CardText::Position line) {
   const std::string place = home_.placeOf(*position_);
-  throw UnreadableProperty((place.empty() ? place : place + ": ") + card().property(line).name +
-                           "의 글자를 읽을 수 없습니다");
+  throw UnreadableProperty((place.empty() ? place : place + ": ") +
+                           text::say("%1의 글자를 읽을 수 없습니다",
+                                     "the characters of %1 cannot be read",
+                                     {card().property(line).name}));
 }
 
 // What can be read of a property; an empty text where nothing can be.
@@ -506,7 +509,8 @@ void VCardContact::setText(ContactProperty property, std::string_view value) {
       break;
     }
     case P::LastNameAndFirstName:
-      throw ContactStoreError("LastNameAndFirstName: 쓸 수 없는 속성입니다");
+      throw ContactStoreError(text::say("LastNameAndFirstName: 쓸 수 없는 속성입니다",
+                                        "LastNameAndFirstName cannot be written"));
     case P::Categories:
       setCategories(value);
       break;
@@ -605,20 +609,24 @@ std::size_t VCardContact::userPropertyCount() {
 }
 
 std::string VCardContact::userPropertyName(std::size_t index) {
-  if (index != 1 || !vlid()) throw ContactStoreError("사용자 속성이 없습니다");
+  if (index != 1 || !vlid())
+    throw ContactStoreError(text::say("사용자 속성이 없습니다", "no such user property"));
   return std::string(kVLID);
 }
 
 std::string VCardContact::userPropertyText(std::string_view name) {
   const auto value = vlid();
   if (name != kVLID || !value) {
-    throw ContactStoreError("사용자 속성이 없습니다: " + std::string(name));
+    throw ContactStoreError(
+        text::say("사용자 속성이 없습니다: %1", "no such user property: %1", {name}));
   }
   return *value;
 }
 
 void VCardContact::setUserPropertyText(std::string_view name, std::string_view value) {
-  if (name != kVLID) throw ContactStoreError("알 수 없는 사용자 속성입니다: " + std::string(name));
+  if (name != kVLID)
+    throw ContactStoreError(
+        text::say("알 수 없는 사용자 속성입니다: %1", "unknown user property: %1", {name}));
   if (vlid() == value) return;
   setSingle(kVlidName, value);
 }
@@ -632,7 +640,8 @@ std::size_t VCardContact::attachmentCount() {
 CardText::Position VCardContact::attachment(std::size_t index) {
   const auto lines = card().named(kAttachment);
   if (index < 1 || index > lines.size()) {
-    throw ContactStoreError("첨부 파일이 없습니다 #" + std::to_string(index));
+    throw ContactStoreError(
+        text::say("첨부 파일이 없습니다 #%1", "no attachment #%1", {std::to_string(index)}));
   }
   return lines[index - 1];
 }
@@ -653,7 +662,9 @@ void VCardContact::removeAttachment(std::size_t index) {
 void VCardContact::addAttachment(const std::filesystem::path& file, std::string_view name) {
   std::ifstream stream(file, std::ios::binary);
   const std::string content{std::istreambuf_iterator<char>(stream), {}};
-  if (!stream) throw ContactStoreError(file.string() + ": 첨부할 파일을 읽을 수 없습니다");
+  if (!stream)
+    throw ContactStoreError(text::say("%1: 첨부할 파일을 읽을 수 없습니다",
+                                      "%1: the file to attach cannot be read", {file.string()}));
   card().append(
       {.name = std::string(kAttachment),
        .parameters = {{"ENCODING", {"b"}}, {std::string(kFileName), {encodeFileName(name)}}},

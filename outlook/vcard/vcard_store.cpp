@@ -7,18 +7,21 @@
 #include "outlook/vcard/vcard_contact.h"
 #include "text/ascii.h"
 #include "text/hash.h"
+#include "text/language.h"
 
 namespace vlout::outlook::vcard {
 namespace {
 
-std::string_view strayText(Stray::Kind kind) {
+text::Words strayText(Stray::Kind kind) {
   switch (kind) {
     case Stray::BeginWithoutEnd:
-      return "END가 없어 이 vCard를 건너뜁니다";
+      return {"%1 %2행: END가 없어 이 vCard를 건너뜁니다",
+              "%1, line %2: this vCard has no END and is passed over"};
     case Stray::EndWithoutBegin:
-      return "BEGIN이 없는 END입니다";
+      return {"%1 %2행: BEGIN이 없는 END입니다", "%1, line %2: END without BEGIN"};
     default:
-      return "vCard 밖의 글을 건너뜁니다";
+      return {"%1 %2행: vCard 밖의 글을 건너뜁니다",
+              "%1, line %2: text outside vCards is passed over"};
   }
 }
 
@@ -72,7 +75,9 @@ void VCardStore::complete(const Lose& lose) {
 
 void VCardStore::openContactsFolder(const std::function<void()>& afterEach) {
   static_cast<void>(afterEach);  // the files are read at once, in less time than windows notice
-  if (!folder_) throw ContactStoreError(path_ + ": 연락처 폴더가 열려 있지 않습니다");
+  if (!folder_)
+    throw ContactStoreError(text::say("%1: 연락처 폴더가 열려 있지 않습니다",
+                                      "%1: the folder of contacts is not open", {path_}));
   files_.clear();
   items_.clear();
   shared_.clear();
@@ -95,7 +100,10 @@ void VCardStore::openContactsFolder(const std::function<void()>& afterEach) {
   }
   indexIsOld_ = indexIsOld_ || known != index.size();
   for (const std::string& name : folder_->keptVersions()) {
-    notices_.push_back(name + ": 다른 프로그램이 쓴 내용을 따로 두었습니다. 확인한 뒤 지우십시오");
+    notices_.push_back(text::say(
+        "%1: 다른 프로그램이 쓴 내용을 따로 두었습니다. 확인한 뒤 지우십시오",
+        "%1: what another program wrote is kept here; delete it when you have looked at it",
+        {name}));
   }
 }
 
@@ -119,12 +127,15 @@ void VCardStore::addFile(const CardFile& found, const KnownFile* known, const Mo
   if (!state) return;
   const auto form = convertFile(buffer);
   if (!form) {
-    notices_.push_back(name + ": 손상된 UTF-16 파일입니다");
+    notices_.push_back(
+        text::say("%1: 손상된 UTF-16 파일입니다", "%1: damaged UTF-16 file", {name}));
     return;
   }
   CardFileText text = findCards(buffer);
   if (text.isForeign()) {
-    notices_.push_back(name + (buffer.empty() ? ": 빈 파일입니다" : ": vCard 파일이 아닙니다"));
+    notices_.push_back(
+        buffer.empty() ? text::say("%1: 빈 파일입니다", "%1: empty file", {name})
+                       : text::say("%1: vCard 파일이 아닙니다", "%1: not a vCard file", {name}));
   } else {
     reportStrays(name, text.strays);
   }
@@ -205,8 +216,7 @@ void VCardStore::saveIndex() {
 
 void VCardStore::reportStrays(const std::string& name, const std::vector<Stray>& strays) {
   for (const Stray& stray : strays) {
-    notices_.push_back(name + " " + std::to_string(stray.line) +
-                       "행: " + std::string(strayText(stray.kind)));
+    notices_.push_back(text::say(strayText(stray.kind), {name, std::to_string(stray.line)}));
   }
 }
 
@@ -223,19 +233,22 @@ void VCardStore::reportDoubts(const std::string& name, std::string_view text, Fi
         guessed.insert(doubt.charset);
         continue;
       }
-      notices_.push_back(name + " " + std::to_string(span.line + doubt.line) + "행: " + doubt.name +
-                         "의 글자를 " + doubt.charset + "(으)로 읽을 수 없어 그대로 둡니다");
+      notices_.push_back(
+          text::say("%1 %2행: %3의 글자를 %4(으)로 읽을 수 없어 그대로 둡니다",
+                    "%1, line %2: the characters of %3 are not in %4 and stay as they are",
+                    {name, std::to_string(span.line + doubt.line), doubt.name, doubt.charset}));
     }
   }
   for (const std::string& set : guessed) {
-    notices_.push_back(name + ": 문자 집합을 밝히지 않은 글자를 ");
-    notices_.back().append(set).append("(으)로 읽습니다");
+    notices_.push_back(text::say("%1: 문자 집합을 밝히지 않은 글자를 %2(으)로 읽습니다",
+                                 "%1: characters of an unnamed set are read as %2", {name, set}));
   }
 }
 
 void VCardStore::requireItem(std::size_t index) const {
   if (index >= 1 && index <= items_.size()) return;
-  throw ContactStoreError(path_ + ": 연락처가 없습니다 #" + std::to_string(index));
+  throw ContactStoreError(
+      text::say("%1: 연락처가 없습니다 #%2", "%1: no contact #%2", {path_, std::to_string(index)}));
 }
 
 std::unique_ptr<Contact> VCardStore::item(std::size_t index) {
@@ -259,7 +272,8 @@ std::unique_ptr<Contact> VCardStore::create() {
 }
 
 std::string VCardStore::chooseCategories() {
-  throw ContactStoreError("vCard 폴더에는 범주 선택 창이 없습니다");
+  throw ContactStoreError(text::say("vCard 폴더에는 범주 선택 창이 없습니다",
+                                    "A folder of vCards has no dialog to choose categories"));
 }
 
 void VCardStore::flush(const Lose& lose) {
@@ -284,8 +298,9 @@ VCardStore::OpenFile& VCardStore::openFile(std::size_t file) {
   open_.file = kNoFile;
   const auto state = folder_->read(files_[file].name, open_.text);
   if (!state || *state != files_[file].sight.state) {
-    throw ContactStoreError(path_ + "/" + files_[file].name +
-                            ": 그 사이에 다른 프로그램이 바꾸었습니다");
+    throw ContactStoreError(text::say("%1/%2: 그 사이에 다른 프로그램이 바꾸었습니다",
+                                      "%1/%2: another program has changed it in the meantime",
+                                      {path_, files_[file].name}));
   }
   open_.form = convertFile(open_.text).value();  // it could be converted before
   open_.cards = findCards(open_.text).cards;

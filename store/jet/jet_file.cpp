@@ -7,6 +7,7 @@
 
 #include "store/connection.h"
 #include "text/ascii.h"
+#include "text/language.h"
 #include "text/utf8.h"
 
 namespace vlout::store::jet {
@@ -42,7 +43,7 @@ TypeRow typeRow(int code) {
 }
 
 [[noreturn]] void failDamaged(const std::string& what) {
-  throw DatabaseError("손상된 파일입니다 (" + what + ")");
+  throw DatabaseError(text::say("손상된 파일입니다 (%1)", "damaged file (%1)", {what}));
 }
 
 struct Closer {
@@ -54,7 +55,9 @@ using Table = std::unique_ptr<MdbTableDef, Closer>;
 
 Handle openHandle(const std::filesystem::path& file) {
   Handle handle(mdb_open(file.c_str(), MDB_NOFLAGS));
-  if (!handle) throw DatabaseError("손상되었거나 지원하지 않는 형식의 Jet 파일입니다");
+  if (!handle)
+    throw DatabaseError(text::say("손상되었거나 지원하지 않는 형식의 Jet 파일입니다",
+                                  "a damaged Jet file, or one of an unsupported kind"));
   return handle;
 }
 
@@ -76,7 +79,7 @@ class CatalogRows : public JetRows {
     const auto find = [&](std::string_view name) {
       const auto found = std::find_if(columns.begin(), columns.end(),
                                       [&](const JetColumn& column) { return column.name == name; });
-      if (found == columns.end()) failDamaged("표의 목록");
+      if (found == columns.end()) failDamaged(text::say("표의 목록", "list of tables"));
       return static_cast<std::size_t>(found - columns.begin());
     };
     id_ = find("Id");
@@ -131,8 +134,8 @@ class JetFile::Reader {
     if (found == nullptr) return;
     scan(name, found->page, rows);
     if (rowsRead_ < table_->num_rows) {
-      failDamaged(std::string(name) + "의 행 " + std::to_string(table_->num_rows) + "개 가운데 " +
-                  std::to_string(rowsRead_) + "개만 있습니다");
+      failDamaged(text::say("%1의 행 %2개 가운데 %3개만 있습니다", "%1 has %3 of its %2 rows",
+                            {name, std::to_string(table_->num_rows), std::to_string(rowsRead_)}));
     }
   }
 
@@ -149,7 +152,9 @@ class JetFile::Reader {
       catalog_.tables.clear();
     }
     if (catalog_.tables.empty()) {
-      throw DatabaseError("표의 목록을 읽을 수 없습니다: 손상되었거나 암호화된 파일입니다");
+      throw DatabaseError(
+          text::say("표의 목록을 읽을 수 없습니다: 손상되었거나 암호화된 파일입니다",
+                    "the list of tables cannot be read: the file is damaged or encrypted"));
     }
   }
 
@@ -158,7 +163,8 @@ class JetFile::Reader {
       if (!text::equalsIgnoringAsciiCase(row.name, name)) continue;
       if (row.type == MDB_TABLE) return &row;
       if (row.type == MDB_LINKED_TABLE) {
-        throw DatabaseError("표가 다른 파일에 있습니다: " + std::string(name));
+        throw DatabaseError(
+            text::say("표가 다른 파일에 있습니다: %1", "the table is in another file: %1", {name}));
       }
     }
     return nullptr;
@@ -172,7 +178,7 @@ class JetFile::Reader {
     table_.reset(mdb_read_table(&entry_));
     if (!table_ || table_->num_cols == 0 || table_->num_cols > kMostColumns ||
         mdb_read_columns(table_.get()) == nullptr) {
-      failDamaged("표의 정의: " + std::string(name));
+      failDamaged(text::say("표의 정의: %1", "definition of the table %1", {name}));
     }
     rows_ = &rows;
     rowsRead_ = 0;
@@ -193,7 +199,7 @@ class JetFile::Reader {
   unsigned int nextPage(unsigned int page) {
     const int next = mdb_map_find_next(handle_.get(), table_->usage_map,
                                        static_cast<unsigned int>(table_->map_sz), page);
-    if (next < 0) failDamaged("쪽의 목록");
+    if (next < 0) failDamaged(text::say("쪽의 목록", "list of pages"));
     return static_cast<unsigned int>(next);
   }
 
@@ -202,14 +208,15 @@ class JetFile::Reader {
 
   void readPage(unsigned int page) {
     if (mdb_read_pg(handle_.get(), page) != handle_->fmt->pg_size) {
-      failDamaged("쪽 " + std::to_string(page));
+      failDamaged(text::say("쪽 %1", "page %1", {std::to_string(page)}));
     }
     // The list may name a page that is not the table's; the number of rows tells when one is
     // missing.
     const auto owner = static_cast<unsigned long>(mdb_get_int32(handle_->pg_buf, 4));
     if (handle_->pg_buf[0] != MDB_PAGE_DATA || owner != table_->entry->table_pg) return;
     const int count = int16At(handle_->fmt->row_count_offset);
-    if (rowPlace(count) > handle_->fmt->pg_size) failDamaged("쪽 " + std::to_string(page));
+    if (rowPlace(count) > handle_->fmt->pg_size)
+      failDamaged(text::say("쪽 %1", "page %1", {std::to_string(page)}));
     for (int row = 0; row < count; ++row) {
       if ((int16At(rowPlace(row)) & kDeleted) == 0) readRow(row);
     }
@@ -225,7 +232,7 @@ class JetFile::Reader {
     Place place{0, 0};
     if (row > 255 || rowPlace(row + 1) > handle_->fmt->pg_size ||
         mdb_find_row(handle_.get(), row, &place.start, &place.size) != 0 || place.size == 0) {
-      failDamaged("행의 자리");
+      failDamaged(text::say("행의 자리", "place of a row"));
     }
     return place;
   }
@@ -235,12 +242,13 @@ class JetFile::Reader {
     Place place = placeOf(row);
     bool isElsewhere = false;
     for (int moves = 0; (place.start & kPointer) != 0; ++moves) {
-      if (moves == kMostMoves || place.size < 4) failDamaged("행의 자리");
+      if (moves == kMostMoves || place.size < 4)
+        failDamaged(text::say("행의 자리", "place of a row"));
       const long target = mdb_get_int32(handle_->pg_buf, place.start & kPlace);
       if (isElsewhere) mdb_swap_pgbuf(handle_.get());
       if (mdb_read_alt_pg(handle_.get(), static_cast<unsigned long>(target) >> 8U) !=
           handle_->fmt->pg_size) {
-        failDamaged("옮겨진 행");
+        failDamaged(text::say("옮겨진 행", "moved row"));
       }
       mdb_swap_pgbuf(handle_.get());
       isElsewhere = true;
@@ -264,7 +272,7 @@ class JetFile::Reader {
     std::vector<MdbField> cracked(table_->num_cols);
     const int start = place.start & kPlace;
     const int count = mdb_crack_row(table_.get(), start, place.size, cracked.data());
-    if (count < 0) failDamaged("행");
+    if (count < 0) failDamaged(text::say("행", "row"));
     std::vector<std::optional<std::string>> fields(table_->num_cols);
     for (unsigned int i = 0; i < table_->num_cols; ++i) {
       const auto* const column = itemAt<MdbColumn>(table_->columns, i);
@@ -277,7 +285,7 @@ class JetFile::Reader {
       if (type.type == JetType::Boolean || field.siz == 0) continue;
       if (field.siz < 0 || field.start < start ||
           static_cast<std::size_t>(field.start - start) + size > place.size) {
-        failDamaged("행");
+        failDamaged(text::say("행", "row"));
       }
       fields[i]->assign(reinterpret_cast<const char*>(handle_->pg_buf) + field.start, size);
     }
@@ -288,7 +296,7 @@ class JetFile::Reader {
     const TypeRow type = typeRow(column.col_type);
     if (type.type == JetType::Boolean) return {.text = field ? "1" : "0"};
     if (!field || type.type == JetType::Unknown) return {};
-    if (field->size() < type.width) failDamaged("행");
+    if (field->size() < type.width) failDamaged(text::say("행", "row"));
     switch (column.col_type) {
       case MDB_BYTE:
       case MDB_INT:
@@ -327,13 +335,13 @@ class JetFile::Reader {
     constexpr std::size_t kInline = 0x80000000;
     constexpr std::size_t kOnePage = 0x40000000;
     if (field.empty()) return {};
-    if (field.size() < kHead) failDamaged("긴 값");
+    if (field.size() < kHead) failDamaged(text::say("긴 값", "long value"));
     const auto head =
         static_cast<std::size_t>(jetInteger(std::string_view(field).substr(0, 4), false));
     const std::size_t size = head & (kOnePage - 1);
-    if (size > fileSize_) failDamaged("긴 값");
+    if (size > fileSize_) failDamaged(text::say("긴 값", "long value"));
     if ((head & kInline) != 0) {
-      if (field.size() - kHead < size) failDamaged("긴 값");
+      if (field.size() - kHead < size) failDamaged(text::say("긴 값", "long value"));
       return field.substr(kHead, size);
     }
     auto next = static_cast<int>(jetInteger(std::string_view(field).substr(4, 4), true));
@@ -341,7 +349,7 @@ class JetFile::Reader {
     while (value.size() < size) {
       std::string piece = longPiece(next);
       const std::size_t link = (head & kOnePage) != 0 ? 0 : 4;
-      if (piece.size() <= link) failDamaged("긴 값");
+      if (piece.size() <= link) failDamaged(text::say("긴 값", "long value"));
       next =
           link > 0 ? static_cast<int>(jetInteger(std::string_view(piece).substr(0, 4), true)) : 0;
       value.append(piece, link);
@@ -358,7 +366,7 @@ class JetFile::Reader {
     if (pointer == 0 || mdb_find_pg_row(handle_.get(), pointer, &page, &start, &size) != 0 ||
         start < 0 || size > pageSize || static_cast<std::size_t>(start) > pageSize - size ||
         std::string_view(static_cast<const char*>(page) + 4, 4) != "LVAL") {
-      failDamaged("긴 값");
+      failDamaged(text::say("긴 값", "long value"));
     }
     return {static_cast<const char*>(page) + start, size};
   }

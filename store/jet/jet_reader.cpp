@@ -12,6 +12,7 @@
 #include <unistd.h>
 
 #include "store/connection.h"
+#include "text/language.h"
 
 namespace vlout::store::jet {
 namespace {
@@ -115,22 +116,26 @@ std::string refusal(const std::filesystem::path& file) {
   std::error_code error;
   const auto status = std::filesystem::status(file, error);
   if (!std::filesystem::exists(status)) {
-    return error && error != std::errc::no_such_file_or_directory ? error.message()
-                                                                  : "파일이 없습니다";
+    return error && error != std::errc::no_such_file_or_directory
+               ? error.message()
+               : text::say("파일이 없습니다", "no such file");
   }
-  if (std::filesystem::is_directory(status)) return "파일이 아니라 폴더입니다";
-  if (!std::filesystem::is_regular_file(status)) return "보통 파일이 아닙니다";
+  if (std::filesystem::is_directory(status))
+    return text::say("파일이 아니라 폴더입니다", "a folder, not a file");
+  if (!std::filesystem::is_regular_file(status))
+    return text::say("보통 파일이 아닙니다", "not a regular file");
   std::ifstream stream(file, std::ios::binary);
   if (!stream) return std::strerror(errno);
   std::array<char, 20> head{};
   stream.read(head.data(), head.size());
   const std::string_view text(head.data(), head.size());
   if (text.starts_with("SQLite format 3")) {
-    return "SQLite 데이터베이스입니다. Jet(Access) 데이터베이스만 변환합니다";
+    return text::say("SQLite 데이터베이스입니다. Jet(Access) 데이터베이스만 변환합니다",
+                     "an SQLite database; only Jet (Access) databases are converted");
   }
   const std::string_view mark = text.substr(4, 15);
   if (mark == "Standard Jet DB" || mark == "Standard ACE DB") return {};
-  return "Jet(Access) 데이터베이스가 아닙니다";
+  return text::say("Jet(Access) 데이터베이스가 아닙니다", "not a Jet (Access) database");
 }
 
 }  // namespace
@@ -252,7 +257,8 @@ void JetReader::fail(const std::string& reason) const {
 }
 
 void JetReader::failEnded() const {
-  fail("손상된 파일입니다 (읽는 도중에 멈췄습니다)");
+  fail(text::say("손상된 파일입니다 (읽는 도중에 멈췄습니다)",
+                 "damaged file (reading it came to a stop)"));
 }
 
 }  // namespace vlout::store::jet

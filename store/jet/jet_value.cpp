@@ -9,6 +9,7 @@
 
 #include "store/connection.h"
 #include "text/date_time.h"
+#include "text/language.h"
 
 namespace vlout::store::jet {
 namespace {
@@ -73,7 +74,9 @@ struct JetTextDecoder::Handle {
 JetTextDecoder::JetTextDecoder(const std::string& charset, std::size_t unit) : unit_(unit) {
   static const auto kFailed = reinterpret_cast<iconv_t>(-1);  // NOLINT: POSIX says so
   const iconv_t opened = iconv_open("UTF-8", charset.c_str());
-  if (opened == kFailed) throw DatabaseError("문자 집합을 알 수 없습니다: " + charset);
+  if (opened == kFailed)
+    throw DatabaseError(
+        text::say("문자 집합을 알 수 없습니다: %1", "unknown character set: %1", {charset}));
   handle_ = std::make_unique<Handle>(opened);
 }
 

@@ -10,6 +10,7 @@
 #include <unistd.h>
 
 #include "store/connection.h"
+#include "text/language.h"
 
 namespace vlout::store {
 namespace {
@@ -28,9 +29,11 @@ void look(const std::filesystem::path& database, bool mustBeWritable) {
       if (errno == ENOENT && *suffix != '\0') continue;
       throw DatabaseError(what + std::strerror(errno));
     }
-    if (!S_ISREG(status.st_mode)) throw DatabaseError(what + "보통 파일이 아닙니다");
+    if (!S_ISREG(status.st_mode))
+      throw DatabaseError(what + text::say("보통 파일이 아닙니다", "not a regular file"));
     if (mustBeWritable && ::faccessat(AT_FDCWD, name.c_str(), W_OK, AT_EACCESS) != 0) {
-      throw DatabaseError(what + "쓸 수 없는 파일입니다: " + std::strerror(errno));
+      throw DatabaseError(what + text::say("쓸 수 없는 파일입니다: %1", "cannot be written: %1",
+                                           {std::strerror(errno)}));
     }
   }
 }

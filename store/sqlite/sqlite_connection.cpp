@@ -15,6 +15,7 @@
 #include "store/sqlite/database_files.h"
 #include "store/statement_text.h"
 #include "text/ascii.h"
+#include "text/language.h"
 
 namespace vlout::store {
 namespace {
@@ -117,15 +118,16 @@ class SqliteConnection::Rows : public Recordset {
   [[nodiscard]] std::size_t rowCount() const override { return rowCount_; }
   [[nodiscard]] bool atEnd() const override { return row_ >= rowCount_; }
   void moveNext() override {
-    if (atEnd()) throw DatabaseError("마지막 행을 지났습니다.");
+    if (atEnd()) throw DatabaseError(text::say("마지막 행을 지났습니다.", "past the last row"));
     ++row_;
   }
 
   [[nodiscard]] Field field(std::string_view name) const override {
-    if (atEnd()) throw DatabaseError("현재 행이 없습니다: " + std::string(name));
+    if (atEnd())
+      throw DatabaseError(text::say("현재 행이 없습니다: %1", "no current row: %1", {name}));
     const auto column = columns_->byName.find(name);
     if (column == columns_->byName.end()) {
-      throw DatabaseError("열이 없습니다: " + std::string(name));
+      throw DatabaseError(text::say("열이 없습니다: %1", "no such column: %1", {name}));
     }
     const Cell& cell = cells_[row_ * columns_->count + column->second];
     if (cell.size == kNull) return std::nullopt;
@@ -166,9 +168,11 @@ void SqliteConnection::open(const ConnectionSettings& settings) {
   try {
     requireRegularFiles(file);
     if (isJetFile(file)) {
-      throw DatabaseError(
+      throw DatabaseError(text::say(
           "Jet(Access) 데이터베이스입니다. 이 프로그램은 SQLite 데이터베이스만 사용하며, 이 파일은 "
-          "변경하지 않았습니다");
+          "변경하지 않았습니다",
+          "a Jet (Access) database; this program uses SQLite databases only, and has not changed "
+          "this file"));
     }
     database_ = openFile(file);
     keepsLog_ = keepsLog(database_.get());
@@ -184,7 +188,7 @@ Database SqliteConnection::openFile(const std::filesystem::path& file) {
   configure(database.get());
   if (sqlite3_db_readonly(database.get(), "main") != 0) {
     // Transfers would write contacts and could not record it.
-    throw DatabaseError("읽기 전용 데이터베이스입니다");
+    throw DatabaseError(text::say("읽기 전용 데이터베이스입니다", "the database is read-only"));
   }
   return database;
 }
@@ -273,7 +277,9 @@ void createDatabase(const std::filesystem::path& file) {
   // Made with its final mode first, so that it is never readable by others, not even for a moment.
   const int descriptor = ::open(file.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
   if (descriptor < 0 && errno == EEXIST) {
-    throw DatabaseError(file.string() + ": 이미 있는 데이터베이스는 덮어쓰지 않습니다");
+    throw DatabaseError(text::say("%1: 이미 있는 데이터베이스는 덮어쓰지 않습니다",
+                                  "%1: a database that exists is not overwritten",
+                                  {file.string()}));
   }
   if (descriptor < 0) throw DatabaseError(file.string() + ": " + std::strerror(errno));
   ::close(descriptor);

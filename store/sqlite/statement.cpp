@@ -9,6 +9,7 @@
 
 #include "store/connection.h"
 #include "store/sqlite/database_files.h"
+#include "text/language.h"
 
 namespace vlout::store {
 namespace {
@@ -68,12 +69,16 @@ void failAs(sqlite3* database, std::string_view context) {
   if (!context.empty()) text.append(": ").append(context);
   const int code = sqlite3_errcode(database);
   if (code == SQLITE_CORRUPT || code == SQLITE_NOTADB) {
-    throw DatabaseError("SQLite 데이터베이스가 아니거나 손상되었습니다: " + text);
+    throw DatabaseError(text::say("SQLite 데이터베이스가 아니거나 손상되었습니다: %1",
+                                  "not an SQLite database, or a damaged one: %1", {text}));
   }
   if (code == SQLITE_BUSY) {
-    throw DatabaseBusy("다른 프로그램이 데이터베이스의 잠금을 쥐고 있습니다. 놓기를 기다리다가(" +
-                       std::to_string(ConnectionSettings::kTimeoutSeconds) +
-                       "초까지) 그만둡니다: " + text);
+    throw DatabaseBusy(
+        text::say("다른 프로그램이 데이터베이스의 잠금을 쥐고 있습니다. 놓기를 "
+                  "기다리다가(%1초까지) 그만둡니다: %2",
+                  "another program holds the lock of the database; gave up after waiting for it "
+                  "(up to %1 seconds): %2",
+                  {std::to_string(ConnectionSettings::kTimeoutSeconds), text}));
   }
   throw DatabaseError(text);
 }
@@ -97,7 +102,8 @@ Statement::Statement(sqlite3* database, std::string_view sql) : database_(databa
     failAs(database, sql.substr(0, kShown));
   }
   statement_.reset(statement);
-  if (!statement_) throw DatabaseError("SQL 문장이 비어 있습니다.");
+  if (!statement_)
+    throw DatabaseError(text::say("SQL 문장이 비어 있습니다.", "the SQL statement is empty"));
 }
 
 void Statement::Finalizer::operator()(sqlite3_stmt* statement) const {

@@ -22,7 +22,7 @@ def check(condition, text):
 
 
 def run(*arguments):
-    result = subprocess.run([sys.argv[1], *arguments], capture_output=True, encoding="utf-8", env={"LC_ALL": "C", "HOME": base}, timeout=300)
+    result = subprocess.run([sys.argv[1], *arguments], capture_output=True, encoding="utf-8", env={"LC_MESSAGES": "ko_KR.UTF-8", "HOME": base}, timeout=300)
     check(result.returncode in (0, 1), f"{arguments}: ended with {result.returncode}")
     return result
 

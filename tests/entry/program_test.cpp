@@ -53,7 +53,7 @@ class ProgramTest : public testing::Test {
     argv.push_back(nullptr);
     // A home of the test's own, where the XDG folders are too, and no display: nothing of whoever
     // runs the test is read or touched.
-    std::string settings[]{"LC_ALL=C", "PATH=/usr/bin:/bin", "HOME=" + home().string()};
+    std::string settings[]{"LC_MESSAGES=" + language, "PATH=/usr/bin:/bin", "HOME=" + home().string()};
     char* environment[]{settings[0].data(), settings[1].data(), settings[2].data(), nullptr};
     const pid_t child = fork();
     if (child == 0) {

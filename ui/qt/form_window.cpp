@@ -8,6 +8,7 @@
 
 #include <algorithm>
 
+#include "text/language.h"
 #include "ui/qt/qt_text.h"
 #include "ui/qt/widgets.h"
 
@@ -32,13 +33,13 @@ QString labelText(const Layout& part) {
 QString usualName(Kind kind) {
   switch (kind) {
     case Kind::Image:
-      return QStringLiteral("싱크 방향 그림");
+      return textOf(text::say("싱크 방향 그림", "Picture of the direction"));
     case Kind::ProgressBar:
-      return QStringLiteral("진행율");
+      return textOf(text::say("진행율", "Progress"));
     case Kind::StatusBar:
-      return QStringLiteral("상태");
+      return textOf(text::say("상태", "Status"));
     case Kind::TreeView:
-      return QStringLiteral("그룹");
+      return textOf(text::say("그룹", "Groups"));
     default:
       return {};
   }

@@ -11,6 +11,7 @@
 #include <exception>
 
 #include "text/file_path.h"
+#include "text/language.h"
 #include "ui/listed.h"
 #include "ui/qt/qt_text.h"
 #include "ui/qt/skins.h"
@@ -62,7 +63,7 @@ void QtToolkit::messageBox(MessageIcon icon, std::string_view text) {
   QMessageBox box(iconOf(icon), QStringLiteral("VLOUTSync"), textOf(text).replace("\r\n", "\n"),
                   QMessageBox::NoButton, owner());
   box.setTextFormat(Qt::PlainText);
-  box.addButton(QStringLiteral("확인"), QMessageBox::AcceptRole);
+  box.addButton(textOf(text::say("확인", "OK")), QMessageBox::AcceptRole);
   box.exec();
 }
 
@@ -70,8 +71,8 @@ bool QtToolkit::ask(std::string_view question) {
   QMessageBox box(QMessageBox::Question, QStringLiteral("VLOUTSync"),
                   textOf(question).replace("\r\n", "\n"), QMessageBox::NoButton, owner());
   box.setTextFormat(Qt::PlainText);
-  const auto* const yes = box.addButton(QStringLiteral("예"), QMessageBox::YesRole);
-  box.setDefaultButton(box.addButton(QStringLiteral("아니요"), QMessageBox::NoRole));
+  const auto* const yes = box.addButton(textOf(text::say("예", "Yes")), QMessageBox::YesRole);
+  box.setDefaultButton(box.addButton(textOf(text::say("아니요", "No")), QMessageBox::NoRole));
   box.exec();
   return box.clickedButton() == yes;
 }

@@ -20,6 +20,7 @@
 #include <exception>
 #include <utility>
 
+#include "text/language.h"
 #include "ui/qt/list_model.h"
 #include "ui/qt/picture_pixmap.h"
 #include "ui/qt/qt_text.h"
@@ -115,7 +116,7 @@ void dress(QWidget& edit, const TextBox& box) {
   QFont font = edit.font();
   font.setBold(differs);
   edit.setFont(font);
-  edit.setAccessibleDescription(differs ? QStringLiteral("다름") : QString());
+  edit.setAccessibleDescription(differs ? textOf(text::say("다름", "differs")) : QString());
   edit.setToolTip(textOf(box.text()).toHtmlEscaped());
 }
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "text/ascii.h"
+#include "text/language.h"
 #include "text/shown_text.h"
 
 namespace vlout::ui::terminal {
@@ -57,7 +58,8 @@ void TerminalToolkit::answerConflict(frmOutlookSyncModify& window) {
       window.Check1.setValue(CheckBox::kChecked);
       (onConflict_ == OnConflict::KeepCard ? window.Command1 : window.Command2).press();
       if (!window.isVisible()) return;
-      messageBox(MessageIcon::None, "→충돌←(" + window.Text1.text() + "): 제외합니다.");
+      messageBox(MessageIcon::None, text::say("→충돌←(%1): 제외합니다.", "→충돌←(%1): left out.",
+                                              {window.Text1.text()}));
       break;
     case OnConflict::Skip:
       break;
