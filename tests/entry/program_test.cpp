@@ -53,7 +53,8 @@ class ProgramTest : public testing::Test {
     argv.push_back(nullptr);
     // A home of the test's own, where the XDG folders are too, and no display: nothing of whoever
     // runs the test is read or touched.
-    std::string settings[]{"LC_MESSAGES=" + language, "PATH=/usr/bin:/bin", "HOME=" + home().string()};
+    std::string settings[]{"LC_MESSAGES=" + language, "PATH=/usr/bin:/bin",
+                           "HOME=" + home().string()};
     char* environment[]{settings[0].data(), settings[1].data(), settings[2].data(), nullptr};
     const pid_t child = fork();
     if (child == 0) {
@@ -193,6 +194,7 @@ class ProgramTest : public testing::Test {
 
   tests::TemporaryFolder temporary;
   uid_t user = geteuid();  // that the program runs as
+  std::string language = "ko_KR.UTF-8";
 };
 
 TEST_F(ProgramTest, ArgumentsAreCheckedAndExplained) {
@@ -213,16 +215,29 @@ TEST_F(ProgramTest, ArgumentsAreCheckedAndExplained) {
       {{"sample", "--folder", folder(), "--cards", "40000"}, 2},
       {{"--help"}, 0},
       {{"run", "--help"}, 0},
-      {{"--version"}, 0},
+      {{"undo", "--help"}, 0},
+      {{"status", "--help"}, 0},
+      {{"history", "--folder", folder() + "2"}, 0},
       {{"run", "import", "--folder", folder()}, 1},
       {{"run", "sync", "--folder", folder()}, 1},
-      {{"init"}, 0},
   };
+  EXPECT_EQ(run({"init"}).status, 0);
+  EXPECT_THAT(run({"--version"}).out, testing::StartsWith("vloutsync "));
   for (const Case& c : cases) {
     const Result result = run(c.arguments);
     EXPECT_EQ(result.status, c.status) << testing::PrintToString(c.arguments);
-    EXPECT_FALSE((c.status == 0 ? result.out : result.err).empty());
+    EXPECT_FALSE((result.out + result.err).empty());
     EXPECT_THAT(result.err, Not(HasSubstr("\u202E")));
+    // The component's own messages are Korean in any language.
+    if (c.status == 1) continue;
+    const auto isKorean = [](const std::string& said) {
+      return said.find_first_of("\xEA\xEB\xEC\xED") != std::string::npos;
+    };
+    EXPECT_TRUE(isKorean(result.out + result.err)) << result.out << result.err;
+    language = "fr_FR.UTF-8";
+    const Result english = run(c.arguments);
+    language = "ko_KR.UTF-8";
+    EXPECT_FALSE(isKorean(english.out + english.err)) << english.out << english.err;
   }
   EXPECT_FALSE(std::filesystem::exists(folder()));
   EXPECT_TRUE(std::filesystem::exists(home() / ".local/share/velmora/VelmoraDB.vdb"));
