@@ -9,6 +9,7 @@
 #include "store/sql.h"
 #include "text/ascii.h"
 #include "text/date_time.h"
+#include "text/language.h"
 
 namespace vlout::transfer {
 namespace {
@@ -137,7 +138,7 @@ std::vector<ComparedField> differingFields(const store::Recordset& row, outlook:
 }
 
 std::string shownValue(std::string_view value) {
-  if (value.empty()) return "(없음)";
+  if (value.empty()) return text::say("(없음)", "(none)");
   return text::replaceAll(text::withPlainLineEnds(value), "\n", "⏎");
 }
 

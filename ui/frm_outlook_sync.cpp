@@ -639,13 +639,13 @@ void frmOutlookSync::addChanges() {
   for (const transfer::ComparedField& field : std::exchange(conflict_, {})) {
     add(outlook::fieldCaption(field.column),
         transfer::shownValue(field.card) + " ↔ " + transfer::shownValue(field.contact),
-        text::say("양쪽", "both"), text::say("충돌", "conflict"));
+        text::say("양쪽", "both"), text::say("충돌", "≠"));
   }
   for (const FieldChange& change : component_.takeChanges()) {
     add(change.caption,
         transfer::shownValue(change.before) + " → " + transfer::shownValue(change.after),
         change.onCard ? text::say("명함", "card") : text::say("연락처", "contact"),
-        text::say("변경", "change"));
+        text::say("변경", "edit"));
   }
 }
 
