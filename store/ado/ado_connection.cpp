@@ -20,10 +20,17 @@ constexpr long kStateOpen = 1;
 constexpr long kUseClient = 3;
 constexpr long kOpenForwardOnly = 0;
 constexpr long kLockUnspecified = -1;
-constexpr long kBinary = 128;
-constexpr long kVarBinary = 204;
 constexpr long kLongVarBinary = 205;
 constexpr long kChunk = 8192;
+
+// The state that comes with Jet's refusal of a text without characters: the number that Jet gives
+// it.
+constexpr std::string_view kZeroLengthState = "3315";
+
+class ZeroLengthRefused : public DatabaseError {
+ public:
+  using DatabaseError::DatabaseError;
+};
 
 // By their identifiers: a look-up of the name would cost each query more than its calls.
 constexpr CLSID kConnectionClass{
@@ -61,7 +68,7 @@ std::string_view bytesOf(const VARIANT& value, std::string& buffer) {
 // The statement as Jet takes it. Within a text it reads what stands between two bars as the name of
 // a parameter, so bars are put together with the text around them. Throws for a statement that is
 // longer than Jet can take.
-std::wstring jetStatement(std::string_view sql) {
+_variant_t jetStatement(std::string_view sql) {
   static_cast<void>(readStatement(sql));  // one statement and nothing that Jet would not take
   std::string statement;
   bool inText = false;
@@ -73,19 +80,24 @@ std::wstring jetStatement(std::string_view sql) {
       statement += each;
     }
   }
-  std::wstring wide = windows::wide(statement);
-  constexpr std::size_t kLongest = 64'000;  // in UTF-16 units
-  if (wide.size() > kLongest) {
+  const _bstr_t wide = bstr(statement);
+  constexpr unsigned kLongest = 64'000;  // in UTF-16 units
+  if (wide.length() > kLongest) {
     throw DatabaseError("메모가 너무 길어 저장할 수 없습니다(모든 항목을 합하여 64,000자까지)");
   }
-  return wide;
+  return {wide};
 }
 
-// The statement with NULL for each text without characters.
+// The statement with NULL for each text without characters that it writes. What it looks for stays:
+// nothing equals NULL.
 std::string withNulls(std::string_view sql) {
+  constexpr std::string_view kWhere = " WHERE ";
   std::string statement;
   bool inText = false;
   for (std::size_t i = 0; i < sql.size(); ++i) {
+    if (!inText && text::equalsIgnoringAsciiCase(sql.substr(i, kWhere.size()), kWhere)) {
+      return statement.append(sql.substr(i));
+    }
     const bool twoQuotes = sql.substr(i, 2) == "''";
     if (twoQuotes && !inText && sql.substr(i, 3) != "'''") {
       statement += "NULL";
@@ -108,12 +120,26 @@ auto AdoConnection::guarded(std::string_view what, Call call) {
   try {
     return call();
   } catch (const ComError& error) {
-    std::string text = lastErrors();
-    if (text.empty()) text = error.what();
-    // The beginning tells which statement it was; what follows is people's data.
-    constexpr std::size_t kShown = 32;
-    throw DatabaseError(text + ": " + std::string(what.substr(0, kShown)));
+    fail(what, error.what());
+  } catch (const _com_error& error) {
+    fail(what, windows::errorText(error.Error()));
   }
+}
+
+struct AdoConnection::LastErrors {
+  std::string text;
+  bool zeroLength = false;
+};
+
+// `text` tells what failed where the connection does not.
+void AdoConnection::fail(std::string_view what, std::string text) {
+  const LastErrors errors = lastErrors();
+  if (!errors.text.empty()) text = errors.text;
+  // The beginning tells which statement it was; what follows is people's data.
+  constexpr std::size_t kShown = 32;
+  text.append(": ").append(what.substr(0, kShown));
+  if (errors.zeroLength) throw ZeroLengthRefused(text);
+  throw DatabaseError(text);
 }
 
 // A client-side recordset. What was read of the current row is kept until the next one, since a
@@ -125,7 +151,7 @@ class AdoConnection::Rows : public Recordset {
     owner_.guarded(sql, [&] {
       recordset_.put("CursorLocation", number(kUseClient));
       recordset_.call(
-          "Open", {_variant_t(jetStatement(sql).c_str()), _variant_t(owner_.connection_.get()),
+          "Open", {jetStatement(sql), _variant_t(owner_.connection_.get()),
                    number(kOpenForwardOnly), number(kLockUnspecified), number(kOptionUnspecified)});
       rowCount_ = static_cast<std::size_t>(std::max(recordset_.number("RecordCount"), 0L));
       fields_ = recordset_.object("Fields", owner_.classes_.fields);
@@ -172,15 +198,19 @@ class AdoConnection::Rows : public Recordset {
 
   [[nodiscard]] std::unique_ptr<std::string> read(std::string_view name) const {
     const Dispatch field = fields_.object("Item", owner_.classes_.field, {bstr(name)});
-    const long type = field.number("Type");
-    if (type == kLongVarBinary || type == kVarBinary || type == kBinary) return readBinary(field);
+    if (field.number("Type") == kLongVarBinary) return readLongBinary(field);
     const _variant_t value = field.call("Value");
     if (value.vt == VT_NULL || value.vt == VT_EMPTY) return nullptr;
+    if (value.vt == (VT_ARRAY | VT_UI1)) {  // short ones have no pieces
+      std::string bytes;
+      if (bytesOf(value, bytes).empty()) return nullptr;
+      return std::make_unique<std::string>(std::move(bytes));
+    }
     return std::make_unique<std::string>(windows::variantText(value));
   }
 
   // Piece after piece: the provider starts over when another field is read in between.
-  [[nodiscard]] static std::unique_ptr<std::string> readBinary(const Dispatch& field) {
+  [[nodiscard]] static std::unique_ptr<std::string> readLongBinary(const Dispatch& field) {
     const long size = field.number("ActualSize");
     auto bytes = std::make_unique<std::string>();
     std::string piece;
@@ -237,16 +267,8 @@ std::int64_t AdoConnection::execute(std::string_view sql) {
   requireOpen();
   try {
     return run(sql);
-  } catch (const DatabaseError&) {
-    // Columns may refuse texts without characters. NULL is read as one.
-    const std::string second = withNulls(sql);
-    if (second == sql) throw;
-    try {
-      return run(second);
-    } catch (const DatabaseError&) {
-      // The first failure is the one to report.
-    }
-    throw;
+  } catch (const ZeroLengthRefused&) {
+    return run(withNulls(sql));  // which is read as a text without characters
   }
 }
 
@@ -260,8 +282,7 @@ std::int64_t AdoConnection::run(std::string_view sql) {
     _variant_t out;  // where the connection writes the number
     out.vt = VT_VARIANT | VT_BYREF;
     out.pvarVal = &affected;
-    connection_.call("Execute",
-                     {_variant_t(jetStatement(sql).c_str()), out, number(kOptionUnspecified)});
+    connection_.call("Execute", {jetStatement(sql), out, number(kOptionUnspecified)});
     return text::parseInteger(windows::variantText(affected)).value_or(0);
   });
 }
@@ -271,21 +292,23 @@ std::unique_ptr<Recordset> AdoConnection::query(std::string_view sql) {
   return std::make_unique<Rows>(*this, sql);
 }
 
-std::string AdoConnection::lastErrors() {
-  std::string text;
+AdoConnection::LastErrors AdoConnection::lastErrors() {
+  LastErrors last;
   try {
-    if (!connection_) return text;
+    if (!connection_) return last;
     const Dispatch errors = connection_.object("Errors", classes_.errors);
     const long count = errors.number("Count");
     for (long i = 0; i < count; ++i) {
-      if (!text.empty()) text += " ";
-      text += errors.object("Item", classes_.error, {number(i)}).text("Description");
+      const Dispatch error = errors.object("Item", classes_.error, {number(i)});
+      if (!last.text.empty()) last.text += " ";
+      last.text += error.text("Description");
+      if (error.text("SQLState") == kZeroLengthState) last.zeroLength = true;
     }
     errors.call("Clear");  // they would be taken for the next failure's
   } catch (const ComError&) {
     // What could be read of them is better than none.
   }
-  return text;
+  return last;
 }
 
 }  // namespace vlout::store

@@ -24,7 +24,9 @@ class AdoConnection : public Connection {
   // Makes calls; throws DatabaseError with what the connection says about the one that failed.
   template <typename Call>
   auto guarded(std::string_view what, Call call);
-  [[nodiscard]] std::string lastErrors();
+  [[noreturn]] void fail(std::string_view what, std::string text);
+  struct LastErrors;
+  [[nodiscard]] LastErrors lastErrors();
 
   struct {
     windows::MemberIds connection, recordset, fields, field, errors, error;

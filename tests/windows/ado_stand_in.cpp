@@ -3,7 +3,8 @@
 // when another field was read, Null for an empty piece, statements of 64,000 characters at most, no
 // bars in texts, 255 characters in a column that is no memo. What differs between databases is
 // switched on by the words of `jet.txt` beside the file: "sizes" are unknown (-1), "dates" are
-// dates, "zeros" (texts of zero length) are refused.
+// dates, "zeros" (texts of zero length) are refused, pictures are "short" binaries, which have no
+// pieces, and the first statement finds the row "locked".
 #include <sqlite3.h>
 
 #include <fstream>
@@ -76,6 +77,8 @@ class Error : public AutomationObject {
  protected:
   _variant_t get(const std::string& member, const Arguments&) override {
     if (member == "Description") return textVariant(text_);
+    if (member == "SQLState")
+      return textVariant(text_.ends_with("zero-length string.") ? "3315" : "3000");
     noSuchMember();
   }
 
@@ -191,6 +194,10 @@ class AdoConnection : public AutomationObject {
   }
 
   long execute(const std::string& sql) {
+    if (isSwitchedOn("locked") && !wasLocked_) {
+      wasLocked_ = true;
+      fail("Could not update; currently locked.");
+    }
     const int before = sqlite3_total_changes(database_);
     sqlite3_exec(database_, "SAVEPOINT s", nullptr, nullptr, nullptr);
     try {
@@ -230,6 +237,7 @@ class AdoConnection : public AutomationObject {
 
   sqlite3* database_ = nullptr;
   long timeout_ = 15;
+  bool wasLocked_ = false;
   std::string lastError_;
 };
 
@@ -241,12 +249,14 @@ class AdoField : public AutomationObject {
  protected:
   _variant_t get(const std::string& member, const Arguments& arguments) override {
     const bool binary = text::equalsIgnoringAsciiCase(table_->columns[column_], "Thumbnail");
-    if (member == "Type") return {binary ? 205L : 202L};  // adLongVarBinary, adVarWChar
+    const bool isLong = binary && !isSwitchedOn("short");
+    // adLongVarBinary, adVarBinary, adVarWChar
+    if (member == "Type") return {isLong ? 205L : binary ? 204L : 202L};
     if (member == "Value") return value();
     if (member == "ActualSize") {
       return isSwitchedOn("sizes") ? _variant_t(-1L) : wideNumber(cell().bytes.size());
     }
-    if (member == "GetChunk" && binary) return chunk(arguments.at(0));
+    if (member == "GetChunk" && isLong) return chunk(arguments.at(0));
     noSuchMember();
   }
 
@@ -258,6 +268,7 @@ class AdoField : public AutomationObject {
     if (each.type == SQLITE_NULL) return nullVariant();
     if (date) return {windows::toAutomationDate(*date), VT_DATE};
     if (each.type == SQLITE_INTEGER) return {std::stol(each.bytes)};
+    if (each.type == SQLITE_BLOB) return bytesVariant(each.bytes);
     return textVariant(each.bytes);
   }
   [[nodiscard]] _variant_t chunk(long length) {
@@ -266,6 +277,9 @@ class AdoField : public AutomationObject {
     const std::string piece = cell().bytes.substr(position_, static_cast<std::size_t>(length));
     position_ += piece.size();
     if (piece.empty()) return nullVariant();
+    return bytesVariant(piece);
+  }
+  static _variant_t bytesVariant(std::string_view piece) {
     SAFEARRAY* const array = SafeArrayCreateVector(VT_UI1, 0, static_cast<ULONG>(piece.size()));
     void* data = nullptr;
     SafeArrayAccessData(array, &data);
