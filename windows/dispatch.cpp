@@ -21,6 +21,24 @@ class ExceptionInfo : public EXCEPINFO {
   ExceptionInfo& operator=(const ExceptionInfo&) = delete;
 };
 
+// Windows are painted meanwhile and answer the system, or it would take them for hung; what the
+// user presses waits for the run.
+void waitPainting(DWORD milliseconds) {
+  const ULONGLONG end = GetTickCount64() + milliseconds;
+  for (ULONGLONG now = GetTickCount64(); now < end; now = GetTickCount64()) {
+    MsgWaitForMultipleObjects(0, nullptr, FALSE, static_cast<DWORD>(end - now),
+                              QS_PAINT | QS_SENDMESSAGE);
+    MSG message{};
+    constexpr UINT kThese = PM_QS_PAINT | PM_QS_SENDMESSAGE;
+    if (PeekMessageW(&message, nullptr, WM_PAINT, WM_PAINT, PM_REMOVE | kThese) == FALSE) continue;
+    if (message.message == WM_QUIT) {  // whatever was asked for
+      PostQuitMessage(static_cast<int>(message.wParam));
+      return Sleep(static_cast<DWORD>(end - now));
+    }
+    DispatchMessageW(&message);
+  }
+}
+
 // Makes a call again while its server is busy, for a bounded time; the last answer.
 template <typename Call>
 HRESULT untilNotBusy(Call call) {
@@ -32,7 +50,7 @@ HRESULT untilNotBusy(Call call) {
       BusyPatience::answered(busy);
       return code;
     }
-    Sleep(BusyPatience::kPause);
+    waitPainting(BusyPatience::kPause);
   }
 }
 
@@ -75,8 +93,8 @@ _variant_t Dispatch::invoke(std::string_view member, WORD kind, const Arguments&
                                          isPut ? nullptr : &value, &info, nullptr);
     if (code != DISP_E_EXCEPTION) return code;
     if (info.pfnDeferredFillIn != nullptr) info.pfnDeferredFillIn(&info);
-    if (info.bstrDescription != nullptr) description = utf8(info.bstrDescription);
-    return info.scode != 0 ? info.scode : code;
+    description = utf8({info.bstrDescription, SysStringLen(info.bstrDescription)});
+    return FAILED(info.scode) ? info.scode : code;
   });
   if (FAILED(result)) throw failure(member, result, description);
   return value;

@@ -12,8 +12,12 @@ namespace vlout::windows {
 [[nodiscard]] std::wstring wide(std::string_view text);
 [[nodiscard]] std::string utf8(std::wstring_view text);
 
+// The whole text, NULs within it too. Throws _com_error when there is no memory.
 [[nodiscard]] inline _bstr_t bstr(std::string_view text) {
-  return wide(text).c_str();
+  const std::wstring units = wide(text);
+  BSTR const string = SysAllocStringLen(units.data(), static_cast<UINT>(units.size()));
+  if (string == nullptr) _com_issue_error(E_OUTOFMEMORY);
+  return {string, false};
 }
 
 }  // namespace vlout::windows

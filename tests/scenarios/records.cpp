@@ -9,14 +9,15 @@ namespace vlout::tests {
 namespace {
 
 constexpr std::pair<std::string_view, std::string_view> kEscapes[] = {
-    {"\\", "\\\\"}, {"\t", "\\t"}, {"\n", "\\n"}, {"\r", "\\r"}};
+    {"\\", "\\\\"}, {"\t", "\\t"}, {"\n", "\\n"}, {"\r", "\\r"}, {{"\0", 1}, "\\0"}};
 
 std::string unescape(std::string_view text) {
   std::string result;
   for (std::size_t i = 0; i < text.size(); ++i) {
     const bool escaped = text[i] == '\\' && i + 1 < text.size();
     const char c = escaped ? text[++i] : text[i];
-    result += !escaped ? c : c == 't' ? '\t' : c == 'n' ? '\n' : c == 'r' ? '\r' : c;
+    const std::size_t which = escaped ? std::string_view("tnr0").find(c) : std::string_view::npos;
+    result += which < 4 ? "\t\n\r"[which] : c;
   }
   return result;
 }

@@ -75,7 +75,7 @@ FAULTS = [("row", "JobTitle", 0, "fails", "done"), ("row", "Body", 0, "fails", "
           ("contact", "LastModificationTime", 2, "none", "saved"), ("row", "Categories", 0, "fails", "done"),
           ("contact", "BusinessAddressCity", 0, "none", "fails")]
 CODES = ["80004005", "80070005", "80004004", "8004010F", "80040119", "8007000E", "80010105", "80040107", "800706BA",
-         "80040600", "80070057", "80030002"]
+         "80040600", "80070057", "00000005"]
 
 
 def write_contact(item, row, with_name, create=False):

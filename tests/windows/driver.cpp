@@ -32,7 +32,13 @@ constexpr DWORD kPatience = 60'000;  // milliseconds; the component has its own 
 }
 
 std::string textOf(HWND window) {
-  std::wstring text(static_cast<std::size_t>(SendMessageW(window, WM_GETTEXTLENGTH, 0, 0)) + 1, 0);
+  DWORD_PTR length = 0;
+  constexpr UINT kHung = 10'000;  // milliseconds; the component must answer while it waits
+  if (SendMessageTimeoutW(window, WM_GETTEXTLENGTH, 0, 0, SMTO_NORMAL, kHung, &length) == 0 &&
+      IsWindow(window) != FALSE) {
+    fail("a window hangs");
+  }
+  std::wstring text(static_cast<std::size_t>(length) + 1, 0);
   text.resize(static_cast<std::size_t>(
       SendMessageW(window, WM_GETTEXT, text.size(), reinterpret_cast<LPARAM>(text.data()))));
   return utf8(text);
