@@ -77,12 +77,11 @@ void OutlookStore::openContactsFolder(const std::function<void()>& afterEach) {
   });
 }
 
-bool OutlookStore::readEntries(const std::function<void()>& afterEach) {
+bool OutlookStore::readEntries(const NextEntry& next, const std::function<void()>& afterEach) {
   entries_.clear();
   std::unordered_set<std::string> seen;
   const long count = items_.number("Count");
   entries_.reserve(static_cast<std::size_t>(count));
-  const NextEntry next = walk();
   bool unchanged = true;
   long walked = 0;
   ULONGLONG last = GetTickCount64();
@@ -119,22 +118,29 @@ struct OutlookStore::TableRow {
   }
 };
 
-// Through the folder's table where it has one, which tells what most items are without opening
-// them; else through the items themselves.
-OutlookStore::NextEntry OutlookStore::walk() {
+// Through the folder's table where it has one that can be read to its end, which tells what most
+// items are without opening them; else through the items themselves.
+bool OutlookStore::readEntries(const std::function<void()>& afterEach) {
   if (const Dispatch table = openTable()) {
-    return [this, table](long) -> std::optional<Entry> {
+    const NextEntry next = [&](long) -> std::optional<Entry> {
       if (table.number("EndOfTable") != 0) return std::nullopt;
       const Dispatch row = table.object("GetNextRow", classes_.tableRow);
       return entryOf(TableRow(row.call("GetValues")));
     };
+    try {
+      return readEntries(next, afterEach);
+    } catch (const windows::ComError&) {
+      // What the items themselves say then counts.
+    }
   }
-  return [this, count = items_.number("Count")](long index) -> std::optional<Entry> {
+  const long count = items_.number("Count");
+  const NextEntry next = [&](long index) -> std::optional<Entry> {
     if (index > count) return std::nullopt;
     Entry entry{};
     readItem(entry, [&] { return items_.object("Item", classes_.item, {_variant_t(index)}); });
     return entry;
   };
+  return readEntries(next, afterEach);
 }
 
 // Outlook has tables since 2007; whether one offers a user property is the store's affair.
@@ -157,8 +163,9 @@ Dispatch OutlookStore::openTable() {
 OutlookStore::Entry OutlookStore::entryOf(const TableRow& row) {
   Entry entry{};
   entry.id = row.id;
+  Dispatch opened;
   try {
-    guarded([&] { entry.typeName = typeNameOfClass(row); });
+    guarded([&] { entry.typeName = typeNameOfClass(row, opened); });
   } catch (const ContactStoreError& error) {
     entry.failure = error.what();
     return entry;
@@ -166,15 +173,16 @@ OutlookStore::Entry OutlookStore::entryOf(const TableRow& row) {
   if (entry.typeName != kContactItem) return entry;
   entry.key = row.key;
   if (!entry.key.empty()) return entry;
-  readItem(entry, [&] { return find(row.id); });
+  readItem(entry, [&] { return opened ? opened : find(row.id); });
   return entry;
 }
 
-// Items of one message class have one type, and its first item tells it.
-std::string OutlookStore::typeNameOfClass(const TableRow& row) {
+// Items of one message class have one type, and its first item tells it, which is left in `opened`.
+std::string OutlookStore::typeNameOfClass(const TableRow& row, Dispatch& opened) {
   const auto known = typeNames_.find(row.messageClass);
   if (known != typeNames_.end()) return known->second;
-  std::string name = typeNameOf(find(row.id));
+  opened = find(row.id);
+  std::string name = typeNameOf(opened);
   if (!row.messageClass.empty()) typeNames_.emplace(row.messageClass, name);
   return name;
 }

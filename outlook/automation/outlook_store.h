@@ -53,10 +53,10 @@ class OutlookStore : public ContactStore {
 
   // False when the folder has changed meanwhile: an item was seen twice, or not at all.
   [[nodiscard]] bool readEntries(const std::function<void()>& afterEach);
-  [[nodiscard]] NextEntry walk();
+  [[nodiscard]] bool readEntries(const NextEntry& next, const std::function<void()>& afterEach);
   [[nodiscard]] windows::Dispatch openTable();
   [[nodiscard]] Entry entryOf(const TableRow& row);
-  [[nodiscard]] std::string typeNameOfClass(const TableRow& row);
+  [[nodiscard]] std::string typeNameOfClass(const TableRow& row, windows::Dispatch& opened);
   void readItem(Entry& entry, const OutlookContact::Opener& open);
   [[nodiscard]] windows::Dispatch find(const std::string& entryId);
   [[nodiscard]] windows::Dispatch createItem();

@@ -395,12 +395,12 @@ class ContactItem : public Item<_ContactItem> {
     return S_OK;
   }
 
-#define TEXT_PROPERTY(number, name)               \
-  STDMETHODIMP get_##name(BSTR* value) override { \
-    return give(text(#name), value);              \
-  }                                               \
-  STDMETHODIMP put_##name(BSTR value) override {  \
-    return set(#name, windows::utf8(value));      \
+#define TEXT_PROPERTY(number, name)                                 \
+  STDMETHODIMP get_##name(BSTR* value) override {                   \
+    return give(text(#name), value);                                \
+  }                                                                 \
+  STDMETHODIMP put_##name(BSTR value) override {                    \
+    return set(#name, windows::utf8({value, SysStringLen(value)})); \
   }
 #define DATE_PROPERTY(number, name)               \
   STDMETHODIMP get_##name(DATE* value) override { \
@@ -512,9 +512,10 @@ class TableColumns : public PublishedObject<Columns> {
     return guarded([&] {
       const std::string text = windows::utf8(name);
       const bool known = text == "EntryID" || text == "MessageClass" ||
-                         text ==
-                             "http://schemas.microsoft.com/mapi/string/"
-                             "{00020329-0000-0000-C000-000000000046}/VLID/0x0000001f";
+                         (!Folder::instance().isLike("keyless") &&
+                          text ==
+                              "http://schemas.microsoft.com/mapi/string/"
+                              "{00020329-0000-0000-C000-000000000046}/VLID/0x0000001f");
       if (!known) throw Failure{E_INVALIDARG, "The property is unknown."};
       names_->push_back(text);
       *result = new OneColumn(text);
@@ -547,6 +548,9 @@ class FolderTable : public PublishedObject<Table> {
     *result = new OneRow(std::move(values));
     return S_OK;
   }
+
+ protected:
+  void before(const std::string& member) override { Folder::instance().checkFault(member); }
 
  private:
   std::vector<Record> rows_ = Folder::instance().records();
