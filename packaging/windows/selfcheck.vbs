@@ -15,12 +15,18 @@ Set files = CreateObject("Scripting.FileSystemObject")
 
 ' The answer, or the failure of what was done to get it: a statement that fails leaves the answer as it was.
 Sub Report(name)
-  If Err.Number <> 0 Then answer = "failed, " & Hex(Err.Number) & " " & Err.Description
+  If Err.Number <> 0 Then answer = "failed, " & Hex(Err.Number) & " " & Err.Description & State()
   WScript.Echo name & ": " & answer
   Err.Clear
   answer = "done"
 End Sub
 answer = "done"
+
+' The number that Jet gives its failure; nothing for one of Outlook's.
+Function State
+  On Error Resume Next
+  State = " (" & connection.Errors.Item(0).SQLState & ")"
+End Function
 
 Function Run(sql)
   Dim affected
@@ -63,6 +69,9 @@ Report "bar by Chr"
 Run "UPDATE tbl_namecard SET Memo_='c|d' where [i_idx]=" & kKey
 answer = Shown(Read("Memo_").Value)
 Report "bar as it is"
+Run "UPDATE tbl_namecard SET Memo_='" & Replace(String(300, "|"), "|", "'&Chr(124)&'") & "' where [i_idx]=" & kKey
+answer = Len(Read("Memo_").Value)
+Report "300 bars"
 Run "UPDATE tbl_namecard SET Memo_='" & String(60000, "m") & "' where [i_idx]=" & kKey
 answer = Len(Read("Memo_").Value)
 Report "memo of 60000"
