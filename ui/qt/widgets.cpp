@@ -10,6 +10,7 @@
 #include <QProgressBar>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QScrollArea>
 #include <QScrollBar>
 #include <QSignalBlocker>
 #include <QStatusBar>
@@ -239,6 +240,16 @@ QWidget* makeList(const Layout& part, QWidget* parent) {
     const QScrollBar& bar = *view->verticalScrollBar();
     view->setProperty("follows", bar.value() == bar.maximum());
   });
+  // On a small screen the list lies below what the window shows, until it has something to say.
+  QObject::connect(model, &QAbstractItemModel::rowsInserted, view,
+                   [view](const QModelIndex&, int first) {
+                     if (first != 0) return;
+                     for (QWidget* outer = view->parentWidget(); outer != nullptr;
+                          outer = outer->parentWidget()) {
+                       auto* const area = qobject_cast<QScrollArea*>(outer);
+                       if (area != nullptr) area->ensureWidgetVisible(view);
+                     }
+                   });
   model->newRowsShown = [view, model, &list] {
     if (!view->property("follows").toBool()) return;
     const int row = list.selected();
