@@ -48,7 +48,7 @@ std::vector<ui::Desk::Place> LinuxDesk::places() {
   const auto usual = std::filesystem::absolute(folder_ / "contacts").lexically_normal();
   if (usual != contacts_) places.push_back({text::pathText(usual), usual});
   try {
-    for (const auto& book : outlook::evolution::Desktop([] {}).books()) {
+    for (const auto& book : outlook::evolution::Desktop([] {}).knownBooks()) {
       const std::filesystem::path place = "book:" + book.uid;
       if (place != contacts_) {
         places.push_back(

@@ -253,6 +253,13 @@ std::vector<BookInfo> Desktop::books() {
   return result;
 }
 
+std::vector<BookInfo> Desktop::knownBooks() {
+  const Registry registry = session_->connected();
+  std::vector<BookInfo> result;
+  for (const Source& source : sourcesOf(registry)) result.push_back(infoOf(registry, source));
+  return result;
+}
+
 BookInfo Desktop::find(const std::string& name) {
   const Registry registry = session_->connected();
   return infoOf(registry, choose(registry, name));

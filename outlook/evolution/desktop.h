@@ -62,6 +62,8 @@ class Desktop {
 
   // Each book is opened to look at it.
   [[nodiscard]] std::vector<BookInfo> books();
+  // The same without opening any, which a server that does not answer would hold up.
+  [[nodiscard]] std::vector<BookInfo> knownBooks();
 
   // A book by its UID or name, or the default one for an empty text, unopened.
   [[nodiscard]] BookInfo find(const std::string& name);

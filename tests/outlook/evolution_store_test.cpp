@@ -269,6 +269,7 @@ TEST_P(EvolutionStoreTest, BooksAreListedAndChosenByName) {
     if (book.uid == bookUid()) contacts = book.contacts;
   }
   EXPECT_EQ(contacts, 1U);
+  EXPECT_EQ(desktop.knownBooks().size(), desktop.books().size());
   EXPECT_NE(seen.find("test-local|Local|local||w|\n"), std::string::npos) << seen;
   EXPECT_NE(seen.find("test-dav|Server|carddav||w|\n"), std::string::npos) << seen;
   EXPECT_NE(seen.find("system-address-book|Personal|local|*|w|\n"), std::string::npos) << seen;
