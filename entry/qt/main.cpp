@@ -80,8 +80,7 @@ int main(int argc, char** argv) {
   vlout::entry::cli::speakUsersLanguage();  // after Qt, which sets the locale
   QTranslator ofQt;
   if (vlout::text::language() == vlout::text::Language::Korean &&
-      ofQt.load(QStringLiteral("qtbase_ko"),
-                QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
+      ofQt.load(QStringLiteral("qtbase_ko"), QLibraryInfo::path(QLibraryInfo::TranslationsPath))) {
     QApplication::installTranslator(&ofQt);
   }
   QApplication::setApplicationName(QStringLiteral("vloutsync"));

@@ -135,8 +135,8 @@ std::string writeWithLibrary(std::span<const Property* const> properties, std::s
   }
   const GText whole(e_vcard_to_string(card.get(), EVC_FORMAT_VCARD_30));
   // The library takes a picture's address of data for a text, and protects its comma.
-  const std::string lines = text::replaceAll(
-      withoutFrame(whole.get()), "data:image/jpeg;base64\\,", "data:image/jpeg;base64,");
+  const std::string lines = text::replaceAll(withoutFrame(whole.get()), "data:image/jpeg;base64\\,",
+                                             "data:image/jpeg;base64,");
   return lineEnd == "\r\n" ? std::string(lines) : text::replaceAll(lines, "\r\n", lineEnd);
 }
 
