@@ -172,7 +172,6 @@ TEST_F(HistoryTest, EditsMadeSinceAreToldOrStay) {
   const auto prepare = [&] {
     startAfresh();
     execute("DELETE FROM tbl_folder where f_idx=9");
-    std::filesystem::remove_all(folder() / "history");
     makePairs();
   };
   for (std::size_t i = 0; i < cases.size(); ++i) {
@@ -237,7 +236,6 @@ TEST_F(HistoryTest, ADamagedPointIsRefusedAndHarmsNothing) {
   };
   for (std::size_t i = 0; i < damages.size(); ++i) {
     startAfresh();
-    std::filesystem::remove_all(folder() / "history");
     makePairs();
     run(frmOutlookSync::kExport);
     damages[i]();
@@ -247,7 +245,6 @@ TEST_F(HistoryTest, ADamagedPointIsRefusedAndHarmsNothing) {
   }
   // It is not the point that is to blame for a damaged database.
   startAfresh();
-  std::filesystem::remove_all(folder() / "history");
   makePairs();
   run(frmOutlookSync::kExport);
   const auto file = folder() / "VelmoraDB.vdb";
@@ -332,7 +329,6 @@ TEST_F(HistoryTest, TheNextRunCompletesWhatIsCertain) {
   };
   for (const Case& c : cases) {
     startAfresh();
-    std::filesystem::remove_all(folder() / "history");
     makePairs();
     execute("UPDATE tbl_namecard SET Last_moddate='2025/02/01 10:00:00' where i_idx=4");
     store::execute(database.database(),
@@ -376,7 +372,6 @@ TEST_F(HistoryTest, ARowWhoseSaveIsLostCountsAsChangedOnBothSides) {
     for (const Case& c : cases) {
       SCOPED_TRACE(std::string(c.what) + (isKilled ? " after a kill" : ""));
       startAfresh();
-      std::filesystem::remove_all(folder() / "history");
       makeMany();
       if (isKilled) {
         exportCutShort();
@@ -408,7 +403,6 @@ TEST_F(HistoryTest, AnUndoFirstCompletesWhatWasCutShort) {
   for (const bool isLinked : {false, true}) {
     for (const bool isEdited : {false, true}) {
       startAfresh();
-      std::filesystem::remove_all(folder() / "history");
       makeMany();
       if (isLinked) std::filesystem::create_hard_link(many, contactsFolder() / "other.vcf");
       const std::string before = everything();

@@ -85,14 +85,18 @@ class ComponentFixture : public testing::Test {
       ui::frmOutlookSync::Mode mode,
       const std::function<void(ui::frmOutlookSync&)>& prepare = [](ui::frmOutlookSync&) {});
 
+  // When pairs were last transferred, unless a test says otherwise.
+  static constexpr const char* kTransferred = "2025/01/01 00:00:00";
+
   // An INSERT of a card from "column=value" pairs; f_idx and p_idx have defaults.
   void addCard(int id, const std::vector<std::pair<std::string, std::string>>& columns);
   void execute(const std::string& sql) { database.execute(sql); }
   [[nodiscard]] std::string valueOf(int id, std::string_view column);
-  void setStamps(int id, const std::string& last, const std::string& outlook,
-                 const std::string& sync);
+  void setStamps(int id, const std::string& last, const std::string& outlook = kTransferred,
+                 const std::string& sync = kTransferred);
   // A contact file of version 3.0 with these lines and that modification time.
-  void writeContact(const std::string& file, const std::string& lines, const std::string& time);
+  void writeContact(const std::string& file, const std::string& lines,
+                    const std::string& time = kTransferred);
   [[nodiscard]] std::string contactText(const std::string& file) const {
     return readFile(contactsFolder() / file);
   }

@@ -254,13 +254,8 @@ class AgreementTest : public tests::ComponentFixture {
         ++harmed[somewhere()];
         break;
       case 4:  // a contact's key is another's
-        harmed = text::replaceAll(bytes,
-                                  std::string("\2\0\0\0"
-                                              "12",
-                                              6),
-                                  std::string("\2\0\0\0"
-                                              "13",
-                                              6));
+        harmed =
+            text::replaceAll(bytes, std::string("\2\0\0\00012", 6), std::string("\2\0\0\00013", 6));
         break;
       case 5:
         harmed += bytes;

@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/component_fixture.h"
-
 namespace vlout::transfer {
 namespace {
 
@@ -39,19 +37,6 @@ TEST(ClassifyPair, FollowsTheRuleForEveryRelationOfTheStamps) {
     }
   }
   EXPECT_GT(conflicts, 0);
-}
-
-using WriteSyncDates = tests::ComponentFixture;
-
-TEST_F(WriteSyncDates, SetsAllThreeDatesToTheWholeSecond) {
-  addCard(5, {{"Last_moddate", "2020/01/01 00:00:00"}});
-  const DateTime stamp = *text::parseDateTime("2025-03-04 05:06:07");
-  EXPECT_TRUE(writeSyncDates(database, {stamp.seconds, 123'456'789}, "5"));
-  for (const char* column : {"Last_moddate", "Outlook_modate", "VLLastsync_date"}) {
-    EXPECT_EQ(valueOf(5, column), "2025/03/04 05:06:07");
-  }
-  EXPECT_FALSE(writeSyncDates(database, stamp, "6"));
-  EXPECT_THROW(writeSyncDates(database, stamp, "x"), store::DatabaseError);
 }
 
 }  // namespace

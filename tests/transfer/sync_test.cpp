@@ -1,31 +1,17 @@
 #include "transfer/sync.h"
 
 #include <algorithm>
-#include <string>
 #include <sys/stat.h>
-#include <vector>
 
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-
-#include "tests/support/component_fixture.h"
+#include "tests/transfer/transfer_test.h"
 
 namespace vlout::transfer {
 namespace {
 
-using testing::AllOf;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
-using ui::frmOutlookSync;
 using ui::frmOutlookSyncModify;
 
-class SyncTest : public tests::ComponentFixture {
+class SyncTest : public TransferTest {
  protected:
-  std::vector<std::string> sync() { return run(frmOutlookSync::kSync); }
-
   // Card `id` and its contact in a file of the same name; `sides` tells which of them was edited
   // after the last transfer, the later one last: "", "r", "c", "rc", "cr".
   void makePair(int id, const std::string& sides) {
@@ -36,7 +22,7 @@ class SyncTest : public tests::ComponentFixture {
       if (place == std::string::npos) return "2025/01/01 00:00:00";
       return place == 0 ? "2025/01/02 00:00:00" : "2025/01/03 00:00:00";
     };
-    setStamps(id, time('r'), "2025/01/01 00:00:00", "2025/01/01 00:00:00");
+    setStamps(id, time('r'));
     writeContact(name + ".vcf",
                  "N:이;름" + name +
                      ";;;\r\nTITLE:연락처\r\nTEL;TYPE=WORK,FAX:02-연락처\r\nX-VLID:" + name +
@@ -106,7 +92,7 @@ TEST_F(SyncTest, ACardDoesNotChangeWithAnotherOfItsFile) {
     if (!c.isRemembered) std::filesystem::remove(folder() / "history" / "contacts.index");
     second.replace(second.find("TITLE:연락처"), std::string("TITLE:연락처").size(), "TITLE:밖에서");
     write(c.staysShared, "2025/01/02 00:00:00");
-    setStamps(1, "2025/01/03 00:00:00", "2025/01/01 00:00:00", "2025/01/01 00:00:00");
+    setStamps(1, "2025/01/03 00:00:00");
     const auto lines = sync();
     EXPECT_EQ(valueOf(2, "JobTitle"), "밖에서");
     EXPECT_THAT(lines,

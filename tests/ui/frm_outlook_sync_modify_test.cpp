@@ -33,7 +33,7 @@ class CompareWindowTest : public tests::ComponentFixture {
                     const std::string& lines) {
     startAfresh();
     addCard(1, columns);
-    setStamps(1, "2025/01/02 00:00:00", "2025/01/01 00:00:00", "2025/01/01 00:00:00");
+    setStamps(1, "2025/01/02 00:00:00");
     writeContact("1.vcf", lines + "X-VLID:1\r\n", "2025/01/03 04:05:06");
   }
   std::vector<std::string> texts() const {
@@ -91,7 +91,7 @@ TEST_F(CompareWindowTest, OpensLockedWithDifferencesMarked) {
   EXPECT_TRUE(shown);
   EXPECT_EQ(toolkit->messages[0].text.substr(0, 10), std::string("→충돌←\r\n").substr(0, 10));
   EXPECT_EQ(toolkit->messages[1].text, "현재 설치된 아웃룩버전은 지원하지 않습니다!");
-  setStamps(1, "2025/01/01 00:00:00", "2025/01/01 00:00:00", "2025/01/01 00:00:00");
+  setStamps(1, "2025/01/01 00:00:00");
   EXPECT_THAT(preview(frmOutlookSync::kSync),
               AllOf(Contains("  직책: 부장 → 이사|명함|변경"), Not(Contains(HasSubstr("메모")))));
 }
@@ -168,7 +168,7 @@ TEST_F(CompareWindowTest, AnAddressDoesNotGrow) {
         (cardSide ? window.Command1 : window.Command2).press();
       });
       EXPECT_EQ(valueOf(1, "company_addr"), c.line);
-      setStamps(1, "2099/01/02 00:00:00", "2025/01/01 00:00:00", "2025/01/01 00:00:00");
+      setStamps(1, "2099/01/02 00:00:00");
     }
   }
 }
