@@ -24,8 +24,7 @@ class GroupPickerTest : public tests::ComponentFixture {
     };
     open([&](frmOutlookSync& window) {
       window.Command7.press();
-      text = window.Text1.text();
-      tag = window.Text1.tag();
+      chosen = window.Text1.text() + " " + window.Text1.tag();
     });
   }
   void addFolder(int key, int parent, const std::string& name) {
@@ -42,7 +41,7 @@ class GroupPickerTest : public tests::ComponentFixture {
     return result;
   }
 
-  std::string text, tag;
+  std::string chosen;  // the group's name and number
 };
 
 TEST_F(GroupPickerTest, BuildsTheTreeWithoutTrashOrphansAndCycles) {
@@ -90,43 +89,28 @@ TEST_F(GroupPickerTest, AnEmptyTableLeavesTheTrash) {
 TEST_F(GroupPickerTest, HandsTheChoiceBackOrNone) {
   addFolder(20, 1, "거래처");
   addFolder(21, 20, "  ");
+  const auto choose = [](int node, Button frmGroupBox::*button = &frmGroupBox::Command1) {
+    return [=](frmGroupBox& picker) {
+      if (node > 0) picker.TreeView1.select(node);
+      if (button != nullptr) (picker.*button).press();
+      if (button == nullptr) picker.keyPress(kEscape);
+    };
+  };
   struct Case {
     const char* name;
     std::function<void(frmGroupBox&)> user;
-    std::string text, tag;
-    std::size_t messages;
+    std::string chosen;
+    std::size_t messages = 0;
   };
-  const auto choose = [](int node) {
-    return [node](frmGroupBox& picker) {
-      if (node > 0) picker.TreeView1.select(node);
-      picker.Command1.press();
-    };
-  };
-  const std::vector<Case> cases{
-      {"a folder", choose(3), "거래처", "20", 0},
-      {"unassigned", choose(2), "미정", "2", 0},
-      {"nothing", choose(0), "미정", "2", 1},
-      {"the root", choose(1), "미정", "2", 1},
-      {"a blank name", choose(4), "미정", "2", 0},
-      {"cancel",
-       [](frmGroupBox& picker) {
-         picker.TreeView1.select(3);
-         picker.Command2.press();
-       },
-       "미정", "2", 0},
-      {"escape",
-       [](frmGroupBox& picker) {
-         picker.TreeView1.select(3);
-         picker.keyPress(27);
-         EXPECT_FALSE(picker.isLoaded());
-       },
-       "미정", "2", 0},
-  };
-  for (const Case& c : cases) {
+  for (const Case& c :
+       {Case{"a folder", choose(3), "거래처 20"}, Case{"unassigned", choose(2), "미정 2"},
+        Case{"nothing", choose(0), "미정 2", 1}, Case{"the root", choose(1), "미정 2", 1},
+        Case{"a blank name", choose(4), "미정 2"},
+        Case{"cancel", choose(3, &frmGroupBox::Command2), "미정 2"},
+        Case{"escape", choose(3, nullptr), "미정 2"}}) {
     toolkit->messages.clear();
     pick(c.user);
-    EXPECT_EQ(text, c.text) << c.name;
-    EXPECT_EQ(tag, c.tag) << c.name;
+    EXPECT_EQ(chosen, c.chosen) << c.name;
     EXPECT_EQ(toolkit->messages.size(), c.messages) << c.name;
   }
   pick(choose(3));
