@@ -8,46 +8,6 @@ namespace {
 
 using ImportTest = TransferTest;
 
-TEST_F(ImportTest, ANewContactBecomesARowInTheChosenFolder) {
-  writeContact(
-      "a.vcf",
-      "N:홍;길 동;;;\r\nFN:홍길동\r\nORG:(주)가나;연구소\r\nTITLE:it's\r\nTEL;TYPE=CELL:010-1\r\n"
-      "ADR;TYPE=WORK:7;;테헤란로;강남구;서울;06236;대한민국\r\nBDAY:1980-03-22\r\n"
-      "X-GENDER:Female\r\nCATEGORIES:VIP\r\nX-KEEP:me\r\n");
-  const auto lines = run(frmOutlookSync::kImport, [](frmOutlookSync& window) {
-    window.Text1.setText("거래'처");
-    window.Text1.setTag("12");
-  });
-  EXPECT_THAT(lines, ElementsAre("아웃룩 연결|100%|성공", "연락처 비교/갱신|100%|완료",
-                                 "연락처 추가|100%|완료", "←추가(홍길동)|100%|완료",
-                                 "가져오기 완료|추가=1/갱신=0|"));
-  EXPECT_EQ(toolkit->messages.back().text, "가져오기를 완료하였습니다.\r\n추가=1/갱신=0");
-  const std::vector<std::pair<std::string, std::string>> expected{
-      {"FullName", "홍길동"},
-      {"f_idx", "12"},
-      {"folder_name", "거래'처"},
-      {"p_idx", "0"},
-      {"CompanyName", "㈜가나"},
-      {"Department", "연구소"},
-      {"JobTitle", "it's"},
-      {"cellphone", "010-1"},
-      {"company_addr", "서울 강남구 테헤란로 7"},
-      {"company_zipcode", "06236"},
-      {"Birthday", "1980-03-22"},
-      {"Anniversary", "NULL"},
-      {"Gender", "여"},
-      {"Categories", "NULL"},
-      {"OutlookSync", "1"},
-      {"CreationTime", text::formatDay(text::localNow())}};
-  for (const auto& [column, value] : expected) EXPECT_EQ(valueOf(1, column), value) << column;
-  EXPECT_THAT(contactText("a.vcf"), AllOf(HasSubstr("X-VLID:1\r\n"), HasSubstr("X-KEEP:me")));
-  EXPECT_EQ(valueOf(1, "Last_moddate"), valueOf(1, "Outlook_modate"));
-
-  const std::string before = contactText("a.vcf");
-  EXPECT_THAT(importAll(), Contains("가져오기 완료|추가=0/갱신=0|"));
-  EXPECT_EQ(contactText("a.vcf"), before);
-}
-
 TEST_F(ImportTest, NewRowsTakeTheNextNumbers) {
   // Card 2 was deleted; its contact still carries its number, and is about to get another.
   addCard(1, {{"FullName", "이영희"}});

@@ -173,32 +173,5 @@ TEST_F(CompareWindowTest, AnAddressDoesNotGrow) {
   }
 }
 
-TEST_F(CompareWindowTest, TheOutlookSideIsSavedToBothSides) {
-  makeConflict({{"FullName", "홍길동"}, {"JobTitle", "부장"}, {"company_fax1", "02-1"}},
-               "N:홍;길동;;;\r\nTITLE:이사\r\nADR;TYPE=HOME:7;;가로;나구;다시;11111;\r\n"
-               "ADR;TYPE=WORK:;;라로;마구;바시;;\r\nX-GENDER:Male\r\n");
-  compare([](frmOutlookSyncModify& window) {
-    window.Check1.setValue(1);
-    window.Text50.setText("김,철수");
-    window.Text51.setText("여");
-    window.Text49.setText("(주)산업's");
-    window.Text29.setText("1990-05-06");
-    window.Text37.setText("새 주소 한 줄");  // the line itself, not its parts
-    window.Command2.press();
-  });
-  EXPECT_THAT(texts(), ElementsAre(StartsWith("상호갱신 작업이 완료")));
-  EXPECT_THAT(contactText("1.vcf"), HasSubstr("N:김;철수;;;"));
-  EXPECT_THAT(contactText("1.vcf"), HasSubstr("ADR;TYPE=HOME:7;;가로;나구;다시;11111;"));
-  EXPECT_THAT(contactText("1.vcf"), HasSubstr("ADR;TYPE=WORK:;;새 주소 한 줄;;;;"));
-  EXPECT_EQ(valueOf(1, "FullName"), "홍길동");  // the row keeps its name
-  EXPECT_EQ(valueOf(1, "CompanyName"), "㈜산업's");
-  EXPECT_EQ(valueOf(1, "JobTitle"), "이사");
-  EXPECT_EQ(valueOf(1, "Gender"), "여");
-  EXPECT_EQ(valueOf(1, "Birthday"), "1990-05-06");
-  EXPECT_EQ(valueOf(1, "home_addr"), "다시 나구 가로 7");
-  EXPECT_EQ(valueOf(1, "home_zipcode"), "11111");
-  EXPECT_EQ(valueOf(1, "company_fax1"), "");
-}
-
 }  // namespace
 }  // namespace vlout::ui
