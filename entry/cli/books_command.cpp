@@ -1,6 +1,6 @@
 #include <CLI/CLI.hpp>
-#include <iostream>
 #include <memory>
+#include <ostream>
 #include <string>
 
 #include "entry/cli/command.h"
@@ -55,10 +55,7 @@ void addBooksCommand(CLI::App& app, int& status) {
       text::say("데스크톱의 주소록을 보여 줍니다.", "Lists the address books of the desktop."));
   const auto json = std::make_shared<bool>(false);
   addJsonFlag(*books, *json);
-  books->callback([json, &status] {
-    printBooks(*json, std::cout);
-    status = std::cout ? kDone : kRefused;
-  });
+  onGiven(*books, status, [json](std::ostream& out) { printBooks(*json, out); });
 }
 
 }  // namespace vlout::entry::cli

@@ -2,10 +2,10 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
-#include <iostream>
 #include <map>
 #include <memory>
 #include <optional>
+#include <ostream>
 #include <string>
 
 #include "entry/cli/command.h"
@@ -208,10 +208,7 @@ std::shared_ptr<Arguments> addLook(CLI::App& command, int& status, Act act) {
   auto arguments = std::make_shared<Arguments>();
   addFolderOption(command, arguments->folder);
   addJsonFlag(command, arguments->json);
-  command.callback([arguments, act, &status] {
-    act(*arguments, std::cout);
-    status = std::cout ? kDone : kRefused;
-  });
+  onGiven(command, status, [arguments, act](std::ostream& out) { act(*arguments, out); });
   return arguments;
 }
 

@@ -1,6 +1,8 @@
 #include "entry/cli/command.h"
 
 #include <CLI/CLI.hpp>
+#include <iostream>
+#include <utility>
 
 #include "text/language.h"
 
@@ -28,6 +30,14 @@ void addJsonFlag(CLI::App& command, bool& json) {
   command.add_flag(
       "--json", json,
       text::say("프로그램이 읽을 수 있게 JSON으로 씁니다.", "Writes JSON, for programs to read."));
+}
+
+void onGiven(CLI::App& command, int& status, std::function<void(std::ostream&)> print) {
+  command.callback([print = std::move(print), &status] {
+    print(std::cout);
+    std::cout.flush();
+    status = std::cout ? kDone : kRefused;
+  });
 }
 
 }  // namespace vlout::entry::cli

@@ -3,6 +3,8 @@
 // on the list.
 #pragma once
 
+#include <functional>
+#include <iosfwd>
 #include <string>
 
 namespace CLI {
@@ -37,5 +39,9 @@ void addWindowCommand(CLI::App& app, int& status);
 void addFolderOption(CLI::App& command, std::string& folder);
 void addContactsOption(CLI::App& command, std::string& contacts);
 void addJsonFlag(CLI::App& command, bool& json);
+
+// When the user gives the command, `print` does it and writes what it has to say. An output that
+// cannot be written is a refusal.
+void onGiven(CLI::App& command, int& status, std::function<void(std::ostream&)> print);
 
 }  // namespace vlout::entry::cli

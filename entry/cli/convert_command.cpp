@@ -1,6 +1,6 @@
 #include <CLI/CLI.hpp>
-#include <iostream>
 #include <memory>
+#include <ostream>
 
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
@@ -29,11 +29,10 @@ void addConvertCommand(CLI::App& app, int& status) {
                    text::say("Jet 파일. 읽기만 합니다.", "The Jet file. It is only read."))
       ->required();
   addFolderOption(*command, arguments->folder);
-  command->callback([arguments, &status] {
+  onGiven(*command, status, [arguments](std::ostream& out) {
     const auto folder = componentFolder(arguments->folder);
-    convertJet(arguments->file, folder, std::cout, handleInterrupts());
-    std::cout << text::onOneLine(folder.string()) << std::endl;
-    status = std::cout ? kDone : kRefused;
+    convertJet(arguments->file, folder, out, handleInterrupts());
+    out << text::onOneLine(folder.string()) << '\n';
   });
 }
 

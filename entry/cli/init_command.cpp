@@ -1,6 +1,6 @@
 #include <CLI/CLI.hpp>
-#include <iostream>
 #include <memory>
+#include <ostream>
 
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
@@ -15,11 +15,10 @@ void addInitCommand(CLI::App& app, int& status) {
                                            "Makes a new component folder with an empty database."));
   const auto given = std::make_shared<std::string>();
   addFolderOption(*command, *given);
-  command->callback([given, &status] {
+  onGiven(*command, status, [given](std::ostream& out) {
     const auto folder = componentFolder(*given);
     initializeFolder(folder);
-    std::cout << text::onOneLine(folder.string()) << std::endl;
-    status = std::cout ? kDone : kRefused;
+    out << text::onOneLine(folder.string()) << '\n';
   });
 }
 

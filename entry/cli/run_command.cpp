@@ -266,6 +266,64 @@ int runGiven(const Arguments& arguments) {
   return completed && std::cout ? kDone : kRefused;
 }
 
+void addOptionsOnCards(CLI::App& run, Arguments& arguments) {
+  run.add_option(
+         "--range", arguments.range,
+         text::say(
+             "내보내기 범위: selected 선택항목(호스트의 목록이 있을 때의 기본값), group 그룹, "
+             "all 전체자료(목록이 없을 때의 기본값)",
+             "What to export: selected (the host's list; the default where there is one), group, "
+             "or "
+             "all (the default where there is no list)"))
+      ->check(isOneOf(transfer::kRangeWords));
+  run.add_option(
+      "--group", arguments.group,
+      text::say(
+          "내보낼 그룹 또는 가져온 연락처를 둘 그룹: 번호, 경로(거래처/서울) 또는 이름",
+          "Group to export, or to put imported contacts into: its number, path (A/B) or name"));
+  run.add_flag("--subgroups", arguments.subgroups,
+               text::say("하위그룹 포함 (--range group)", "With its subgroups (--range group)"));
+  run.add_option(
+         "--set", arguments.boxes,
+         text::say("옵션 상자를 켜거나(1) 끕니다(0): OUT_CHECKn=0|1, chadd=0|1. 창에서와 같이 "
+                   "다음 실행에도 남습니다(chadd 제외).",
+                   "Ticks (1) or clears (0) a box of options: OUT_CHECKn=0|1, chadd=0|1. As in the "
+                   "window, it stays so "
+                   "for the next runs (except chadd)."))
+      ->check(checkBoxSetting);
+  run.add_flag(
+      "--photo,!--no-photo", arguments.photo,
+      text::say(
+          "연락처에 다른 사진이 없으면 명함의 사진을 보이게(PHOTO) 합니다. 다음 실행에도 남습니다.",
+          "Shows the card's picture (PHOTO) on a contact that has no other. Stays so for the next "
+          "runs."));
+}
+
+void addOptionsOnTheRun(CLI::App& run, Arguments& arguments) {
+  run.add_option("--on-conflict", arguments.onConflict,
+                 text::say("상호갱신의 충돌 처리: skip, newer, card, outlook, stop",
+                           "What a sync does with a conflict: skip, newer, card, outlook, stop"))
+      ->check(CLI::IsMember({"skip", "newer", "card", "outlook", "stop"}));
+  run.add_flag(
+      "--preview", arguments.preview,
+      text::say("결과와 바뀔 값을 보여 주기만 하고 아무것도 쓰지 않습니다.",
+                "Only shows the results and the values that would change; writes nothing."));
+  run.add_flag(
+      "--quiet", arguments.quiet,
+      text::say("처리하지 못한 자료와 합계만 쓰고, 할 일이 없었으면 아무것도 쓰지 않습니다.",
+                "Prints only what could not be handled and the counts; nothing where there was "
+                "nothing to do."));
+  run.add_flag("--notify", arguments.notify,
+               text::say("처리하지 못한 자료가 있으면 데스크톱에 알립니다.",
+                         "Tells the desktop when something could not be handled."));
+  run.add_flag(
+      "--yes", arguments.yes,
+      text::say("지난 작업 때와 다른 연락처나, 그때와 달리 비어 있는 연락처 폴더라도 묻지 않고 "
+                "합니다.",
+                "Does not ask about contacts that are not those of the last run, or a folder that "
+                "has been emptied since."));
+}
+
 }  // namespace
 
 void addRunCommand(CLI::App& app, int& status) {
@@ -281,58 +339,8 @@ void addRunCommand(CLI::App& app, int& status) {
       ->check(isOneOf(transfer::kModeWords));
   addFolderOption(*run, arguments->folder);
   addContactsOption(*run, arguments->contacts);
-  run->add_option(
-         "--range", arguments->range,
-         text::say(
-             "내보내기 범위: selected 선택항목(호스트의 목록이 있을 때의 기본값), group 그룹, "
-             "all 전체자료(목록이 없을 때의 기본값)",
-             "What to export: selected (the host's list; the default where there is one), group, "
-             "or "
-             "all (the default where there is no list)"))
-      ->check(isOneOf(transfer::kRangeWords));
-  run->add_option(
-      "--group", arguments->group,
-      text::say(
-          "내보낼 그룹 또는 가져온 연락처를 둘 그룹: 번호, 경로(거래처/서울) 또는 이름",
-          "Group to export, or to put imported contacts into: its number, path (A/B) or name"));
-  run->add_flag("--subgroups", arguments->subgroups,
-                text::say("하위그룹 포함 (--range group)", "With its subgroups (--range group)"));
-  run->add_option(
-         "--set", arguments->boxes,
-         text::say("옵션 상자를 켜거나(1) 끕니다(0): OUT_CHECKn=0|1, chadd=0|1. 창에서와 같이 "
-                   "다음 실행에도 남습니다(chadd 제외).",
-                   "Ticks (1) or clears (0) a box of options: OUT_CHECKn=0|1, chadd=0|1. As in the "
-                   "window, it stays so "
-                   "for the next runs (except chadd)."))
-      ->check(checkBoxSetting);
-  run->add_flag(
-      "--photo,!--no-photo", arguments->photo,
-      text::say(
-          "연락처에 다른 사진이 없으면 명함의 사진을 보이게(PHOTO) 합니다. 다음 실행에도 남습니다.",
-          "Shows the card's picture (PHOTO) on a contact that has no other. Stays so for the next "
-          "runs."));
-  run->add_option("--on-conflict", arguments->onConflict,
-                  text::say("상호갱신의 충돌 처리: skip, newer, card, outlook, stop",
-                            "What a sync does with a conflict: skip, newer, card, outlook, stop"))
-      ->check(CLI::IsMember({"skip", "newer", "card", "outlook", "stop"}));
-  run->add_flag(
-      "--preview", arguments->preview,
-      text::say("결과와 바뀔 값을 보여 주기만 하고 아무것도 쓰지 않습니다.",
-                "Only shows the results and the values that would change; writes nothing."));
-  run->add_flag(
-      "--quiet", arguments->quiet,
-      text::say("처리하지 못한 자료와 합계만 쓰고, 할 일이 없었으면 아무것도 쓰지 않습니다.",
-                "Prints only what could not be handled and the counts; nothing where there was "
-                "nothing to do."));
-  run->add_flag("--notify", arguments->notify,
-                text::say("처리하지 못한 자료가 있으면 데스크톱에 알립니다.",
-                          "Tells the desktop when something could not be handled."));
-  run->add_flag(
-      "--yes", arguments->yes,
-      text::say("지난 작업 때와 다른 연락처나, 그때와 달리 비어 있는 연락처 폴더라도 묻지 않고 "
-                "합니다.",
-                "Does not ask about contacts that are not those of the last run, or a folder that "
-                "has been emptied since."));
+  addOptionsOnCards(*run, *arguments);
+  addOptionsOnTheRun(*run, *arguments);
   run->callback([arguments, &status] { status = runGiven(*arguments); });
 }
 

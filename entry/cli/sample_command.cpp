@@ -1,6 +1,6 @@
 #include <CLI/CLI.hpp>
-#include <iostream>
 #include <memory>
+#include <ostream>
 
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
@@ -46,11 +46,10 @@ void addSampleCommand(CLI::App& app, int& status) {
           "--seed", arguments->seed,
           text::say("같은 값은 같은 명함을 만듭니다.", "The same value makes the same cards."))
       ->capture_default_str();
-  command->callback([arguments, &status] {
+  onGiven(*command, status, [arguments](std::ostream& out) {
     const auto folder = componentFolder(arguments->folder);
     makeSampleFolder(folder, *arguments);
-    std::cout << text::onOneLine(folder.string()) << std::endl;
-    status = std::cout ? kDone : kRefused;
+    out << text::onOneLine(folder.string()) << '\n';
   });
 }
 

@@ -1,8 +1,8 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <iomanip>
-#include <iostream>
 #include <memory>
+#include <ostream>
 #include <string>
 
 #include "entry/cli/command.h"
@@ -129,10 +129,7 @@ void addStatusCommand(CLI::App& app, int& status) {
       "--all", arguments->all,
       text::say("줄이지 않고 모두 보여 줍니다.", "Shows all of them, not only the first."));
   addJsonFlag(*command, arguments->json);
-  command->callback([arguments, &status] {
-    showStatus(*arguments, std::cout);
-    status = std::cout ? kDone : kRefused;
-  });
+  onGiven(*command, status, [arguments](std::ostream& out) { showStatus(*arguments, out); });
 }
 
 }  // namespace vlout::entry::cli
