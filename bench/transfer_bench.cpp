@@ -76,7 +76,7 @@ class Scene {
     std::string pattern = (std::filesystem::temp_directory_path() / "vlout-bench-XXXXXX").string();
     folder_ = mkdtemp(pattern.data());
     const store::ConnectionSettings settings{.componentFolder = folder_};
-    store::createDatabase(settings.databaseFile());
+    store::sqlite::createDatabase(settings.databaseFile());
     std::filesystem::create_directory(contactFolder());
     connection_.open(settings);
     sample::fillWithSampleCards(connection_, {.cards = static_cast<int>(cards), .seed = 1});
@@ -161,7 +161,7 @@ class Scene {
   }
 
   std::filesystem::path folder_;
-  store::SqliteConnection connection_;
+  store::sqlite::SqliteConnection connection_;
   transfer::WorkList list_;
   SilentWindow window_;
 };
@@ -358,11 +358,11 @@ void floorLook(benchmark::State& state, bool readsRows) {
   for (const auto& entry : std::filesystem::directory_iterator(scene.contactFolder())) {
     names.push_back(entry.path().filename().string());
   }
-  const auto read = [](store::Statement& rows) {
+  const auto read = [](store::sqlite::Statement& rows) {
     std::size_t bytes = 0;
     while (rows.next()) {
       for (int i = 0; i < rows.columnCount(); ++i) {
-        if (rows.type(i) != store::Statement::Type::Null) bytes += rows.bytes(i).size();
+        if (rows.type(i) != store::sqlite::Statement::Type::Null) bytes += rows.bytes(i).size();
       }
     }
     benchmark::DoNotOptimize(bytes);
@@ -374,18 +374,20 @@ void floorLook(benchmark::State& state, bool readsRows) {
       for (const std::string& name : names) fstatat(folder, name.c_str(), &status, 0);
       close(folder);
       const store::ConnectionSettings settings{.componentFolder = scene.folder()};
-      const auto database = store::openDatabase(settings.databaseFile(), store::Access::ReadOnly);
-      store::execute(database.get(), "BEGIN");
-      store::Statement list(database.get(),
-                            "SELECT i_idx,FullName,cellphone,email,Outlook_modate,Last_moddate,"
-                            "VLLastsync_date,folder_name FROM tbl_namecard");
+      const auto database =
+          store::sqlite::openDatabase(settings.databaseFile(), store::sqlite::Access::ReadOnly);
+      store::sqlite::execute(database.get(), "BEGIN");
+      store::sqlite::Statement list(
+          database.get(),
+          "SELECT i_idx,FullName,cellphone,email,Outlook_modate,Last_moddate,"
+          "VLLastsync_date,folder_name FROM tbl_namecard");
       read(list);
-      store::Statement row(database.get(), "SELECT * FROM tbl_namecard where [i_idx] = ?");
+      store::sqlite::Statement row(database.get(), "SELECT * FROM tbl_namecard where [i_idx] = ?");
       for (std::size_t i = 1; readsRows && i <= names.size(); ++i) {
         row.bind(1, static_cast<std::int64_t>(i));
         read(row);
       }
-      store::execute(database.get(), "COMMIT");
+      store::sqlite::execute(database.get(), "COMMIT");
     });
   }
 }

@@ -13,8 +13,8 @@ namespace {
 store::Connection& database() {
   static const auto connection = [] {
     const store::ConnectionSettings settings{.componentFolder = scratchFolder()};
-    store::createDatabase(settings.databaseFile());
-    auto opened = std::make_unique<store::SqliteConnection>();
+    store::sqlite::createDatabase(settings.databaseFile());
+    auto opened = std::make_unique<store::sqlite::SqliteConnection>();
     opened->open(settings);
     return opened;
   }();

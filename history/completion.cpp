@@ -54,7 +54,7 @@ void addCards(const Written& written, const std::filesystem::path& folder, Store
 }
 
 std::set<std::int64_t> cardsToStamp(const Runs& runs, const std::filesystem::path& folder,
-                                    int current, store::SqliteConnection& connection) {
+                                    int current, store::sqlite::SqliteConnection& connection) {
   std::set<std::int64_t> cards;
   StoredRows now(connection.database());
   for (const RunRecord& run : runsCutShort(runs, runs.nameOf(folder), current)) {
@@ -85,7 +85,7 @@ std::multimap<std::int64_t, text::DateTime> timesOf(const std::set<std::int64_t>
 // to the run that was cut short: an undo of the one that begins now must not bring them back.
 class Unrecorded : public store::Connection {
  public:
-  explicit Unrecorded(store::SqliteConnection& connection) : connection_(connection) {}
+  explicit Unrecorded(store::sqlite::SqliteConnection& connection) : connection_(connection) {}
   void open(const store::ConnectionSettings& settings) override { connection_.open(settings); }
   [[nodiscard]] bool isOpen() const override { return connection_.isOpen(); }
   std::int64_t execute(std::string_view sql) override {
@@ -96,7 +96,7 @@ class Unrecorded : public store::Connection {
   }
 
  private:
-  store::SqliteConnection& connection_;
+  store::sqlite::SqliteConnection& connection_;
 };
 
 class CutShort {
@@ -133,20 +133,20 @@ class CutShort {
   WrittenLog log_;
 };
 
-void forgetTransfer(const outlook::LostSave& lost, store::SqliteConnection& connection,
+void forgetTransfer(const outlook::LostSave& lost, store::sqlite::SqliteConnection& connection,
                     CutShort* run) {
   const RowKey row{std::string(store::kCardTable), text::parseInteger(lost.row).value()};
   Unrecorded unrecorded(connection);
   StoredRows rows(connection.database());
-  store::execute(connection.database(), "BEGIN IMMEDIATE");
+  store::sqlite::execute(connection.database(), "BEGIN IMMEDIATE");
   try {
     const auto before = rows.at(row);
     transfer::forgetTransfer(unrecorded, lost.row, lost.contactTime);
     const auto now = rows.at(row);
     if (run != nullptr && before && now) run->addRow(row, *before, *now);
-    store::execute(connection.database(), "COMMIT");
+    store::sqlite::execute(connection.database(), "COMMIT");
   } catch (...) {
-    store::rollBack(connection.database());
+    store::sqlite::rollBack(connection.database());
     throw;
   }
 }
@@ -166,7 +166,7 @@ void openNewest(const std::vector<RunRecord>& cutShort, const Runs& runs,
 }  // namespace
 
 void completeSaves(const Runs& runs, const std::filesystem::path& folder, int current,
-                   store::SqliteConnection& connection, outlook::ContactStore& contacts) {
+                   store::sqlite::SqliteConnection& connection, outlook::ContactStore& contacts) {
   std::optional<CutShort> run;
   contacts.completeSaves([&](const outlook::LostSave& lost) {
     if (lost.row.empty()) return;
@@ -177,7 +177,7 @@ void completeSaves(const Runs& runs, const std::filesystem::path& folder, int cu
 }
 
 void completeDates(const Runs& runs, const std::filesystem::path& folder, int current,
-                   store::SqliteConnection& connection, outlook::ContactStore& contacts) {
+                   store::sqlite::SqliteConnection& connection, outlook::ContactStore& contacts) {
   const auto cards = cardsToStamp(runs, folder, current, connection);
   if (cards.empty()) return;
   std::multimap<std::int64_t, text::DateTime> times;

@@ -17,8 +17,8 @@ namespace vlout::history {
 // DatabaseError and whatever else a write of that run throws, the second DatabaseError,
 // ContactStoreError and std::system_error.
 void completeDates(const Runs& runs, const std::filesystem::path& folder, int current,
-                   store::SqliteConnection& connection, outlook::ContactStore& contacts);
+                   store::sqlite::SqliteConnection& connection, outlook::ContactStore& contacts);
 void completeSaves(const Runs& runs, const std::filesystem::path& folder, int current,
-                   store::SqliteConnection& connection, outlook::ContactStore& contacts);
+                   store::sqlite::SqliteConnection& connection, outlook::ContactStore& contacts);
 
 }  // namespace vlout::history

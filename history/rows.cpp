@@ -18,7 +18,7 @@
 namespace vlout::history {
 namespace {
 
-using store::Statement;
+using store::sqlite::Statement;
 
 constexpr std::array<std::string_view, 2> kTables{store::kCardTable, store::kFolderTable};
 
@@ -82,9 +82,9 @@ void RowWatch::note(int operation, std::string_view table, std::int64_t from, st
     std::string old;
     std::string now;
     if (operation != SQLITE_INSERT && sqlite3_preupdate_old(database_, column, &value) == SQLITE_OK)
-      old = store::cellOf(value);
+      old = store::sqlite::cellOf(value);
     if (operation != SQLITE_DELETE && sqlite3_preupdate_new(database_, column, &value) == SQLITE_OK)
-      now = store::cellOf(value);
+      now = store::sqlite::cellOf(value);
     const bool isChanged = operation == SQLITE_UPDATE && !isMoved;
     if (isChanged ? old == now : old.empty() && now.empty()) continue;
     if (isChanged || !old.empty()) before.emplace(names[i], std::move(old));

@@ -58,7 +58,7 @@ class StoredRows {
 
  private:
   sqlite3* database_;
-  std::map<std::string, store::Statement> looks_;  // by table
+  std::map<std::string, store::sqlite::Statement> looks_;  // by table
 };
 
 }  // namespace vlout::history

@@ -190,7 +190,7 @@ void RunRecorder::sync() {
   tell([&] { log_->sync(); });
 }
 
-void RunRecorder::completeCutShort(store::SqliteConnection& connection,
+void RunRecorder::completeCutShort(store::sqlite::SqliteConnection& connection,
                                    outlook::ContactStore& contacts) {
   const int current = record_ ? record_->number : 0;
   completeSaves(runs_, contacts_, current, connection, contacts);
@@ -242,15 +242,15 @@ std::int64_t RecordedConnection::execute(std::string_view sql) {
   return endingRunWhenBusy([&] {
     watch_->forget();
     readTogether(false);
-    store::execute(database(), "BEGIN IMMEDIATE");
+    store::sqlite::execute(database(), "BEGIN IMMEDIATE");
     try {
       const std::int64_t count = SqliteConnection::execute(sql);
       recorder_->rows(watch_->take());
-      store::execute(database(), "COMMIT");
+      store::sqlite::execute(database(), "COMMIT");
       return count;
     } catch (...) {
       watch_->forget();
-      store::rollBack(database());
+      store::sqlite::rollBack(database());
       throw;
     }
   });
@@ -260,11 +260,11 @@ RecordedConnection::~RecordedConnection() {
   if (rows_) recorder_->looksNoMoreAt(*rows_);
 }
 
-store::Database RecordedConnection::openFile(const std::filesystem::path& file) {
+store::sqlite::Database RecordedConnection::openFile(const std::filesystem::path& file) {
   if (rows_) recorder_->looksNoMoreAt(*rows_);
   watch_.reset();
   rows_.reset();
-  store::Database database = SqliteConnection::openFile(file);
+  store::sqlite::Database database = SqliteConnection::openFile(file);
   watch_.emplace(database.get());
   rows_.emplace(database.get());
   recorder_->looksAt(*rows_);

@@ -69,7 +69,8 @@ class RunRecorder {
   // Completes what an earlier run has left by halves (history/completion.h). To be called between
   // `beginOrObject` and the reading of rows, with the stores of the run or of its preview. Throws
   // DatabaseError, ContactStoreError, std::system_error and RunAborted.
-  void completeCutShort(store::SqliteConnection& connection, outlook::ContactStore& contacts);
+  void completeCutShort(store::sqlite::SqliteConnection& connection,
+                        outlook::ContactStore& contacts);
 
  private:
   [[nodiscard]] std::optional<std::size_t> filesLeftBy(const RunRecord& run) const;
@@ -93,7 +94,7 @@ class RunRecorder {
 };
 
 // The database of a run.
-class RecordedConnection : public store::SqliteConnection {
+class RecordedConnection : public store::sqlite::SqliteConnection {
  public:
   RecordedConnection(std::shared_ptr<RunRecorder> recorder, const volatile std::sig_atomic_t* stop)
       : SqliteConnection(stop), recorder_(std::move(recorder)) {}
@@ -102,7 +103,7 @@ class RecordedConnection : public store::SqliteConnection {
   std::unique_ptr<store::Recordset> query(std::string_view sql) override;
 
  protected:
-  [[nodiscard]] store::Database openFile(const std::filesystem::path& file) override;
+  [[nodiscard]] store::sqlite::Database openFile(const std::filesystem::path& file) override;
 
  private:
   template <typename Use>

@@ -41,7 +41,7 @@ class RowNames {
  public:
   explicit RowNames(const fs::path& database) {
     try {
-      database_.emplace(database, store::Access::ReadOnly);
+      database_.emplace(database, store::sqlite::Access::ReadOnly);
       rows_.emplace(database_->get());
     } catch (const store::DatabaseError&) {
       rows_.reset();  // then rows go by their numbers
@@ -57,7 +57,7 @@ class RowNames {
   }
 
  private:
-  std::optional<store::StoredDatabase> database_;
+  std::optional<store::sqlite::StoredDatabase> database_;
   std::optional<StoredRows> rows_;
 };
 

@@ -222,11 +222,11 @@ void Undo::findFileChanges() {
 // protected as well, and stay so.
 void Undo::findRowChanges() {
   try {
-    store::requireWritable(database_);
+    store::sqlite::requireWritable(database_);
   } catch (const store::DatabaseError& error) {
     throw UndoError(text::pathText(database_) + ": " + error.what());
   }
-  const store::StoredDatabase database(database_, store::Access::ReadWrite);
+  const store::sqlite::StoredDatabase database(database_, store::sqlite::Access::ReadWrite);
   StoredRows rows(database.get());
   try {
     for (const auto& [key, trail] : rowTrails_) {
@@ -326,13 +326,13 @@ void Undo::requireUnchanged() const {
 }
 
 void Undo::putRowsBack(RunRecorder& recorder) {
-  store::SqliteConnection connection;
+  store::sqlite::SqliteConnection connection;
   connection.open({.componentFolder = folder_});
   sqlite3* const database = connection.database();
   StoredRows rows(database);
   RowWatch watch(database);
   try {
-    store::execute(database, "BEGIN IMMEDIATE");
+    store::sqlite::execute(database, "BEGIN IMMEDIATE");
     if (rowChanges(rows) != rows_) {
       throw UndoError(text::say("그 사이에 데이터베이스가 바뀌었습니다. 다시 실행하십시오.",
                                 "The database has changed in the meantime. Run the undo again."));
@@ -356,12 +356,12 @@ void Undo::putRowsBack(RunRecorder& recorder) {
     }
     recorder.rows(writes);
     recorder.sync();
-    store::execute(database, "COMMIT");
+    store::sqlite::execute(database, "COMMIT");
   } catch (const store::DatabaseBusy& error) {
-    store::rollBack(database);
+    store::sqlite::rollBack(database);
     throw UndoError(text::pathText(database_) + ": " + error.what());
   } catch (...) {
-    store::rollBack(database);
+    store::sqlite::rollBack(database);
     throw;
   }
 }

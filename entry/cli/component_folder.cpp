@@ -113,10 +113,10 @@ void initializeFolder(const std::filesystem::path& folder, const Filler& fill) {
   const store::ConnectionSettings inWorkshop{.componentFolder =
                                                  folder / (".new-" + std::to_string(getpid()))};
   workshop.make(inWorkshop.componentFolder);
-  store::createDatabase(inWorkshop.databaseFile());
+  store::sqlite::createDatabase(inWorkshop.databaseFile());
   std::string list;
   if (fill) {
-    store::SqliteConnection connection;
+    store::sqlite::SqliteConnection connection;
     connection.open(inWorkshop);
     list = fill(connection);
   }

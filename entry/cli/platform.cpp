@@ -79,7 +79,8 @@ Platform makePlatform(const std::filesystem::path& componentFolder,
       // The connections of this platform are all of this kind, that of a preview too.
       .completeCutShort =
           [recorder](store::Connection& connection, outlook::ContactStore& store) {
-            recorder->completeCutShort(dynamic_cast<store::SqliteConnection&>(connection), store);
+            recorder->completeCutShort(dynamic_cast<store::sqlite::SqliteConnection&>(connection),
+                                       store);
           },
       .endRun = [recorder](const ui::RunOutcome& outcome) { recorder->end(outcome); },
       .desk = std::make_shared<LinuxDesk>(componentFolder, contacts),

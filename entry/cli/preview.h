@@ -34,7 +34,7 @@ class StorePreview : public Preview {
 
   posix::PrivateFolder folder_;
   std::vector<ui::FieldChange> changes_;
-  store::PreviewConnection connection_;
+  store::sqlite::PreviewConnection connection_;
   std::unique_ptr<outlook::ContactStore> contacts_;
 };
 

@@ -7,7 +7,7 @@
 
 #include "store/connection.h"
 
-namespace vlout::store {
+namespace vlout::store::sqlite {
 namespace {
 
 void copy(sqlite3* from, sqlite3* to) {
@@ -22,7 +22,7 @@ StoredDatabase::StoredDatabase(const std::filesystem::path& file, Access access)
   try {
     database_ = openDatabase(file, access);
     // The first look tells whether it is a database at all.
-    store::execute(database_.get(), "SELECT count(*) FROM sqlite_master");
+    sqlite::execute(database_.get(), "SELECT count(*) FROM sqlite_master");
   } catch (const DatabaseError& error) {
     throw DatabaseError(file.string() + ": " + error.what());
   }
@@ -42,4 +42,4 @@ void backUpDatabase(const std::filesystem::path& from, const std::filesystem::pa
   }
 }
 
-}  // namespace vlout::store
+}  // namespace vlout::store::sqlite

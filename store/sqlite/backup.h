@@ -5,7 +5,7 @@
 
 #include "store/sqlite/statement.h"
 
-namespace vlout::store {
+namespace vlout::store::sqlite {
 
 // A database file that is only read. With `Access::ReadWrite`, for one that others work on, what
 // the look needs beside it goes with the look. Throws DatabaseError, which names the file.
@@ -22,4 +22,4 @@ class StoredDatabase {
 // have committed to it. Throws DatabaseError.
 void backUpDatabase(const std::filesystem::path& from, const std::filesystem::path& to);
 
-}  // namespace vlout::store
+}  // namespace vlout::store::sqlite

@@ -12,7 +12,7 @@
 #include "store/connection.h"
 #include "text/language.h"
 
-namespace vlout::store {
+namespace vlout::store::sqlite {
 namespace {
 
 constexpr std::array<const char*, 4> kSuffixes{"", "-wal", "-shm", "-journal"};
@@ -48,4 +48,4 @@ void requireWritable(const std::filesystem::path& database) {
   look(database, true);
 }
 
-}  // namespace vlout::store
+}  // namespace vlout::store::sqlite

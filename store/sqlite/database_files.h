@@ -5,7 +5,7 @@
 
 #include <filesystem>
 
-namespace vlout::store {
+namespace vlout::store::sqlite {
 
 // Links are followed. Throws DatabaseError when the database is not there, or when it or one of the
 // files that SQLite keeps beside it is no regular file; the text names one of those beside it.
@@ -14,4 +14,4 @@ void requireRegularFiles(const std::filesystem::path& database);
 // The same, and they are files that may be written.
 void requireWritable(const std::filesystem::path& database);
 
-}  // namespace vlout::store
+}  // namespace vlout::store::sqlite

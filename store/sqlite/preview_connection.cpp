@@ -25,7 +25,7 @@
 #include "store/sqlite/database_files.h"
 #include "text/ascii.h"
 
-namespace vlout::store {
+namespace vlout::store::sqlite {
 namespace {
 
 // The database and what may lie beside it with the newest of its content.
@@ -117,7 +117,7 @@ Database PreviewConnection::openFile(const std::filesystem::path& file) {
   Database database = SqliteConnection::openFile(copy);
   // Open files live on without their names; people's data must not lie about after a crash. The
   // first look opens what belongs to the database.
-  store::execute(database.get(), "SELECT 1 FROM sqlite_master");
+  sqlite::execute(database.get(), "SELECT 1 FROM sqlite_master");
   for (const char* const suffix : {"", "-wal", "-shm", "-journal"}) {
     ::unlink((copy.string() + suffix).c_str());
   }
@@ -167,4 +167,4 @@ void PreviewConnection::noteUpdate(sqlite3* database) {
   }
 }
 
-}  // namespace vlout::store
+}  // namespace vlout::store::sqlite

@@ -8,7 +8,7 @@
 
 #include "store/sqlite/sqlite_connection.h"
 
-namespace vlout::store {
+namespace vlout::store::sqlite {
 
 class PreviewConnection : public SqliteConnection {
  public:
@@ -40,4 +40,4 @@ class PreviewConnection : public SqliteConnection {
   std::vector<Change> changes_;  // of the statement that runs
 };
 
-}  // namespace vlout::store
+}  // namespace vlout::store::sqlite

@@ -17,7 +17,7 @@
 #include "text/ascii.h"
 #include "text/language.h"
 
-namespace vlout::store {
+namespace vlout::store::sqlite {
 namespace {
 
 // Statements that differ only in their values share an entry, so a run needs a dozen; texts that
@@ -44,11 +44,11 @@ void configure(sqlite3* database) {
   sqlite3_db_config(database, SQLITE_DBCONFIG_DQS_DDL, 0, nullptr);
   sqlite3_db_config(database, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
   // The change to WAL does not wait for another program that writes.
-  if (!keepsLog(database)) store::execute(database, "BEGIN IMMEDIATE; COMMIT");
+  if (!keepsLog(database)) sqlite::execute(database, "BEGIN IMMEDIATE; COMMIT");
   // In WAL mode NORMAL keeps the file consistent through a power cut; at worst the last rows'
   // stamps are lost, and the next run finds and repairs such pairs.
-  store::execute(database,
-                 "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-16384;");
+  sqlite::execute(database,
+                  "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-16384;");
 }
 
 }  // namespace
@@ -242,9 +242,9 @@ bool SqliteConnection::readTogether(bool together) {
   constexpr std::chrono::milliseconds kLongest(5);
   const auto now = std::chrono::steady_clock::now();
   if (together && together_ && now - *together_ < kLongest) return true;
-  if (std::exchange(together_, std::nullopt)) store::execute(database_.get(), "COMMIT");
+  if (std::exchange(together_, std::nullopt)) sqlite::execute(database_.get(), "COMMIT");
   if (!together || !keepsLog_ || sqlite3_get_autocommit(database_.get()) == 0) return false;
-  store::execute(database_.get(), "BEGIN");
+  sqlite::execute(database_.get(), "BEGIN");
   together_ = now;
   return true;
 }
@@ -286,7 +286,7 @@ void createDatabase(const std::filesystem::path& file) {
   try {
     const Database database = openDatabase(file, Access::ReadWrite);
     configure(database.get());
-    store::execute(database.get(), std::string("BEGIN;") + kSchemaSql + ";COMMIT");
+    sqlite::execute(database.get(), std::string("BEGIN;") + kSchemaSql + ";COMMIT");
   } catch (const DatabaseError& error) {
     std::error_code ignored;  // the failure to report is the one that led here
     for (const char* suffix : {"", "-wal", "-shm"}) {
@@ -296,4 +296,4 @@ void createDatabase(const std::filesystem::path& file) {
   }
 }
 
-}  // namespace vlout::store
+}  // namespace vlout::store::sqlite

@@ -13,7 +13,7 @@
 #include "store/connection.h"
 #include "store/sqlite/statement.h"
 
-namespace vlout::store {
+namespace vlout::store::sqlite {
 
 // The schema of a new database (store/schema.sql).
 extern const char* const kSchemaSql;
@@ -59,4 +59,4 @@ class SqliteConnection : public Connection {
   std::string closedBecause_ = "데이터베이스가 열려 있지 않습니다.";
 };
 
-}  // namespace vlout::store
+}  // namespace vlout::store::sqlite

@@ -11,7 +11,7 @@
 #include "store/sqlite/database_files.h"
 #include "text/language.h"
 
-namespace vlout::store {
+namespace vlout::store::sqlite {
 namespace {
 
 // The beginning tells which statement it was that failed; what follows may be people's data.
@@ -226,4 +226,4 @@ const char* Statement::columnName(int column) const {
   return sqlite3_column_name(statement_.get(), column);
 }
 
-}  // namespace vlout::store
+}  // namespace vlout::store::sqlite

@@ -15,7 +15,7 @@ struct sqlite3;
 struct sqlite3_stmt;
 struct sqlite3_value;
 
-namespace vlout::store {
+namespace vlout::store::sqlite {
 
 struct DatabaseCloser {
   void operator()(sqlite3* database) const;
@@ -83,4 +83,4 @@ class Statement {
   std::unique_ptr<sqlite3_stmt, Finalizer> statement_;
 };
 
-}  // namespace vlout::store
+}  // namespace vlout::store::sqlite

@@ -133,7 +133,7 @@ class ProgramTest : public testing::Test {
   }
 
   void execute(const std::string& sql) {
-    store::SqliteConnection connection;
+    store::sqlite::SqliteConnection connection;
     connection.open({.componentFolder = folder()});
     connection.execute(sql);
   }
@@ -142,7 +142,7 @@ class ProgramTest : public testing::Test {
   void expectPairs(std::size_t count) {
     const auto keys = contactKeys();
     EXPECT_EQ(keys.size(), count);
-    store::SqliteConnection connection;
+    store::sqlite::SqliteConnection connection;
     connection.open({.componentFolder = folder()});
     EXPECT_EQ(connection.query("PRAGMA integrity_check")->field("integrity_check"), "ok");
     const auto rows = connection.query("SELECT * FROM tbl_namecard");
@@ -304,7 +304,7 @@ TEST_F(ProgramTest, AnswersConflictsAsItIsTold) {
                         Case{"card", "'someday'", 0, "card", "제외합니다"}}) {
     std::filesystem::remove_all(folder());
     run({"init", "--folder", folder()});
-    store::SqliteConnection connection;
+    store::sqlite::SqliteConnection connection;
     connection.open({.componentFolder = folder()});
     connection.execute(
         std::string("INSERT INTO tbl_namecard(i_idx,p_idx,FullName,JobTitle,Birthday,"
@@ -390,7 +390,7 @@ TEST_F(ProgramTest, SaysWhatIsWrongWithWhatItIsGiven) {
        "exportlist.txt"},
       {"a column missing",
        [&] {
-         store::SqliteConnection connection;
+         store::sqlite::SqliteConnection connection;
          connection.open({.componentFolder = base});
          connection.execute("DROP INDEX idx_namecard_fullname");
          connection.execute("ALTER TABLE tbl_namecard DROP COLUMN FullName");
@@ -436,9 +436,9 @@ TEST_F(ProgramTest, AnInterruptStopsInOrder) {
 // A lock that another program keeps is waited for once, and not past a signal to end.
 TEST_F(ProgramTest, ARunThatWaitsForTheDatabaseCanBeEnded) {
   sample(3);
-  store::SqliteConnection other;
+  store::sqlite::SqliteConnection other;
   other.open({.componentFolder = folder()});
-  store::execute(other.database(), "BEGIN IMMEDIATE");
+  store::sqlite::execute(other.database(), "BEGIN IMMEDIATE");
   const pid_t child = start(exportAll());
   while (tests::fileNames(contacts()).empty() && !hasEnded(child)) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -449,7 +449,7 @@ TEST_F(ProgramTest, ARunThatWaitsForTheDatabaseCanBeEnded) {
   EXPECT_THAT(ended.err,
               AllOf(HasSubstr("VelmoraDB.vdb: 다른 프로그램이"), HasSubstr("database is locked")));
   EXPECT_EQ(tests::fileNames(contacts()).size(), 1U);
-  store::rollBack(other.database());
+  store::sqlite::rollBack(other.database());
   EXPECT_THAT(run(exportAll()).out, HasSubstr("추가=2/갱신=0"));
   expectPairs(3);
 }
@@ -526,7 +526,7 @@ TEST_F(ProgramTest, TheContactsAreThoseOfTheLastRunUnlessAnotherPlaceIsConfirmed
   EXPECT_THAT(tests::fileNames(other), IsEmpty());
   elsewhere.emplace_back("--yes");
   EXPECT_EQ(run(elsewhere).status, 0);
-  store::SqliteConnection connection;
+  store::sqlite::SqliteConnection connection;
   connection.open({.componentFolder = folder()});
   const auto inGroup = connection.query("SELECT i_idx FROM tbl_namecard WHERE f_idx=4")->rowCount();
   EXPECT_GT(inGroup, 0U);
@@ -628,7 +628,7 @@ TEST_F(ProgramTest, APreviewTouchesNothing) {
   run(exportAll());
   const std::string crashed = folder() + "2";
   {
-    store::SqliteConnection connection;
+    store::sqlite::SqliteConnection connection;
     connection.open({.componentFolder = folder()});
     connection.execute(
         "UPDATE tbl_namecard SET [JobTitle]='새 직함',[Last_moddate]='2099/01/01 00:00:00' where "
@@ -674,7 +674,7 @@ TEST_F(ProgramTest, APreviewTouchesNothing) {
   run(arguments);
   EXPECT_EQ(tests::stampsOf(crashed), before);
   {
-    store::SqliteConnection connection;
+    store::sqlite::SqliteConnection connection;
     connection.open({.componentFolder = crashed});
     connection.execute("PRAGMA journal_mode=DELETE");
   }
@@ -688,7 +688,7 @@ TEST_F(ProgramTest, APreviewTouchesNothing) {
 // An export that was killed and an undo that is killed again and again end as if neither had been.
 TEST_F(ProgramTest, AKilledRunIsUndoneByAnUndoThatIsKilled) {
   const auto everything = [&] {
-    store::SqliteConnection connection;
+    store::sqlite::SqliteConnection connection;
     connection.open({.componentFolder = folder()});
     return tests::filesDump(contacts()) + tests::rowsDump(connection);
   };

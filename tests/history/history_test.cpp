@@ -331,9 +331,10 @@ TEST_F(HistoryTest, TheNextRunCompletesWhatIsCertain) {
     startAfresh();
     makePairs();
     execute("UPDATE tbl_namecard SET Last_moddate='2025/02/01 10:00:00' where i_idx=4");
-    store::execute(database.database(),
-                   "CREATE TRIGGER killed BEFORE UPDATE ON tbl_namecard WHEN NEW.i_idx IN (1,4) "
-                   "BEGIN SELECT RAISE(ABORT,'killed'); END");
+    store::sqlite::execute(
+        database.database(),
+        "CREATE TRIGGER killed BEFORE UPDATE ON tbl_namecard WHEN NEW.i_idx IN (1,4) "
+        "BEGIN SELECT RAISE(ABORT,'killed'); END");
     run(frmOutlookSync::kExport);
     execute("DROP TRIGGER killed");
     record([](RunRecord& run) { run.state = RunState::Unfinished; });

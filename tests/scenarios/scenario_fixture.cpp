@@ -90,7 +90,7 @@ void ScenarioFixture::layOut(const std::filesystem::path& file) {
 void ScenarioFixture::expectOutcome() const {
   outlook::vcard::VCardStore store(contactsFolder().string());
   ASSERT_TRUE(store.connect());
-  store::SqliteConnection connection;
+  store::sqlite::SqliteConnection connection;
   connection.open({.componentFolder = folder()});
   std::string after;
   for (const std::string& line : outcome(connection, contactRecords(store))) after += line + "\n";

@@ -18,8 +18,8 @@ void prepare(const tests::Scenario& scenario, const std::filesystem::path& folde
   std::filesystem::create_directories(folder);
   scenario.writeFiles(folder);
   if (!scenario.sections.contains("[no database]")) {
-    vlout::store::createDatabase(settings.databaseFile());
-    vlout::store::SqliteConnection database;
+    vlout::store::sqlite::createDatabase(settings.databaseFile());
+    vlout::store::sqlite::SqliteConnection database;
     database.open(settings);
     scenario.fillDatabase(database);
   }
@@ -37,7 +37,7 @@ bool check(const tests::Scenario& scenario, const std::filesystem::path& folder)
   if (scenario.sections.contains("[no database]")) {
     return !std::filesystem::exists(settings.databaseFile());
   }
-  vlout::store::SqliteConnection database;
+  vlout::store::sqlite::SqliteConnection database;
   database.open(settings);
   const auto after = tests::outcome(database, tests::readRecords(folder / "outlook.txt"));
   const auto& expected = scenario.lines("[after]");

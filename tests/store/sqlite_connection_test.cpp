@@ -12,7 +12,7 @@
 #include "store/sql.h"
 #include "tests/support/database_fixture.h"
 
-namespace vlout::store {
+namespace vlout::store::sqlite {
 namespace {
 
 using testing::HasSubstr;
@@ -249,4 +249,4 @@ TEST(SqliteCreate, RefusesToOverwriteAndIsItsOwnersAlone) {
 }
 
 }  // namespace
-}  // namespace vlout::store
+}  // namespace vlout::store::sqlite

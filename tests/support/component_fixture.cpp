@@ -19,7 +19,7 @@ ComponentFixture::ComponentFixture() : ComponentFixture(std::make_unique<Scripte
 ComponentFixture::ComponentFixture(std::unique_ptr<ui::Toolkit> shown) {
   std::filesystem::create_directory(contactsFolder());
   const store::ConnectionSettings settings{.componentFolder = folder()};
-  store::createDatabase(settings.databaseFile());
+  store::sqlite::createDatabase(settings.databaseFile());
   database.open(settings);
   std::filesystem::path contacts = contactsFolder();
   if (const char* const uid = std::getenv("VLOUT_TEST_BOOK"); uid != nullptr) {

@@ -111,7 +111,7 @@ class ComponentFixture : public testing::Test {
   [[nodiscard]] std::unique_ptr<outlook::vcard::VCardStore> openContacts() const;
 
   TemporaryFolder temporary;
-  store::SqliteConnection database;  // the test's own view of the component's database
+  store::sqlite::SqliteConnection database;  // the test's own view of the component's database
   ScriptedToolkit* toolkit = nullptr;
   std::optional<BookFolder> book;
   std::unique_ptr<entry::Runtime> runtime;

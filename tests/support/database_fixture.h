@@ -11,13 +11,13 @@ namespace vlout::tests {
 class DatabaseFixture : public testing::Test {
  protected:
   DatabaseFixture() {
-    store::createDatabase(settings.databaseFile());
+    store::sqlite::createDatabase(settings.databaseFile());
     connection.open(settings);
   }
 
   TemporaryFolder folder;
   store::ConnectionSettings settings{.componentFolder = folder.path()};
-  store::SqliteConnection connection;
+  store::sqlite::SqliteConnection connection;
 };
 
 }  // namespace vlout::tests

@@ -147,8 +147,9 @@ TEST_F(MainWindowTest, RefusalsSayWhyAndTouchNothing) {
     toolkit = scripted.get();
     runtime.reset();
     runtime = std::make_unique<entry::Runtime>(
-        folder(), entry::Platform{[] { return std::make_unique<store::SqliteConnection>(); },
-                                  [&] { return std::move(contacts); }, std::move(scripted)});
+        folder(),
+        entry::Platform{[] { return std::make_unique<store::sqlite::SqliteConnection>(); },
+                        [&] { return std::move(contacts); }, std::move(scripted)});
     open([&](frmOutlookSync& window) {
       c.prepare(window);
       window.Command2.press();
