@@ -1,6 +1,7 @@
-// Which side of a pair has changed since the last transfer, and the one routine that records a
-// transfer. The three dates on a row and the contact's own modification time are all the memory
-// there is: after every transfer the three dates hold the contact's time.
+// Which side of a pair has changed since the last transfer, and what stamps a row by itself;
+// RowUpdate stamps one together with its values. The three dates on a row and the contact's own
+// modification time are all the memory there is: after every transfer the three dates hold the
+// contact's time.
 #pragma once
 
 #include <optional>
