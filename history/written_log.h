@@ -29,6 +29,7 @@
 
 #include "history/card_files.h"
 #include "history/row_key.h"
+#include "text/language.h"
 
 namespace vlout::history {
 
@@ -45,7 +46,8 @@ struct FileWrite {
 class DamagedLog : public std::runtime_error {
  public:
   explicit DamagedLog(const std::filesystem::path& log)
-      : std::runtime_error(log.string() + ": 복원 지점이 손상되었습니다") {}
+      : std::runtime_error(text::say("%1: 복원 지점이 손상되었습니다",
+                                     "%1: the restore point is damaged", {log.string()})) {}
 };
 
 // A run that was killed may have been about to make the last write of the files or of the rows.

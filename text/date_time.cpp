@@ -147,6 +147,18 @@ void putDate(std::string& text, year_month_day date) {
   putDigits(text, 8, 2, unsigned{date.day()});
 }
 
+// The form that stamps are written in, and so that of nearly all that is read.
+std::optional<DateTime> readStamp(std::string_view text) {
+  constexpr std::string_view kForm = "0000/00/00 00:00:00";
+  if (text.size() != kForm.size()) return std::nullopt;
+  for (std::size_t i = 0; i < kForm.size(); ++i) {
+    const bool fits = kForm[i] == '0' ? isAsciiDigit(text[i]) : text[i] == kForm[i];
+    if (!fits) return std::nullopt;
+  }
+  const auto two = [&](std::size_t at) { return (text[at] - '0') * 10 + text[at + 1] - '0'; };
+  return makeDateTime(two(0) * 100 + two(2), two(5), two(8), two(11), two(14), two(17));
+}
+
 }  // namespace
 
 std::optional<DateTime> makeDateTime(int year, int month, int day, int hour, int minute,
@@ -187,6 +199,7 @@ std::string formatDay(DateTime time) {
 }
 
 std::optional<DateTime> parseDateTime(std::string_view text) {
+  if (const auto stamp = readStamp(text)) return stamp;
   Reader reader(text);
   auto date = readDay(reader);
   if (!date) return std::nullopt;

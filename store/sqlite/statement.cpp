@@ -208,14 +208,14 @@ std::int64_t Statement::number(int column) const {
 }
 
 std::string_view Statement::bytes(int column) const {
-  // The bytes of a blob as they are; of anything else those of its text.
-  const bool isBlob = sqlite3_column_type(statement_.get(), column) == SQLITE_BLOB;
-  const void* const data =
-      isBlob ? sqlite3_column_blob(statement_.get(), column)
-             : static_cast<const void*>(sqlite3_column_text(statement_.get(), column));
+  // Found once: each call that names a column looks for it anew. The bytes of a blob are as they
+  // are; of anything else they are those of its text.
+  sqlite3_value* const value = sqlite3_column_value(statement_.get(), column);
+  const void* const data = sqlite3_value_type(value) == SQLITE_BLOB
+                               ? sqlite3_value_blob(value)
+                               : static_cast<const void*>(sqlite3_value_text(value));
   if (data == nullptr) return {};
-  return {static_cast<const char*>(data),
-          static_cast<std::size_t>(sqlite3_column_bytes(statement_.get(), column))};
+  return {static_cast<const char*>(data), static_cast<std::size_t>(sqlite3_value_bytes(value))};
 }
 
 int Statement::columnCount() const {
