@@ -41,13 +41,13 @@ void waitPainting(DWORD milliseconds) {
 
 // Makes a call again while its server is busy, for a bounded time; the last answer.
 template <typename Call>
-HRESULT untilNotBusy(Call call) {
+HRESULT untilNotBusy(Server server, Call call) {
   const ULONGLONG start = GetTickCount64();  // out of process, the call waits for itself
   while (true) {
     const HRESULT code = call();
     const bool busy = code == RPC_E_CALL_REJECTED || code == RPC_E_SERVERCALL_RETRYLATER;
     if (!busy || !BusyPatience::lasts(GetTickCount64() - start)) {
-      BusyPatience::answered(busy);
+      if (server == Server::MayBeBusy) BusyPatience::answered(busy);
       return code;
     }
     waitPainting(BusyPatience::kPause);
@@ -60,14 +60,14 @@ ComError failure(std::string_view member, HRESULT code, const std::string& descr
 
 }  // namespace
 
-DISPID MemberIds::find(IDispatch& object, std::string_view name) {
+DISPID MemberIds::find(IDispatch& object, std::string_view name, Server server) {
   const auto known = ids_.find(name);
   if (known != ids_.end()) return known->second;
   std::wstring wideName = wide(name);
   LPOLESTR names[] = {wideName.data()};
   DISPID id = DISPID_UNKNOWN;
   const HRESULT result = untilNotBusy(
-      [&] { return object.GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id); });
+      server, [&] { return object.GetIDsOfNames(IID_NULL, names, 1, LOCALE_USER_DEFAULT, &id); });
   if (FAILED(result)) throw failure(name, result);
   ids_.emplace(name, id);
   return id;
@@ -75,7 +75,7 @@ DISPID MemberIds::find(IDispatch& object, std::string_view name) {
 
 _variant_t Dispatch::invoke(std::string_view member, WORD kind, const Arguments& arguments) const {
   if (!object_) throw failure(member, E_POINTER);
-  const DISPID id = ids_->find(*object_.Get(), member);
+  const DISPID id = ids_->find(*object_.Get(), member, server_);
   std::vector<VARIANT> reversed(std::rbegin(arguments),
                                 std::rend(arguments));  // as the call wants them
   DISPID putId = DISPID_PROPERTYPUT;
@@ -87,7 +87,7 @@ _variant_t Dispatch::invoke(std::string_view member, WORD kind, const Arguments&
   const bool isPut = kind == DISPATCH_PROPERTYPUT;
   _variant_t value;
   std::string description;
-  const HRESULT result = untilNotBusy([&] {
+  const HRESULT result = untilNotBusy(server_, [&] {
     ExceptionInfo info;
     const HRESULT code = object_->Invoke(id, IID_NULL, LOCALE_USER_DEFAULT, kind, &parameters,
                                          isPut ? nullptr : &value, &info, nullptr);
@@ -110,7 +110,7 @@ Dispatch Dispatch::object(std::string_view member, MemberIds& ids,
   if (value.vt != VT_DISPATCH || value.pdispVal == nullptr) {
     throw failure(member, E_NOINTERFACE);
   }
-  return {ComPtr<IDispatch>(value.pdispVal), ids};
+  return {ComPtr<IDispatch>(value.pdispVal), ids, server_};
 }
 
 std::string Dispatch::text(std::string_view member) const {

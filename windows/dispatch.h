@@ -12,11 +12,15 @@
 
 namespace vlout::windows {
 
+// Whether an object's server may be busy with other things. One at hand never is, and its answers
+// say nothing of the other.
+enum class Server { MayBeBusy, AtHand };
+
 // The ids of the members of one class, looked up on first use.
 class MemberIds {
  public:
   // Throws ComError when the class has no such member.
-  [[nodiscard]] DISPID find(IDispatch& object, std::string_view name);
+  [[nodiscard]] DISPID find(IDispatch& object, std::string_view name, Server server);
 
  private:
   std::map<std::string, DISPID, std::less<>> ids_;
@@ -45,7 +49,8 @@ class Dispatch {
   using Arguments = std::initializer_list<_variant_t>;
 
   Dispatch() = default;
-  Dispatch(ComPtr<IDispatch> object, MemberIds& ids) : object_(std::move(object)), ids_(&ids) {}
+  Dispatch(ComPtr<IDispatch> object, MemberIds& ids, Server server = Server::MayBeBusy)
+      : object_(std::move(object)), ids_(&ids), server_(server) {}
   explicit operator bool() const { return object_ != nullptr; }
   [[nodiscard]] IDispatch* get() const { return object_.Get(); }
 
@@ -63,6 +68,7 @@ class Dispatch {
 
   ComPtr<IDispatch> object_;
   MemberIds* ids_ = nullptr;
+  Server server_ = Server::MayBeBusy;
 };
 
 }  // namespace vlout::windows

@@ -43,7 +43,7 @@ Dispatch createAdo(const CLSID& classId, windows::MemberIds& ids) {
   const HRESULT result =
       CoCreateInstance(classId, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&object));
   if (FAILED(result)) throw DatabaseError("ADO: " + windows::errorText(result));
-  return {std::move(object), ids};
+  return {std::move(object), ids, windows::Server::AtHand};
 }
 
 _variant_t number(long value) {

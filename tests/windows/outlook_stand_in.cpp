@@ -2,11 +2,12 @@
 // that VLOUT_TEST_OUTLOOK names. It behaves as the real one where that matters to the component:
 // items open as copies, a saved item moves to the end, entry ids find items whatever their place,
 // and calls fail as a record's "fault=Member:code:times" says, or "…:times:after so many calls".
-// A record of the type "Application" holds the application's own faults, and as words of "like" in
-// what Outlooks and stores differ: "old" ones have no tables; tables may offer no user property
-// ("keyless"); items have no type information ("untyped"); memos come back with a line break more
-// ("lines"), attachments under their file's name ("names"), and the time of what was saved moves
-// only in an item that is opened anew ("times").
+// A record of the type "Application" holds the application's own faults, for the member "item"
+// those of all items' calls, and as words of "like" in what Outlooks and stores differ: "old" ones
+// have no tables; tables may offer no user property ("keyless"); items have no type information
+// ("untyped"); memos come back with a line break more ("lines"), attachments under their file's
+// name ("names"), and the time of what was saved moves only in an item that is opened anew
+// ("times").
 #include "tests/windows/stand_ins.h"
 
 #include <windows.h>
@@ -83,6 +84,7 @@ class Folder {
 
   // Fails as the faults of that item, or of the application, say for that member.
   void checkFault(const std::string& id, const std::string& member) {
+    checkFault("item");
     for (const Record& record : records_) {
       if (record.get("id") == id) checkFault(record, member);
     }

@@ -63,7 +63,7 @@ void SkinFramework::load(const std::filesystem::path& skinFile) {
       FAILED(CoCreateInstance(*classId, nullptr, CLSCTX_INPROC_SERVER, IID_PPV_ARGS(&object)))) {
     return;
   }
-  const Dispatch framework(std::move(object), members_);
+  const Dispatch framework(std::move(object), members_, windows::Server::AtHand);
   try {
     framework.call("LoadSkin",
                    {_variant_t(windows::bstr(text::pathText(skinFile))), _variant_t(L"")});
