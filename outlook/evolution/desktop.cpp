@@ -1,6 +1,7 @@
 #include "outlook/evolution/desktop.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 #include "outlook/evolution/session.h"
@@ -76,6 +77,20 @@ std::string connectionFailure(const Source& source, GCancellable* cancellable) {
   return isAway ? error.text() : "";
 }
 
+struct FreeParameters {
+  void operator()(ENamedParameters* parameters) const { e_named_parameters_free(parameters); }
+};
+using Password = std::unique_ptr<ENamedParameters, FreeParameters>;
+
+// The one that the desktop has; nobody is asked for it. Null when there is none.
+Password passwordFor(const Registry& registry, const Source& source, GCancellable* cancellable) {
+  const Ref<ESourceCredentialsProvider> provider(e_source_credentials_provider_new(registry.get()));
+  ENamedParameters* found = nullptr;
+  e_source_credentials_provider_lookup_sync(provider.get(), source.get(), cancellable, &found,
+                                            nullptr);
+  return Password(found);
+}
+
 // Some servers tell what they can do before they ask who is there, and until they ask, the service
 // takes the account for one that is connected. So it is believed at once where nobody is asked;
 // where the desktop has a password, after a moment, and without one, after a longer time, in which
@@ -87,26 +102,13 @@ int looksUntilBelieved(const Registry& registry, const Source& source, GCancella
   auto* const authentication = static_cast<ESourceAuthentication*>(
       e_source_get_extension(source.get(), E_SOURCE_EXTENSION_AUTHENTICATION));
   if (e_source_authentication_required(authentication) == FALSE) return 0;
-  const Ref<ESourceCredentialsProvider> provider(e_source_credentials_provider_new(registry.get()));
-  ENamedParameters* found = nullptr;
-  const bool has = e_source_credentials_provider_lookup_sync(provider.get(), source.get(),
-                                                             cancellable, &found, nullptr) != FALSE;
-  e_named_parameters_free(found);
-  return has ? kWithPassword : kWithout;
+  return passwordFor(registry, source, cancellable) ? kWithPassword : kWithout;
 }
 
-// Nobody is asked for a password.
 bool handOverPassword(const Registry& registry, const Source& source, GCancellable* cancellable) {
-  const Ref<ESourceCredentialsProvider> provider(e_source_credentials_provider_new(registry.get()));
-  ENamedParameters* found = nullptr;
-  if (e_source_credentials_provider_lookup_sync(provider.get(), source.get(), cancellable, &found,
-                                                nullptr) == FALSE) {
-    return false;
-  }
-  const bool done =
-      e_source_invoke_authenticate_sync(source.get(), found, cancellable, nullptr) != FALSE;
-  e_named_parameters_free(found);
-  return done;
+  const Password password = passwordFor(registry, source, cancellable);
+  return password && e_source_invoke_authenticate_sync(source.get(), password.get(), cancellable,
+                                                       nullptr) != FALSE;
 }
 
 // What is known of a book once it is open.
