@@ -7,12 +7,11 @@
 
 #include "store/sql.h"
 #include "text/ascii.h"
-#include "text/language.h"
 
 namespace vlout::store {
 
 std::string folderWithSubfolders(Connection& connection, std::string_view folderId) {
-  const std::int64_t chosen = requireNumber(folderId, text::say("그룹 번호", "group number"));
+  const std::int64_t chosen = requireNumber(folderId, {"그룹 번호", "group number"});
 
   std::unordered_map<std::int64_t, std::vector<std::int64_t>> children;
   const auto rows = connection.query("SELECT * FROM tbl_folder ");

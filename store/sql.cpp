@@ -9,11 +9,11 @@
 
 namespace vlout::store {
 
-std::int64_t requireNumber(std::string_view id, std::string_view what) {
+std::int64_t requireNumber(std::string_view id, const text::Words& what) {
   const auto number = text::parseInteger(id);
   if (!number) {
     throw DatabaseError(
-        text::say("%1가 숫자가 아닙니다: %2", "%1 is not a number: %2", {what, id}));
+        text::say("%1가 숫자가 아닙니다: %2", "%1 is not a number: %2", {text::say(what), id}));
   }
   return *number;
 }
@@ -42,7 +42,7 @@ std::string sqlBytes(std::string_view bytes) {
 }
 
 bool cardExists(Connection& connection, std::string_view cardId) {
-  requireNumber(cardId, text::say("명함 번호", "card number"));
+  requireNumber(cardId, {"명함 번호", "card number"});
   const auto rows =
       connection.query("SELECT i_idx from tbl_namecard where [i_idx]=" + std::string(cardId));
   return rows->rowCount() > 0;
@@ -63,7 +63,7 @@ std::int16_t nextCardId(Connection& connection) {
 }
 
 std::unique_ptr<Recordset> readCard(Connection& connection, std::string_view cardId) {
-  requireNumber(cardId, text::say("명함 번호", "card number"));
+  requireNumber(cardId, {"명함 번호", "card number"});
   return connection.query("SELECT * from tbl_namecard where [i_idx] = " + std::string(cardId));
 }
 

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "store/connection.h"
+#include "text/language.h"
 
 namespace vlout::store {
 
@@ -33,7 +34,7 @@ inline constexpr std::string_view kFolderTable = "tbl_folder";
 
 // The id as a number. Ids stand bare in statements, so nothing but a number may get there: throws
 // DatabaseError, which calls the id `what`, for any other text.
-std::int64_t requireNumber(std::string_view id, std::string_view what);
+std::int64_t requireNumber(std::string_view id, const text::Words& what);
 
 // True when `tbl_namecard` holds a row with that `i_idx`. Throws DatabaseError when the query
 // fails, as it does for an id that is not a number.

@@ -46,7 +46,7 @@ std::string_view WorkListLoader::loadAll() {
 
 std::string_view WorkListLoader::loadGroup(const OpenFolder& folder) {
   if (folder.name == kRootName) return load(select(" Where p_idx=0", kOrder));
-  store::requireNumber(folder.id, text::say("그룹 번호", "group number"));
+  store::requireNumber(folder.id, {"그룹 번호", "group number"});
   return load(select(" Where [f_idx]=" + std::string(folder.id) + " AND p_idx=0", kOrder));
 }
 
