@@ -18,6 +18,7 @@ add_library(vlout_linux STATIC
   "${PROJECT_BINARY_DIR}/schema_sql.cpp"
   store/sqlite/backup.cpp
   store/sqlite/database_files.cpp
+  store/sqlite/hooks.cpp
   store/sqlite/preview_connection.cpp
   store/sqlite/sqlite_connection.cpp
   store/sqlite/statement.cpp

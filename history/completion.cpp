@@ -138,17 +138,12 @@ void forgetTransfer(const outlook::LostSave& lost, store::sqlite::SqliteConnecti
   const RowKey row{std::string(store::kCardTable), text::parseInteger(lost.row).value()};
   Unrecorded unrecorded(connection);
   StoredRows rows(connection.database());
-  store::sqlite::execute(connection.database(), "BEGIN IMMEDIATE");
-  try {
-    const auto before = rows.at(row);
-    transfer::forgetTransfer(unrecorded, lost.row, lost.contactTime);
-    const auto now = rows.at(row);
-    if (run != nullptr && before && now) run->addRow(row, *before, *now);
-    store::sqlite::execute(connection.database(), "COMMIT");
-  } catch (...) {
-    store::sqlite::rollBack(connection.database());
-    throw;
-  }
+  store::sqlite::Transaction transaction(connection.database());
+  const auto before = rows.at(row);
+  transfer::forgetTransfer(unrecorded, lost.row, lost.contactTime);
+  const auto now = rows.at(row);
+  if (run != nullptr && before && now) run->addRow(row, *before, *now);
+  transaction.commit();
 }
 
 // Without a whole point nothing can be undone either.

@@ -15,7 +15,7 @@ struct RowKey {
   auto operator<=>(const RowKey&) const = default;
 };
 
-// A value with its type, as `store::sqlite::Statement::cell` gives it; empty for NULL.
+// A value with its type, as `store::sqlite::Value::cell` gives it; empty for NULL.
 using Cell = std::string;
 // By column; one that is not there is NULL.
 using Cells = std::map<std::string, Cell, std::less<>>;

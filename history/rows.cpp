@@ -1,11 +1,7 @@
-// Lets the library declare the hook that sees a row before and after a write.
-#define SQLITE_ENABLE_PREUPDATE_HOOK 1
-
 #include "history/rows.h"
 
 #include <algorithm>
 #include <array>
-#include <sqlite3.h>
 #include <utility>
 
 #include "store/connection.h"
@@ -18,6 +14,7 @@
 namespace vlout::history {
 namespace {
 
+using store::sqlite::ChangingRow;
 using store::sqlite::Statement;
 
 constexpr std::array<std::string_view, 2> kTables{store::kCardTable, store::kFolderTable};
@@ -39,66 +36,42 @@ std::string_view captionOf(const RowKey& row) {
   return row.table == store::kCardTable ? "FullName" : "folder_name";
 }
 
-RowWatch::RowWatch(sqlite3* database) : database_(database) {
+RowWatch::RowWatch(sqlite3* database)
+    : database_(database), hook_(database, [this](const ChangingRow& row) { note(row); }) {
   readColumns();
-  sqlite3_preupdate_hook(
-      database,
-      [](void* self, sqlite3*, int operation, const char* schema, const char* table,
-         sqlite3_int64 from, sqlite3_int64 to) {
-        const std::string_view known = tableOf(table);
-        if (known.empty() || !text::equalsIgnoringAsciiCase(schema, "main")) return;
-        static_cast<RowWatch*>(self)->note(operation, known, from, to);
-      },
-      this);
-}
-
-RowWatch::~RowWatch() {
-  sqlite3_preupdate_hook(database_, nullptr, nullptr);
 }
 
 void RowWatch::readColumns() {
   for (const std::string_view table : kTables) {
-    std::vector<std::string>& names = columns_[std::string(table)];
-    names.clear();
-    try {
-      const Statement row(database_, "SELECT * FROM main." + std::string(table));
-      for (int i = 0; i < row.columnCount(); ++i) names.emplace_back(row.columnName(i));
-    } catch (const store::DatabaseError&) {
-      continue;  // the run meets it too, and says it
-    }
+    columns_[std::string(table)] = store::sqlite::columnNames(database_, table);
   }
 }
 
-void RowWatch::note(int operation, std::string_view table, std::int64_t from, std::int64_t to) {
+void RowWatch::note(const ChangingRow& row) {
+  const std::string table(tableOf(row.table()));
+  if (table.empty()) return;
   const std::vector<std::string>& names = columns_.find(table)->second;
-  if (sqlite3_preupdate_count(database_) != static_cast<int>(names.size())) isStale_ = true;
+  if (row.columnCount() != names.size()) isStale_ = true;
   if (isStale_) return;
-  const bool isMoved = operation == SQLITE_UPDATE && from != to;
+  const auto from = row.numberBefore();
+  const auto to = row.numberAfter();
+  const bool isChanged = from && from == to;
   Cells before;
   Cells after;
   for (std::size_t i = 0; i < names.size(); ++i) {
-    const int column = static_cast<int>(i);
-    sqlite3_value* value = nullptr;
-    std::string old;
-    std::string now;
-    if (operation != SQLITE_INSERT && sqlite3_preupdate_old(database_, column, &value) == SQLITE_OK)
-      old = store::sqlite::cellOf(value);
-    if (operation != SQLITE_DELETE && sqlite3_preupdate_new(database_, column, &value) == SQLITE_OK)
-      now = store::sqlite::cellOf(value);
-    const bool isChanged = operation == SQLITE_UPDATE && !isMoved;
+    std::string old = row.before(i).cell();
+    std::string now = row.after(i).cell();
     if (isChanged ? old == now : old.empty() && now.empty()) continue;
     if (isChanged || !old.empty()) before.emplace(names[i], std::move(old));
     if (isChanged || !now.empty()) after.emplace(names[i], std::move(now));
   }
-  const auto add = [&](std::int64_t row, Change change, Cells was, Cells is) {
-    writes_.push_back({{std::string(table), row}, change, std::move(was), std::move(is)});
-  };
-  if (operation == SQLITE_UPDATE && !isMoved) {
-    if (!after.empty()) add(to, Change::Changed, std::move(before), std::move(after));
+  if (isChanged && after.empty()) return;
+  if (isChanged) {
+    writes_.push_back({{table, *to}, Change::Changed, std::move(before), std::move(after)});
     return;
   }
-  if (operation != SQLITE_INSERT) add(from, Change::Removed, std::move(before), {});
-  if (operation != SQLITE_DELETE) add(to, Change::Added, {}, std::move(after));
+  if (from) writes_.push_back({{table, *from}, Change::Removed, std::move(before), {}});
+  if (to) writes_.push_back({{table, *to}, Change::Added, {}, std::move(after)});
 }
 
 std::vector<RowWrite> RowWatch::take() {
@@ -124,7 +97,8 @@ std::optional<Cells> StoredRows::at(const RowKey& key) {
   if (!row.bind(1, key.row).next()) return std::nullopt;
   Cells cells;
   for (int i = 0; i < row.columnCount(); ++i) {
-    if (std::string cell = row.cell(i); !cell.empty()) cells.emplace(row.columnName(i), cell);
+    if (std::string cell = row.value(i).cell(); !cell.empty())
+      cells.emplace(row.columnName(i), cell);
   }
   row.reset();
   return cells;

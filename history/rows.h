@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "history/row_key.h"
+#include "store/sqlite/hooks.h"
 #include "store/sqlite/statement.h"
 
 namespace vlout::history {
@@ -22,9 +23,6 @@ namespace vlout::history {
 class RowWatch {
  public:
   explicit RowWatch(sqlite3* database);
-  ~RowWatch();
-  RowWatch(const RowWatch&) = delete;
-  RowWatch& operator=(const RowWatch&) = delete;
 
   // What was changed since the last call, to be asked before it is committed. Throws DatabaseError
   // when another program has changed the tables themselves.
@@ -34,15 +32,16 @@ class RowWatch {
 
  private:
   void readColumns();
-  void note(int operation, std::string_view table, std::int64_t from, std::int64_t to);
+  void note(const store::sqlite::ChangingRow& row);
 
   sqlite3* database_;
   std::map<std::string, std::vector<std::string>, std::less<>> columns_;  // by table
   std::vector<RowWrite> writes_;
   bool isStale_ = false;
+  store::sqlite::RowHook hook_;
 };
 
-// StoredRows as they are.
+// The rows as they are.
 class StoredRows {
  public:
   explicit StoredRows(sqlite3* database) : database_(database) {}

@@ -3,7 +3,6 @@
 #include <cerrno>
 #include <cstring>
 #include <exception>
-#include <sqlite3.h>
 #include <unistd.h>
 
 #include "history/completion.h"
@@ -242,48 +241,38 @@ std::int64_t RecordedConnection::execute(std::string_view sql) {
   return endingRunWhenBusy([&] {
     watch_->forget();
     readTogether(false);
-    store::sqlite::execute(database(), "BEGIN IMMEDIATE");
-    try {
-      const std::int64_t count = SqliteConnection::execute(sql);
-      recorder_->rows(watch_->take());
-      store::sqlite::execute(database(), "COMMIT");
-      return count;
-    } catch (...) {
-      watch_->forget();
-      store::sqlite::rollBack(database());
-      throw;
-    }
+    store::sqlite::Transaction transaction(database());
+    const std::int64_t count = SqliteConnection::execute(sql);
+    recorder_->rows(watch_->take());
+    transaction.commit();
+    return count;
   });
 }
 
 RecordedConnection::~RecordedConnection() {
-  if (rows_) recorder_->looksNoMoreAt(*rows_);
+  letGo();
 }
 
 store::sqlite::Database RecordedConnection::openFile(const std::filesystem::path& file) {
-  if (rows_) recorder_->looksNoMoreAt(*rows_);
-  watch_.reset();
-  rows_.reset();
   store::sqlite::Database database = SqliteConnection::openFile(file);
   watch_.emplace(database.get());
   rows_.emplace(database.get());
   recorder_->looksAt(*rows_);
   // What a checkpoint brings to the disk for good has its way back there first.
-  sqlite3_wal_hook(
-      database.get(),
-      [](void* self, sqlite3* written, const char* schema, int pages) {
-        constexpr int kPages = 1000;
-        if (pages < kPages) return SQLITE_OK;
-        try {
-          static_cast<RecordedConnection*>(self)->recorder_->sync();
-          sqlite3_wal_checkpoint_v2(written, schema, SQLITE_CHECKPOINT_PASSIVE, nullptr, nullptr);
-        } catch (const std::exception&) {
-          return SQLITE_OK;  // a later commit, or the closing, will do it
-        }
-        return SQLITE_OK;
-      },
-      this);
+  checkpoints_.emplace(database.get(), [this] { recorder_->sync(); });
   return database;
+}
+
+void RecordedConnection::close() {
+  letGo();
+  SqliteConnection::close();
+}
+
+void RecordedConnection::letGo() {
+  if (rows_) recorder_->looksNoMoreAt(*rows_);
+  checkpoints_.reset();
+  watch_.reset();
+  rows_.reset();
 }
 
 FileState RecordedFolder::replace(const std::string& name, std::string_view text,

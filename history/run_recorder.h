@@ -15,6 +15,7 @@
 #include "history/written_log.h"
 #include "outlook/contact_store.h"
 #include "outlook/vcard/folder.h"
+#include "store/sqlite/hooks.h"
 #include "store/sqlite/sqlite_connection.h"
 #include "transfer/run.h"
 
@@ -104,14 +105,17 @@ class RecordedConnection : public store::sqlite::SqliteConnection {
 
  protected:
   [[nodiscard]] store::sqlite::Database openFile(const std::filesystem::path& file) override;
+  void close() override;
 
  private:
   template <typename Use>
   auto endingRunWhenBusy(Use use);
+  void letGo();
 
   std::shared_ptr<RunRecorder> recorder_;
   std::optional<StoredRows> rows_;
   std::optional<RowWatch> watch_;
+  std::optional<store::sqlite::CheckpointHook> checkpoints_;
 };
 
 // The contact folder of a run.

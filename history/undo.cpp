@@ -328,11 +328,10 @@ void Undo::requireUnchanged() const {
 void Undo::putRowsBack(RunRecorder& recorder) {
   store::sqlite::SqliteConnection connection;
   connection.open({.componentFolder = folder_});
-  sqlite3* const database = connection.database();
-  StoredRows rows(database);
-  RowWatch watch(database);
+  StoredRows rows(connection.database());
+  RowWatch watch(connection.database());
   try {
-    store::sqlite::execute(database, "BEGIN IMMEDIATE");
+    store::sqlite::Transaction transaction(connection.database());
     if (rowChanges(rows) != rows_) {
       throw UndoError(text::say("그 사이에 데이터베이스가 바뀌었습니다. 다시 실행하십시오.",
                                 "The database has changed in the meantime. Run the undo again."));
@@ -356,13 +355,9 @@ void Undo::putRowsBack(RunRecorder& recorder) {
     }
     recorder.rows(writes);
     recorder.sync();
-    store::sqlite::execute(database, "COMMIT");
+    transaction.commit();
   } catch (const store::DatabaseBusy& error) {
-    store::sqlite::rollBack(database);
     throw UndoError(text::pathText(database_) + ": " + error.what());
-  } catch (...) {
-    store::sqlite::rollBack(database);
-    throw;
   }
 }
 

@@ -1,6 +1,3 @@
-// Lets the library declare the hook that sees a row before and after an update.
-#define SQLITE_ENABLE_PREUPDATE_HOOK 1
-
 #include "store/sqlite/preview_connection.h"
 
 #include <algorithm>
@@ -11,7 +8,6 @@
 #include <ctime>
 #include <fcntl.h>
 #include <optional>
-#include <sqlite3.h>
 #include <string_view>
 #include <sys/sendfile.h>
 #include <sys/stat.h>
@@ -97,12 +93,6 @@ bool copyDatabase(const std::string& from, const std::string& to) {
   return false;
 }
 
-std::string textOf(sqlite3_value* value) {
-  const void* const bytes = sqlite3_value_blob(value);
-  const auto size = static_cast<std::size_t>(sqlite3_value_bytes(value));
-  return bytes == nullptr ? std::string() : std::string(static_cast<const char*>(bytes), size);
-}
-
 }  // namespace
 
 Database PreviewConnection::openFile(const std::filesystem::path& file) {
@@ -121,7 +111,8 @@ Database PreviewConnection::openFile(const std::filesystem::path& file) {
   for (const char* const suffix : {"", "-wal", "-shm", "-journal"}) {
     ::unlink((copy.string() + suffix).c_str());
   }
-  watchChanges(database.get());
+  columns_ = columnNames(database.get(), kCardTable);
+  hook_.emplace(database.get(), [this](const ChangingRow& row) { note(row); });
   return database;
 }
 
@@ -132,39 +123,21 @@ std::int64_t PreviewConnection::execute(std::string_view sql) {
   return count;
 }
 
-void PreviewConnection::watchChanges(sqlite3* database) {
-  columns_.clear();
-  try {
-    const Statement row(database, "SELECT * FROM " + std::string(kCardTable));
-    for (int i = 0; i < row.columnCount(); ++i) columns_.emplace_back(row.columnName(i));
-  } catch (const DatabaseError&) {
-    return;  // the run meets it too, and says it
+// Where the table has changed since, the statement itself goes on.
+void PreviewConnection::note(const ChangingRow& row) {
+  const bool isUpdate = row.numberBefore() && row.numberAfter();
+  if (!isUpdate || !text::equalsIgnoringAsciiCase(row.table(), kCardTable)) return;
+  if (row.columnCount() != columns_.size()) return;
+  for (std::size_t i = 0; i < columns_.size(); ++i) {
+    std::string before(row.before(i).bytes());
+    std::string after(row.after(i).bytes());
+    if (before != after) changes_.push_back({columns_[i], std::move(before), std::move(after)});
   }
-  sqlite3_preupdate_hook(
-      database,
-      [](void* self, sqlite3* changing, int operation, const char* schema, const char* table,
-         sqlite3_int64, sqlite3_int64) {
-        static_cast<void>(schema);
-        if (operation == SQLITE_UPDATE && text::equalsIgnoringAsciiCase(table, kCardTable)) {
-          static_cast<PreviewConnection*>(self)->noteUpdate(changing);
-        }
-      },
-      this);
 }
 
-void PreviewConnection::noteUpdate(sqlite3* database) {
-  for (std::size_t i = 0; i < columns_.size(); ++i) {
-    sqlite3_value* before = nullptr;
-    sqlite3_value* after = nullptr;
-    const int column = static_cast<int>(i);
-    if (sqlite3_preupdate_old(database, column, &before) != SQLITE_OK ||
-        sqlite3_preupdate_new(database, column, &after) != SQLITE_OK) {
-      return;  // the table has changed since; the statement itself goes on
-    }
-    std::string old = textOf(before);
-    std::string now = textOf(after);
-    if (old != now) changes_.push_back({columns_[i], std::move(old), std::move(now)});
-  }
+void PreviewConnection::close() {
+  hook_.reset();
+  SqliteConnection::close();
 }
 
 }  // namespace vlout::store::sqlite

@@ -3,9 +3,11 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "store/sqlite/hooks.h"
 #include "store/sqlite/sqlite_connection.h"
 
 namespace vlout::store::sqlite {
@@ -24,10 +26,10 @@ class PreviewConnection : public SqliteConnection {
 
  protected:
   [[nodiscard]] Database openFile(const std::filesystem::path& file) override;
+  void close() override;
 
  private:
-  void watchChanges(sqlite3* database);
-  void noteUpdate(sqlite3* database);
+  void note(const ChangingRow& row);
 
   std::filesystem::path temporaryFolder_;
   Changed changed_;
@@ -38,6 +40,7 @@ class PreviewConnection : public SqliteConnection {
     std::string after;
   };
   std::vector<Change> changes_;  // of the statement that runs
+  std::optional<RowHook> hook_;
 };
 
 }  // namespace vlout::store::sqlite

@@ -161,9 +161,7 @@ SqliteConnection::~SqliteConnection() {
 }
 
 void SqliteConnection::open(const ConnectionSettings& settings) {
-  prepared_.clear();
-  together_.reset();
-  database_.reset();
+  close();
   const std::filesystem::path file = settings.databaseFile();
   try {
     requireRegularFiles(file);
@@ -180,6 +178,12 @@ void SqliteConnection::open(const ConnectionSettings& settings) {
     closedBecause_ = file.string() + ": " + error.what();
     throw DatabaseError(closedBecause_);
   }
+}
+
+void SqliteConnection::close() {
+  prepared_.clear();
+  together_.reset();
+  database_.reset();
 }
 
 Database SqliteConnection::openFile(const std::filesystem::path& file) {

@@ -40,6 +40,8 @@ class SqliteConnection : public Connection {
  protected:
   // Opens the file for `open`, with the adapter's settings. Throws DatabaseError.
   [[nodiscard]] virtual Database openFile(const std::filesystem::path& file);
+  // Before another is opened; what listens to this one is to go first.
+  virtual void close();
 
  private:
   class Rows;

@@ -89,10 +89,29 @@ void execute(sqlite3* database, const std::string& script) {
   }
 }
 
-void rollBack(sqlite3* database) {
-  if (sqlite3_get_autocommit(database) == 0) {
-    sqlite3_exec(database, "ROLLBACK", nullptr, nullptr, nullptr);
+std::vector<std::string> columnNames(sqlite3* database, std::string_view table) {
+  std::vector<std::string> names;
+  try {
+    const Statement row(database, "SELECT * FROM main." + std::string(table));
+    for (int i = 0; i < row.columnCount(); ++i) names.emplace_back(row.columnName(i));
+  } catch (const DatabaseError&) {
+    return {};  // whoever reads or writes the table meets it too, and says it
   }
+  return names;
+}
+
+Transaction::Transaction(sqlite3* database) : database_(database) {
+  execute(database, "BEGIN IMMEDIATE");
+}
+
+Transaction::~Transaction() {
+  // Committed, or ended by the database itself.
+  if (sqlite3_get_autocommit(database_) != 0) return;
+  sqlite3_exec(database_, "ROLLBACK", nullptr, nullptr, nullptr);
+}
+
+void Transaction::commit() {
+  execute(database_, "COMMIT");
 }
 
 Statement::Statement(sqlite3* database, std::string_view sql) : database_(database) {
@@ -132,34 +151,33 @@ Statement& Statement::bindBytes(int index, std::string_view bytes) {
   return *this;
 }
 
+// The bytes of a blob are as they are; of anything else they are those of its text.
+std::string_view Value::bytes() const {
+  if (value_ == nullptr) return {};
+  const void* const data = sqlite3_value_type(value_) == SQLITE_BLOB
+                               ? sqlite3_value_blob(value_)
+                               : static_cast<const void*>(sqlite3_value_text(value_));
+  if (data == nullptr) return {};
+  return {static_cast<const char*>(data), static_cast<std::size_t>(sqlite3_value_bytes(value_))};
+}
+
 // A letter for the type, and the value: numbers as text, which for a real one is exact in base 16.
-std::string cellOf(sqlite3_value* value) {
-  const auto typed = [&](char type, const void* bytes) {
-    const auto size = static_cast<std::size_t>(sqlite3_value_bytes(value));
-    return std::string(1, type).append(static_cast<const char*>(bytes), size);
-  };
-  switch (sqlite3_value_type(value)) {
+std::string Value::cell() const {
+  switch (value_ == nullptr ? SQLITE_NULL : sqlite3_value_type(value_)) {
     case SQLITE_NULL:
       return {};
     case SQLITE_INTEGER:
-      return 'i' + std::to_string(sqlite3_value_int64(value));
+      return 'i' + std::to_string(sqlite3_value_int64(value_));
     case SQLITE_FLOAT: {
       std::array<char, 32> digits{};
-      std::snprintf(digits.data(), digits.size(), "r%a", sqlite3_value_double(value));
+      std::snprintf(digits.data(), digits.size(), "r%a", sqlite3_value_double(value_));
       return digits.data();
     }
-    case SQLITE_BLOB: {
-      const void* const bytes = sqlite3_value_blob(value);
-      return bytes == nullptr ? "b" : typed('b', bytes);
-    }
+    case SQLITE_BLOB:
+      return std::string("b").append(bytes());
     default:
-      return typed('t', sqlite3_value_text(value));
+      return std::string("t").append(bytes());
   }
-}
-
-// The value belongs to this thread alone, so the library's copy of it would protect nothing.
-std::string Statement::cell(int column) const {
-  return cellOf(sqlite3_column_value(statement_.get(), column));
 }
 
 Statement& Statement::bindCell(int index, std::string_view cell) {
@@ -207,15 +225,10 @@ std::int64_t Statement::number(int column) const {
   return sqlite3_column_int64(statement_.get(), column);
 }
 
-std::string_view Statement::bytes(int column) const {
-  // Found once: each call that names a column looks for it anew. The bytes of a blob are as they
-  // are; of anything else they are those of its text.
-  sqlite3_value* const value = sqlite3_column_value(statement_.get(), column);
-  const void* const data = sqlite3_value_type(value) == SQLITE_BLOB
-                               ? sqlite3_value_blob(value)
-                               : static_cast<const void*>(sqlite3_value_text(value));
-  if (data == nullptr) return {};
-  return {static_cast<const char*>(data), static_cast<std::size_t>(sqlite3_value_bytes(value))};
+// Found once: each of the library's calls that name a column would look for it anew. The value
+// belongs to this thread alone, so the library's copy of it would protect nothing.
+Value Statement::value(int column) const {
+  return Value(sqlite3_column_value(statement_.get(), column));
 }
 
 int Statement::columnCount() const {

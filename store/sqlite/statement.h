@@ -1,6 +1,6 @@
 // SQLite's C interface, in one place: open databases, and prepared statements of any text. The
-// adapter, its preview, backups and the history build on it; only the hooks that tell of changes
-// are set elsewhere. Everything throws DatabaseError with the library's own text.
+// adapter, its preview, backups and the history build on it, and on its hooks
+// (store/sqlite/hooks.h). Everything throws DatabaseError with the library's own text.
 #pragma once
 
 #include <csignal>
@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 struct sqlite3;
 struct sqlite3_stmt;
@@ -36,11 +37,34 @@ enum class Access { ReadOnly, ReadWrite };
 // Runs text of this program's own, any number of statements.
 void execute(sqlite3* database, const std::string& script);
 
-// Ends a transaction, if the database has not done so itself.
-void rollBack(sqlite3* database);
+// The names of a table's columns; none where there is no such table.
+[[nodiscard]] std::vector<std::string> columnNames(sqlite3* database, std::string_view table);
 
-// The same of a value that a hook is given.
-[[nodiscard]] std::string cellOf(sqlite3_value* value);
+// Keeps other writers out from here on. What has not been committed at its end is taken back.
+class Transaction {
+ public:
+  explicit Transaction(sqlite3* database);
+  ~Transaction();
+  Transaction(const Transaction&) = delete;
+  Transaction& operator=(const Transaction&) = delete;
+  void commit();
+
+ private:
+  sqlite3* database_;
+};
+
+// A value of a row, for as long as the library stays on that row.
+class Value {
+ public:
+  explicit Value(sqlite3_value* value) : value_(value) {}
+  // The bytes of any value but NULL, numbers as text.
+  [[nodiscard]] std::string_view bytes() const;
+  // The value with its type, to be compared or bound again; empty for NULL.
+  [[nodiscard]] std::string cell() const;
+
+ private:
+  sqlite3_value* value_;  // NULL when there is none
+};
 
 class Statement {
  public:
@@ -64,11 +88,10 @@ class Statement {
   // Of the current row, by 0-based column.
   [[nodiscard]] Type type(int column) const;
   [[nodiscard]] std::int64_t number(int column) const;
-  // The bytes of any value but NULL, numbers as text; they last until the next step.
-  [[nodiscard]] std::string_view bytes(int column) const;
+  // These last until the next step.
+  [[nodiscard]] Value value(int column) const;
+  [[nodiscard]] std::string_view bytes(int column) const { return value(column).bytes(); }
   [[nodiscard]] std::string text(int column) const { return std::string(bytes(column)); }
-  // The value with its type, to be compared or bound again; empty for NULL.
-  [[nodiscard]] std::string cell(int column) const;
 
   [[nodiscard]] int columnCount() const;
   [[nodiscard]] const char* columnName(int column) const;

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <fcntl.h>
 #include <map>
+#include <optional>
 #include <set>
 #include <signal.h>
 #include <string>
@@ -438,7 +439,7 @@ TEST_F(ProgramTest, ARunThatWaitsForTheDatabaseCanBeEnded) {
   sample(3);
   store::sqlite::SqliteConnection other;
   other.open({.componentFolder = folder()});
-  store::sqlite::execute(other.database(), "BEGIN IMMEDIATE");
+  std::optional<store::sqlite::Transaction> lock(other.database());
   const pid_t child = start(exportAll());
   while (tests::fileNames(contacts()).empty() && !hasEnded(child)) {
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -449,7 +450,7 @@ TEST_F(ProgramTest, ARunThatWaitsForTheDatabaseCanBeEnded) {
   EXPECT_THAT(ended.err,
               AllOf(HasSubstr("VelmoraDB.vdb: 다른 프로그램이"), HasSubstr("database is locked")));
   EXPECT_EQ(tests::fileNames(contacts()).size(), 1U);
-  store::sqlite::rollBack(other.database());
+  lock.reset();
   EXPECT_THAT(run(exportAll()).out, HasSubstr("추가=2/갱신=0"));
   expectPairs(3);
 }
