@@ -25,7 +25,7 @@ struct Component {
   ui::win32::Win32Toolkit* toolkit;  // the runtime's
   Runtime runtime{
       moduleFile().parent_path(),
-      {.makeConnection = [] { return std::make_unique<store::AdoConnection>(); },
+      {.makeConnection = [] { return std::make_unique<store::ado::AdoConnection>(); },
        .makeContacts = [] { return std::make_unique<outlook::automation::OutlookStore>(); },
        .toolkit = std::unique_ptr<ui::Toolkit>(toolkit)}};
   InUse stays;

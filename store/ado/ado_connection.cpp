@@ -7,7 +7,7 @@
 #include "text/ascii.h"
 #include "windows/text.h"
 
-namespace vlout::store {
+namespace vlout::store::ado {
 namespace {
 
 using windows::bstr;
@@ -311,4 +311,4 @@ AdoConnection::LastErrors AdoConnection::lastErrors() {
   return last;
 }
 
-}  // namespace vlout::store
+}  // namespace vlout::store::ado

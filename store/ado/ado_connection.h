@@ -6,7 +6,7 @@
 #include "store/connection.h"
 #include "windows/dispatch.h"
 
-namespace vlout::store {
+namespace vlout::store::ado {
 
 class AdoConnection : public Connection {
  public:
@@ -35,4 +35,4 @@ class AdoConnection : public Connection {
   std::string closedBecause_ = "데이터베이스가 열려 있지 않습니다.";
 };
 
-}  // namespace vlout::store
+}  // namespace vlout::store::ado
