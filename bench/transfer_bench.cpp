@@ -27,9 +27,9 @@
 #include "sample/cards.h"
 #include "store/sqlite/sqlite_connection.h"
 #include "store/sqlite/statement.h"
-#include "transfer/change_detection.h"
 #include "transfer/export.h"
 #include "transfer/import.h"
+#include "transfer/row_stamps.h"
 #include "transfer/sync.h"
 #include "transfer/work_list_loader.h"
 
@@ -312,7 +312,7 @@ void writeFloor(benchmark::State& state, Writing writing, std::size_t oneIn, boo
     measure(state, [&] {
       for (std::size_t i = 0; i < files.size(); i += oneIn) {
         writeFloorFile(folder, files[i].name, files[i].text, writing);
-        transfer::writeSyncDates(scene.connection(), stamp, std::to_string(i + 1));
+        transfer::stampRow(scene.connection(), stamp, std::to_string(i + 1));
       }
       if (writing == Writing::Safe) syncfs(folder);
     });

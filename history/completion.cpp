@@ -16,7 +16,7 @@
 #include "store/sql.h"
 #include "text/ascii.h"
 #include "text/file_path.h"
-#include "transfer/change_detection.h"
+#include "transfer/row_stamps.h"
 
 namespace vlout::history {
 namespace {
@@ -183,7 +183,7 @@ void completeDates(const Runs& runs, const std::filesystem::path& folder, int cu
   }
   for (const auto& [card, time] : times) {
     if (times.count(card) > 1) continue;  // a copy carries the number as well
-    transfer::writeSyncDates(connection, time, std::to_string(card));
+    transfer::stampRow(connection, time, std::to_string(card));
   }
 }
 

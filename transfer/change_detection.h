@@ -1,25 +1,12 @@
-// Which side of a pair has changed since the last transfer, and what stamps a row by itself;
-// RowUpdate stamps one together with its values. The three dates on a row and the contact's own
-// modification time are all the memory there is: after every transfer the three dates hold the
-// contact's time.
+// Which side of a pair has changed since the last transfer. The three dates of the row and the
+// contact's own modification time are all the memory there is: after every transfer the dates hold
+// the contact's time (transfer/row_stamps.h).
 #pragma once
 
-#include <optional>
-#include <string_view>
-
-#include "store/connection.h"
 #include "text/date_time.h"
+#include "transfer/row_stamps.h"
 
 namespace vlout::transfer {
-
-// The dates of a row. A date that is empty or unreadable is none, and older than every real one.
-struct RowStamps {
-  std::optional<text::DateTime> lastModified;     // Last_moddate
-  std::optional<text::DateTime> outlookModified;  // Outlook_modate
-  std::optional<text::DateTime> lastSync;         // VLLastsync_date
-};
-
-[[nodiscard]] RowStamps readStamps(const store::Recordset& row);
 
 enum class Side { Neither, Row, Contact };
 
@@ -40,14 +27,5 @@ enum class ConflictTest {
 // `contactTime` may still have its fraction; it is cut to whole seconds here.
 [[nodiscard]] PairState classifyPair(const RowStamps& row, text::DateTime contactTime,
                                      ConflictTest test);
-
-// Sets the three dates of a row to `stamp`. False when there is no such row; throws DatabaseError
-// when the statement fails.
-bool writeSyncDates(store::Connection& connection, text::DateTime stamp, std::string_view rowId);
-
-// For a row that was written to its contact in vain: the pair counts as changed on both sides from
-// now on. `contactTime` is the contact's, where it is known. Throws DatabaseError.
-void forgetTransfer(store::Connection& connection, std::string_view rowId,
-                    std::optional<text::DateTime> contactTime);
 
 }  // namespace vlout::transfer

@@ -131,7 +131,7 @@ void Export::compare(const std::string& rowId, Contact& contact) {
     return;
   }
   outlook::writeContactFromRow(contact, *row, ContactWrite::Update, options_.map);
-  writeSyncDates(connection_, contact.lastModificationTime(), rowId);
+  stampRow(connection_, contact.lastModificationTime(), rowId);
   addLine(window_, "갱신→(" + name + ")", "100%", "완료", rowId);
   ++updated_;
 }
@@ -174,7 +174,7 @@ void Export::add(const std::string& rowId) {
   const auto row = store::readCard(connection_, rowId);
   const auto contact = contacts_.create();
   outlook::writeContactFromRow(*contact, *row, ContactWrite::Create, options_.map);
-  writeSyncDates(connection_, contact->lastModificationTime(), rowId);
+  stampRow(connection_, contact->lastModificationTime(), rowId);
   window_.selectResult(addLine(window_, "추가→(" + rowName(*row) + ")", "100%", "완료", rowId));
   ++added_;
 }

@@ -142,7 +142,7 @@ Import::Compared Import::compareForImport(const std::string& rowId, Contact& con
     if (!outlook::hasVLID(contact)) {
       outlook::addVLID(contact, rowId);
       contact.save();
-      writeSyncDates(connection_, contact.lastModificationTime(), rowId);
+      stampRow(connection_, contact.lastModificationTime(), rowId);
     }
     return Compared::Nothing;
   }

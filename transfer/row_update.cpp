@@ -8,6 +8,7 @@
 #include "text/language.h"
 #include "text/trim.h"
 #include "transfer/change_detection.h"
+#include "transfer/row_stamps.h"
 
 namespace vlout::transfer {
 namespace {
@@ -40,10 +41,7 @@ std::string updateStatement(std::string_view rowId,
     sql.append("[").append(fields[i].column).append("]=");
     sql.append(outlook::fieldSqlValue(fields[i], *texts[i])).append(",");
   }
-  const std::string stamp = store::sqlLiteral(text::formatStamp(contactTime));
-  sql.append(mark);
-  sql.append("[Last_moddate]=").append(stamp).append(",[Outlook_modate]=").append(stamp);
-  sql.append(",[VLLastsync_date]=").append(stamp);
+  sql.append(mark).append(stampClause(contactTime));
   return sql.append(" WHERE [i_idx]=").append(rowId);
 }
 
@@ -66,22 +64,8 @@ std::string typedStatement(std::string_view rowId, const std::vector<std::string
       sql.append("'").append(company ? outlook::withCompanyMark(texts[i]) : texts[i]).append("' ,");
     }
   }
-  const std::string now = text::formatStamp(text::localNow());
-  sql.append("[Last_moddate]='").append(now).append("' ,[Outlook_modate]='").append(now);
-  sql.append("' ,[VLLastsync_date]='").append(now).append("'");
-  return sql.append(" WHERE [i_idx]=").append(rowId);
-}
-
-// Puts back the three dates that the row has now.
-std::string datesStatement(const store::Recordset& row, std::string_view rowId) {
-  std::string sql = "UPDATE tbl_namecard SET ";
-  std::string_view separator = "[";
-  for (const std::string_view column : {"Last_moddate", "Outlook_modate", "VLLastsync_date"}) {
-    const store::Field date = row.field(column);
-    sql.append(separator).append(column).append("]=");
-    sql.append(date ? store::sqlLiteral(*date) : "null");
-    separator = ",[";
-  }
+  // The blank before each comma is the statement's own and stays.
+  sql += stampClause(text::localNow(), " ,");
   return sql.append(" WHERE [i_idx]=").append(rowId);
 }
 
@@ -94,9 +78,6 @@ constexpr auto kInsertColumns = std::to_array<std::string_view>(
      "Birthday",       "Anniversary",    "Gender",       "company_addr",   "company_zipcode",
      "etc_addr",       "etc_zipcode",    "home_addr",    "home_zipcode",   "CreationTime",
      "LifePartner",    "OutlookSync",    "Last_moddate", "Outlook_modate", "VLLastsync_date"});
-
-constexpr auto kStampColumns =
-    std::to_array<std::string_view>({"Last_moddate", "Outlook_modate", "VLLastsync_date"});
 
 // The value of a column that the contact or its folder gives; empty for the number and the dates.
 std::string insertValue(std::string_view column, Contact& contact, const TargetFolder& target) {
@@ -148,14 +129,14 @@ bool RowUpdate::updateContactFromRow(std::string_view rowId, Contact& contact,
   const auto row = store::readCard(connection_, rowId);
   if (row->rowCount() == 0) return false;
   outlook::writeContactFromRow(contact, *row, outlook::ContactWrite::UpdateKeepingName, options);
-  return writeSyncDates(connection_, contact.lastModificationTime(), rowId);
+  return stampRow(connection_, contact.lastModificationTime(), rowId);
 }
 
 bool RowUpdate::updateRowFromTexts(std::string_view rowId, Contact& contact,
                                    const FieldTexts& texts, const outlook::MapOptions& options) {
   std::string oldDates;
   try {
-    oldDates = datesStatement(*store::readCard(connection_, rowId), rowId);
+    oldDates = restoreStatement(*store::readCard(connection_, rowId), rowId);
     connection_.execute(typedStatement(rowId, texts));
   } catch (const store::DatabaseError& error) {
     window_.failure(kTypedFailed, error.what());

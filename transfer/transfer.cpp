@@ -10,6 +10,7 @@
 #include "text/latin_script.h"
 #include "text/trim.h"
 #include "transfer/change_detection.h"
+#include "transfer/row_stamps.h"
 
 namespace vlout::transfer {
 

@@ -15,6 +15,7 @@
 #include "text/ascii.h"
 #include "text/language.h"
 #include "text/shown_text.h"
+#include "transfer/row_stamps.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -31,8 +32,6 @@ using text::equalsIgnoringAsciiCase;
 constexpr std::string_view kPicture = "Thumbnail";
 
 // Dates are texts in this database, each column's in the form that its readers know.
-constexpr std::array<std::string_view, 3> kStamps{"Last_moddate", "Outlook_modate",
-                                                  "VLLastsync_date"};
 constexpr std::array<std::string_view, 3> kDays{"Birthday", "Anniversary", "CreationTime"};
 
 template <typename Names>
@@ -61,7 +60,8 @@ std::string_view sqlType(JetType type) {
 std::string dateFor(std::string_view column, std::string stamp) {
   constexpr std::size_t kDaySize = 10;
   const bool isMidnight = stamp.ends_with(" 00:00:00");
-  if (!holds(kDays, column) && (holds(kStamps, column) || !isMidnight)) return stamp;
+  if (!holds(kDays, column) && (holds(transfer::kStampColumns, column) || !isMidnight))
+    return stamp;
   stamp.resize(kDaySize);
   return text::replaceAll(stamp, "/", "-");
 }

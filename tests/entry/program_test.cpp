@@ -24,7 +24,6 @@
 #include "store/sqlite/sqlite_connection.h"
 #include "tests/support/component_fixture.h"
 #include "tests/support/temporary_folder.h"
-#include "transfer/change_detection.h"
 
 namespace vlout {
 namespace {
