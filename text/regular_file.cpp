@@ -60,6 +60,7 @@ std::string readRegularFile(const std::filesystem::path& file, std::size_t large
   std::string bytes;
   constexpr std::size_t kPiece = std::size_t{64} << 10;
   std::size_t next = std::min(static_cast<std::size_t>(status.st_size), largest) + 1;
+  bytes.reserve(next + kPiece);
   while (true) {  // the size that is told may be wrong
     const std::size_t filled = bytes.size();
     bytes.resize(filled + next);

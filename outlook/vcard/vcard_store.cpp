@@ -89,11 +89,14 @@ void VCardStore::openContactsFolder(const std::function<void()>& afterEach) {
   if (!index_.file.empty()) index = FolderIndex(index_.file, folder_->identity());
   std::size_t known = 0;
   std::string buffer;
-  for (const CardFile& file : folder_->cardFiles()) {
+  std::vector<CardFile> found = folder_->cardFiles();
+  files_.reserve(found.size());
+  items_.reserve(found.size());
+  for (CardFile& file : found) {
     const KnownFile* const entry = index.find(file.name);
     if (entry != nullptr) ++known;
     if (entry != nullptr && entry->isSettled && entry->sight == file.sight) {
-      addKnown(file, *entry);
+      addKnown(std::move(file), *entry);
     } else {
       addFile(file, entry, now, buffer);
     }
@@ -107,9 +110,9 @@ void VCardStore::openContactsFolder(const std::function<void()>& afterEach) {
   }
 }
 
-void VCardStore::addKnown(const CardFile& found, const KnownFile& known) {
+void VCardStore::addKnown(CardFile found, const KnownFile& known) {
   const std::size_t index = files_.size();
-  files_.push_back({found.name, found.sight, items_.size(), known.cards.size(), true});
+  files_.push_back({std::move(found.name), found.sight, items_.size(), known.cards.size(), true});
   if (known.cards.size() > 1) shared_[index].size = found.sight.state.size;
   for (std::size_t i = 0; i < known.cards.size(); ++i) {
     const KnownCard& card = known.cards[i];

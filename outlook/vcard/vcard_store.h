@@ -89,7 +89,7 @@ class VCardStore : public ContactStore, public CardHome {
     std::vector<CardSpan> cards;
   };
 
-  void addKnown(const CardFile& found, const KnownFile& known);
+  void addKnown(CardFile found, const KnownFile& known);
   void addFile(const CardFile& found, const KnownFile* known, const Moment& now,
                std::string& buffer);
   void timeCards(const KnownFile* known);

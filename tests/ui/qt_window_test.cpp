@@ -84,6 +84,7 @@ class QtWindowTest : public ScenarioFixture,
     reopened_ = false;
     expectNames(window);
     expectKeys(window);
+    expectReadingOrder(window);
     expectReadable(window);
     expectCentred(window);
     perform(action, window);
@@ -228,6 +229,23 @@ class QtWindowTest : public ScenarioFixture,
                          << " and " << widget->objectName().toStdString();
     }
     EXPECT_GE(keys.size(), 2U);
+  }
+
+  // The Tab key goes through a window as the eye does: down, or to the right.
+  static void expectReadingOrder(const QWidget& window) {
+    const QWidget* last = nullptr;
+    QRect lastPlace;
+    for (const QWidget* widget = window.nextInFocusChain(); widget != &window;
+         widget = widget->nextInFocusChain()) {
+      if ((widget->focusPolicy() & Qt::TabFocus) == 0 || !widget->isVisibleTo(&window)) continue;
+      const QRect place(widget->mapTo(&window, QPoint()), widget->size());
+      EXPECT_TRUE(last == nullptr || place.top() > lastPlace.center().y() ||
+                  place.left() >= lastPlace.right())
+          << widget->objectName().toStdString() << " after " << last->objectName().toStdString();
+      last = widget;
+      lastPlace = place;
+    }
+    EXPECT_NE(last, nullptr);
   }
 
   int idle_ = 0;
