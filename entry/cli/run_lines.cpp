@@ -1,5 +1,6 @@
 #include "entry/cli/run_lines.h"
 
+#include <algorithm>
 #include <array>
 #include <exception>
 
@@ -13,6 +14,11 @@ namespace {
 
 using history::RunRecord;
 
+// In the order of transfer::Mode and transfer::Range, whose words the records keep.
+constexpr std::array<text::Words, 3> kModes{
+    {{"가져오기", "import"}, {"내보내기", "export"}, {"상호갱신", "sync"}}};
+constexpr std::array<text::Words, 3> kRanges{
+    {{"선택한 명함", "selected"}, {"그룹", "group"}, {"전체", "all"}}};
 // In the order of history::RunState.
 constexpr std::array<text::Words, 5> kStates{{{"끝나지 않음", "not finished"},
                                               {"완료", "completed"},
@@ -24,6 +30,30 @@ constexpr std::array<text::Words, 3> kPutBack{
     {{"되돌림", "put back"}, {"삭제", "deleted"}, {"되살림", "restored"}}};
 constexpr std::array<text::Words, 3> kDone{
     {{"변경", "changed"}, {"추가", "added"}, {"삭제", "deleted"}}};
+
+// A recorded word as it is said to the user; any other as it stands.
+std::string sayWord(std::string_view word, const std::array<std::string_view, 3>& recorded,
+                    const std::array<text::Words, 3>& said) {
+  const auto found = std::find(recorded.begin(), recorded.end(), word);
+  if (found == recorded.end()) return std::string(word);
+  return text::say(said.at(static_cast<std::size_t>(found - recorded.begin())));
+}
+
+std::string modeOf(const RunRecord& run) {
+  if (run.mode == history::kUndoMode) return text::say("되돌리기", "undo");
+  return sayWord(run.mode, transfer::kModeWords, kModes);
+}
+
+// The transfer and its range; a group's range has its name behind the word.
+std::string transferOf(const RunRecord& run) {
+  if (run.range.empty()) return modeOf(run);
+  const std::string_view range = run.range;
+  const std::size_t end = std::min(range.find(' '), range.size());
+  return modeOf(run)
+      .append(" ")
+      .append(sayWord(range.substr(0, end), transfer::kRangeWords, kRanges))
+      .append(range.substr(end));
+}
 
 std::string wayBack(const history::Runs& runs, const RunRecord& run) {
   if (run.undoneBy != 0)
@@ -49,7 +79,7 @@ std::vector<RunLine> runLines(const history::Runs& runs) {
     }
     lines.push_back({.number = run.number,
                      .started = run.started,
-                     .transfer = run.mode + (run.range.empty() ? "" : " " + run.range),
+                     .transfer = transferOf(run),
                      .state = text::say(kStates.at(static_cast<std::size_t>(run.state))),
                      .counts = run.text,
                      .wayBack = wayBack(runs, run)});
@@ -77,7 +107,7 @@ std::string wordOf(history::Change change) {
 
 std::string headingOf(const history::Undo& undo) {
   return text::say("작업 %1(%2, %3) 전으로 되돌립니다.", "Goes back to before run %1 (%2, %3).",
-                   {std::to_string(undo.run().number), undo.run().started, undo.run().mode});
+                   {std::to_string(undo.run().number), undo.run().started, modeOf(undo.run())});
 }
 
 std::vector<UndoLine> undoLines(const history::Undo& undo) {

@@ -716,7 +716,7 @@ TEST_F(ProgramTest, AKilledRunIsUndoneByAnUndoThatIsKilled) {
     kill(child, SIGKILL);
     EXPECT_EQ(finish(child).status, -SIGKILL);
     EXPECT_THAT(run({"history", "--folder", folder()}).out,
-                HasSubstr("export all\t끝나지 않음\t명함="));
+                HasSubstr("내보내기 전체\t끝나지 않음\t명함="));
     // No --force: what the killed run wrote is known to be its own.
     killThenFinish({"undo", isJoined ? "2" : "1", "--yes", "--folder", folder()}, 20);
     EXPECT_TRUE(everything() == before);  // a comparison line by line would take minutes
