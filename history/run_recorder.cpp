@@ -99,7 +99,7 @@ std::string RunRecorder::objectionToEmptied(bool preview) {
         "폴더가 연결되지 않았거나 다른 폴더라면 모든 명함이 새 연락처로 다시 추가됩니다. %5",
         "The folder of contacts is empty: %1\r\nAt the last run (%2) there were %3 contact files "
         "(%4).\r\n"
-        "If the folder is not mounted, or is another one, all cards will be added again as new "
+        "If the folder is not mounted, or is the wrong one, all cards will be added again as new "
         "contacts. %5",
         {place_.empty() ? text::pathText(contacts_) : place_, run->started, std::to_string(*files),
          text::pathText(runs_.contactsOf(*run)), emptied_.howToGoOn});
@@ -162,7 +162,7 @@ void RunRecorder::tell(Use use) {
     use();
   } catch (const std::exception& error) {
     throw transfer::RunAborted(text::say("되돌릴 길을 남길 수 없어 작업을 여기서 끝냅니다.\r\n",
-                                         "Ended here: no way back can be kept.\r\n") +
+                                         "Ended here, because no way back can be kept.\r\n") +
                                error.what());
   }
 }

@@ -140,7 +140,7 @@ void Undo::chooseRun(int number) {
   }
   if (later_.empty()) {
     throw UndoError(text::say("작업 %1부터는 바뀐 것이 없습니다.",
-                              "Nothing has changed from run %1 on.",
+                              "Run %1 and those after it changed nothing.",
                               {std::to_string(run_.number)}));
   }
 }
@@ -153,7 +153,7 @@ void Undo::readLogs() {
     if (runs_.contactsOf(run) != contacts_) {
       edits_.push_back(
           text::say("작업 %1은(는) 다른 연락처 폴더를 썼습니다. 그 폴더는 되돌리지 않습니다: %2",
-                    "Run %1 used another folder of contacts, which is not put back: %2",
+                    "Run %1 used another folder of contacts, which this undo leaves as it is: %2",
                     {std::to_string(run.number), run.contacts}));
       continue;
     }
@@ -375,7 +375,7 @@ void Undo::putFilesBack(RunRecorder& recorder) const {
   lock_->tidy();
   throw UndoError(
       text::say("되돌리지 못한 연락처가 있습니다. 고친 뒤에 다시 실행하십시오.",
-                "Some contacts could not be put back. Mend the cause and run the undo again.") +
+                "Some contacts could not be put back. Fix the cause and run the undo again.") +
       failures);
 }
 
@@ -396,8 +396,8 @@ void Undo::putFileBack(const FileChange& file, RunRecorder& recorder) const {
       file.name, found,
       [&](const fs::path& place) {
         if (linkOrCopy(file.kept, place)) return;
-        throw UndoError(text::say("보관한 연락처가 없습니다: %1",
-                                  "The contact that was kept is gone: %1", {file.name}));
+        throw UndoError(
+            text::say("보관한 연락처가 없습니다: %1", "The kept contact is gone: %1", {file.name}));
       },
       log);
 }

@@ -419,7 +419,7 @@ SampleSelection fillWithSampleCards(store::Connection& connection, const SampleS
   if (size.cards < 0 || size.cards > kMostCards) {
     throw std::invalid_argument(
         text::say("예제 명함은 0장부터 %1장까지 만들 수 있습니다: %2",
-                  "there can be 0 to %1 sample cards: %2",
+                  "the number of sample cards must be 0 to %1: %2",
                   {std::to_string(kMostCards), std::to_string(size.cards)}));
   }
   connection.execute("BEGIN");

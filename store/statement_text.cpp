@@ -167,7 +167,7 @@ class StatementReader {
         std::all_of(rest.begin(), rest.end(), [](char c) { return isBlank(c) || c == ';'; });
     if (!onlyEnd)
       fail(text::say("문장 끝 뒤에 다른 문장이 있습니다",
-                     "another statement behind the end of the first"));
+                     "another statement after the end of the first"));
     position_ = sql_.size();
   }
 

@@ -58,7 +58,7 @@ template <std::signed_integral Narrow>
 [[nodiscard]] Narrow narrowed(std::int64_t number) {
   if (std::in_range<Narrow>(number)) return static_cast<Narrow>(number);
   throw std::overflow_error(
-      say("%1: 너무 큰 수입니다", "%1: too large a number", {std::to_string(number)}));
+      say("%1: 너무 큰 수입니다", "%1: number too large", {std::to_string(number)}));
 }
 
 // Replaces every occurrence of `from` in one pass; what a replacement leaves is not looked at

@@ -168,7 +168,7 @@ void frmOverview::showRuns() {
       "기록: 줄을 두 번 누르면 그 작업이 바꾼 값을 봅니다. 되돌리기는 고른 작업과 그 뒤의 작업을 "
       "되돌립니다.",
       "History: double-click a line to see what the run changed. Undo takes back the chosen run "
-      "and those after it."));
+      "and all later ones."));
   for (const PastRun& run : desk_.runs()) {
     addLine(run.what, run.outcome, run.wayBack);
     runs_.push_back(run.number);

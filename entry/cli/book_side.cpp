@@ -31,8 +31,7 @@ class MirroredBook : public history::MirroredContacts {
     const auto state = history::fileStateAt(kept);
     if (!state) {
       throw history::UndoError(text::say("보관한 연락처가 없습니다: %1",
-                                         "The contact that was kept is gone: %1",
-                                         {text::pathText(kept)}));
+                                         "The kept contact is gone: %1", {text::pathText(kept)}));
     }
     store_.putBack(contentOf(kept), {state->seconds, state->nanoseconds});
   }

@@ -217,7 +217,7 @@ std::shared_ptr<Arguments> addLook(CLI::App& command, int& status, Act act) {
 void addListCommand(CLI::App& app, int& status) {
   CLI::App* const command = app.add_subcommand(
       "list", text::say("명함을 연락처와의 관계와 함께 한 줄씩 보여 줍니다.",
-                        "Lists the cards, one a line, and how each stands to its contact."));
+                        "Lists the cards, one per line, and how each stands with its contact."));
   const auto arguments = addLook(*command, status, listCards);
   addContactsOption(*command, arguments->contacts);
   command->add_option(

@@ -12,7 +12,7 @@ void addFolderOption(CLI::App& command, std::string& folder) {
   command.add_option(
       "--folder", folder,
       text::say("구성 요소 폴더 (기본값: $VELMORA_FOLDER, 없으면 ~/.local/share/velmora)",
-                "Component folder (default: $VELMORA_FOLDER, else ~/.local/share/velmora)"));
+                "Component folder (default: $VELMORA_FOLDER, or else ~/.local/share/velmora)"));
 }
 
 void addContactsOption(CLI::App& command, std::string& contacts) {
@@ -29,7 +29,7 @@ void addContactsOption(CLI::App& command, std::string& contacts) {
 void addJsonFlag(CLI::App& command, bool& json) {
   command.add_flag(
       "--json", json,
-      text::say("프로그램이 읽을 수 있게 JSON으로 씁니다.", "Writes JSON, for programs to read."));
+      text::say("프로그램이 읽을 수 있게 JSON으로 씁니다.", "Prints JSON for scripts."));
 }
 
 void onGiven(CLI::App& command, int& status, std::function<void(std::ostream&)> print) {

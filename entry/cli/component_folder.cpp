@@ -52,7 +52,7 @@ class NewFolders {
 
 [[noreturn]] void failExists(const std::filesystem::path& database) {
   throw store::DatabaseError(text::say("%1: 이미 있는 데이터베이스는 덮어쓰지 않습니다",
-                                       "%1: a database that exists is not overwritten",
+                                       "%1: there is a database already; it is not overwritten",
                                        {database.string()}));
 }
 
@@ -62,7 +62,7 @@ void requireFree(const std::filesystem::path& database) {
   const std::filesystem::path log = database.string() + "-wal";
   if (std::filesystem::exists(log)) {
     throw store::DatabaseError(text::say("%1: 없어진 데이터베이스의 기록이 남아 있습니다",
-                                         "%1: the log of a database that is gone lies here",
+                                         "%1: the log of a database that is gone is still here",
                                          {log.string()}));
   }
 }
@@ -71,7 +71,7 @@ void requireFree(const std::filesystem::path& database) {
 void place(const std::filesystem::path& finished, const std::filesystem::path& database) {
   if (std::filesystem::exists(finished.string() + "-wal")) {
     throw store::DatabaseError(text::say("%1: 데이터베이스를 다 쓰지 못했습니다",
-                                         "%1: the database could not be written whole",
+                                         "%1: the database could not be written completely",
                                          {finished.string()}));
   }
   if (renameat2(AT_FDCWD, finished.c_str(), AT_FDCWD, database.c_str(), RENAME_NOREPLACE) == 0) {

@@ -52,9 +52,10 @@ void addHistoryCommand(CLI::App& app, int& status) {
   const auto folder = std::make_shared<std::string>();
   const auto run = std::make_shared<int>(0);
   command
-      ->add_option("run", *run,
-                   text::say("작업 번호: 그 작업이 보여 준 줄과 바꾼 값",
-                             "Number of a run: the lines it showed and the values it changed"))
+      ->add_option(
+          "run", *run,
+          text::say("작업 번호: 그 작업이 보여 준 줄과 바꾼 값",
+                    "Number of a run, to see the lines it showed and the values it changed"))
       ->check(CLI::Range(1, std::numeric_limits<int>::max()));
   addFolderOption(*command, *folder);
   command->callback([folder, run, &status] {

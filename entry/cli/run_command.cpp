@@ -135,9 +135,9 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
   };
   auto toolkit = std::make_unique<ui::terminal::TerminalToolkit>(
       results, errors, progressWidth, interrupted, request.onConflict, script);
-  const history::EmptiedFolder emptied{.goOn = request.goOn,
-                                       .howToGoOn = text::say("그래도 하려면 --yes 를 붙이십시오.",
-                                                              "To go on all the same, add --yes.")};
+  const history::EmptiedFolder emptied{
+      .goOn = request.goOn,
+      .howToGoOn = text::say("그래도 하려면 --yes 를 붙이십시오.", "To go on anyway, add --yes.")};
   Runtime runtime(request.folder, makePlatform(request.folder, request.contacts, std::move(toolkit),
                                                emptied, &interrupted));
   if (request.preview) runtime.previewOnly();
@@ -282,7 +282,7 @@ void addOptionsOnCards(CLI::App& run, Arguments& arguments) {
           "내보낼 그룹 또는 가져온 연락처를 둘 그룹: 번호, 경로(거래처/서울) 또는 이름",
           "Group to export, or to put imported contacts into: its number, path (A/B) or name"));
   run.add_flag("--subgroups", arguments.subgroups,
-               text::say("하위그룹 포함 (--range group)", "With its subgroups (--range group)"));
+               text::say("하위그룹 포함 (--range group)", "Includes subgroups (--range group)"));
   run.add_option(
          "--set", arguments.boxes,
          text::say("옵션 상자를 켜거나(1) 끕니다(0): OUT_CHECKn=0|1, chadd=0|1. 창에서와 같이 "
@@ -295,7 +295,7 @@ void addOptionsOnCards(CLI::App& run, Arguments& arguments) {
       "--photo,!--no-photo", arguments.photo,
       text::say(
           "연락처에 다른 사진이 없으면 명함의 사진을 보이게(PHOTO) 합니다. 다음 실행에도 남습니다.",
-          "Shows the card's picture (PHOTO) on a contact that has no other. Stays so for the next "
+          "Shows the card's picture (PHOTO) on a contact that has no other. Stays set for later "
           "runs."));
 }
 
@@ -311,16 +311,16 @@ void addOptionsOnTheRun(CLI::App& run, Arguments& arguments) {
   run.add_flag(
       "--quiet", arguments.quiet,
       text::say("처리하지 못한 자료와 합계만 쓰고, 할 일이 없었으면 아무것도 쓰지 않습니다.",
-                "Prints only what could not be handled and the counts; nothing where there was "
+                "Prints only what could not be handled, and the counts; nothing if there was "
                 "nothing to do."));
   run.add_flag("--notify", arguments.notify,
                text::say("처리하지 못한 자료가 있으면 데스크톱에 알립니다.",
-                         "Tells the desktop when something could not be handled."));
+                         "Shows a desktop notification if something could not be handled."));
   run.add_flag(
       "--yes", arguments.yes,
       text::say("지난 작업 때와 다른 연락처나, 그때와 달리 비어 있는 연락처 폴더라도 묻지 않고 "
                 "합니다.",
-                "Does not ask about contacts that are not those of the last run, or a folder that "
+                "Does not ask, even if the contacts are not those of the last run, or the folder "
                 "has been emptied since."));
 }
 

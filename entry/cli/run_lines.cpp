@@ -106,7 +106,8 @@ std::string wordOf(history::Change change) {
 }
 
 std::string headingOf(const history::Undo& undo) {
-  return text::say("작업 %1(%2, %3) 전으로 되돌립니다.", "Goes back to before run %1 (%2, %3).",
+  return text::say("작업 %1(%2, %3) 전으로 되돌립니다.",
+                   "Goes back to the state before run %1 (%2, %3).",
                    {std::to_string(undo.run().number), undo.run().started, modeOf(undo.run())});
 }
 
@@ -129,7 +130,7 @@ std::vector<UndoLine> undoLines(const history::Undo& undo) {
   for (const auto& file : undo.files()) add(file, wordOf(file.change));
   for (const auto& file : undo.lost()) {
     add(file, text::say("그대로 둠(보관한 파일이 제자리에서 바뀌었음)",
-                        "left alone (the file that was kept has been changed in place)"));
+                        "left alone (the kept file has been changed in place)"));
   }
   return lines;
 }

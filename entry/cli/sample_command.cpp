@@ -44,7 +44,7 @@ void addSampleCommand(CLI::App& app, int& status) {
   command
       ->add_option(
           "--seed", arguments->seed,
-          text::say("같은 값은 같은 명함을 만듭니다.", "The same value makes the same cards."))
+          text::say("같은 값은 같은 명함을 만듭니다.", "The same seed makes the same cards."))
       ->capture_default_str();
   onGiven(*command, status, [arguments](std::ostream& out) {
     const auto folder = componentFolder(arguments->folder);

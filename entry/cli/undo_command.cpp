@@ -68,13 +68,13 @@ bool undoRun(const Arguments& request, std::ostream& out, std::ostream& errors) 
     errors << text::say(
         "작업 뒤에 바뀐 것이 있어 되돌리지 않았습니다. 그래도 되돌리려면 --force 를 "
         "붙이십시오.\n",
-        "Nothing was undone, since something has changed after the run. To undo all the same, add "
+        "Nothing was undone, because something has changed since the run. To undo anyway, add "
         "--force.\n");
     return false;
   }
   if (!request.yes && isatty(STDIN_FILENO) == 0) {
     errors << text::say("터미널이 아니어서 물을 수 없습니다. 되돌리려면 --yes 를 붙이십시오.\n",
-                        "There is no terminal to ask on. To undo, add --yes.\n");
+                        "There is no terminal to ask in. To undo, add --yes.\n");
     return false;
   }
   if (!request.yes && !confirm(text::say("되돌릴까요?", "Undo?"))) return false;
@@ -88,9 +88,8 @@ bool undoRun(const Arguments& request, std::ostream& out, std::ostream& errors) 
 void addUndoCommand(CLI::App& app, int& status) {
   CLI::App* const undo = app.add_subcommand(
       "undo",
-      text::say(
-          "어느 작업과 그 뒤의 작업이 쓴 것을 되돌립니다. 무엇이 바뀌는지 먼저 말합니다.",
-          "Takes back what a run and those after it have written. Says first what will change."));
+      text::say("어느 작업과 그 뒤의 작업이 쓴 것을 되돌립니다. 무엇이 바뀌는지 먼저 말합니다.",
+                "Takes back what a run and all later ones wrote. First says what will change."));
   const auto arguments = std::make_shared<Arguments>();
   undo->add_option("run", arguments->run,
                    text::say("작업 번호 (기본값: 무엇인가 바꾼 마지막 작업)",
@@ -104,7 +103,7 @@ void addUndoCommand(CLI::App& app, int& status) {
                            "Undoes even if changes made since are lost."));
   undo->add_flag("--yes", arguments->yes,
                  text::say("묻지 않습니다. 터미널이 아니면 있어야 합니다.",
-                           "Does not ask. Needed where there is no terminal."));
+                           "Does not ask. Needed if there is no terminal."));
   undo->callback([arguments, &status] {
     status = undoRun(*arguments, std::cout, std::cerr) ? kDone : kRefused;
   });

@@ -46,9 +46,9 @@ void openWindow(const std::string& given, const std::string& contacts) {
 }
 
 void addWindowCommand(CLI::App& app, int& status) {
-  CLI::App* const command =
-      app.add_subcommand("window", text::say("창을 엽니다. 명령이 없을 때도 그렇습니다.",
-                                             "Opens the window, as does no command at all."));
+  CLI::App* const command = app.add_subcommand(
+      "window", text::say("창을 엽니다. 명령이 없을 때도 그렇습니다.",
+                          "Opens the window. The same happens without a command."));
   struct Arguments {
     std::string folder;
     std::string contacts;

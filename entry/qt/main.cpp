@@ -58,7 +58,7 @@ std::optional<Move> run(const Move& here) {
   const vlout::history::EmptiedFolder emptied{
       .askAgain = true,
       .howToGoOn = vlout::text::say("그래도 하려면 한 번 더 시작하십시오.",
-                                    "To go on all the same, start once more.")};
+                                    "To go on anyway, start it again.")};
   try {
     auto toolkit = std::make_unique<vlout::ui::qt::QtToolkit>();
     auto platform =

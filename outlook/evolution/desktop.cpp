@@ -216,14 +216,14 @@ std::string objectionTo(const Registry& registry, const Source& source, const Cl
       return text::say(
           "이 계정의 암호가 데스크톱에 없거나 맞지 않습니다. 데스크톱의 계정 설정에서 "
           "로그인하십시오",
-          "The desktop has no password for this account, or a wrong one. Log in in the desktop's "
-          "account settings");
+          "The desktop has no password for this account, or a wrong one. Log in through the "
+          "desktop's account settings");
     }
   }
   if (is(E_SOURCE_CONNECTION_STATUS_SSL_FAILED)) {
     return text::say(
         "서버의 인증서를 믿을 수 없습니다. 데스크톱의 계정 설정에서 확인하십시오",
-        "The server's certificate is not trusted. Look at it in the desktop's account settings");
+        "The server's certificate is not trusted. Check it in the desktop's account settings");
   }
   // One whose state stays unknown is given the benefit of the doubt: each call tells for itself.
   if (e_client_is_online(base(client)) != FALSE) return {};

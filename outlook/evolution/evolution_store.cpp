@@ -160,17 +160,17 @@ std::string EvolutionStore::readCard(std::size_t position) {
 void EvolutionStore::requireUnchanged(const Item& item) {
   const auto now = book_->get(item.uid);
   if (!now)
-    throw ContactStoreError(text::say("%1: 그 사이에 다른 프로그램이 지웠습니다",
-                                      "%1: another program has deleted it in the meantime",
-                                      {item.uid}));
+    throw ContactStoreError(
+        text::say("%1: 그 사이에 다른 프로그램이 지웠습니다",
+                  "%1: another program has deleted this contact in the meantime", {item.uid}));
   const bool isSame =
       *now == item.text ||
       (contentFingerprint(*now) == contentFingerprint(item.text) &&
        vcard::findCards(*now).cards.front().vlid == vcard::findCards(item.text).cards.front().vlid);
   if (!isSame)
-    throw ContactStoreError(text::say("%1: 그 사이에 다른 프로그램이 바꾸었습니다",
-                                      "%1: another program has changed it in the meantime",
-                                      {item.uid}));
+    throw ContactStoreError(
+        text::say("%1: 그 사이에 다른 프로그램이 바꾸었습니다",
+                  "%1: another program has changed this contact in the meantime", {item.uid}));
 }
 
 // The write is known to history and to the table before it is made, and its file stands ready.
@@ -187,7 +187,7 @@ void EvolutionStore::complete(Item& item, const std::string& sent,
   auto stored = book_->get(item.uid);
   if (!stored)
     throw ContactStoreError(text::say("%1: 저장한 연락처가 주소록에 없습니다",
-                                      "%1: the contact that was saved is not in the address book",
+                                      "%1: the saved contact is not in the address book",
                                       {item.uid}));
   item.text = *std::move(stored);
   times_->saved(item.uid, item.text, vlid, item.time);
@@ -210,7 +210,7 @@ void EvolutionStore::putBack(const std::string& cardText, ChangeTime time) {
   const auto cards = vcard::findCards(cardText).cards;
   if (cards.empty())
     throw ContactStoreError(
-        text::say("보관한 연락처를 읽을 수 없습니다", "the contact that was kept cannot be read"));
+        text::say("보관한 연락처를 읽을 수 없습니다", "the kept contact cannot be read"));
   const auto& vlid = cards.front().vlid;
   std::string uid;
   if (const Item* const item = find(cardText)) {

@@ -123,7 +123,8 @@ class OpenBook : public Book {
         name_(info_.uid) {
     if (!name_.take())
       throw ContactStoreError(text::say("%1: 다른 실행이 이 주소록을 사용하고 있습니다",
-                                        "%1: another run uses this address book", {info_.name}));
+                                        "%1: another run is using this address book",
+                                        {info_.name}));
     open();
   }
 

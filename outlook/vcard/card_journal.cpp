@@ -166,12 +166,14 @@ void addLostSaves(const std::string& file, const std::optional<FileState>& state
                   std::vector<LostSave>& lost) {
   for (const std::size_t card : merged.lost) {
     const CardChange& change = changes.at(card);
-    LostSave save{firstDisplayName(change.text),
-                  state
-                      ? text::say("%1: 그 사이에 다른 프로그램이 바꾼 연락처라 그대로 두었습니다",
-                                  "%1: left as another program has made it in the meantime", {file})
-                      : text::say("%1: 그 사이에 다른 프로그램이 지웠습니다",
-                                  "%1: another program has deleted it in the meantime", {file})};
+    LostSave save{
+        firstDisplayName(change.text),
+        state ? text::say(
+                    "%1: 그 사이에 다른 프로그램이 바꾼 연락처라 그대로 두었습니다",
+                    "%1: another program has changed this contact in the meantime; left as it is",
+                    {file})
+              : text::say("%1: 그 사이에 다른 프로그램이 지웠습니다",
+                          "%1: another program has deleted this contact in the meantime", {file})};
     if (change.row != 0) save.row = std::to_string(change.row);
     if (state) save.contactTime = text::fromUnixTime(state->seconds, 0);
     lost.push_back(std::move(save));

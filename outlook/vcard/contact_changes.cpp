@@ -50,7 +50,7 @@ class LooseCard : public CardHome {
 
  private:
   [[noreturn]] static void refuse() {
-    throw ContactStoreError(text::say("읽기만 하는 연락처입니다", "the contact is only read"));
+    throw ContactStoreError(text::say("읽기만 하는 연락처입니다", "this contact is read-only"));
   }
 
   std::string_view card_;

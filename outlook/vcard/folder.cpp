@@ -126,7 +126,7 @@ Folder::Folder(const std::string& path) : path_(path) {
   if (::flock(descriptor_, LOCK_EX | LOCK_NB) != 0 && errno == EWOULDBLOCK) {
     ::close(descriptor_);
     throw ContactStoreError(text::say("%1: 다른 실행이 이 폴더를 사용하고 있습니다",
-                                      "%1: another run uses this folder", {path_}));
+                                      "%1: another run is using this folder", {path_}));
   }
   if (::faccessat(descriptor_, ".", W_OK | X_OK, AT_EACCESS) != 0) {
     const int error = errno;

@@ -105,7 +105,7 @@ void VCardStore::openContactsFolder(const std::function<void()>& afterEach) {
   for (const std::string& name : folder_->keptVersions()) {
     notices_.push_back(text::say(
         "%1: 다른 프로그램이 쓴 내용을 따로 두었습니다. 확인한 뒤 지우십시오",
-        "%1: what another program wrote is kept here; delete it when you have looked at it",
+        "%1: another program's version is kept here; delete it once you have looked at it",
         {name}));
   }
 }
@@ -238,13 +238,14 @@ void VCardStore::reportDoubts(const std::string& name, std::string_view text, Fi
       }
       notices_.push_back(
           text::say("%1 %2행: %3의 글자를 %4(으)로 읽을 수 없어 그대로 둡니다",
-                    "%1, line %2: the characters of %3 are not in %4 and stay as they are",
+                    "%1, line %2: %3 cannot be read as %4 and is left as it is",
                     {name, std::to_string(span.line + doubt.line), doubt.name, doubt.charset}));
     }
   }
   for (const std::string& set : guessed) {
     notices_.push_back(text::say("%1: 문자 집합을 밝히지 않은 글자를 %2(으)로 읽습니다",
-                                 "%1: characters of an unnamed set are read as %2", {name, set}));
+                                 "%1: the card does not name its character set; it is read as %2",
+                                 {name, set}));
   }
 }
 

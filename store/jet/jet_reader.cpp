@@ -258,7 +258,7 @@ void JetReader::fail(const std::string& reason) const {
 
 void JetReader::failEnded() const {
   fail(text::say("손상된 파일입니다 (읽는 도중에 멈췄습니다)",
-                 "damaged file (reading it came to a stop)"));
+                 "damaged file (reading it broke off)"));
 }
 
 }  // namespace vlout::store::jet

@@ -283,7 +283,7 @@ void createDatabase(const std::filesystem::path& file) {
   const int descriptor = ::open(file.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
   if (descriptor < 0 && errno == EEXIST) {
     throw DatabaseError(text::say("%1: 이미 있는 데이터베이스는 덮어쓰지 않습니다",
-                                  "%1: a database that exists is not overwritten",
+                                  "%1: there is a database already; it is not overwritten",
                                   {file.string()}));
   }
   if (descriptor < 0) throw DatabaseError(file.string() + ": " + std::strerror(errno));

@@ -73,12 +73,11 @@ void failAs(sqlite3* database, std::string_view context) {
                                   "not an SQLite database, or a damaged one: %1", {text}));
   }
   if (code == SQLITE_BUSY) {
-    throw DatabaseBusy(
-        text::say("다른 프로그램이 데이터베이스의 잠금을 쥐고 있습니다. 놓기를 "
-                  "기다리다가(%1초까지) 그만둡니다: %2",
-                  "another program holds the lock of the database; gave up after waiting for it "
-                  "(up to %1 seconds): %2",
-                  {std::to_string(ConnectionSettings::kTimeoutSeconds), text}));
+    throw DatabaseBusy(text::say(
+        "다른 프로그램이 데이터베이스의 잠금을 쥐고 있습니다. 놓기를 "
+        "기다리다가(%1초까지) 그만둡니다: %2",
+        "another program has locked the database; gave up waiting (after up to %1 seconds): %2",
+        {std::to_string(ConnectionSettings::kTimeoutSeconds), text}));
   }
   throw DatabaseError(text);
 }
