@@ -1,5 +1,5 @@
-// Files as Linux opens them: a descriptor that closes itself, a look that leaves no trace, and the
-// door for every file that may turn out to be something else.
+// Opening files on Linux: a descriptor that closes itself, reading without a trace, and a safe way
+// to open what may not be a regular file.
 #pragma once
 
 #include <cerrno>
@@ -26,8 +26,8 @@ class FileDescriptor {
   int value_;
 };
 
-// Opens a file for reading. No access time tells of it, where the system lets this user look that
-// way. A name that is not absolute is relative to `folder`.
+// Opens a file for reading without changing its access time, if the system lets this user do so. A
+// name that is not absolute is relative to `folder`.
 [[nodiscard]] inline int openKeepingAccessTime(const char* name, int flags = 0,
                                                int folder = AT_FDCWD) {
   const int file = ::openat(folder, name, flags | O_RDONLY | O_CLOEXEC | O_NOATIME);
@@ -35,11 +35,11 @@ class FileDescriptor {
   return ::openat(folder, name, flags | O_RDONLY | O_CLOEXEC);
 }
 
-// What `openRegular` fails with when the name is that of a pipe, a device, a folder.
+// The error of `openRegular` for a pipe, a device or a folder.
 inline constexpr int kNotRegular = ENXIO;
 
-// Opens a regular file, or a link to one, and nothing else: a named pipe would hold the program up
-// for ever, and a device may have no end. For reading unless the flags say otherwise.
+// Opens a regular file, or a link to one, and nothing else: a named pipe would block the program
+// for ever, and a device may have no end. Opens for reading unless the flags say otherwise.
 [[nodiscard]] inline int openRegular(const char* name, int flags = O_RDONLY,
                                      int folder = AT_FDCWD) {
   constexpr int kNoWaiting = O_NONBLOCK | O_NOCTTY | O_CLOEXEC;
@@ -56,7 +56,7 @@ inline constexpr int kNotRegular = ENXIO;
   return -1;
 }
 
-// The reason for a person to read.
+// The reason, in words for the user.
 [[nodiscard]] inline std::string reasonOf(int error) {
   return error == kNotRegular ? text::say("보통 파일이 아닙니다", "not a regular file")
                               : std::strerror(error);

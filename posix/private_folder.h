@@ -1,13 +1,13 @@
-// A folder for this user's eyes alone, which goes with the object. Previews keep people's data in
-// one.
+// A temporary folder that only this user can read, and that is deleted with the object. Previews
+// keep people's data in one.
 #pragma once
 
 #include <filesystem>
 
 namespace vlout::posix {
 
-// Lies where temporary files do; what programs that were killed have left there is removed. Throws
-// std::runtime_error when it cannot be made.
+// Made where temporary files go; also removes such folders that killed programs have left there.
+// Throws std::runtime_error if it cannot be made.
 class PrivateFolder {
  public:
   PrivateFolder();

@@ -19,8 +19,8 @@ struct AddressParts {
 // else in Korean order (country, state, city, street, box). "대한민국" is never part of the line.
 [[nodiscard]] std::string addressLine(AddressParts parts);
 
-// The same for a street that may hold the whole line already: what it begins or ends with is not
-// put there once more.
+// The same for a street that may already hold the whole line: what the street begins or ends with
+// is not added again.
 [[nodiscard]] std::string addressLineWithoutRepeats(AddressParts parts);
 
 }  // namespace vlout::store

@@ -37,8 +37,8 @@ struct ConnectionSettings {
   [[nodiscard]] std::filesystem::path databaseFile() const;
 };
 
-// One field of a row: its text (the bytes of a binary column), or nothing for NULL. The view lives
-// as long as the recordset stays on that row.
+// One field of a row: its text (the bytes of a binary column), or nothing for NULL. The view is
+// valid as long as the recordset stays on that row.
 using Field = std::optional<std::string_view>;
 
 // The rows of a query, held on the client side: their number is known, fields are read by name, and
@@ -73,14 +73,14 @@ class Connection {
 
   // Runs one statement that returns no rows; the number of rows affected.
   virtual std::int64_t execute(std::string_view sql) = 0;
-  // Throws DatabaseError for a statement that is too long for this database. Asked before a contact
-  // is saved whose row is written after it: neither must be without the other.
+  // Throws DatabaseError if the statement is too long for this database. Called before a contact is
+  // saved and its row written, so that neither is written without the other.
   virtual void requireShortEnough(std::string_view sql) const { static_cast<void>(sql); }
   virtual std::unique_ptr<Recordset> query(std::string_view sql) = 0;
 
-  // Whether the queries that follow may be answered as of one moment, which is some milliseconds
-  // ago at most: that spares a lock for each. It ends with the next `execute` and with `false`;
-  // what leads to a write is to be read after that.
+  // Lets the following queries be answered as of one moment, at most a few milliseconds ago, which
+  // saves a lock for each. That ends with the next `execute`, or with `false`; whatever leads to a
+  // write must be read after that.
   virtual bool readTogether(bool together) {
     static_cast<void>(together);
     return false;

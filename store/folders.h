@@ -8,9 +8,9 @@
 
 namespace vlout::store {
 
-// The folder's own id and the ids of every folder below it, joined with ",". Each id comes once,
-// even when the table's parents form a cycle. Throws DatabaseError when the table cannot be read or
-// `folderId` is not a number.
+// The folder's own id and the ids of every folder below it, joined with ",". Each id occurs once,
+// even if the parents in the table form a cycle. Throws DatabaseError if the table cannot be read
+// or `folderId` is not a number.
 [[nodiscard]] std::string folderWithSubfolders(Connection& connection, std::string_view folderId);
 
 }  // namespace vlout::store

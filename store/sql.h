@@ -20,20 +20,20 @@ inline constexpr std::string_view kFolderTable = "tbl_folder";
   return field.value_or(std::string_view());
 }
 
-// The trimmed value with every single quote doubled, ready to stand between single quotes.
+// The trimmed value with every single quote doubled, ready to be put between single quotes.
 [[nodiscard]] std::string sqlQuote(std::string_view value);
 
-// The value through `sqlQuote` and between single quotes.
+// The same, between single quotes.
 [[nodiscard]] std::string sqlLiteral(std::string_view value);
 
-// A name of a column that may hold anything, between double quotes.
+// A column name, which may contain anything, between double quotes.
 [[nodiscard]] std::string sqlName(std::string_view name);
 
 // The bytes of a binary column: X'…'.
 [[nodiscard]] std::string sqlBytes(std::string_view bytes);
 
-// The id as a number. Ids stand bare in statements, so nothing but a number may get there: throws
-// DatabaseError, which calls the id `what`, for any other text.
+// The id as a number. Ids go into statements without quotes, so nothing but a number may get there:
+// throws DatabaseError for any other text and calls the id `what`.
 std::int64_t requireNumber(std::string_view id, const text::Words& what);
 
 // True when `tbl_namecard` holds a row with that `i_idx`. Throws DatabaseError when the query
@@ -45,8 +45,7 @@ std::int64_t requireNumber(std::string_view id, const text::Words& what);
 // fails.
 [[nodiscard]] std::int16_t nextCardId(Connection& connection);
 
-// The one row of that card, or no rows. The id is checked to be a number before it goes into the
-// text; throws DatabaseError otherwise.
+// The one row of that card, or no rows. Throws DatabaseError if the id is not a number.
 [[nodiscard]] std::unique_ptr<Recordset> readCard(Connection& connection, std::string_view cardId);
 
 }  // namespace vlout::store

@@ -1,7 +1,7 @@
-// Reads SQL text just far enough to run it safely: it refuses text that holds more than one
-// statement or anything that Jet would not take for SQL (comments, parameter marks). For SQLite it
-// also lifts the literals out, so that statements which differ only in their values share one
-// prepared statement.
+// Reads SQL text just far enough to run it safely. Refuses text with more than one statement, or
+// with anything that Jet would not take for SQL (comments, parameter marks). For SQLite it also
+// lifts out the literals, so that statements which differ only in their values share one prepared
+// statement.
 #pragma once
 
 #include <string>
@@ -21,8 +21,8 @@ struct StatementText {
   std::vector<Literal> literals;
 };
 
-// Throws DatabaseError when the text is not one statement. Only literals that follow "=" or stand
-// in a VALUES list are lifted: elsewhere a bound value may mean something else than the literal.
+// Throws DatabaseError when the text is not one statement. Only literals after "=" or in a VALUES
+// list are lifted: elsewhere a bound value may not mean the same as the literal.
 [[nodiscard]] StatementText readStatement(std::string_view sql);
 
 }  // namespace vlout::store

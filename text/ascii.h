@@ -45,7 +45,7 @@ namespace vlout::text {
   return digits;
 }
 
-// The whole of `text` as a decimal whole number, or nothing.
+// `text` as a decimal whole number; nothing if any part of it is something else.
 [[nodiscard]] inline std::optional<std::int64_t> parseInteger(std::string_view text) {
   std::int64_t value = 0;
   const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
@@ -53,7 +53,7 @@ namespace vlout::text {
   return value;
 }
 
-// The number as one of a narrower type. Throws std::overflow_error where it does not fit.
+// The number in a narrower type. Throws std::overflow_error if it does not fit.
 template <std::signed_integral Narrow>
 [[nodiscard]] Narrow narrowed(std::int64_t number) {
   if (std::in_range<Narrow>(number)) return static_cast<Narrow>(number);
@@ -61,7 +61,7 @@ template <std::signed_integral Narrow>
       say("%1: 너무 큰 수입니다", "%1: number too large", {std::to_string(number)}));
 }
 
-// Replaces every occurrence of `from` in one pass; what a replacement leaves is not looked at
+// Replaces every occurrence of `from` in one pass; what a replacement produces is not searched
 // again.
 [[nodiscard]] inline std::string replaceAll(std::string_view text, std::string_view from,
                                             std::string_view to) {

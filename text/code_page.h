@@ -1,6 +1,6 @@
 // The Korean code page 949, which the host application writes its files in. Only the option file,
-// the export list and the Latin-script test know of it; it is meant explicitly, whatever the
-// machine's locale.
+// the export list and the Latin-script test use it, and always this page, whatever the machine's
+// locale.
 #pragma once
 
 #include <optional>

@@ -12,8 +12,8 @@
 
 namespace vlout::text {
 
-// A point on the local clock: whole seconds since 1970-01-01 00:00:00 on that clock, and the
-// nanoseconds after them (0 to 999,999,999).
+// A time on the local clock: whole seconds since 1970-01-01 00:00:00 on that clock, and the
+// nanoseconds beyond them (0 to 999,999,999).
 struct DateTime {
   std::int64_t seconds = 0;
   std::int32_t nanoseconds = 0;
@@ -21,12 +21,12 @@ struct DateTime {
   auto operator<=>(const DateTime&) const = default;  // NOLINT(modernize-use-nullptr)
 };
 
-// The date-time with these calendar fields, or nothing when there is no such day or time.
+// The date-time with these calendar fields, or nothing if there is no such day or time.
 [[nodiscard]] std::optional<DateTime> makeDateTime(int year, int month, int day, int hour = 0,
                                                    int minute = 0, int second = 0);
 
-// The value of a contact's date property that holds no date: 4501-01-01. The contact store of old
-// uses this odd constant, and rows turn it into NULL by comparing with it exactly.
+// The value of a contact's date property that holds no date: 4501-01-01. The original contact store
+// uses this odd constant; it becomes NULL in a row by an exact comparison.
 [[nodiscard]] DateTime noDate();
 
 // "yyyy/mm/dd hh:mm:ss", the form of the three sync-state dates.
@@ -35,11 +35,11 @@ struct DateTime {
 // "yyyy-mm-dd", the form of birthdays, anniversaries and creation days.
 [[nodiscard]] std::string formatDay(DateTime time);
 
-// Reads what a Korean desktop takes for a date, and so what a host may have stored: year, month and
-// day with "-", "/" or "." between them or 년, 월, 일 behind them, fields of one digit, years of
-// two (those of 1930 to 2029), the month or the day first where only one of these makes a day. A
-// time may follow behind blanks or "T", with 오전/오후 or AM/PM before or after it; a fraction of
-// its second is cut off. Nothing when the text is empty or no date.
+// Reads whatever a Korean desktop takes for a date, since a host may have stored it: year, month
+// and day with "-", "/" or "." between them or 년, 월, 일 after them, fields of one digit, years of
+// two (1930 to 2029), and the month or the day first if only one of these gives a valid day. A time
+// may follow after blanks or "T", with 오전/오후 or AM/PM before or after it; a fraction of its
+// second is cut off. Nothing if the text is empty or no date.
 [[nodiscard]] std::optional<DateTime> parseDateTime(std::string_view text);
 
 // The time without its fraction.

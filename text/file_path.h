@@ -1,5 +1,5 @@
-// Paths as texts. A path's own `string()` is in the machine's code page on Windows; messages and
-// file names made of texts go through these two, which mean UTF-8 everywhere.
+// Converts between paths and texts. On Windows a path's own `string()` is in the machine's code
+// page; messages and file names go through these two functions, which use UTF-8 everywhere.
 #pragma once
 
 #include <filesystem>

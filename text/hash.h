@@ -1,5 +1,5 @@
-// Tells contents apart without keeping them. The same in every build for machines of one byte
-// order; no protection against people who want two contents to look alike.
+// A hash that tells contents apart without keeping them. It is the same in every build for machines
+// of one byte order. It is no protection against people who want two contents to look alike.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,7 @@
-// The language of the program's own words: its help, its errors and reports, and what the Linux
-// window has beside the component's own form. They are Korean or English; the two stand side by
-// side where they are said. What the component itself shows, captions, result lines and messages,
-// is Korean in both.
+// The language of what the Linux program adds to the component: its help, its errors and reports,
+// and the extras in its window. The texts are Korean or English, and both versions are written side
+// by side where they are used. What the component itself shows (captions, result lines and
+// messages) is always in Korean.
 #pragma once
 
 #include <initializer_list>
@@ -12,15 +12,15 @@ namespace vlout::text {
 
 enum class Language { Korean, English };
 
-// Korean until it is set, which a program does once, before it says anything.
+// Korean until it is set. A program sets it once, before it says anything.
 [[nodiscard]] Language language();
 void setLanguage(Language language);
 
-// The language that the environment asks for by LC_ALL, LC_MESSAGES or LANG, the first that says
-// anything: Korean where that is Korean, else English.
+// The language that the environment asks for by LC_ALL, LC_MESSAGES or LANG, whichever comes first:
+// Korean if that asks for Korean, otherwise English.
 [[nodiscard]] Language languageOfEnvironment();
 
-// The same in both languages. %1 to %9 stand for what is put in.
+// A text in both languages. %1 to %9 stand for what is put in.
 struct Words {
   std::string_view korean;
   std::string_view english;

@@ -7,9 +7,10 @@
 namespace vlout::text {
 
 // Trims `text` in place and returns true when it counts as Latin: when it is empty or its last
-// character is a single byte in code page 949, or in what the page makes of it: "é" becomes "e", a
-// jamo of a decomposed syllable a letter of its own, and what the page knows nothing like a "?".
-// Earlier characters do not count, deliberately: a name such as "홍길동 Jr" is Latin.
+// character is a single byte in code page 949, or in the page's best fit: "é" becomes "e", a jamo
+// of a decomposed syllable becomes a letter of its own, and a character that resembles nothing in
+// the page becomes "?". Earlier characters do not count, deliberately: a name such as "홍길동 Jr"
+// is Latin.
 [[nodiscard]] bool isLatinScript(std::string& text);
 
 }  // namespace vlout::text

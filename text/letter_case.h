@@ -1,4 +1,4 @@
-// Comparison without regard to case in any script, for names that people have given to files.
+// Compares texts of any script without regard to case, for file names that people have chosen.
 // Names of columns and keys, which are ASCII, are compared by `text/ascii.h`.
 #pragma once
 
@@ -6,7 +6,7 @@
 
 namespace vlout::text {
 
-// Both in UTF-8. Letter by letter as the system pairs them: "ß" is not "SS".
+// Both are UTF-8. They are compared letter by letter, as the system pairs letters: "ß" is not "SS".
 [[nodiscard]] bool equalsIgnoringCase(std::string_view a, std::string_view b);
 
 }  // namespace vlout::text

@@ -1,4 +1,4 @@
-// Numbers and texts put into a row of bytes and taken out again, for files that only this program
+// Packs numbers and texts into bytes and unpacks them again, for files that only this program
 // reads, on the machine that wrote them.
 #pragma once
 
@@ -21,7 +21,7 @@ inline void pack(std::string& bytes, std::string_view text) {
   bytes.append(text);
 }
 
-// Takes numbers and texts off the front. After the first that is not there whole it is no good.
+// Takes numbers and texts off the front. Once one of them is incomplete, nothing more can be read.
 class Unpacker {
  public:
   explicit Unpacker(std::string_view bytes) : left_(bytes) {}

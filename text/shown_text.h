@@ -1,5 +1,5 @@
-// Text of unknown origin as a terminal may be given it: what would end a line, move the cursor or
-// turn the direction of the text around becomes a blank.
+// Makes text of unknown origin safe for a terminal: whatever would end a line, move the cursor or
+// reverse the direction of the text becomes a blank.
 #pragma once
 
 #include <string>
@@ -7,10 +7,10 @@
 
 namespace vlout::text {
 
-// The text on one line, in one column.
+// The text on one line, without tabs.
 [[nodiscard]] std::string onOneLine(std::string_view text);
 
-// The same, but with the text's own line ends.
+// The same, but the text keeps its line ends.
 [[nodiscard]] std::string onItsLines(std::string_view text);
 
 }  // namespace vlout::text

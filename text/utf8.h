@@ -12,11 +12,11 @@ namespace vlout::text {
 // True when `text` is well-formed UTF-8 (no overlong forms, no surrogates, nothing past U+10FFFF).
 [[nodiscard]] bool isValidUtf8(std::string_view text);
 
-// `text` with every byte that does not belong to a well-formed sequence replaced by U+FFFD.
+// `text` with U+FFFD in place of every byte that is not part of a well-formed sequence.
 [[nodiscard]] std::string sanitizeUtf8(std::string_view text);
 
-// The characters (code points) of `text`, each as the bytes it is written with. A byte that is not
-// part of a well-formed sequence counts as a character of its own.
+// The characters (code points) of `text`, each as its bytes. A byte that is not part of a
+// well-formed sequence counts as a character of its own.
 [[nodiscard]] std::vector<std::string_view> characters(std::string_view text);
 
 // The code point that `character`, one well-formed sequence, stands for; U+FFFD otherwise.

@@ -26,13 +26,13 @@ class ComError : public std::runtime_error {
 // The system's text for an error, with its number.
 [[nodiscard]] std::string errorText(HRESULT code);
 
-// The value as a text whatever its type; an empty one for Null and Empty. A date is written as a
-// stamp. Throws ComError for a value that has no text.
+// The value as a text, whatever its type; an empty text for Null and Empty. A date becomes a stamp.
+// Throws ComError for a value that has no text.
 [[nodiscard]] std::string variantText(const VARIANT& value);
 
-// Between a date and an automation date, which counts days. A fraction of a second is kept to the
-// millisecond: what lies below is the rounding error of the number, and would turn a whole second
-// into the one before.
+// Convert to and from an automation date, which counts days. A fraction of a second is kept to the
+// millisecond: anything finer is the number's rounding error and would turn a whole second into the
+// one before.
 [[nodiscard]] text::DateTime fromAutomationDate(double days);
 [[nodiscard]] double toAutomationDate(text::DateTime time);
 

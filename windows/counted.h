@@ -48,7 +48,7 @@ class Counted : public Interface {
   std::atomic<ULONG> references_{1};
 };
 
-// Takes a reference over. MinGW's `ComPtr::Attach` adds one of its own, which nobody would let go.
+// Takes over a reference. MinGW's `ComPtr::Attach` adds one of its own, which nobody would release.
 template <typename Interface>
 [[nodiscard]] Microsoft::WRL::ComPtr<Interface> owned(Interface* object) {
   Microsoft::WRL::ComPtr<Interface> pointer;

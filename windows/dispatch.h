@@ -1,6 +1,6 @@
-// Late-bound calls on an automation object. The store adapter for Outlook and the skin framework go
-// through it: member names are looked up once a class, a busy server is tried again for a while,
-// and a failure carries the member's name and the object's own text.
+// Late-bound calls on an automation object. The adapters for Outlook and ADO and the skin framework
+// use it: member names are looked up once per class, a busy server is asked again for a while, and
+// a failure carries the member's name and the object's own text.
 #pragma once
 
 #include <initializer_list>
@@ -12,8 +12,8 @@
 
 namespace vlout::windows {
 
-// Whether an object's server may be busy with other things. One at hand never is, and its answers
-// say nothing of the other.
+// Whether an object's server may be busy with other things. One in this process never is, and its
+// answers say nothing about the other.
 enum class Server { MayBeBusy, AtHand };
 
 // The ids of the members of one class, looked up on first use.
@@ -26,9 +26,9 @@ class MemberIds {
   std::map<std::string, DISPID, std::less<>> ids_;
 };
 
-// How long a server that answers "busy" is waited for, and how often it is asked. Once that was in
-// vain, later calls ask only once, until one gets through or a new run begins: a dialog that stands
-// open in the server must not hold up a run for that long at each of its calls.
+// How long to wait for a server that answers "busy", and how often to ask it. Once that was in
+// vain, later calls ask only once, until one gets through or a new run begins: a dialog left open
+// in the server must not hold up each call of a run for that long.
 class BusyPatience {
  public:
   static constexpr DWORD kPause = 200;  // in milliseconds

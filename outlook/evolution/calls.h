@@ -1,5 +1,5 @@
-// Calls into the desktop's services, which may take their time or never answer. Each is made on a
-// thread of its own, while the caller lets its windows live, and is given up after a time.
+// Calls into the desktop's services, which may be slow or never answer. Calls are made on a thread
+// of their own, while the caller keeps its windows alive, and are given up after a while.
 #pragma once
 
 #include <chrono>
@@ -16,7 +16,7 @@ class Calls {
  public:
   static constexpr std::chrono::milliseconds kPatience{30'000};
 
-  // `whileWaiting` is called now and then during a call; it must not come back to these calls.
+  // `whileWaiting` is called now and then during a call; it must not make calls here itself.
   explicit Calls(std::function<void()> whileWaiting,
                  std::chrono::milliseconds patience = kPatience);
   ~Calls();
@@ -24,7 +24,8 @@ class Calls {
   Calls& operator=(const Calls&) = delete;
 
   // Runs `job` and returns what it returns, or throws what it throws. `job` must own all that it
-  // uses: it outlives a call that was given up. Throws ContactStoreError then, and ever after.
+  // uses, since it outlives a call that was given up. Such a call throws ContactStoreError, and so
+  // do all later ones.
   template <typename Job>
   auto run(Job job) {
     using Result = decltype(job(static_cast<GCancellable*>(nullptr)));

@@ -1,6 +1,6 @@
-// When the contacts of a book last changed, and which card each belongs to. Address books of
-// servers do not tell the first and may lose the second, so both are kept in the component folder,
-// by UID. The store asks this table for each contact and tells it of each of its own saves.
+// When the contacts of an address book last changed, and which card each belongs to. Servers do not
+// tell the former and may lose the latter, so both are kept in the component folder, by UID. The
+// store looks each contact up here, and reports each of its own saves.
 #pragma once
 
 #include <cstdint>
@@ -23,26 +23,26 @@ struct ChangeTime {
 
 class ChangeTimes {
  public:
-  // Reads the table of a book; a missing or damaged one knows nothing. `keeps` is false for one
-  // that is only looked at. Throws std::system_error.
+  // Reads the table of a book; a missing or damaged table knows nothing. `keeps` is false for a
+  // table that must not be written. Throws std::system_error.
   ChangeTimes(const std::filesystem::path& componentFolder, const std::string& bookUid, bool keeps);
 
   struct Known {
     ChangeTime time{};
     std::optional<std::string> vlid;  // the card that the component wrote it for
   };
-  // The contact as it is found. One that says the same as when it was seen last has not changed;
-  // else it changed at its REV, if that is later than the time kept, or just now.
+  // What is known of a contact as it was found. If its content is the same as last time, it has not
+  // changed; otherwise it changed at its REV, if that is later than the time kept, or just now.
   Known found(const std::string& uid, const std::string& text);
 
-  // Before and after each save of the component's own, which is kept with that time. After a kill
-  // in between, the contact that is found then counts as saved.
+  // To be called before and after each save by the component, which counts as a change at that
+  // time. After a kill in between, the contact counts as saved if it is found so.
   void saving(const std::string& uid, const std::string& text,
               const std::optional<std::string>& vlid, ChangeTime time);
   void saved(const std::string& uid, const std::string& stored,
              const std::optional<std::string>& vlid, ChangeTime time);
 
-  // Keeps what `found` has learnt.
+  // Writes down what `found` has learnt.
   void flush();
 
  private:

@@ -1,6 +1,6 @@
-// The address books of the desktop as evolution-data-server keeps them: which there are, and one of
-// them open. This is the only place that knows libebook; the rest of the folder works on vCard
-// texts. Every function throws ContactStoreError.
+// The address books of the desktop, as evolution-data-server keeps them: lists them, and opens one.
+// This is the only place that knows libebook; the rest of the folder works on vCard texts. Every
+// function throws ContactStoreError.
 #pragma once
 
 #include <chrono>
@@ -20,10 +20,10 @@ struct BookInfo {
   std::string account;
   std::string kind;  // the service's word: local, carddav, google, ews …
   bool isDefault = false;
-  // Known of a book that could be opened.
+  // Known only for a book that could be opened.
   std::optional<bool> writable{};
   std::optional<std::size_t> contacts{};
-  std::string failure{};  // why it could not
+  std::string failure{};  // why it could not be opened
 };
 
 // A contact of a book as it is stored.
@@ -32,22 +32,22 @@ struct StoredCard {
   std::string text;
 };
 
-// An open book. Where the service has gone away, the call that meets it fails and the next one
-// opens the book again.
+// An open book. If the service goes away, the call that notices fails, and the next one opens the
+// book again.
 class Book {
  public:
   virtual ~Book() = default;
 
   [[nodiscard]] virtual const BookInfo& info() const = 0;
-  // All contacts; what other devices have written on the account is fetched first.
+  // All contacts. What other devices have written to the account is fetched first.
   [[nodiscard]] virtual std::vector<StoredCard> list() = 0;
   // Nothing when there is none of that UID.
   [[nodiscard]] virtual std::optional<std::string> get(const std::string& uid) = 0;
-  // The same with its pictures in it, which some books keep in files beside their contacts.
+  // The same including its pictures, which some books keep in files of their own.
   [[nodiscard]] virtual std::optional<std::string> getWhole(const std::string& uid) = 0;
-  // The UIDs that they were given. Either all are added or none.
+  // Adds all contacts or none. Returns the UIDs that they were given.
   virtual std::vector<std::string> add(const std::vector<std::string>& texts) = 0;
-  // The contact with the text's own UID.
+  // Changes the contact that has the text's UID.
   virtual void modify(const std::string& text) = 0;
   virtual void remove(const std::string& uid) = 0;
 };
@@ -60,9 +60,9 @@ class Desktop {
   Desktop(const Desktop&) = delete;
   Desktop& operator=(const Desktop&) = delete;
 
-  // Each book is opened to look at it.
+  // All books; each is opened to look at it.
   [[nodiscard]] std::vector<BookInfo> books();
-  // The same without opening any, which a server that does not answer would hold up.
+  // The same without opening any, so that a server that does not answer holds nothing up.
   [[nodiscard]] std::vector<BookInfo> knownBooks();
 
   // A book by its UID or name, or the default one for an empty text, unopened.
@@ -70,8 +70,8 @@ class Desktop {
   // The number of its contacts.
   [[nodiscard]] std::size_t count(const std::string& name);
 
-  // The book of that UID or name, or the default one for an empty text. Refused when it is
-  // read-only, or its account is offline or lacks its password. It is this process's alone.
+  // The book of that UID or name, or the default one for an empty text. Refused if it is read-only,
+  // or if its account is offline or lacks its password. No other run can use it meanwhile.
   [[nodiscard]] std::unique_ptr<Book> open(const std::string& name);
 
   struct Session;

@@ -1,7 +1,7 @@
-// The contact store on an address book of the desktop: its contacts are vCards and read and written
-// as those of a folder, and it adds what a book lacks, the time of each contact's last change and a
-// key that no server drops. The book is read once when it is opened and is this process's alone
-// from `connect` on.
+// The contact store on an address book of the desktop. Its contacts are vCards, read and written
+// like those of a folder. The store adds what a book lacks: the time of each contact's last change,
+// and a key that no server drops. The book is read once when it is opened, and locked against other
+// runs from `connect` on.
 #pragma once
 
 #include <filesystem>
@@ -20,8 +20,7 @@
 
 namespace vlout::outlook::evolution {
 
-// Told of each write to the book while it has not yet been made. What it throws keeps the contact
-// from being written.
+// Told of each write to the book before it is made. If it throws, the contact is not written.
 class BookWatcher {
  public:
   virtual ~BookWatcher() = default;
@@ -38,7 +37,7 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
     std::shared_ptr<Desktop> desktop;
     std::string book;  // its UID or name, or empty for the default one
     std::shared_ptr<BookWatcher> watcher = nullptr;
-    // For a preview: what is saved stays in memory, and this hears of it.
+    // For a preview: saves stay in memory, and this is told of them.
     vcard::FieldChanged onlyPreview = nullptr;
   };
   explicit EvolutionStore(Settings settings) : settings_(std::move(settings)) {}
@@ -46,13 +45,12 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
   [[nodiscard]] bool connect() override;
   [[nodiscard]] std::string connectFailure() const override { return connectFailure_; }
   using ContactStore::openContactsFolder;
-  // Reads the book and brings its mirror up to date; the next `openContactsFolder` is content with
-  // that.
+  // Reads the book and updates its mirror; the next `openContactsFolder` does not read it again.
   void look();
   void openContactsFolder(const std::function<void()>& afterEach) override;
 
-  // For those who take a run back. Gives the contact of that UID that content, or brings it back;
-  // it then counts as changed at that time.
+  // For an undo. Gives the contact with that text's UID this content, or adds it again; it then
+  // counts as changed at that time.
   void putBack(const std::string& cardText, ChangeTime time);
   void remove(const std::string& cardText);
 

@@ -1,6 +1,6 @@
-// Tells whether two texts of a contact say the same. Address books write what they are given in a
-// form of their own and add remarks of theirs; none of that is a change. Those who keep the time of
-// a contact's last change, or look whether it has moved on, ask here.
+// Tells whether two texts of a contact have the same content. Address books rewrite what they are
+// given in a form of their own and add remarks; none of that counts as a change. The table of
+// change times and the store use it.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@ namespace vlout::outlook::evolution {
 
 // The same for texts that differ in the order of parameters or of lines of different names, in
 // quotes, escapes and folding, in REV, VERSION and UID, in the key X-VLID, or in the store's own
-// X-EVOLUTION remarks; properties that carry something of the person count, whatever their name.
+// X-EVOLUTION remarks; properties that say something about the person count, whatever their name.
 [[nodiscard]] std::uint64_t contentFingerprint(std::string_view cardText);
 
 // Differs for any two texts.

@@ -1,5 +1,5 @@
-// The contacts of a book as they were seen last, a vCard file each, in the component folder. A book
-// has no files that history could keep and compare; it works on these in their place. A file's
+// The contacts of a book as they were last seen, one vCard file each, in the component folder. A
+// book has no files that the history could keep and compare, so it works on these instead. A file's
 // modification time is that of the contact's last change.
 #pragma once
 
@@ -12,7 +12,8 @@
 
 namespace vlout::outlook::evolution {
 
-// Where the mirror of a book lies, and the UID of the book of such a folder; empty for any other.
+// The folder of a book's mirror; and the UID of the book that such a folder mirrors, empty for any
+// other folder.
 [[nodiscard]] std::filesystem::path mirrorOf(const std::filesystem::path& componentFolder,
                                              const std::string& bookUid);
 [[nodiscard]] std::string bookOfMirror(const std::filesystem::path& componentFolder,
@@ -28,13 +29,13 @@ class Mirror {
 
   // Whether the file of that contact is there with that time.
   [[nodiscard]] bool has(const std::string& uid, ChangeTime time);
-  // Makes it so; of a save that was cut short, from the draft that it has left.
+  // Writes that file; if a save was cut short, by placing the draft that it left.
   void keep(const std::string& uid, const std::string& text, ChangeTime time);
-  // Removes the files of contacts that `has` and `keep` were not asked about since the mirror was
-  // opened, and drafts of saves that came to nothing.
+  // Removes the files of contacts that neither `has` nor `keep` was called for since the mirror was
+  // opened, and the drafts of failed saves.
   void dropOthers();
 
-  // A save's file before it gets its place, and its state, which it keeps.
+  // Writes a save's file before it gets its place. Returns the state, which the file then keeps.
   vcard::FileState draft(const std::string& uid, const std::string& text, ChangeTime time);
   void place(const std::string& uid);
 

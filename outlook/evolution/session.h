@@ -1,5 +1,5 @@
 // What desktop.cpp and open_book.cpp share: the connection to the desktop's registry of accounts,
-// and how a book's client is made. Included by these two alone.
+// and how a book's client is made. Only these two include it.
 #pragma once
 
 #include <libebook/libebook.h>
@@ -48,8 +48,8 @@ inline constexpr const char* kEveryContact = "(contains \"x-evolution-any-field\
 
 [[nodiscard]] Client connect(const Source& source, GCancellable* cancellable);
 
-// Why a book's account cannot be worked on now; an empty text when it can. Hands the password over
-// that the desktop keeps for it.
+// Why a book's account cannot be used now; an empty text if it can. Passes on the password that the
+// desktop keeps for it.
 [[nodiscard]] std::string objectionTo(const Registry& registry, const Source& source,
                                       const Client& client, GCancellable* cancellable);
 

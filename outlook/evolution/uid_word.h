@@ -1,4 +1,4 @@
-// A UID, which may hold anything, as a file name and as a word of a line.
+// Encodes a UID, which may contain anything, as a word that can be a file name or part of a line.
 #pragma once
 
 #include <string>

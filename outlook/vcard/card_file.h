@@ -1,4 +1,4 @@
-// The text of a vCard file: where its cards lie, and what can be told of each without decoding it.
+// Finds the cards in the text of a vCard file, and what can be told about each without decoding it.
 #pragma once
 
 #include <optional>
@@ -21,35 +21,34 @@ struct CardSpan {
   std::string nameLines{};            // the lines that its name, and how to read it, follow from
 };
 
-// Something in a file that belongs to no card that can be read.
+// Something in a file that is not part of a readable card.
 struct Stray {
   enum Kind { Text, BeginWithoutEnd, EndWithoutBegin };
   Kind kind;
-  std::size_t line;  // from 1; of the first line of a text
+  std::size_t line;  // from 1; of a text, its first line
 };
 
 struct CardFileText {
   std::vector<CardSpan> cards;
   std::vector<Stray> strays;
 
-  // Whether there is no trace of a card.
+  // True when there is no trace of a card.
   [[nodiscard]] bool isForeign() const;
 };
 
 [[nodiscard]] CardFileText findCards(std::string_view fileText);
 
-// Brings the bytes of a file into UTF-8 when they begin with the mark of UTF-16; the form that they
-// had. Nothing when they are damaged.
+// Converts the bytes of a file to UTF-8 if they begin with a UTF-16 byte-order mark. Returns the
+// form that they had, or nothing if they are damaged.
 [[nodiscard]] std::optional<FileForm> convertFile(std::string& bytes);
 
-// The bytes of a file of that form.
+// The text as the bytes of a file of that form.
 [[nodiscard]] std::string fileBytes(std::string_view text, FileForm form);
 
-// Whether two texts of a card differ in no more than what this program keeps in it for itself.
+// True when two texts of a card differ only in what this program keeps there for itself.
 [[nodiscard]] bool holdsSameData(std::string_view a, std::string_view b);
 
-// The display name of a file's first card, for people to know the file by; empty when there is
-// none.
+// The display name of a file's first card, by which people know the file; empty if there is none.
 [[nodiscard]] std::string firstDisplayName(std::string bytes);
 
 }  // namespace vlout::outlook::vcard

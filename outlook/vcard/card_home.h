@@ -1,5 +1,5 @@
-// Where a contact's card lies: what VCardContact needs of the store that made it. A folder of
-// vCards is one such place, an address book of the desktop another. Positions are 1-based.
+// Where a contact's card is kept: what VCardContact needs from the store that made it. One such
+// place is a folder of vCards, another an address book of the desktop. Positions are 1-based.
 #pragma once
 
 #include <optional>
@@ -22,16 +22,16 @@ class CardHome {
   [[nodiscard]] virtual const std::optional<std::string>& vlidAt(std::size_t position) const = 0;
   [[nodiscard]] virtual text::DateTime timeAt(std::size_t position) const = 0;
 
-  // What a message calls the place of a card; empty where there is nothing to call it.
+  // How messages name the place of a card; empty if it has no name.
   [[nodiscard]] virtual std::string placeOf(std::size_t position) const {
     static_cast<void>(position);
     return {};
   }
 
-  // All throw ContactStoreError. `row` is the number of the row that the card was written from and
-  // that gets its dates next (Contact::saveSent), or empty.
+  // All throw ContactStoreError. `row` is the number of the row that the card was written from,
+  // which gets its dates next (Contact::saveSent), or empty.
   [[nodiscard]] virtual std::string readCard(std::size_t position) = 0;
-  // What the card was read from; its text is UTF-8 where that is UTF-16.
+  // The form of the file that the card was read from; from a UTF-16 file, the text itself is UTF-8.
   [[nodiscard]] virtual FileForm formAt(std::size_t position) {
     static_cast<void>(position);
     return FileForm::Bytes;

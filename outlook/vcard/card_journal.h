@@ -1,6 +1,6 @@
-// The saves of cards that lie in files of several. Such a file is written once, when a run ends;
-// until then this journal beside it holds what each save has made of its card, so that a kill loses
-// nothing that a row has been told of. Whoever opens the folder next completes it.
+// The saves of cards that share a file with others. Such a file is written once, when a run ends;
+// until then this journal beside it holds the new text of each saved card, so that a kill loses
+// nothing that a row already knows of. Whoever opens the folder next completes the saves.
 #pragma once
 
 #include <cstdint>
@@ -21,14 +21,14 @@ class Folder;
 // One save of one card.
 struct SavedCard {
   std::string file;
-  FileState willBe{};  // what the file will be like with this save and those before; no inode
+  FileState willBe{};  // the file's state after this save and those before; no inode
   std::size_t card = 0;
   std::uint64_t before = 0;  // hash of the card's text
-  std::int64_t row = 0;      // whose data it is that the card gets, by number, or none
+  std::int64_t row = 0;      // the number of the row whose data the card gets, or none
   std::string text;
 };
 
-// The changes that the journal's saves make in each file, and what each file will be like.
+// The changes that the journal's saves make in a file, and its state afterwards.
 struct JournalFile {
   CardChanges changes;
   FileState willBe;
@@ -43,18 +43,18 @@ class CardJournal {
   CardJournal(const CardJournal&) = delete;
   CardJournal& operator=(const CardJournal&) = delete;
 
-  // The save is there whole once the call returns, even when the program is killed then, or not at
-  // all. False when it could not be kept; `errno` tells why.
+  // Once the call returns, the whole save is there, even if the program is then killed; before
+  // that, none of it counts. False if it could not be kept; `errno` tells why.
   [[nodiscard]] bool append(const SavedCard& save);
-  // Keeps that a file has been written with all saves so far but those of the cards `lost`. What
-  // cannot be kept has to be found out by looking at the file.
+  // Notes that a file has been written with all saves so far, except those of the cards `lost`. If
+  // that cannot be noted, it must be found out later by looking at the file.
   void appendWritten(const std::string& file, const std::vector<std::size_t>& lost);
   void remove();
 
-  // The names under which it may lie in a folder: something else may have the first ones.
+  // The names that it may have in a folder: the first ones may be taken by something else.
   [[nodiscard]] static std::vector<std::string> names();
 
-  // What a journal with that text holds. What is damaged is left out.
+  // The content of a journal with that text, without damaged parts.
   [[nodiscard]] static JournalFiles parse(std::string_view text);
 
  private:
@@ -69,13 +69,13 @@ struct CompletedSaves {
   std::map<std::string, FileState> written;  // by file
 };
 
-// Writes what the journal of a folder holds into the files. The cards that another program has
-// changed since stay as they are. The journal stays too, until the caller has dealt with what is
-// lost. Throws ContactStoreError.
+// Writes the saves of a folder's journal into the files. Cards that another program has changed
+// since then stay as they are. The journal stays too, until the caller has dealt with the lost
+// saves. Throws ContactStoreError.
 [[nodiscard]] CompletedSaves completeSaves(Folder& folder);
 
-// The saves that are lost because those cards of a file are another program's now. `state` is the
-// file's, if it is there.
+// Adds the saves that are lost because another program has changed those cards of a file. `state`
+// is the file's, if it exists.
 void addLostSaves(const std::string& file, const std::optional<FileState>& state,
                   const CardChanges& changes, const MergedFile& merged,
                   std::vector<LostSave>& lost);

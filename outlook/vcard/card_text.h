@@ -1,6 +1,6 @@
-// One vCard as the lines that it is written in. Lines that nobody changes keep their bytes,
-// whatever they hold: order, photos, other programs' properties and odd foldings survive every
-// save. A line is decoded only when it is asked for.
+// A vCard as the lines that it is written in. Lines that nobody changes keep their bytes, whatever
+// they are: order, photos, other programs' properties and odd foldings survive every save. A line
+// is decoded only when somebody asks for it.
 #pragma once
 
 #include <memory>
@@ -21,14 +21,14 @@ class CardText {
 
   // A new, empty card of version 3.0.
   CardText();
-  // A card from its BEGIN line to its END line. Text whose character set is not named is in what
-  // `unnamedCharsets` makes of all such text of the card.
+  // A card from its BEGIN line to its END line. Text without a named character set is read as
+  // `unnamedCharsets` decides for all such text of the card.
   explicit CardText(std::string_view text, FileForm form = FileForm::Bytes);
 
   [[nodiscard]] Version version() const { return version_; }
 
   // The number of lines, and the name of the property in one: in upper case, without its group, and
-  // empty for what is no property.
+  // empty for a line that is no property.
   [[nodiscard]] std::size_t size() const { return lines_.size(); }
   [[nodiscard]] const std::string& name(Position position) const { return lines_[position].name; }
 
@@ -38,14 +38,13 @@ class CardText {
   [[nodiscard]] std::optional<Position> firstNamed(std::string_view name, Position start = 0) const;
 
   [[nodiscard]] const Property& property(Position position) const;
-  // The same as it was when the card was read.
+  // The property as it was when the card was read.
   [[nodiscard]] const Property& original(Position position) const;
 
-  // The property for changing. Its line is written anew when it then differs from what it was, and
-  // left out when it has no value any more. One that was unreadable keeps its bytes until
-  // `replace`.
+  // The property, to be changed. Its line is rewritten if it then differs, and left out if it no
+  // longer has a value. An unreadable property keeps its bytes until `replace`.
   [[nodiscard]] Property& change(Position position);
-  // Gives a line these values in place of those that it has, readable or not.
+  // Replaces a line's values, whether they are readable or not.
   void replace(Position position, std::vector<std::string> values);
   [[nodiscard]] bool isChanged(Position position) const;
 
@@ -54,13 +53,13 @@ class CardText {
   Property& append(Property property);
   void remove(Position position);
 
-  // The card's text, from BEGIN to END, with the line ends that it came with. What is new is in the
-  // character set of the rest. Where that lacks a character, or would no longer be told, all lines
-  // that name no set are brought into UTF-8.
+  // The card's text, from BEGIN to END, with its own line ends. New text is in the character set of
+  // the rest. If that set lacks a character, or would no longer be recognised, all lines that name
+  // no set are converted to UTF-8.
   [[nodiscard]] std::string write() const;
 
-  // What the card's maker has left to its readers: a line that names no character set and is not in
-  // UTF-8, or one that is not of its set.
+  // A line whose reading is uncertain: it names no character set and is not in UTF-8, or it is not
+  // valid in its set.
   struct Doubt {
     std::size_t line = 0;  // counted from the BEGIN line, which is 0
     std::string name;
@@ -118,10 +117,10 @@ class LineReader {
 
   [[nodiscard]] bool atEnd() const { return position_ >= text_.size(); }
   [[nodiscard]] std::size_t position() const { return position_; }
-  // How many lines of the file lie behind.
+  // How many lines of the file have been read.
   [[nodiscard]] std::size_t linesRead() const { return linesRead_; }
-  // A byte-order mark before a BEGIN, as files joined to one have them, is passed over. An END and
-  // a BEGIN on one line, which comes of joining too, are two lines.
+  // The next line. A byte-order mark before a BEGIN is skipped, and an END and a BEGIN on one line
+  // count as two lines: both come from joining files.
   [[nodiscard]] std::string_view next();
 
  private:
@@ -134,18 +133,18 @@ class LineReader {
   std::size_t linesRead_ = 0;
 };
 
-// The property name of a content line, without its group, as it is spelt there; empty when the line
-// has none, or no value.
+// The property name of a content line, without its group, as spelt there; empty if the line has no
+// name or no value.
 [[nodiscard]] std::string_view lineName(std::string_view line);
 
-// What follows the first colon of a line that is not folded, without its line end and blanks
-// around.
+// The text after the first colon of a line that is not folded, without its line end and without
+// blanks around it.
 [[nodiscard]] std::string_view plainValue(std::string_view line);
 
 [[nodiscard]] bool isFrameLine(std::string_view line, std::string_view keyword);
 [[nodiscard]] bool isFrame(std::string_view line);  // BEGIN or END
 
-// An agent whose card begins on the same line.
+// True for an AGENT line on which the agent's own card begins.
 [[nodiscard]] bool beginsInnerCard(std::string_view line);
 
 }  // namespace vlout::outlook::vcard

@@ -1,5 +1,5 @@
-// What differs between two states of one contact, field by field and in the texts that people see.
-// Previews tell it of each save, and the history of each run.
+// What differs between two states of a contact, field by field, in the texts that people see.
+// Previews show it for each save, and the history for each run.
 #pragma once
 
 #include <functional>
@@ -16,7 +16,7 @@ using FieldChanged = std::function<void(std::string_view caption, const std::str
 
 void compareContacts(VCardContact& before, VCardContact& after, const FieldChanged& changed);
 
-// The same of two texts of a card, in UTF-8 where their files are in UTF-16.
+// The same for two texts of a card; texts from UTF-16 files are given in UTF-8.
 void compareCards(std::string_view before, std::string_view after, const FieldChanged& changed);
 
 }  // namespace vlout::outlook::vcard

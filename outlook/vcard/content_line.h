@@ -1,7 +1,6 @@
-// One content line of a card as bytes: unfolded, its head looked at, its text brought into UTF-8.
-// Characters are looked at only after the folds, the soft line breaks and the quoted-printable
-// codes are gone, since programs fold between the bytes of a character. For CardText and
-// readProperty.
+// Takes a content line of a card apart as bytes: unfolds it, reads its head, and converts its text
+// to UTF-8. Folds, soft line breaks and quoted-printable codes are removed before any characters
+// are read, since programs fold between the bytes of a character. CardText and readProperty use it.
 #pragma once
 
 #include <optional>
@@ -19,8 +18,8 @@ struct ContentLine {
   bool binary = false;  // base64
 };
 
-// The first of the line ends behind `from` and where the next line begins. CR, LF and any run of CR
-// before an LF end a line; both are the text's size when no line end is left.
+// The first line end after `from`, and where the next line begins; both are the text's size if
+// there is no further line end. CR, LF, and any run of CRs before an LF end a line.
 struct LineEnd {
   std::size_t start;
   std::size_t next;
@@ -28,28 +27,28 @@ struct LineEnd {
 [[nodiscard]] LineEnd findLineEnd(std::string_view text, std::size_t from);
 
 // The colon that ends the head of a line: the first one outside quotes, or the first one if the
-// quotes do not close; npos when the line is no property.
+// quotes do not close; npos if the line is not a property.
 [[nodiscard]] std::size_t findColon(std::string_view line);
 
-// How a head says that the value is encoded; the parameters stand behind its first semicolon.
+// What the head says about the value's encoding; the parameters follow its first semicolon.
 [[nodiscard]] bool isQuotedPrintable(std::string_view line);
 [[nodiscard]] bool isBinary(std::string_view line);
 [[nodiscard]] bool namesCharset(std::string_view line);
 
-// How a file is written. One in UTF-16 is brought into UTF-8 before anything looks at it; what its
-// lines say of their character sets then goes for quoted-printable values alone.
+// How a file is written. A UTF-16 file is converted to UTF-8 before anything reads it; the
+// character sets that its lines name then apply to quoted-printable values only.
 enum class FileForm { Bytes, Utf16Le, Utf16Be };
 
 // `line` with its continuation lines.
 [[nodiscard]] ContentLine takeApart(std::string_view line, FileForm form);
 
-// The bytes whose character set the line does not name; empty when it names one, is binary, or
-// holds nothing but ASCII.
+// The bytes of a line that names no character set; empty if it names one, is binary, or is all
+// ASCII.
 [[nodiscard]] std::string unnamedBytes(const ContentLine& line);
 
-// The line as plain UTF-8, without CHARSET and quoted-printable, on one line: what a parser of
-// vCard 3.0 can read. Its text is in the set that it names, or else in `unnamed`. Nothing when it
-// is not a text of that set.
+// The line as plain UTF-8, without CHARSET and quoted-printable, on one line: as a parser of vCard
+// 3.0 can read it. The text is in the set that the line names, or else in `unnamed`. Nothing if it
+// is not valid in that set.
 [[nodiscard]] std::optional<std::string> decodeLine(const ContentLine& line,
                                                     std::string_view unnamed);
 

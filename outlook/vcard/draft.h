@@ -1,6 +1,6 @@
-// A file in the making that takes the place of another one in a single step. What stood there comes
-// out in that step and is looked at: if another program has changed it, it goes back. Nobody's
-// version is lost, whoever writes meanwhile. Folders save by it.
+// A new file that takes the place of an old one in a single step. The old file comes out in that
+// step and is checked: if another program has changed it, it is put back. Nobody's version is lost,
+// whoever else is writing. Folders save with it.
 #pragma once
 
 #include <functional>
@@ -14,34 +14,36 @@ namespace vlout::outlook::vcard {
 
 class Draft {
  public:
-  // For a file of that open folder that is in the state `replaced`, or for a new one. The folder is
-  // this process's alone.
+  // For an existing file of that open folder, in the state `replaced`, or for a new file. No other
+  // run may be using the folder.
   Draft(int folder, const std::optional<FileState>& replaced);
-  // Removes what has not got its place.
+  // Deletes a draft that has not reached its place.
   ~Draft();
   Draft(const Draft&) = delete;
   Draft& operator=(const Draft&) = delete;
 
-  // Where it lies until then: hidden, and no vCard by its name. Free when the draft was made.
+  // Its name until then: that of a hidden file that is not a vCard. The name was free when the
+  // draft was made.
   [[nodiscard]] const std::string& name() const { return name_; }
 
-  // Makes it an empty file with that mode; its descriptor, or a negative number and `errno`.
+  // Creates the draft as an empty file with that mode. Returns its descriptor, or a negative number
+  // and sets `errno`.
   [[nodiscard]] int create(unsigned mode);
-  // For one that the caller has made under its name.
+  // Tells the draft that the caller has created the file under that name.
   void made() { isMade_ = true; }
 
   enum class Outcome {
     Done,
-    Changed,  // the file is not what it was, and stays
+    Changed,  // another program has changed the file, and it stays
     Failed,   // `errno` tells why
   };
   // Takes the place of `name`.
   [[nodiscard]] Outcome place(const std::string& name);
-  // Takes the file of that name away, with no draft in its place.
+  // Removes the file of that name, and puts nothing in its place.
   [[nodiscard]] Outcome takeAway(const std::string& name);
 
-  // The hidden file that holds another program's version for which there was no other place, since
-  // a later one had taken it; mostly empty.
+  // The hidden file that keeps another program's version whose place a later one had taken; usually
+  // empty.
   [[nodiscard]] const std::string& keptAs() const { return keptAs_; }
 
  private:
@@ -56,13 +58,13 @@ class Draft {
   bool isMade_ = false;
 };
 
-// Whether a name of a folder is one of a draft, or of another program's version that was kept.
+// True for the file name of a draft, and of another program's version that was kept.
 [[nodiscard]] bool isDraft(std::string_view name);
 [[nodiscard]] bool isKeptVersion(std::string_view name);
 
-// Removes what a killed save has left of that name in an open folder. When it had just taken
-// another program's version out of its place, that one is kept. `forEachFile` calls its argument
-// with the names of the folder.
+// Removes what a killed save has left under that name in an open folder. If the save had just taken
+// out another program's version, that version is kept. `forEachFile` calls its argument with each
+// file name of the folder.
 void removeDraft(int folder, const std::string& name,
                  const std::function<void(const std::function<void(const char*)>&)>& forEachFile);
 

@@ -1,4 +1,4 @@
-// What tells one state of a file from another, without a look into it.
+// Tells the states of a file apart without reading it.
 #pragma once
 
 #include <compare>
@@ -21,7 +21,7 @@ struct FileState {
           static_cast<std::int32_t>(status.st_mtim.tv_nsec)};
 }
 
-// A point of time as the system counts them.
+// A point in time, as the system counts it.
 struct Moment {
   std::int64_t seconds = 0;
   std::int32_t nanoseconds = 0;
@@ -33,11 +33,12 @@ struct Moment {
   return {state.seconds, state.nanoseconds};
 }
 
-// All that a look at a file tells without opening it.
+// All that can be known about a file without opening it.
 struct FileSight {
   FileState state;
   std::uint64_t device = 0;
-  Moment changed{};  // of its content, its names or anything else; nobody can set it
+  Moment
+      changed{};  // the last change of its content, its names or anything else; nobody can set it
 
   bool operator==(const FileSight&) const = default;
 };

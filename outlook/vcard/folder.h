@@ -1,5 +1,5 @@
-// A folder of vCard files: listing it, reading a file whole and replacing one whole. The store
-// works on it, and so do those who watch its writes or keep them from the disk.
+// A folder of vCard files: lists it, and reads and replaces whole files. The store works on it; the
+// recorder and the preview derive from it, to watch its writes or to keep them off the disk.
 #pragma once
 
 #include <cstdint>
@@ -19,27 +19,27 @@
 
 namespace vlout::outlook::vcard {
 
-// Whether a file is a vCard by its name.
+// True if a file is a vCard by its name.
 [[nodiscard]] bool isCardFile(std::string_view name);
 
 // Calls `use` with the name of each vCard file of an open folder, in no order. False when the
 // folder cannot be read; `errno` tells why.
 bool forEachCardFile(int folder, const std::function<void(const char* name)>& use);
 
-// A vCard file as it is found in its folder, without a look into it.
+// A vCard file as it is found in its folder, unopened.
 struct CardFile {
   std::string name;
   FileSight sight;
-  std::vector<std::string> otherNames{};  // hard links to it beside it
+  std::vector<std::string> otherNames{};  // its other hard links in the folder
 };
 
-// The vCard files of an open folder by name, each once: links that lead to one of them are left
-// out. `own` gets the names of this program's own hidden files. Nothing when the folder cannot be
-// read; `errno` tells why.
+// The vCard files of an open folder by name, each once: links to one of them are left out. `own`
+// gets the names of this program's own hidden files. Nothing if the folder cannot be read; `errno`
+// tells why.
 [[nodiscard]] std::optional<std::vector<CardFile>> listCardFiles(
     int folder, std::vector<std::string>* own = nullptr);
 
-// Moves only the fraction of a modification time, so that it is another one and yet the same
+// Changes only the fraction of a modification time, so that it differs but stays within the same
 // second.
 [[nodiscard]] std::int32_t nextInSecond(std::int64_t nanoseconds);
 
@@ -47,7 +47,7 @@ struct CardFile {
 // file's name and the system's text.
 class Folder {
  public:
-  // Opens the folder for this process alone.
+  // Opens the folder and locks out other runs.
   explicit Folder(const std::string& path);
   virtual ~Folder();
   Folder(const Folder&) = delete;
@@ -56,56 +56,58 @@ class Folder {
   // The vCard files. What an interrupted save left behind is removed.
   [[nodiscard]] virtual std::vector<CardFile> cardFiles();
 
-  // The hidden files in which other programs' versions were kept that had no other place, as
-  // `cardFiles` found them.
+  // The hidden files in which other programs' versions were kept, as `cardFiles` found them.
   [[nodiscard]] std::vector<std::string> keptVersions() const;
 
-  // Reads a file into `text`, whose storage is used again; the file's state. Nothing when it is no
-  // regular file, or gone.
+  // Reads a file into `text`, reusing its storage, and returns the file's state. Nothing if it is
+  // not a regular file, or gone.
   virtual std::optional<FileState> read(const std::string& name, std::string& text);
 
-  // Replaces a file, or makes it, so that readers and a crash find the old or the new text and
-  // nothing between. The file's mode and owner stay as they were; a new file is its owner's alone.
-  // When `before` is given, the file must still be in that state, or it stays as it is. Its hard
-  // links in the folder go on being the same file. `keepSecond` leaves the whole second of the
-  // modification time as it was. `row` is the number of the row that the new text was written from
-  // and that gets its dates next, or empty; for those who watch the folder's writes.
+  // Replaces or creates a file, so that readers, even after a crash, find the old or the new text
+  // and nothing in between. The file keeps its mode and owner; a new file is readable by its owner
+  // only. If `before` is given, the file must still be in that state, or it stays as it is. Its
+  // hard links in the folder remain links to the same file. `keepSecond` leaves the whole second of
+  // the modification time as it was. `row` is the number of the row that the new text was written
+  // from, which gets its dates next, or empty; it is for those who watch the folder's writes.
   virtual FileState replace(const std::string& name, std::string_view text,
                             const std::optional<FileState>& before, bool keepSecond,
                             const std::string& row);
 
-  // Keeps a save of one card of a file that is written later. The file is in the state `before`.
+  // Keeps the save of one card of a file that is written later. The file is in the state `before`.
   virtual void gather(const SavedCard& save, const FileState& before);
-  // What has been gathered and not been written, also by a run that was killed. Nothing when that
-  // is nothing.
+  // What has been gathered but not written yet, even by a run that was killed; nothing if there is
+  // none.
   [[nodiscard]] virtual std::optional<JournalFiles> gathered();
-  // Replaces a file by its text with gathered saves and the changes of other programs: it is not
-  // what those saves have told it would be.
+  // Replaces a file by a text that merges gathered saves with other programs' changes, so that it
+  // is not in the state that the saves announced.
   virtual FileState rewrite(const std::string& name, std::string_view text,
                             const FileState& before);
-  // Remembers that a file has been written with what has been gathered, but for those of its cards.
+  // Remembers that a file has been written with what was gathered for it, except for the cards
+  // `lost`.
   virtual void gatheredWritten(const std::string& name, const std::vector<std::size_t>& lost);
   // Forgets what has been gathered.
   virtual void dropGathered();
 
-  // Called with each file's state, or nothing for its end, before it gets its place.
+  // Called with each file's new state before it gets its place, or with nothing before it is
+  // removed.
   using Completed = std::function<void(const std::string& name, const std::optional<FileState>&)>;
 
-  // Replaces a file in that state, or makes a new one, by what `make` puts under a path.
+  // Replaces a file that is in that state, or creates one, with what `make` puts at a path.
   void replaceBy(const std::string& name, const std::optional<FileState>& before,
                  const std::function<void(const std::filesystem::path&)>& make,
                  const Completed& completed) const;
-  // Removes a file in that state.
+  // Removes a file that is in that state.
   void remove(const std::string& name, const FileState& before, const Completed& completed) const;
 
-  // Throws unless the file may be written and is still in that state; what it is like.
+  // Throws unless the file is writable and still in that state; returns what the system says about
+  // it.
   [[nodiscard]] struct stat requireReplaceable(const std::string& name,
                                                const FileState& before) const;
 
-  // Removes what an interrupted save has left behind.
+  // Removes what interrupted saves have left behind.
   void tidy();
 
-  // What a look at a file tells now; nothing when it is gone.
+  // What can be seen of a file now; nothing if it is gone.
   [[nodiscard]] std::optional<FileSight> look(const std::string& name) const;
   [[nodiscard]] FolderIdentity identity() const;
 
@@ -113,8 +115,8 @@ class Folder {
   virtual void flush();
 
  protected:
-  // The file that a save of `name` replaces: the one behind a link, which may lie in a folder
-  // elsewhere, or the file of that name itself.
+  // The file that a save of `name` replaces: the target of a link, which may be in another folder,
+  // or the file of that name itself.
   struct Target {
     std::string folder;  // empty for this one
     std::string name;

@@ -1,8 +1,7 @@
-// What earlier runs have seen of a contact folder, so that a file that has not changed need not be
-// opened, and so that the cards of a file that holds several, or did, have times of their own. A
-// cache: one that is missing, damaged, or of another folder counts as empty, and a file that is not
-// in it, or not as it says, is read. The store reads it when it opens the folder, and writes it
-// when a run ends.
+// What earlier runs have seen of a contact folder. With it, unchanged files need not be opened, and
+// cards that share a file, or did, have times of their own. It is a cache: if it is missing,
+// damaged or of another folder, it counts as empty, and a file that is not in it, or differs from
+// its entry, is read. The store reads it when it opens the folder, and writes it when a run ends.
 #pragma once
 
 #include <cstdint>
@@ -21,7 +20,7 @@ struct KnownCard {
   std::optional<std::string> vlid{};
   std::string nameLines{};  // of a contact without a key
   std::uint64_t hash = 0;   // of its text
-  // When that was last changed: the file's time, but for a card that has shared a file.
+  // When its text last changed: the file's time, except for a card that has shared a file.
   Moment time{};
 
   bool operator==(const KnownCard&) const = default;
@@ -29,18 +28,18 @@ struct KnownCard {
 
 struct KnownFile {
   FileSight sight{};
-  // It had lain still when it was looked at: whoever has written into it since has left a trace.
+  // It had not just been written when it was looked at, so any later write shows in its times.
   bool isSettled = false;
   std::vector<KnownCard> cards{};
 
   bool operator==(const KnownFile&) const = default;
 };
 
-// Whether a file that is written into again, from `now` on, will have another time of change.
+// True if a write from `now` on will give the file another time of change.
 [[nodiscard]] bool hasSettled(const FileSight& sight, const Moment& now);
 [[nodiscard]] Moment currentMoment();
 
-// A folder as the index of it names it.
+// How the index names its folder.
 struct FolderIdentity {
   std::uint64_t device = 0;
   std::uint64_t inode = 0;
@@ -52,8 +51,8 @@ class FolderIndex {
   FolderIndex() = default;
   FolderIndex(const std::filesystem::path& file, const FolderIdentity& folder);
 
-  // The file of that name; nothing when it is not known. Names come in ascending order. What is
-  // returned lasts until the next call.
+  // The file of that name, or null if it is not known. Names must be asked for in ascending order.
+  // The result is valid until the next call.
   [[nodiscard]] const KnownFile* find(std::string_view name);
 
   [[nodiscard]] std::size_t size() const { return size_; }
@@ -69,12 +68,12 @@ class FolderIndex {
   bool hasEntry_ = false;
 };
 
-// Makes an index anew.
+// Writes a new index.
 class FolderIndexWriter {
  public:
   // In ascending order of names.
   void add(std::string_view name, const KnownFile& file);
-  // Puts it in the place of the old one. A cache that cannot be written is not worth a message.
+  // Replaces the old index. Failure is silent: a cache is not worth a message.
   void save(const std::filesystem::path& file, const FolderIdentity& folder) const;
 
  private:

@@ -1,4 +1,4 @@
-// A contact of a preview: when it is saved, it tells which of its fields that changes. The stores
+// A contact of a preview: when it is saved, it tells which of its fields would change. The stores
 // of previews make these.
 #pragma once
 

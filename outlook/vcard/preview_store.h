@@ -1,6 +1,6 @@
-// The contact store on a folder of vCards for a run that only shows what it would do: contacts are
-// read from the folder, and what is saved stays in memory. The folder itself stays untouched, down
-// to its time stamps. It tells what is changed in contacts that are there.
+// The contact store on a folder of vCards for a run that only shows what it would do. Contacts are
+// read from the folder, and saves stay in memory; the folder stays untouched, down to its time
+// stamps. The store tells what would change in existing contacts.
 #pragma once
 
 #include <filesystem>
@@ -13,7 +13,7 @@ namespace vlout::outlook::vcard {
 
 class PreviewStore : public VCardStore {
  public:
-  // What runs know of the folder is read from `index`, if it has a name.
+  // `index` is where runs keep what they know of the folder; it may be empty.
   PreviewStore(std::string folder, FieldChanged changed, std::filesystem::path index = {});
 
   [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;

@@ -1,4 +1,4 @@
-// One card as a contact: the table of properties applied to a `CardText`. The stores make these; a
+// A card as a contact: applies the table of properties to a `CardText`. The stores make these. A
 // card's text is read and decoded only when a property is asked for.
 #pragma once
 
@@ -17,7 +17,7 @@ namespace vlout::outlook::vcard {
 
 class VCardContact : public Contact {
  public:
-  // The item at a 1-based position of its home, or with no position a new contact.
+  // The item at a 1-based position of its home or, without a position, a new contact.
   VCardContact(CardHome& home, std::optional<std::size_t> position);
 
   [[nodiscard]] std::string typeName() override;
@@ -38,7 +38,7 @@ class VCardContact : public Contact {
   void removeAttachment(std::size_t index) override;
   void addAttachment(const std::filesystem::path& file, std::string_view name) override;
   void showPicture(std::string_view jpeg) override;
-  // The content of the picture that other programs show, or where it lies; empty without one.
+  // The content of the picture that other programs show, or its address; empty if there is none.
   [[nodiscard]] std::string shownPicture();
   void save() override { write(""); }
   void saveSent() override { write(vlid().value_or("")); }

@@ -1,6 +1,6 @@
-// The contact store on a folder of vCards: the layout that khard, vdirsyncer and CardDAV tools
-// share, one contact a file, and files of several contacts as other programs export them. The
-// folder is read once when it is opened and is this process's alone from `connect` on.
+// The contact store on a folder of vCards, as khard, vdirsyncer and CardDAV tools lay it out: one
+// contact per file, and files of several contacts as other programs export them. The folder is read
+// once when it is opened, and locked against other runs from `connect` on.
 #pragma once
 
 #include <filesystem>
@@ -17,7 +17,7 @@
 
 namespace vlout::outlook::vcard {
 
-// Where what is known of a folder is kept between runs; nowhere without a name.
+// Where what is known of a folder is kept between runs; nowhere if `file` is empty.
 struct IndexPlace {
   std::filesystem::path file{};
   bool isReadOnly = false;
@@ -69,7 +69,7 @@ class VCardStore : public ContactStore, public CardHome {
     bool isGroup = false;
     std::optional<std::string> vlid;
     std::string nameLines;  // of a contact without a key
-    // As the card is with everything that was saved.
+    // The card's state with everything that was saved.
     std::uint64_t hash = 0;  // of its text
     Moment time{};           // when that was last changed
   };

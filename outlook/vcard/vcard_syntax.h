@@ -21,7 +21,7 @@ struct Parameter {
 };
 
 // One property, decoded: texts in UTF-8, without escapes or quoted-printable. Binary values stay in
-// base64. A property whose bytes are not of the character set that they should be in has no values.
+// base64. A property whose bytes are not valid in their character set has no values.
 struct Property {
   std::string group{};
   std::string name{};
@@ -44,13 +44,13 @@ struct Property {
   [[nodiscard]] std::string whole() const;
 };
 
-// The property that `line`, a content line with its continuation lines, holds; one without a name
-// when the line is no property. Text whose character set the line does not name is in `unnamed`.
+// The property in `line`, a content line with its continuation lines; it has no name if the line is
+// no property. If the line names no character set, its text is in `unnamed`.
 [[nodiscard]] Property readProperty(std::string_view line, Version version,
                                     std::string_view unnamed, FileForm form);
 
 // The content lines for `properties`, folded, in the syntax of `version`, each ended by `lineEnd`.
-// All is UTF-8; a `charset` is only named in the lines.
+// The text is UTF-8; `charset` is only the name that the lines get.
 [[nodiscard]] std::string writeProperties(std::span<const Property* const> properties,
                                           Version version, std::string_view lineEnd,
                                           std::string_view charset = {});
@@ -58,7 +58,7 @@ struct Property {
 [[nodiscard]] std::string encodeBase64(std::string_view bytes);
 [[nodiscard]] std::string decodeBase64(std::string_view text);
 
-// A fresh identifier for a new card.
+// A new identifier for a new card.
 [[nodiscard]] std::string newUid();
 
 }  // namespace vlout::outlook::vcard

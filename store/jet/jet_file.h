@@ -1,5 +1,5 @@
-// A Jet (Access) file, opened for reading only. JetReader alone makes one, in a process of its own:
-// the library that finds the way through the file is not proof against damaged ones, and may end
+// A Jet (Access) file, opened for reading only. Only JetReader makes one, in a separate process:
+// the library that finds the way through the file is not proof against damaged files and may end
 // the process.
 #pragma once
 
@@ -33,9 +33,9 @@ class JetFile {
   JetFile(const JetFile&) = delete;
   JetFile& operator=(const JetFile&) = delete;
 
-  // Hands over the table of that name, compared without regard to ASCII case; nothing when there is
-  // none. Throws DatabaseError when a row or a value cannot be read whole, or when there are fewer
-  // rows than the table says that it has.
+  // Hands over the table of that name, compared without regard to ASCII case; does nothing if there
+  // is none. Throws DatabaseError if a row or a value cannot be read whole, or if the table has
+  // fewer rows than it says.
   void readTable(std::string_view name, JetRows& rows);
 
  private:

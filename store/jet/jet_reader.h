@@ -1,5 +1,5 @@
-// Reads tables out of a Jet (Access) file in a process of its own, so that a damaged file can at
-// worst end that process. The converter calls it; the file is opened for reading only.
+// Reads tables from a Jet (Access) file in a separate process, so that a damaged file can at worst
+// end that process. The converter calls it. The file is opened for reading only.
 #pragma once
 
 #include <filesystem>
@@ -21,9 +21,9 @@ class JetReader {
   JetReader(const JetReader&) = delete;
   JetReader& operator=(const JetReader&) = delete;
 
-  // Hands over the tables in the order in which they were named; one that the file lacks is passed
-  // over. Throws DatabaseError, which names the file, when it cannot be read to its end; rows that
-  // were handed over before are not to be kept then.
+  // Hands over the tables in the order in which they were named, passing over those that the file
+  // lacks. Throws DatabaseError, which names the file, if it cannot be read to its end; the caller
+  // must then discard the rows that it already has.
   void readAll(JetRows& rows);
 
  private:

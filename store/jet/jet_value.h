@@ -1,6 +1,5 @@
-// The values of a Jet file's fields, from the bytes that the file keeps them as. JetFile decodes
-// every field here; nothing depends on regional settings, and what cannot be decoded is marked, not
-// dropped.
+// Decodes the values of a Jet file's fields from their bytes. JetFile decodes every field here.
+// Nothing depends on regional settings, and what cannot be decoded is marked, not dropped.
 #pragma once
 
 #include <memory>

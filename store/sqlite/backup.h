@@ -1,4 +1,4 @@
-// Database files of which a copy is made, or that are only looked at.
+// Opens database files to look at them, and copies them.
 #pragma once
 
 #include <filesystem>
@@ -7,8 +7,9 @@
 
 namespace vlout::store::sqlite {
 
-// A database file that is only read. With `Access::ReadWrite`, for one that others work on, what
-// the look needs beside it goes with the look. Throws DatabaseError, which names the file.
+// A database file that is only read. Use `Access::ReadWrite` for one that others work on: the files
+// that SQLite needs beside it are then removed again at the end. Throws DatabaseError, which names
+// the file.
 class StoredDatabase {
  public:
   explicit StoredDatabase(const std::filesystem::path& file, Access access = Access::ReadOnly);

@@ -1,5 +1,6 @@
-// A connection that works on a private copy of the database: statements run as they would, and the
-// database itself stays untouched to the last byte. It tells what they change in the cards.
+// A connection that works on a private copy of the database. Statements run as they would, the
+// database itself stays untouched to the last byte, and the connection tells what they change in
+// the cards.
 #pragma once
 
 #include <functional>

@@ -24,7 +24,7 @@ void createDatabase(const std::filesystem::path& file);
 
 class SqliteConnection : public Connection {
  public:
-  // Other programs' locks are waited for only while `stop` is 0, where it is given.
+  // If `stop` is given, other programs' locks are waited for only while it is 0.
   explicit SqliteConnection(const volatile std::sig_atomic_t* stop = nullptr) : stop_(stop) {}
   ~SqliteConnection() override;
 
@@ -40,7 +40,7 @@ class SqliteConnection : public Connection {
  protected:
   // Opens the file for `open`, with the adapter's settings. Throws DatabaseError.
   [[nodiscard]] virtual Database openFile(const std::filesystem::path& file);
-  // Before another is opened; what listens to this one is to go first.
+  // Called before another database is opened. Whatever listens to the old one must go first.
   virtual void close();
 
  private:

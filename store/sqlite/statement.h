@@ -25,22 +25,22 @@ using Database = std::unique_ptr<sqlite3, DatabaseCloser>;
 
 enum class Access { ReadOnly, ReadWrite };
 
-// Opens a file that is there. Another program's lock is waited for as long as the connection
-// settings say, but no longer than `stop` is 0, where it is given.
+// Opens an existing file. Waits for another program's lock as long as the connection settings say,
+// but only while `stop`, if given, is 0.
 [[nodiscard]] Database openDatabase(const std::filesystem::path& file, Access access,
                                     const volatile std::sig_atomic_t* stop = nullptr);
 
-// Throws what the last call on the database failed with, `context` behind it: DatabaseBusy for
-// another program's lock, with a sentence that says who waits for what.
+// Throws the error of the last call on the database, followed by `context`; for another program's
+// lock that is DatabaseBusy, with a sentence that says who waits for what.
 [[noreturn]] void failAs(sqlite3* database, std::string_view context = "");
 
-// Runs text of this program's own, any number of statements.
+// Runs any number of statements, in text that this program has written itself.
 void execute(sqlite3* database, const std::string& script);
 
 // The names of a table's columns; none where there is no such table.
 [[nodiscard]] std::vector<std::string> columnNames(sqlite3* database, std::string_view table);
 
-// Keeps other writers out from here on. What has not been committed at its end is taken back.
+// Keeps other writers out while it lives. What has not been committed by its end is rolled back.
 class Transaction {
  public:
   explicit Transaction(sqlite3* database);
@@ -70,14 +70,14 @@ class Statement {
  public:
   Statement(sqlite3* database, std::string_view sql);
 
-  // Give a parameter its value for the next run, which is 1-based.
+  // Sets the value of a parameter, by its 1-based index, for the next run.
   Statement& bind(int index, std::int64_t value);
   Statement& bind(int index, std::string_view text);
   Statement& bindBytes(int index, std::string_view bytes);
   // A value as `cell` gives it.
   Statement& bindCell(int index, std::string_view cell);
 
-  // Moves on to the next row; false at the end, when the statement is ready to be run again.
+  // Moves to the next row. False at the end; the statement can then be run again.
   bool next();
   // Ends a run before its last row.
   void reset() const;
