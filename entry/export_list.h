@@ -18,31 +18,30 @@ class ExportList {
       : file_(componentFolder / "temp" / "exportlist.txt") {}
 
   [[nodiscard]] const std::filesystem::path& file() const { return file_; }
-  // True for whatever lies there, also for what cannot be read.
+  // True if anything is there, even if it cannot be read.
   [[nodiscard]] bool isThere() const {
     return std::filesystem::exists(std::filesystem::symlink_status(file_));
   }
 
-  // The folder of line 1 as the database knows it; empty texts when the file, the line or the
-  // folder is missing. Throws EncodingError.
+  // The folder of line 1, as the database knows it; empty texts if the file, the line or the folder
+  // is missing. Throws EncodingError.
   [[nodiscard]] ui::ExportFolder readFolder(store::Connection& connection) const;
 
   // The card ids from line 2 on, as texts of at least seven digits in ascending text order; empty
-  // when the file is missing. Throws EncodingError.
+  // if the file is missing. Throws EncodingError.
   [[nodiscard]] std::vector<std::string> readSelectedCards() const;
 
-  // Why the list gives no folder or no cards, in a sentence that names the file; empty when it
-  // does.
+  // Says, naming the file, why the list gives no folder or no cards; empty if it does give them.
   [[nodiscard]] std::string explainFolder(store::Connection& connection) const;
   [[nodiscard]] std::string explainCards() const;
 
-  // Deletes the file; a missing one is no error.
+  // Deletes the file; a missing file is no error.
   void remove() const;
 
  private:
-  // Throws std::system_error when the file cannot be read, EncodingError.
+  // Throws std::system_error if the file cannot be read, and EncodingError.
   [[nodiscard]] std::vector<std::string> readLines() const;
-  // The same, but nothing for a file that cannot be read.
+  // The same, but no lines if the file cannot be read.
   [[nodiscard]] std::vector<std::string> lines() const;
 
   std::filesystem::path file_;

@@ -1,6 +1,6 @@
 // An initialisation file as Windows programs keep it: code page 949, CRLF, sections in brackets.
-// Values are read and written with the system's profile functions, or as they would do it where the
-// system has none; whatever else stands in the file stays.
+// Values are read and written with the system's profile functions or, on systems without them, in
+// the same way. Everything else in the file stays.
 #pragma once
 
 #include <filesystem>
@@ -14,16 +14,16 @@ class IniFile {
  public:
   explicit IniFile(std::filesystem::path file) : file_(std::move(file)) {}
 
-  // The value of a key, up to 254 characters of it, or an empty text. A file that is missing,
-  // unreadable or in no known encoding holds no keys.
+  // The value of a key, cut at 254 characters, or an empty text. A file that is missing, unreadable
+  // or in no known encoding has no keys.
   [[nodiscard]] std::string read(std::string_view section, std::string_view key) const;
 
   struct Entry {
     std::string key;
     std::string value;
   };
-  // Sets the keys of one section, both in ASCII; what else is in the file stays to the byte. The
-  // file is replaced whole. False when it could not be written.
+  // Sets keys of one section; section, keys and values are ASCII. Every other byte of the file
+  // stays. The file is replaced as a whole. False if it could not be written.
   bool write(std::string_view section, const std::vector<Entry>& entries) const;
 
  private:

@@ -1,6 +1,6 @@
-// The component's one public class and its one method. A host creates ORUN and calls OUTSYNCRUN;
-// the call is a whole run of the contact exchange and returns when the user has closed the window.
-// It reports nothing to the host.
+// The component's one public class and its one method. A host creates ORUN and calls OUTSYNCRUN.
+// The call opens the window and returns when the user has closed it. It reports nothing to the
+// host.
 #pragma once
 
 #include "entry/runtime.h"

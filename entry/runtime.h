@@ -14,7 +14,7 @@
 
 namespace vlout::entry {
 
-// Views on both stores that keep what a run writes to themselves.
+// Views of both stores that keep a run's writes to themselves.
 class Preview {
  public:
   Preview() = default;
@@ -33,7 +33,7 @@ struct Platform {
   std::function<std::unique_ptr<store::Connection>()> makeConnection;
   std::function<std::unique_ptr<outlook::ContactStore>()> makeContacts;
   std::unique_ptr<ui::Toolkit> toolkit;
-  // Where runs can be previewed, and where they are recorded.
+  // Set if runs can be previewed; the others if runs are recorded.
   std::function<std::unique_ptr<Preview>()> makePreview = {};
   std::function<std::string(const ui::RunDescription&)> beginRunOrObject = {};
   // Called once a run or its preview has begun, with the stores that it works on.
@@ -47,12 +47,12 @@ class Runtime : public ui::Component {
   Runtime(std::filesystem::path componentFolder, Platform platform);
 
   // From now on there are only previews: the real stores and the option file are never opened for
-  // writing. To be called first.
+  // writing. Call this first.
   void previewOnly();
 
   void loadOptions();
 
-  // Makes a new connection and opens it; it replaces the one before. A failure is shown in one
+  // Makes a new connection, which replaces the old one, and opens it. A failure is shown in one
   // message and leaves the connection closed.
   void connectDatabase();
   // Why the connection is closed, after a failure.
@@ -61,8 +61,8 @@ class Runtime : public ui::Component {
   [[nodiscard]] ui::Toolkit& toolkit() { return *platform_.toolkit; }
   [[nodiscard]] const ExportList& exportList() const { return exportList_; }
 
-  // The main window, made if there is none. It holds the contact store for as long as it is open:
-  // `releaseMainWindow` lets both go, and the next ones are fresh ones.
+  // The main window, made if there is none. It holds the contact store as long as it is open;
+  // `releaseMainWindow` releases both, and the next ones are new.
   [[nodiscard]] ui::frmOutlookSync& mainWindow();
   void releaseMainWindow();
 

@@ -1,5 +1,5 @@
-// Texts that the host or the component keeps in files: code page 949, or UTF-8 where an editor has
-// turned them into that.
+// Reads texts that the host or the component keeps in files: in code page 949, or in UTF-8 if an
+// editor has converted them.
 #pragma once
 
 #include <filesystem>
@@ -8,14 +8,14 @@
 
 namespace vlout::entry {
 
-// A file that is neither in code page 949 nor in UTF-8; the text names it.
+// Thrown for a file that is neither in code page 949 nor in UTF-8; the text names it.
 class EncodingError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// The text of the file in UTF-8, whichever of the two it was written in. Throws EncodingError for a
-// text in neither, std::system_error when it cannot be read.
+// The file's text in UTF-8, whichever of the two it was written in. Throws EncodingError if it is
+// neither, std::system_error if it cannot be read.
 [[nodiscard]] std::string readTextFile(const std::filesystem::path& file);
 
 }  // namespace vlout::entry

@@ -1,5 +1,6 @@
-// The vCard files of a folder as a restore point needs them: told apart by size and modification
-// time, and kept as hard links, since a save replaces a file and never changes it in place.
+// The vCard files of a folder as a restore point needs them. They are told apart by size and
+// modification time, and kept as hard links, since a save replaces a file and never changes it in
+// place.
 #pragma once
 
 #include <filesystem>
@@ -12,23 +13,24 @@ namespace vlout::history {
 
 using outlook::vcard::FileState;
 
-// The number of vCard files in a folder, without a look at each. Throws ContactStoreError.
+// The number of vCard files in a folder, without looking at each. Throws ContactStoreError.
 [[nodiscard]] std::size_t countCardFiles(const std::filesystem::path& folder);
 
-// The state of one file, through links; nothing when there is none.
+// The state of a file, following links; nothing if there is none.
 [[nodiscard]] std::optional<FileState> fileStateAt(const std::filesystem::path& file);
 
-// Whether two states are of the same content, or both of no file. A copy has another inode.
+// True if two states stand for the same content, or both for no file. The inode does not count,
+// since a copy has another.
 [[nodiscard]] bool isSame(const std::optional<FileState>& a, const std::optional<FileState>& b);
 
-// Whether files of one of the folders can be linked into the other.
+// True if files can be hard-linked between the two folders.
 [[nodiscard]] bool isOnOneDisk(const std::filesystem::path& a, const std::filesystem::path& b);
 
-// Makes `link` another name of `file`, or a copy with the same modification time. False when there
-// is no such file.
+// Makes `link` a hard link to `file`, or a copy with the same modification time. False if there is
+// no such file.
 bool linkOrCopy(const std::filesystem::path& file, const std::filesystem::path& link);
 
-// The name on the first card of a file, for people to know it by; empty when there is none.
+// The name on a file's first card, by which people know it; empty if there is none.
 [[nodiscard]] std::string personIn(const std::filesystem::path& file);
 
 }  // namespace vlout::history

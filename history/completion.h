@@ -1,7 +1,7 @@
-// Completes what a run that was killed, or failed, has left between a contact and its row: where
-// the contact was written from the row, neither has changed since, and only the row's dates are
-// missing, it sets them; where the row has its dates and the contact has lost the save, it takes
-// them back. The recorder calls it at the start of the next run, or of its preview.
+// Completes what a killed or failed run has left unfinished between a contact and its row. If the
+// contact was written from the row and neither has changed since, only the row's dates are missing,
+// and they are set. If the row has its dates but the contact has lost the save, the dates are taken
+// back. The recorder calls it at the start of the next run or preview.
 #pragma once
 
 #include <filesystem>
@@ -12,10 +12,10 @@
 
 namespace vlout::history {
 
-// For the run that begins, through its connection, after the contacts have been connected to.
-// `folder` is the contact folder, `current` the run's own number, 0 in a preview. The first throws
-// DatabaseError and whatever else a write of that run throws, the second DatabaseError,
-// ContactStoreError and std::system_error.
+// Called for the beginning run, with its connection, once the contacts are connected. `folder` is
+// the contact folder, `current` the run's own number, or 0 in a preview. The first throws
+// DatabaseError and whatever a write of the run throws, the second DatabaseError, ContactStoreError
+// and std::system_error.
 void completeDates(const Runs& runs, const std::filesystem::path& folder, int current,
                    store::sqlite::SqliteConnection& connection, outlook::ContactStore& contacts);
 void completeSaves(const Runs& runs, const std::filesystem::path& folder, int current,

@@ -1,4 +1,4 @@
-// The address book of a run, as its recorder hears of it: by the files of its mirror.
+// Tells the recorder of a run's writes to an address book, by the files of its mirror.
 #pragma once
 
 #include <memory>

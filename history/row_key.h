@@ -1,4 +1,4 @@
-// How the history names a row, and what it keeps of one.
+// How the history names a row, and what it keeps of a row.
 #pragma once
 
 #include <compare>
@@ -17,12 +17,12 @@ struct RowKey {
 
 // A value with its type, as `store::sqlite::Value::cell` gives it; empty for NULL.
 using Cell = std::string;
-// By column; one that is not there is NULL.
+// By column; a missing one is NULL.
 using Cells = std::map<std::string, Cell, std::less<>>;
 
 enum class Change { Changed, Added, Removed };
 
-// A write to a row: the columns that it changed, or the whole row where that came or went.
+// A write to a row: the columns that it changed, or the whole row if it was added or removed.
 struct RowWrite {
   RowKey key;
   Change change = Change::Changed;

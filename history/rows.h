@@ -1,5 +1,5 @@
 // The rows of the database as the history needs them: what writes change in them, what they hold
-// now, and how they get it back.
+// now, and how to put them back.
 #pragma once
 
 #include <cstdint>
@@ -15,7 +15,7 @@
 
 namespace vlout::history {
 
-// What people call a row of that table, and the column that they know it by.
+// What users call a row of that table, and the column that names it.
 [[nodiscard]] std::string nounOf(const RowKey& row);
 [[nodiscard]] std::string_view captionOf(const RowKey& row);
 
@@ -24,10 +24,10 @@ class RowWatch {
  public:
   explicit RowWatch(sqlite3* database);
 
-  // What was changed since the last call, to be asked before it is committed. Throws DatabaseError
-  // when another program has changed the tables themselves.
+  // What has changed since the last call; to be called before the commit. Throws DatabaseError if
+  // another program has changed the tables themselves.
   [[nodiscard]] std::vector<RowWrite> take();
-  // Of a statement that failed.
+  // Drops the changes of a statement that failed.
   void forget();
 
  private:
@@ -41,13 +41,14 @@ class RowWatch {
   store::sqlite::RowHook hook_;
 };
 
-// The rows as they are.
+// Reads and writes rows as they are stored.
 class StoredRows {
  public:
   explicit StoredRows(sqlite3* database) : database_(database) {}
-  // Nothing when there is no such row.
+  // The row, or nothing if there is none.
   [[nodiscard]] std::optional<Cells> at(const RowKey& key);
-  // Of its content; 0 when there is no such row. A column that is added empty does not change it.
+  // The hash of a row's content; 0 if there is no such row. Adding an empty column does not change
+  // it.
   [[nodiscard]] std::uint64_t hashOf(const RowKey& key);
 
   // All throw DatabaseError.

@@ -1,5 +1,5 @@
-// Records every run and takes its restore point before its first write. The adapters below tell it
-// of each write before it counts; the frame of the run comes from the main window.
+// Records every run, and makes its restore point before its first write. The adapters below report
+// each write before it counts; the main window reports the run's beginning and end.
 #pragma once
 
 #include <filesystem>
@@ -21,11 +21,11 @@
 
 namespace vlout::history {
 
-// What to do about an export into a folder that has lost its contacts.
+// What to do about an export into a folder that has been emptied.
 struct EmptiedFolder {
-  bool goOn = false;        // it is meant
-  bool askAgain = false;    // a second attempt means it
-  std::string howToGoOn{};  // for the user
+  bool goOn = false;        // the user means it
+  bool askAgain = false;    // a second attempt counts as a yes
+  std::string howToGoOn{};  // told to the user
 };
 
 class RunRecorder {
@@ -33,14 +33,15 @@ class RunRecorder {
   RunRecorder(std::filesystem::path componentFolder, const std::filesystem::path& contacts,
               EmptiedFolder emptied);
 
-  // For contacts that lie elsewhere, of which the folder is only a mirror: what people call the
-  // place, and how many contacts it holds now.
+  // For contacts that are elsewhere, so that the folder is only a mirror: the name of that place,
+  // and how many contacts it has now.
   void contactsAreIn(std::string place, std::function<std::size_t()> count) {
     place_ = std::move(place);
     count_ = std::move(count);
   }
 
-  // The objection to a run, or an empty text; then `end` follows, unless it is a preview.
+  // Returns the objection to a run, or an empty text. Without an objection, `end` follows, unless
+  // it is a preview.
   [[nodiscard]] std::string beginOrObject(const transfer::RunDescription& run);
   void end(const transfer::RunOutcome& outcome);
 
@@ -50,25 +51,25 @@ class RunRecorder {
 
   [[nodiscard]] std::string databaseFile() const;
 
-  // Before each write. Throws RunAborted when there can be no restore point.
+  // Called before each write. Throws RunAborted if no restore point can be made.
   void beforeWriting();
-  // Each write, while it can still be undone or has not yet been made; a file is kept as it is
-  // first. `card` is that of the row which a contact is written from. Throw RunAborted when there
-  // is no room for it.
+  // Report each write, before it is made or while it can still be rolled back; a file is first kept
+  // as it is. `card` is the number of the row that a contact is written from. Both throw RunAborted
+  // if there is no room for it.
   void file(const std::string& name, const std::optional<FileState>& state,
             std::optional<std::int64_t> card = {});
   void rows(const std::vector<RowWrite>& writes);
-  // What was told is on the disk for good afterwards.
+  // Flushes to the disk what was reported so far.
   void sync();
 
-  // Where the rows of a run are looked at.
+  // Tells where the run's rows can be read.
   void looksAt(StoredRows& rows) { rowsNow_ = &rows; }
   void looksNoMoreAt(const StoredRows& rows) {
     if (rowsNow_ == &rows) rowsNow_ = nullptr;
   }
 
-  // Completes what an earlier run has left by halves (history/completion.h). To be called between
-  // `beginOrObject` and the reading of rows, with the stores of the run or of its preview. Throws
+  // Completes what an earlier run has left unfinished (history/completion.h). To be called after
+  // `beginOrObject` and before rows are read, with the stores of the run or of its preview. Throws
   // DatabaseError, ContactStoreError, std::system_error and RunAborted.
   void completeCutShort(store::sqlite::SqliteConnection& connection,
                         outlook::ContactStore& contacts);
@@ -94,7 +95,7 @@ class RunRecorder {
   std::function<std::size_t()> count_;
 };
 
-// The database of a run.
+// The database of a run, whose writes are recorded.
 class RecordedConnection : public store::sqlite::SqliteConnection {
  public:
   RecordedConnection(std::shared_ptr<RunRecorder> recorder, const volatile std::sig_atomic_t* stop)
@@ -118,7 +119,7 @@ class RecordedConnection : public store::sqlite::SqliteConnection {
   std::optional<store::sqlite::CheckpointHook> checkpoints_;
 };
 
-// The contact folder of a run.
+// The contact folder of a run, whose writes are recorded.
 class RecordedFolder : public outlook::vcard::Folder {
  public:
   RecordedFolder(const std::string& path, std::shared_ptr<RunRecorder> recorder)

@@ -1,5 +1,5 @@
-// What a run did, for people to read: the lines that its window showed, and value by value what it
-// wrote. The values are those of its restore point; once that is gone, the lines remain.
+// What a run did, for people to read: the lines that its window showed, and each value that it
+// wrote. The values come from its restore point; when that is gone, the lines remain.
 #pragma once
 
 #include <filesystem>
@@ -12,8 +12,8 @@
 
 namespace vlout::history {
 
-// A value that a run changed; without a caption, a row or a contact that came, went, or was changed
-// in a way that cannot be told any more.
+// A value that a run changed; without a caption, a row or a contact that was added or deleted, or
+// whose changes are no longer known.
 struct ReportedChange {
   std::string kind;  // a card, a group or a contact
   std::string who;
@@ -29,7 +29,7 @@ struct RunReport {
   std::vector<ReportedChange> changes;
 };
 
-// Throws std::runtime_error when there is no such run, DamagedLog, and std::system_error.
+// Throws std::runtime_error if there is no such run, DamagedLog, and std::system_error.
 [[nodiscard]] RunReport reportOf(const std::filesystem::path& componentFolder, int number);
 
 }  // namespace vlout::history

@@ -1,5 +1,5 @@
-// How one thing went through the runs that wrote it, a file or a column of a row: what the first of
-// them found, and whether all that was found later is what the run before had left.
+// Follows one thing, a file or a column of a row, through the runs that wrote it: what the first
+// run found, and whether each later run found what the run before had left.
 #pragma once
 
 #include <algorithm>
@@ -16,7 +16,7 @@ namespace vlout::history {
 template <typename Value, typename Same = std::equal_to<>>
 class Trail {
  public:
-  // The writes of the runs, in their order.
+  // Adds the writes of the runs, in order.
   void write(int run, const Value& before, const Value& after) {
     if (run != run_) {
       if (left_.empty()) origin_ = before;
@@ -28,19 +28,19 @@ class Trail {
   }
 
   [[nodiscard]] const Value& origin() const { return origin_; }
-  // Whether the last of the runs may have left it like that: any of its writes may have failed.
+  // True if the last of the runs may have left that value; any of its writes may have failed.
   [[nodiscard]] bool isLeft(const Value& value) const {
     return std::any_of(left_.begin(), left_.end(),
                        [&](const Value& given) { return Same()(given, value); });
   }
 
-  // What somebody else did to it, after the run of that number.
+  // An edit by somebody else, after the run of that number.
   struct Edit {
     int run = 0;
     Value left{};
     Value found{};
   };
-  // The last edit, up to now where it is like that.
+  // The last edit up to now, if it now has that value.
   [[nodiscard]] std::optional<Edit> edit(const Value& now) const {
     return isLeft(now) ? edit_ : Edit{run_, left_.back(), now};
   }
@@ -48,12 +48,12 @@ class Trail {
  private:
   int run_ = 0;
   Value origin_{};
-  std::vector<Value> left_;  // by the run, with what it found
+  std::vector<Value> left_;  // what the last run found and wrote
   std::optional<Edit> edit_;
 };
 
-// By column; without a name, whether there is such a row. Nothing is the value of a row that is not
-// there.
+// By column; under the empty name, whether the row exists. A row that does not exist has the value
+// nothing.
 using RowTrail = std::map<std::string, Trail<std::optional<Cell>>, std::less<>>;
 
 void addTo(RowTrail& trail, int run, const RowWrite& write);

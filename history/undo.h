@@ -1,7 +1,6 @@
-// Takes back what a run and those after it wrote. What it would change, and what was edited in the
-// same places since, is known before anything is touched; what was edited elsewhere stays. An undo
-// is a run of its own, with a restore point of its own: it can be taken back too, and repeated when
-// it was killed.
+// Takes back what a run and all later ones wrote. Before anything is touched, it is known what will
+// change and what has been edited in the same places since; edits elsewhere stay. An undo is itself
+// a run with a restore point: it can be taken back, and repeated if it was killed.
 #pragma once
 
 #include <filesystem>
@@ -23,7 +22,7 @@
 
 namespace vlout::history {
 
-// Why there is nothing to undo, or no way to.
+// Says why there is nothing to undo, or no way to undo it.
 class UndoError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
@@ -33,37 +32,37 @@ struct FileChange {
   std::string name;
   Change change = Change::Changed;
   std::string person{};
-  std::filesystem::path kept{};  // what it is to be
+  std::filesystem::path kept{};  // the file to put back
 };
 
 struct RowChange {
   RowKey key;
   Change change = Change::Changed;
   std::string name{};
-  Cells cells{};  // the columns that get another value, or those of the whole row
+  Cells cells{};  // the columns that change, or all columns of a row to insert
 
   bool operator==(const RowChange&) const = default;
 };
 
-// The place whose contacts a folder mirrors; it is put back along with the folder's files. Both
-// throw ContactStoreError.
+// The place whose contacts a folder mirrors; it is put back together with the folder's files. Both
+// functions throw ContactStoreError.
 class MirroredContacts {
  public:
   virtual ~MirroredContacts() = default;
-  // The contact of a kept file, which counts as changed when that file was.
+  // Puts back the contact of a kept file; it counts as changed when that file was.
   virtual void putBack(const std::filesystem::path& kept) = 0;
   virtual void remove(const std::filesystem::path& mirrored) = 0;
 };
 
 class Undo {
  public:
-  // Opens the place that a contact folder of a run mirrors and brings the folder up to date; null
-  // where it is the contacts' own.
+  // Opens the place that a run's contact folder mirrors, and updates the folder; null if the
+  // contacts are in the folder itself.
   using OpenMirrored =
       std::function<std::unique_ptr<MirroredContacts>(const std::filesystem::path& contacts)>;
 
-  // `run` is the run to go back before, or 0 for the last one that wrote and was not taken back.
-  // Holds the contact folder from here on. Changes nothing. Throws UndoError, ContactStoreError,
+  // Plans to go back before `run` or, for 0, before the last run that wrote and was not taken back.
+  // Locks the contact folder, and changes nothing yet. Throws UndoError, ContactStoreError,
   // DatabaseError.
   Undo(
       const std::filesystem::path& componentFolder, int run,
@@ -72,15 +71,15 @@ class Undo {
   [[nodiscard]] const RunRecord& run() const { return run_; }
   [[nodiscard]] const std::vector<RowChange>& rows() const { return rows_; }
   [[nodiscard]] const std::vector<FileChange>& files() const { return files_; }
-  // Files and rows that cannot be put back and stay as they are: another program has changed in
-  // place what was kept, or has deleted a row.
+  // Files and rows that cannot be put back and stay as they are, because another program has
+  // changed a kept file in place, or has deleted the row.
   [[nodiscard]] const std::vector<FileChange>& lost() const { return lost_; }
   [[nodiscard]] const std::vector<RowChange>& lostRows() const { return lostRows_; }
-  // What was edited since, a line each: going back loses it.
+  // What has been edited since, one line each; going back loses it.
   [[nodiscard]] const std::vector<std::string>& edits() const { return edits_; }
   [[nodiscard]] bool changesNothing() const { return rows_.empty() && files_.empty(); }
 
-  // Throws as the constructor does, and RunAborted when there can be no restore point.
+  // Throws as the constructor does, and RunAborted if no restore point can be made.
   void perform();
 
  private:
@@ -93,7 +92,7 @@ class Undo {
     Trail<std::optional<FileState>, SameFile> trail;
     std::filesystem::path kept;
   };
-  // What one row takes.
+  // What is to be done about one row.
   struct RowPlan {
     std::optional<RowChange> change;
     bool isLost = false;
@@ -118,15 +117,15 @@ class Undo {
   std::filesystem::path folder_;
   std::filesystem::path database_;
   Runs runs_;
-  std::vector<RunRecord> later_;  // the run and those after it that wrote, oldest first
+  std::vector<RunRecord> later_;  // of the run and all later ones, those that wrote, oldest first
   RunRecord run_;
   std::filesystem::path contacts_;
   std::unique_ptr<MirroredContacts> mirrored_;
   std::unique_ptr<outlook::vcard::Folder> lock_;
   std::map<std::string, FileTrail> fileTrails_;
   std::map<RowKey, RowTrail> rowTrails_;
-  std::map<std::string, std::optional<FileState>> found_;  // the files of the trails as they are
-  // Those of them that a killed run's saves may still reach, by each name.
+  std::map<std::string, std::optional<FileState>> found_;  // the present state of the trails' files
+  // Files that saves of a killed run may still reach, by name.
   struct Gathered {
     std::string savedAs;
     FileState found;

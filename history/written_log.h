@@ -33,12 +33,12 @@
 
 namespace vlout::history {
 
-// A contact file that is given a state, or removed.
+// A write to a contact file: it gets a new state, or is removed.
 struct FileWrite {
   std::string name;
   std::optional<FileState> before;  // nothing where there was no file
   std::optional<FileState> after;
-  // A contact that is written from its card's row, as that was then.
+  // If it is written from a card's row: the card's number, and the hash of the row at that time.
   std::optional<std::int64_t> card{};
   std::uint64_t row = 0;  // its hash
 };
@@ -50,28 +50,28 @@ class DamagedLog : public std::runtime_error {
                                      "%1: the restore point is damaged", {log.string()})) {}
 };
 
-// A run that was killed may have been about to make the last write of the files or of the rows.
+// What a log says was written. If the run was killed, the last write of the files or of the rows
+// may not have been made.
 struct Written {
   std::vector<FileWrite> files;
   std::vector<RowWrite> rows;
-  std::size_t size = 0;  // of the part of the log that could be read
+  std::size_t size = 0;  // of the readable part of the log
 
-  // Throws DamagedLog, and std::system_error when it cannot be read. The log of a run that has not
-  // come to its end counts as far as it goes.
+  // Throws DamagedLog, and std::system_error if the log cannot be read. The log of a run that has
+  // not ended counts as far as it goes.
   [[nodiscard]] static Written read(const std::filesystem::path& log, bool hasEnded);
-  // How many rows and files there are.
+  // A text with the numbers of rows and files.
   [[nodiscard]] std::string counts() const;
   // How many more files there are than before.
   [[nodiscard]] std::ptrdiff_t filesAdded() const;
 };
 
-// Appends to the log of a run. Each entry is there for good once the call returns, even when the
-// program is killed then; after a power cut those of the last second may be missing, unless `sync`
-// was called. All throw std::system_error.
+// Appends to the log of a run. Once a call returns, its entry survives a kill; after a power cut,
+// entries of the last second may be missing unless `sync` was called. All throw std::system_error.
 class WrittenLog {
  public:
   explicit WrittenLog(const std::filesystem::path& log);
-  // Goes on with one that ended there; a kill may have left half an entry behind it.
+  // Continues a log that is valid up to `size`; a kill may have left half an entry after that.
   WrittenLog(const std::filesystem::path& log, std::size_t size);
   ~WrittenLog();
   WrittenLog(const WrittenLog&) = delete;
@@ -79,7 +79,7 @@ class WrittenLog {
 
   void file(const FileWrite& write);
   void row(const RowWrite& write);
-  // The run has come to its end.
+  // Marks the end of the run.
   void end();
   void sync();
 

@@ -1,6 +1,6 @@
-// Turns a form's arrangement into places: how small the window may be, and where each control goes
-// in a window of a given size. For toolkits that place controls by coordinates; they measure the
-// single controls.
+// Turns a form's arrangement into coordinates: how small the window may be, and where each control
+// goes in a window of a given size. It is for toolkits that place controls by coordinates; they
+// measure the single controls.
 #pragma once
 
 #include <functional>
@@ -31,7 +31,7 @@ class Arranger {
 
   [[nodiscard]] Size leastSize(const Layout& part) const;
 
-  // Calls `place` for every control of the part, which gets the whole rectangle.
+  // Gives the part the whole rectangle and calls `place` for each of its controls.
   void arrange(const Layout& part, const Rect& rect, const Place& place) const;
 
  private:

@@ -1,6 +1,6 @@
-// What the windows need of the component that opened them: its database connection, its contact
+// What the windows need from the component that opened them: its database connection, its contact
 // store, the option values, and the files that the host and the component keep beside it. The entry
-// layer implements it; there is one for the life of the process.
+// layer implements it; there is one, for the life of the process.
 #pragma once
 
 #include <array>
@@ -20,15 +20,15 @@ namespace vlout::ui {
 // The saved states of the ten option check boxes, `OUT_CHECK1` to `OUT_CHECK10`, as texts.
 using OptionValues = std::array<std::string, 10>;
 
-// The folder that was open in the host; empty texts when the host left none.
+// The folder that was open in the host; empty texts if the host left none.
 struct ExportFolder {
   std::string id;
   std::int32_t parent = 0;
   std::string name;
 };
 
-// What a modal window leaves behind for its caller. The values outlive the windows; the caller
-// resets them before it shows one.
+// What a modal window leaves for its caller. The values outlive the windows; the caller resets them
+// before it shows one.
 struct WindowResults {
   bool chosen = false;    // set by the group picker and the address dialog
   std::string groupName;  // the group picker's choice
@@ -61,15 +61,15 @@ class Component {
   // Where a run puts its temporary files.
   [[nodiscard]] virtual std::filesystem::path temporaryFolder() const { return folder() / "temp"; }
 
-  // Between `beginPreview` and `endPreview` the connection and the contact store are views on the
-  // real ones: a run finds everything, and what it writes is kept from them. `takeChanges` gives
-  // the fields that it has changed since the last call. `beginPreview` throws DatabaseError.
+  // Between `beginPreview` and `endPreview` the connection and the contact store are views of the
+  // real ones: a run finds everything, but what it writes does not reach them. `takeChanges`
+  // returns the fields changed since its last call. `beginPreview` throws DatabaseError.
   [[nodiscard]] virtual bool canPreview() const { return false; }
   virtual void beginPreview() {}
   virtual void endPreview() {}
   [[nodiscard]] virtual std::vector<FieldChange> takeChanges() { return {}; }
 
-  // The frame of every run: an objection keeps it from starting; after an empty one `endRun`
+  // Called around every run. An objection keeps the run from starting; if it is empty, `endRun`
   // follows.
   [[nodiscard]] virtual std::string beginRunOrObject(const RunDescription& run) {
     static_cast<void>(run);
@@ -81,7 +81,7 @@ class Component {
   [[nodiscard]] virtual OptionValues& options() = 0;
   virtual void saveOptions() = 0;
 
-  // Whether a host has left a list, readable or not.
+  // True if a host has left a list, readable or not.
   [[nodiscard]] virtual bool hasExportList() const = 0;
   [[nodiscard]] virtual ExportFolder readExportFolder() = 0;
   // The ids of the selected cards, ascending; empty when there are none.
@@ -89,19 +89,18 @@ class Component {
 
   [[nodiscard]] virtual WindowResults& results() = 0;
 
-  // The skin number of the host's settings; 0 when there is none, nothing when it is too large for
-  // one.
+  // The skin number in the host's settings: 0 if there is none, nothing if it is too large.
   [[nodiscard]] virtual std::optional<std::int16_t> skinTheme() = 0;
   [[nodiscard]] virtual const std::filesystem::path& folder() const = 0;
 
-  // Lets the contact store go, for those who need the contacts to themselves. The next caller gets
-  // a fresh one.
+  // Releases the contact store, for those who need the contacts to themselves. The next caller gets
+  // a new one.
   virtual void releaseContacts() {}
 
-  // What the component offers around its transfers; null where a host application has that.
+  // What the component offers around its transfers; null if a host application does that.
   [[nodiscard]] virtual Desk* desk() { return nullptr; }
 
-  // The parent of the group that the main window shows; 1 when no group is set.
+  // The parent of the group that the main window shows; 1 if no group is set.
   [[nodiscard]] virtual std::int32_t& selectedGroupParent() = 0;
 };
 

@@ -34,7 +34,7 @@ class Control {
   // For the one view that shows the form.
   std::function<void()> changed;
 
-  // Changes the state as the view shows it already: it is not told.
+  // Changes the state without telling the view, which shows it already.
   template <typename Change>
   void quietly(Change change) {
     auto hook = std::exchange(changed, nullptr);
@@ -56,8 +56,7 @@ class Control {
 using Label = Control;
 using Panel = Control;
 
-// Colours as the windows use them: of the sixteen QBColor ones those that occur, and a system
-// colour.
+// The colours that the windows use: some of the sixteen QBColor ones, and a system colour.
 enum class Colour : std::uint32_t {
   Black = 0x000000,         // QBColor 0
   LightRed = 0x5555FF,      // QBColor 12, as blue, green, red
@@ -92,7 +91,7 @@ class ColouredLabel : public Control {
 
 class Button : public Control {
  public:
-  // What the user's click does; nothing while the button is disabled.
+  // Acts as the user's click; does nothing while the button is disabled.
   void press() const;
   std::function<void()> clicked;
 };
@@ -112,7 +111,7 @@ class CheckBox : public Control {
   [[nodiscard]] int value() const { return value_; }
   [[nodiscard]] bool isChecked() const { return value_ == kChecked; }
   void setValue(int value);
-  // What the user's click does: a grayed box is cleared.
+  // Acts as the user's click; a grayed box is cleared.
   void press() { setValue(value_ == kCleared ? kChecked : kCleared); }
   std::function<void()> clicked;
 
@@ -127,7 +126,7 @@ class ComboBox : public Control {
   void clear();
   [[nodiscard]] const std::vector<std::string>& items() const { return items_; }
   [[nodiscard]] int index() const { return index_; }
-  // Runs the click handler, also when the entry was chosen already.
+  // Runs the click handler, even if the entry was already chosen.
   void setIndex(int index);
   std::function<void()> clicked;
 
@@ -136,7 +135,7 @@ class ComboBox : public Control {
   int index_ = -1;
 };
 
-// A report list: columns, and rows of as many cells.
+// A report list: columns, and rows with a cell for each.
 class ListView : public Control {
  public:
   struct Column {
@@ -146,7 +145,7 @@ class ListView : public Control {
   struct Row {
     std::vector<std::string> cells;
   };
-  // What happened to which row; lists grow long, so a view is told exactly.
+  // What happened to which row. Lists grow long, so a view is told exactly.
   struct Events {
     std::function<void(std::size_t row)> rowAdded;
     std::function<void(std::size_t row, std::size_t column)> cellSet;
@@ -159,10 +158,10 @@ class ListView : public Control {
 
   std::size_t addRow(std::string_view text);
   void setCell(std::size_t row, std::size_t column, std::string_view text);
-  // The text of a cell; an empty one where the row has no such cell.
+  // The text of a cell; empty if the row has no such cell.
   [[nodiscard]] std::string_view cell(std::size_t row, std::size_t column) const;
   void select(std::size_t row);
-  // What the user's click on a row does, and a double click.
+  // Act as the user's click and double click on a row.
   void selectAsShown(std::size_t row) { selected_ = static_cast<int>(row); }
   void activate(std::size_t row) const {
     if (activated) activated(row);
@@ -180,7 +179,7 @@ class ListView : public Control {
   int selected_ = -1;
 };
 
-// A tree of nodes, which have an order of their own: the one in which they were added.
+// A tree of nodes, numbered in the order in which they were added.
 class TreeView : public Control {
  public:
   struct Node {
@@ -192,14 +191,15 @@ class TreeView : public Control {
     int parent = 0;         // 1-based, 0 for a root
     bool expanded = false;
 
-    // The number of the image that is to be seen now.
+    // The number of the image to show now.
     [[nodiscard]] int shownImage() const {
       const int number = expanded && expandedImage != 0 ? expandedImage : image;
       return number < 1 ? 1 : number;
     }
   };
 
-  // Adds a node as the last child of `parent` (1-based, 0 for a root); its 1-based index.
+  // Adds a node as the last child of `parent` (1-based, 0 for a root) and returns its 1-based
+  // index.
   int add(int parent, Node node);
   // Removes a node and everything below it; the indexes of later nodes move down.
   void remove(int index);
@@ -237,7 +237,7 @@ class ProgressBar : public Control {
 // A status bar of one panel.
 using StatusBar = Control;
 
-// A picture, by its number in the form's image list; 0 for none.
+// A picture, chosen by its number in the form's image list; 0 for none.
 class Image : public Control {
  public:
   [[nodiscard]] int image() const { return image_; }

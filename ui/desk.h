@@ -1,6 +1,6 @@
-// What a component that is a product of its own, without a host application, offers around its
-// transfers: which cards and contacts it works on, the runs so far, and the way back. The entry
-// layer implements it on Linux; on Windows the host has the first, and there are no others.
+// What a component without a host application offers around its transfers: the choice of cards and
+// contacts, the runs so far, and the way back. The entry layer implements it on Linux. On Windows
+// there is no desk: the host chooses the cards, and there is no history.
 #pragma once
 
 #include <filesystem>
@@ -10,7 +10,7 @@
 
 namespace vlout::ui {
 
-// A run, as a line tells it.
+// A run, as shown in a line.
 struct PastRun {
   int number = 0;
   std::string what;     // when it began, and which transfer it was
@@ -18,7 +18,7 @@ struct PastRun {
   std::string wayBack;  // whether it can be taken back
 };
 
-// An undo that has been looked into and not been done.
+// An undo that has been worked out but not done.
 class UndoPlan {
  public:
   UndoPlan() = default;
@@ -32,7 +32,7 @@ class UndoPlan {
   };
   [[nodiscard]] virtual std::string heading() const = 0;
   [[nodiscard]] virtual std::vector<Line> lines() const = 0;
-  // What was edited since, and would be lost.
+  // What has been edited since and would be lost.
   [[nodiscard]] virtual std::vector<std::string> edits() const = 0;
   // Throws std::exception.
   virtual void perform() = 0;
@@ -45,7 +45,7 @@ class Desk {
   Desk& operator=(const Desk&) = delete;
   virtual ~Desk() = default;
 
-  // A place where contacts lie: what people call it, and what the command line calls it.
+  // A place of contacts: its name for people, and its name on the command line.
   struct Place {
     std::string caption;
     std::filesystem::path place;
@@ -55,27 +55,27 @@ class Desk {
   // The present one first, then the usual folder and the address books of the desktop.
   [[nodiscard]] virtual std::vector<Place> places() = 0;
 
-  // Once the main window has closed, it opens again on these.
+  // When the main window closes, it opens again on these.
   virtual void moveTo(const std::filesystem::path& folder,
                       const std::filesystem::path& contacts) = 0;
   [[nodiscard]] virtual bool isMoving() const = 0;
 
-  // Whether contacts show the cards' pictures: an option that the host's file has no place for. It
-  // is kept along with the others.
+  // Whether contacts show the cards' pictures. The host's option file has no place for this option;
+  // it is saved along with the others.
   [[nodiscard]] virtual bool& showsPictures() = 0;
   virtual void saveOptions() = 0;
 
   // Oldest first. Throws std::exception.
   [[nodiscard]] virtual std::vector<PastRun> runs() = 0;
-  // What one of them showed and changed, a line each.
+  // What one of them showed and changed, one line each.
   struct RunDetail {
     std::string what;
     std::string who;
     std::string how;
   };
   [[nodiscard]] virtual std::vector<RunDetail> detailsOf(int run) = 0;
-  // Before that run, or before the last one that changed anything for 0. Throws std::exception when
-  // there is no way back.
+  // Plans to go back before that run or, for 0, before the last one that changed anything. Throws
+  // std::exception if there is no way back.
   [[nodiscard]] virtual std::unique_ptr<UndoPlan> planUndo(int run) = 0;
 };
 

@@ -1,6 +1,6 @@
-// What all forms have in common: being loaded, shown, hidden and unloaded, and their place on the
-// screen. Hiding and unloading both end the modal call; only a hidden form keeps its controls'
-// state for its caller.
+// What all forms share: loading, showing, hiding and unloading, and the place on the screen. Hiding
+// and unloading both end the modal call; only a hidden form keeps the state of its controls for its
+// caller.
 #pragma once
 
 #include <cstdint>
@@ -23,18 +23,18 @@ class Form {
   Form& operator=(const Form&) = delete;
   virtual ~Form() = default;
 
-  // Loads the form if it is not loaded and shows it until it is hidden or unloaded.
+  // Loads the form if necessary, and shows it until it is hidden or unloaded.
   void showModal();
   void hide() { visible_ = false; }
 
-  // Asks the form to close, as the frame's close box does.
+  // Asks the form to close, like the window's close button.
   virtual void requestClose() { unload(); }
   void unload();
 
-  // A key that reaches the form's own key handling.
+  // Handles a key that reaches the form itself.
   virtual void keyPress(int characterCode) { static_cast<void>(characterCode); }
 
-  // How the form's controls are arranged; those that it leaves out are not shown.
+  // The arrangement of the form's controls; controls that it leaves out are not shown.
   [[nodiscard]] virtual Layout layout() = 0;
 
   [[nodiscard]] bool isLoaded() const { return loaded_; }
@@ -49,8 +49,8 @@ class Form {
   WindowState windowState = WindowState::Normal;
 
  protected:
-  // Form_Load and Form_Unload. An error in the former ends the load handling there; the form is
-  // shown with what was done so far.
+  // Form_Load and Form_Unload. An error ends the load handling at that point; the form is shown as
+  // it is then.
   virtual void load() = 0;
   virtual void unloading() {}
 

@@ -1,5 +1,5 @@
 // "주소편집": one postal address in five fields. The compare window fills the fields, shows the
-// dialog and takes them back when the chosen flag says that the user confirmed.
+// dialog, and takes the fields back if the chosen flag says that the user confirmed.
 #pragma once
 
 #include "ui/component.h"

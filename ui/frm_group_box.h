@@ -1,6 +1,6 @@
 // The group picker: a modal window in which the user picks one folder from the folder tree. It
-// leaves its choice in the component's window results, which its caller resets before and reads
-// after.
+// leaves its choice in the component's window results, which the caller resets before and reads
+// afterwards.
 #pragma once
 
 #include <cstdint>
@@ -20,7 +20,7 @@ class frmGroupBox : public Form {
   void keyPress(int characterCode) override;
   [[nodiscard]] Layout layout() override;
 
-  // Where the picker is to open; without it only the root is unfolded.
+  // The folder to open the picker at; without it, only the root is expanded.
   void openAt(std::int64_t folderKey) { openAt_ = folderKey; }
 
   // The 1-based index of the first node whose tag begins with that folder key, or -1.

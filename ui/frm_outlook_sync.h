@@ -1,6 +1,6 @@
-// The main transfer window. In it the user picks a transfer and its options and runs it; the
-// engines show their progress through the RunWindow that the form is to them. Controls keep the
-// names that the whole system calls them by.
+// The main transfer window. Here the user picks a transfer and its options and runs it; for the
+// engines the form is the RunWindow in which they show their progress. Controls keep the names that
+// the whole system uses.
 #pragma once
 
 #include <array>
@@ -32,20 +32,21 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
 
   frmOutlookSync(Toolkit& toolkit, Component& component);
 
-  // Held during a run, which it stops at the next record where the transfer can be stopped.
+  // During a run the request is held; it stops the run at the next record if the transfer can be
+  // stopped.
   void requestClose() override;
   void keyPress(int characterCode) override;
-  // The option buttons, a second way to choose the mode, are kept out of sight.
+  // The option buttons, a second way to choose the mode, are hidden.
   [[nodiscard]] Layout layout() override;
 
-  // Whether that mode has run to its closing message since the window was opened.
+  // True if that mode has reached its closing message since the window was opened.
   [[nodiscard]] bool isDone(Mode mode) const { return done_[static_cast<std::size_t>(mode)] != 0; }
-  // Whether the last run or preview has.
-  // Takes that group in place of the one that was open in the host, for export and import alike.
-  void useGroup(const ExportFolder& group);
-
+  // True if the last run or preview has.
   [[nodiscard]] bool hasCompleted() const { return outcome_.end == RunOutcome::Completed; }
   [[nodiscard]] bool isRunning() const { return running_; }
+
+  // Uses that group instead of the one that was open in the host, for both export and import.
+  void useGroup(const ExportFolder& group);
 
   ComboBox Combo1;
   OptionButton Option1, Option2, Option3;
@@ -65,13 +66,13 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   ProgressBar ProgressBar1;
   StatusBar StatusBar1;
   Button Command1, Command2, Command3, Command4, Command5, Command6, Command7;
-  Button Command8;  // where the component can preview runs
-  Button Command9;  // the overview, where the component has a desk
-  Label Label9;     // where its cards and contacts lie
+  Button Command8;  // shown if the component can preview runs
+  Button Command9;  // the overview; shown if the component has a desk
+  Label Label9;     // where its cards and contacts are
   CheckBox Check8;  // whether contacts show the cards' pictures
 
   // Hidden lists: the cards that take part, the positions of the contacts that an import will add,
-  // and the ids that the host had selected.
+  // and the ids that were selected in the host.
   transfer::WorkList ListView2;
   std::vector<std::size_t> AppendList;
   std::vector<std::string> sList;
@@ -150,11 +151,12 @@ class frmOutlookSync : public Form, private transfer::RunWindow, private transfe
   ExportFolder exportFolder_;
   std::array<std::int16_t, 3> done_{};
   RunOutcome outcome_;
-  std::map<std::size_t, std::string> resultCards_;  // by line, the card that it is about
+  std::map<std::size_t, std::string> resultCards_;  // for each line, the card that it is about
   bool running_ = false;
   bool previewing_ = false;
   int conflictsPreviewed_ = 0;
-  std::vector<transfer::ComparedField> conflict_;  // the differing fields of one that was previewed
+  std::vector<transfer::ComparedField>
+      conflict_;  // the differing fields of a conflict in a preview
   bool closeRequested_ = false;
 };
 

@@ -1,6 +1,7 @@
-// The compare window: shows a row and its contact side by side when both have changed, lets the
-// user edit either, and ends with an outcome that tells two-way sync what to do. It writes nothing
-// by itself; sync calls one of the two saves while the hidden window still holds the texts.
+// The compare window. If a row and its contact have both changed, it shows them side by side, lets
+// the user edit either, and ends with an outcome that tells two-way sync what to do. It writes
+// nothing on its own; sync calls one of the two saves while the hidden window still holds the
+// texts.
 #pragma once
 
 #include <array>
@@ -22,12 +23,12 @@ class frmOutlookSyncModify : public Form {
   frmOutlookSyncModify(Toolkit& toolkit, Component& component, transfer::RunWindow& window,
                        const outlook::MapOptions& options);
 
-  // Fills both sides, marks what differs, and shows the window until the user has decided; the
-  // outcome. After "keep" outcomes the window is hidden and still loaded.
+  // Fills both sides, marks what differs, and shows the window until the user has decided. Returns
+  // the outcome. After "keep" outcomes the window is hidden but still loaded.
   int open(const transfer::ConflictPair& pair);
 
-  // Writes the name-card side's texts to the row, then the row to the contact. False when that
-  // fails, which is shown then.
+  // Writes the card side's texts to the row, then the row to the contact. False if that fails; the
+  // user is told.
   bool saveCardSide(const transfer::ConflictPair& pair);
   // Writes the Outlook side's texts to the contact, then the contact to the row.
   bool saveOutlookSide(const transfer::ConflictPair& pair);
@@ -35,7 +36,7 @@ class frmOutlookSyncModify : public Form {
   void keyPress(int characterCode) override;
   [[nodiscard]] Layout layout() override;
 
-  // The two columns of fields. Their numbers are irregular: the table of the implementation says
+  // The two columns of fields. Their numbers are irregular; a table in the implementation says
   // which belong together.
   TextBox Text1, Text2, Text3, Text4, Text5, Text6, Text7, Text8, Text9, Text10, Text11, Text12,
       Text13, Text14, Text15, Text16, Text17, Text18, Text19, Text20, Text21, Text22, Text23,

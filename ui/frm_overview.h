@@ -1,6 +1,6 @@
 // The overview: what is linked with what, the runs so far, the way back, and which cards and
-// contacts the component works on. The main window opens it where the component is a product of its
-// own (ui/desk.h). Nothing is written but by an undo that its user has confirmed.
+// contacts the component works on. The main window opens it if the component has a desk
+// (ui/desk.h). Only an undo that the user has confirmed writes anything.
 #pragma once
 
 #include <functional>
@@ -32,7 +32,7 @@ class frmOverview : public Form {
   void load() override;
 
  private:
-  // Shows the failure of what its user set off.
+  // Runs what the user asked for, and shows its failure.
   void guarded(const std::function<void()>& act);
   void showSurvey();
   void showRuns();
@@ -51,8 +51,8 @@ class frmOverview : public Form {
   Component& component_;
   Desk& desk_;
   std::vector<Desk::Place> places_;
-  std::vector<int> runs_;                     // the run of each line, while the list shows runs
-  std::vector<transfer::Surveyed> surveyed_;  // what each line stands for, while it shows those
+  std::vector<int> runs_;                     // the run of each line, while runs are listed
+  std::vector<transfer::Surveyed> surveyed_;  // what each line is about, while the survey is listed
   bool busy_ = false;
   bool closeRequested_ = false;
 };

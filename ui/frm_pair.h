@@ -1,5 +1,5 @@
-// A card and its contact side by side, to be read. The main window and the overview open it for a
-// line of their lists, where the component is a product of its own.
+// Shows a card and its contact side by side, read-only. The main window and the overview open it
+// for a line of their lists, if the component has a desk.
 #pragma once
 
 #include <memory>
@@ -15,8 +15,8 @@ class frmPair : public Form {
  public:
   frmPair(Toolkit& toolkit, Component& component);
 
-  // Shows the card of that number, if there is one, and the contact at a position of the folder
-  // that still has that name; without a position, the contact that carries the number. Throws
+  // Shows the card of that number, if there is one, and the contact at that position of the folder,
+  // if it still has that name; without a position, the contact that carries the number. Throws
   // DatabaseError and ContactStoreError.
   void open(const std::string& card, std::size_t position = 0, const std::string& name = "");
 

@@ -1,6 +1,6 @@
-// How a form's controls are arranged, without any toolkit: rows, columns and grids of controls
-// under their own names. A form describes itself once; the views of every toolkit build their
-// windows from that, in which the order of the controls is the order of the Tab key.
+// How a form's controls are arranged, independently of any toolkit: in rows, columns and grids. A
+// form describes itself once, and the views of all toolkits build their windows from that. The Tab
+// key goes through the controls in the same order.
 #pragma once
 
 #include <string_view>
@@ -16,15 +16,15 @@ struct Layout {
     Row,
     Column,
     Grid,   // `columns` cells a row, filled from left to right
-    Stack,  // parts in the same place, of which the form shows one at a time
-    Panel,  // one part, which is seen only while `control` is visible
+    Stack,  // parts in the same place; the form shows one at a time
+    Panel,  // one part, shown only while `control` is visible
     Space,  // takes up what is left
     Caption,
     Label,
     ColouredLabel,
     TextBox,
     Button,
-    DefaultButton,  // the one that the Enter key presses
+    DefaultButton,  // the Enter key presses it
     OptionButton,
     CheckBox,
     ComboBox,
@@ -37,13 +37,13 @@ struct Layout {
 
   Kind kind;
   std::string_view name{};     // of the control
-  Control* control = nullptr;  // of the class that the kind says
+  Control* control = nullptr;  // of the class that fits the kind
   std::string_view caption{};  // of a fixed caption
   std::vector<Layout> parts{};
   int columns = 1;
-  int stretch = 0;     // the share of what the surroundings have left for it
+  int stretch = 0;     // its share of the space that is left
   int characters = 0;  // the least width, in characters; 0 for what its text needs
-  char key = 0;        // what presses it together with Alt, on toolkits that show such keys
+  char key = 0;        // presses it together with Alt, on toolkits that show such keys
   int lines = 0;       // the least height, in lines of text; 0 for the usual one
 
   // The same part with another share or size.

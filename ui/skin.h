@@ -13,8 +13,8 @@ namespace vlout::ui {
 // The skin file's name, or nothing for a number without a skin.
 [[nodiscard]] std::optional<std::string_view> skinFileName(std::int16_t theme);
 
-// Has the toolkit load the skin of the host's settings, when its file is there; silently nothing
-// otherwise.
+// Has the toolkit load the skin of the host's settings if its file exists; otherwise does nothing,
+// silently.
 void applySkin(Component& component, Toolkit& toolkit);
 
 }  // namespace vlout::ui

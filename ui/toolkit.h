@@ -1,6 +1,5 @@
-// The toolkit port: showing a form modally, message boxes, the screen, and the pump that lets
-// events through during a run. Qt, Win32 and the terminal each bring one; a form never sees more
-// than this.
+// The toolkit port: shows forms modally, shows message boxes, knows the screen, and lets events
+// through during a run. Qt, Win32 and the terminal each have one; a form sees nothing else of them.
 #pragma once
 
 #include <array>
@@ -36,13 +35,13 @@ class Toolkit {
   // A modal message box with only an OK button and the component's default title.
   virtual void messageBox(MessageIcon icon, std::string_view text) = 0;
 
-  // A modal question; false for no, and where nobody can be asked.
+  // A modal question. False for no, and if nobody can be asked.
   [[nodiscard]] virtual bool ask(std::string_view question) {
     static_cast<void>(question);
     return false;
   }
 
-  // Lets the user choose a folder that is there; an empty path when none was chosen.
+  // Lets the user choose an existing folder; an empty path if none was chosen.
   [[nodiscard]] virtual std::filesystem::path chooseFolder(std::string_view title,
                                                            const std::filesystem::path& start) {
     static_cast<void>(title);
@@ -50,32 +49,33 @@ class Toolkit {
     return {};
   }
 
-  // Of the screen that the next form opens on.
+  // The size of the screen that the next form opens on.
   [[nodiscard]] virtual ScreenSize screenSize() const = 0;
 
-  // A new identifier, the system's where it has such; else 128 random bits. Throws std::exception.
+  // A new identifier, from the system if it makes such, otherwise 128 random bits. Throws
+  // std::exception.
   [[nodiscard]] virtual Guid newGuid() const;
 
-  // False where a script answers in place of a user.
+  // False if a script acts instead of a user.
   [[nodiscard]] virtual bool hasUser() const { return true; }
   // Whether a text box can show several lines.
   [[nodiscard]] virtual bool hasParagraphs() const { return false; }
 
-  // Gives the component's windows the look of a skin file, or the usual one for an empty path.
-  // Does nothing where windows have no skins.
+  // Gives the component's windows the look of a skin file, or the usual look for an empty path.
+  // Does nothing if windows have no skins.
   virtual void applySkin(const std::filesystem::path& skinFile) { static_cast<void>(skinFile); }
 
-  // Draws what has changed, while the program waits for something else, and takes no input.
+  // Redraws what has changed while the program waits for something else, without taking input.
   virtual void repaint() {}
 
   // Lets pending events through. A toolkit with windows to repaint waits a millisecond first.
   virtual void pump() = 0;
 
-  // The same without the wait, for work that takes its time by itself.
+  // The same without the wait, for work that takes long enough by itself.
   virtual void pumpAtOnce() { pump(); }
 };
 
-// Pumps `count` times; not at all for a count less than 1.
+// Pumps `count` times; not at all if the count is less than 1.
 inline void pumpWait(Toolkit& toolkit, int count) {
   for (int i = 0; i < count; ++i) toolkit.pump();
 }

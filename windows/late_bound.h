@@ -15,7 +15,7 @@ template <typename Function>
 // The same of a library that need not be loaded yet, nor be there.
 template <typename Function>
 [[nodiscard]] Function fromSystem(const wchar_t* library, const char* name) {
-  // Never let go: the function may be called at any time.
+  // Never released: the function may be called at any time.
   const HMODULE module = LoadLibraryExW(library, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
   if (module == nullptr) return nullptr;
   return reinterpret_cast<Function>(reinterpret_cast<void*>(GetProcAddress(module, name)));

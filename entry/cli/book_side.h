@@ -1,5 +1,5 @@
-// An address book of the desktop in place of the folder of vCards. The platform and `undo` come
-// here when a book is named.
+// An address book of the desktop in place of the folder of vCards. The platform and `undo` use it
+// when `--contacts` names a book.
 #pragma once
 
 #include <filesystem>
@@ -15,7 +15,7 @@
 
 namespace vlout::entry::cli {
 
-// The name behind "book:", which is empty for the default book; nothing for a folder.
+// The name after "book:", which is empty for the default book; nothing for a folder.
 [[nodiscard]] std::optional<std::string> bookIn(const std::filesystem::path& contacts);
 
 class BookSide {
@@ -24,7 +24,7 @@ class BookSide {
   BookSide(std::filesystem::path componentFolder, const std::string& book,
            std::function<void()> whileWaiting);
 
-  // The folder that history keeps and compares in its place.
+  // The folder that the history keeps and compares instead of the book.
   [[nodiscard]] std::filesystem::path mirror() const;
 
   // Makes a platform work on the book.
@@ -41,8 +41,8 @@ class BookSide {
   outlook::evolution::BookInfo info_;
 };
 
-// For history::Undo: the book that a contact folder of a run mirrors, opened; null for a real
-// folder. Throws ContactStoreError.
+// For history::Undo: opens the book that a run's contact folder mirrors; null for a real folder.
+// Throws ContactStoreError.
 [[nodiscard]] std::unique_ptr<history::MirroredContacts> openMirrored(
     const std::filesystem::path& componentFolder, const std::filesystem::path& contacts);
 

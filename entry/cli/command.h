@@ -1,6 +1,6 @@
 // The commands of vloutsync. Each has a file of its own, NAME_command.cpp, with its arguments,
-// their help and what it does; main() lists them. To add a command, write such a file and put it
-// on the list.
+// their help and what it does. To add a command, write such a file and add it to the list in
+// main().
 #pragma once
 
 #include <functional>
@@ -18,8 +18,8 @@ inline constexpr int kDone = 0;
 inline constexpr int kRefused = 1;
 inline constexpr int kWrongArguments = 2;
 
-// Adds a command. When it is the one that the user gives, it runs while the arguments are parsed
-// and sets `status`; what it cannot do it throws as a std::exception.
+// Adds a command. If it is the one that the user gives, it runs while the arguments are parsed and
+// sets `status`; failures are thrown as std::exception.
 using AddCommand = void (*)(CLI::App& app, int& status);
 
 void addInitCommand(CLI::App& app, int& status);
@@ -35,13 +35,13 @@ void addFoldersCommand(CLI::App& app, int& status);
 void addConvertCommand(CLI::App& app, int& status);
 void addWindowCommand(CLI::App& app, int& status);
 
-// Options that several commands have. The texts get what the user gives.
+// Options that several commands have. The variables get what the user gives.
 void addFolderOption(CLI::App& command, std::string& folder);
 void addContactsOption(CLI::App& command, std::string& contacts);
 void addJsonFlag(CLI::App& command, bool& json);
 
-// When the user gives the command, `print` does it and writes what it has to say. An output that
-// cannot be written is a refusal.
+// If the user gives the command, `print` runs it and writes its output. If the output cannot be
+// written, the command fails.
 void onGiven(CLI::App& command, int& status, std::function<void(std::ostream&)> print);
 
 }  // namespace vlout::entry::cli

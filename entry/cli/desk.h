@@ -1,4 +1,4 @@
-// What the windows of Linux offer around the transfers (ui/desk.h), on a component folder and its
+// What the windows on Linux offer around the transfers (ui/desk.h), for a component folder and its
 // history.
 #pragma once
 
@@ -26,7 +26,7 @@ class LinuxDesk : public ui::Desk {
   [[nodiscard]] std::vector<RunDetail> detailsOf(int run) override;
   [[nodiscard]] std::unique_ptr<ui::UndoPlan> planUndo(int run) override;
 
-  // What `moveTo` was given: a component folder, and its contacts, which are empty for those of its
+  // What `moveTo` was given: a component folder and its contacts; empty contacts mean those of its
   // last run.
   struct Move {
     std::filesystem::path folder;

@@ -1,5 +1,6 @@
-// The groups of the cards as a tree, as the group picker shows them: without the trash, what lies
-// below it, and folders whose parent is missing. `folders` prints it, `--group` looks one up.
+// The groups of the cards as a tree, as the group picker shows them: without the trash and
+// everything below it, and without folders whose parent is missing. `folders` prints the tree,
+// `--group` looks up a group.
 #pragma once
 
 #include <cstdint>
@@ -23,8 +24,8 @@ struct Group {
 // Depth first, each after its parent; the root comes first. Throws DatabaseError.
 [[nodiscard]] std::vector<Group> readGroups(store::Connection& connection);
 
-// The group of that number, path or name. Throws std::runtime_error when there is none, or several
-// of that name, which it lists then.
+// The group of that number, path or name. Throws std::runtime_error if there is none, or if several
+// have that name; the text then lists them.
 [[nodiscard]] Group findGroup(const std::vector<Group>& groups, std::string_view wanted);
 
 }  // namespace vlout::entry::cli

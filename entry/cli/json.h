@@ -1,4 +1,4 @@
-// JSON for scripts: what a command knows, on standard output.
+// JSON for scripts: prints what a command knows to standard output.
 #pragma once
 
 #include <nlohmann/json.hpp>
@@ -6,7 +6,7 @@
 
 namespace vlout::entry::cli {
 
-// Keys in the order in which they are given.
+// Keys keep the order in which they were added.
 using Json = nlohmann::ordered_json;
 
 // Text that is not UTF-8 gets replacement characters.

@@ -1,4 +1,4 @@
-// What the parser of arguments says by itself, in the user's language: its own words are English.
+// Translates what the argument parser says by itself, which is English, into the user's language.
 #pragma once
 
 namespace CLI {
@@ -7,7 +7,7 @@ class App;
 
 namespace vlout::entry::cli {
 
-// For a program whose commands have all been added.
+// Call it after all commands have been added.
 void translateParser(CLI::App& app);
 
 }  // namespace vlout::entry::cli

@@ -1,5 +1,5 @@
-// The component's adapters on Linux, for the terminal and the windows alike. Their runs are
-// recorded, can be previewed and can be taken back.
+// The component's adapters on Linux, for both the terminal and the windows. Runs are recorded, and
+// can be previewed and undone.
 #pragma once
 
 #include <csignal>
@@ -11,8 +11,8 @@
 
 namespace vlout::entry::cli {
 
-// `contacts` is the folder of vCards. `stop`, where it is given, ends waiting for other programs
-// once it is not 0.
+// `contacts` is the folder of vCards or an address book. If `stop` is given, waiting for other
+// programs ends once it is not 0.
 [[nodiscard]] Platform makePlatform(const std::filesystem::path& componentFolder,
                                     const std::filesystem::path& contacts,
                                     std::unique_ptr<ui::Toolkit> toolkit,

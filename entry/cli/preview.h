@@ -1,4 +1,4 @@
-// A preview on Linux: a private copy of the database and a view on the contacts, both gone
+// A preview on Linux: a private copy of the database and a view of the contacts, which both end
 // with it.
 #pragma once
 
@@ -16,7 +16,7 @@ namespace vlout::entry::cli {
 
 class StorePreview : public Preview {
  public:
-  // Makes the view on the contacts, which tells the fields that a save changes.
+  // Makes the view of the contacts, which reports the fields that a save changes.
   using MakeContacts =
       std::function<std::unique_ptr<outlook::ContactStore>(outlook::vcard::FieldChanged)>;
   explicit StorePreview(const MakeContacts& makeContacts);

@@ -1,5 +1,5 @@
-// Both stores for a look: a private copy of the database and a view on the contacts. The commands
-// that only show something work on it; nothing is written to disk.
+// Both stores for reading only: a private copy of the database and a view of the contacts. The
+// commands that only show something use it; nothing is written to disk.
 #pragma once
 
 #include <filesystem>
@@ -18,7 +18,7 @@ class ReadOnlyStores {
   ReadOnlyStores(const std::filesystem::path& folder, const std::filesystem::path& contacts);
 
   [[nodiscard]] store::Connection& connection() { return view_->connection(); }
-  // Connects the contacts and completes in the views what a killed run has left. Throws
+  // Connects the contacts, and completes, in the views only, what a killed run has left. Throws
   // outlook::ContactStoreError and store::DatabaseError.
   void connectContacts();
   [[nodiscard]] outlook::ContactStore& contacts() { return view_->contacts(); }
@@ -29,10 +29,10 @@ class ReadOnlyStores {
   std::unique_ptr<Preview> view_;
 };
 
-// The survey of all cards and contacts, and what could not be read.
+// A survey of all cards and contacts, and what could not be read.
 class FolderSurvey {
  public:
-  // Connects the contacts. Throws as they do, and std::runtime_error when it is interrupted.
+  // Connects the contacts. Throws as that does, and std::runtime_error if it is interrupted.
   explicit FolderSurvey(ReadOnlyStores& stores);
 
   [[nodiscard]] const std::vector<transfer::Surveyed>& of(transfer::Standing standing) const {

@@ -1,5 +1,5 @@
 // `vloutsync run`: one transfer through the main window's own controls, with a script in place of
-// the user. main() reads the arguments and calls it.
+// the user. The command reads the arguments and calls it.
 #pragma once
 
 #include <csignal>
@@ -26,18 +26,18 @@ struct RunRequest {
   std::filesystem::path contacts;
   std::optional<ui::frmOutlookSync::Range> range;
   bool subgroups = false;
-  std::string group{};  // number, path or name of a group, in place of the one of the host's list
+  std::string group{};  // number, path or name of a group, instead of the one in the host's list
   std::vector<BoxSetting> boxes;
   bool preview = false;  // show what the run would do, and write nothing
-  bool goOn = false;     // also with other contacts than the last time, or where they are all gone
+  bool goOn = false;     // even with other contacts than the last time, or if they are all gone
   ui::terminal::TerminalToolkit::OnConflict onConflict =
       ui::terminal::TerminalToolkit::OnConflict::Skip;
 };
 
-// Reads NAME=VALUE; nothing when the name is no box or the value neither 0 nor 1.
+// Reads NAME=VALUE; nothing if the name is not a box, or the value neither 0 nor 1.
 [[nodiscard]] std::optional<BoxSetting> parseBoxSetting(const std::string& text);
 
-// True when the run reached its closing message. `progressWidth` and `interrupted` as for the
+// True if the run reached its closing message. `progressWidth` and `interrupted` are as for the
 // terminal toolkit.
 [[nodiscard]] bool runTransfer(const RunRequest& request, std::ostream& results,
                                std::ostream& errors, int progressWidth,

@@ -1,4 +1,4 @@
-// The runs and the undo in words, for the terminal and the window alike.
+// Puts runs and undos into words, for both the terminal and the window.
 #pragma once
 
 #include <string>
@@ -22,7 +22,7 @@ struct RunLine {
 // Oldest first.
 [[nodiscard]] std::vector<RunLine> runLines(const history::Runs& runs);
 
-// What a run changed, a line each.
+// What a run changed, one line each.
 struct ChangeLine {
   std::string who;     // of a card or a contact
   std::string what{};  // a value before and after, or nothing
@@ -38,9 +38,9 @@ struct UndoLine {
 };
 
 [[nodiscard]] std::string headingOf(const history::Undo& undo);
-// What an undo changes, and what it has to leave as it is.
+// What an undo changes, and what it must leave as it is.
 [[nodiscard]] std::vector<UndoLine> undoLines(const history::Undo& undo);
-// The words for history::Change.
+// The word for a history::Change.
 [[nodiscard]] std::string wordOf(history::Change change);
 
 }  // namespace vlout::entry::cli

@@ -10,11 +10,10 @@ namespace vlout::entry::cli {
 // stop in order; a second one ends the program.
 [[nodiscard]] const volatile std::sig_atomic_t& handleInterrupts();
 
-// Asks on standard error whether to go on, and reads the answer. False without a terminal to ask
-// in.
+// Asks on standard error whether to go on, and reads the answer. False if there is no terminal.
 [[nodiscard]] bool confirm(const std::string& question);
 
-// The columns of standard error; 0 when it is no terminal.
+// The width of standard error in columns; 0 if it is not a terminal.
 [[nodiscard]] int terminalWidth();
 
 }  // namespace vlout::entry::cli

@@ -3,8 +3,8 @@
 
 namespace vlout::entry::cli {
 
-// The program's own words, and the system's where they stand behind them, which would be those of
-// a third language otherwise.
+// Sets the language of the program's own words, and of the system's words after them, which might
+// otherwise be in a third language.
 void speakUsersLanguage();
 
 }  // namespace vlout::entry::cli

@@ -1,6 +1,6 @@
 // `vloutsync window`: hands over to the program that shows the windows, which lies beside this one
-// or in the library folder. It is a program of its own so that runs in the terminal need not load a
-// toolkit.
+// or in the library folder. That is a program of its own, so that runs in the terminal need not
+// load a toolkit.
 #pragma once
 
 #include <filesystem>
@@ -8,7 +8,7 @@
 
 namespace vlout::entry::cli {
 
-// True when there is a screen to show windows on.
+// True if there is a screen to show windows on.
 [[nodiscard]] bool hasDisplay();
 
 // Shows the windows on the component folder `given`, or on the default one, which is made at a

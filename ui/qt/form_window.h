@@ -1,5 +1,5 @@
-// The window that shows one form: its controls' widgets in the form's arrangement. QtToolkit makes
-// one for the length of a modal call.
+// The window of a form: the widgets of its controls, arranged as the form says. QtToolkit makes one
+// for each modal call.
 #pragma once
 
 #include <QBoxLayout>
@@ -24,20 +24,20 @@ class FormWindow : public QDialog {
 
   [[nodiscard]] Form& form() const { return form_; }
 
-  // Moves the window to where the form belongs on the screen; its middle stays there when the
-  // controls need more room than the form says.
+  // Moves the window to the form's place on the screen; if the controls need more room than the
+  // form says, the window stays centred there.
   void place(const QScreen& screen);
 
-  // The Esc key and the frame's close box: the form decides.
+  // For the Esc key and the close button, the form decides.
   void reject() override { form_.keyPress(kEscape); }
 
  protected:
   void closeEvent(QCloseEvent* event) override;
-  // Enter presses the button that has the focus, and only without one the usual button.
+  // Enter presses the button with the focus or, if there is none, the default button.
   void keyPressEvent(QKeyEvent* event) override;
 
  private:
-  // `label` names what has no text of its own, for those who cannot see what stands beside it.
+  // `label` names what has no text of its own, for people who cannot see what is beside it.
   QLayout* build(const Layout& part, const QString& label);
   QLayout* buildBox(Layout::Kind kind, std::span<const Layout> parts, const QString& label);
   QLayout* buildGrid(const Layout& part, const QString& label);
@@ -50,7 +50,7 @@ class FormWindow : public QDialog {
   Form& form_;
   Layout layout_;
   std::vector<const Layout*> shown_;  // what has to be released
-  QLabel* lastLabel_ = nullptr;       // of the widget that was made last, if that is one
+  QLabel* lastLabel_ = nullptr;       // the widget that was made last, if it is a label
 };
 
 }  // namespace vlout::ui::qt

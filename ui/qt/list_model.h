@@ -1,5 +1,6 @@
-// A report list as Qt's views want it: reads the list's own rows, and tells the view what changes.
-// A run adds lines faster than anyone can read: the view hears of new ones some times a second.
+// A report list as a model for Qt's views: reads the list's own rows and tells the view what
+// changes. A run adds lines faster than anyone can read, so the view hears of new ones only a few
+// times a second.
 #pragma once
 
 #include <QAbstractTableModel>
@@ -25,7 +26,7 @@ class ListModel : public QAbstractTableModel {
   [[nodiscard]] QVariant headerData(int section, Qt::Orientation orientation,
                                     int role) const override;
 
-  // Called when the view has heard of what is new.
+  // Called after the view has been told of new rows.
   std::function<void()> newRowsShown;
 
  private:
@@ -33,7 +34,7 @@ class ListModel : public QAbstractTableModel {
   void clear();
 
   ListView& list_;
-  int shown_ = 0;  // rows that the view knows of
+  int shown_ = 0;  // rows that the view knows about
   QTimer follower_;
 };
 

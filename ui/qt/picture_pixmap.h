@@ -1,4 +1,4 @@
-// The component's drawn pictures as Qt's.
+// Turns the component's drawn pictures into pixmaps of Qt.
 #pragma once
 
 #include <QPixmap>

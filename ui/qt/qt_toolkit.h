@@ -1,4 +1,4 @@
-// The toolkit port on Qt Widgets: forms as dialogs, modal one over the other. An
+// The toolkit port on Qt Widgets: forms are dialogs, each modal over the one before. An
 // `Application` must exist.
 #pragma once
 
@@ -12,7 +12,7 @@
 
 namespace vlout::ui::qt {
 
-// The application. Widgets show the failures of what the user sets off; what is left is shown here.
+// The application. Widgets show the failures of what the user does; any others are shown here.
 class Application : public QApplication {
  public:
   using QApplication::QApplication;
@@ -38,7 +38,7 @@ class QtToolkit : public Toolkit {
 
   std::vector<FormWindow*> windows_;  // the open ones, the topmost last
   QElapsedTimer sinceEvents_;
-  qint64 ahead_ = 0;  // nanoseconds of the next waits that have been spent already
+  qint64 ahead_ = 0;  // nanoseconds already spent of the next waits
 };
 
 }  // namespace vlout::ui::qt

@@ -1,4 +1,4 @@
-// The two skins that the host's settings can ask for, as palettes and style sheets of our own.
+// The two skins that the host's settings can ask for, as our own palettes and style sheets.
 #pragma once
 
 #include <QPalette>
@@ -13,7 +13,7 @@ struct Skin {
   QString styleSheet;
 };
 
-// The skin of that file; nothing for a file that is none of the two.
+// The skin of that file; nothing for any other file.
 [[nodiscard]] std::optional<Skin> skinOf(const std::filesystem::path& skinFile);
 
 }  // namespace vlout::ui::qt

@@ -1,6 +1,6 @@
-// The toolkit of a run in a terminal: instead of a user, a script presses the controls of the form.
-// Result lines go to standard output, message boxes and a progress bar to standard error. An
-// interrupt closes the form, which during a run means stopping it.
+// The toolkit for runs in a terminal: a script, instead of a user, presses the controls of the
+// form. Result lines go to standard output; message boxes and a progress bar go to standard error.
+// An interrupt closes the form, which stops a run.
 #pragma once
 
 #include <csignal>
@@ -15,14 +15,14 @@ namespace vlout::ui::terminal {
 
 class TerminalToolkit : public Toolkit {
  public:
-  // Runs once the form is shown, in place of the user; the form is closed when it returns.
+  // Runs once the form is shown; when it returns, the form is closed.
   using Script = std::function<void(frmOutlookSync&)>;
 
-  // How the run answers a conflict, in place of a user.
+  // How the run decides a conflict.
   enum class OnConflict { Skip, TakeNewer, KeepCard, KeepOutlook, Stop };
 
-  // `interrupted` is set by a signal handler. `progressWidth` is the width of the terminal that
-  // `errors` is, or 0 when it is none.
+  // A signal handler sets `interrupted`. `progressWidth` is the width of the terminal that `errors`
+  // writes to, or 0 if it is not a terminal.
   TerminalToolkit(std::ostream& results, std::ostream& errors, int progressWidth,
                   const volatile std::sig_atomic_t& interrupted, OnConflict onConflict,
                   Script script);

@@ -1,5 +1,5 @@
-// The window that shows one form: its controls' widgets in the form's arrangement. Win32Toolkit
-// makes one for the length of a modal call.
+// The window of a form: the widgets of its controls, arranged as the form says. Win32Toolkit makes
+// one for each modal call.
 #pragma once
 
 #include <windows.h>
@@ -17,7 +17,7 @@ namespace vlout::ui::win32 {
 
 class FormWindow {
  public:
-  // What a failure inside the window's own message handling is shown by.
+  // Shows a failure inside the window's own message handling.
   using ShowError = std::function<void(std::string_view)>;
 
   FormWindow(Form& form, HINSTANCE module, HWND owner, ShowError showError);
@@ -26,7 +26,7 @@ class FormWindow {
   FormWindow& operator=(const FormWindow&) = delete;
 
   [[nodiscard]] HWND window() const { return window_; }
-  // False once the window was destroyed from outside, together with its owner.
+  // False once the window has been destroyed from outside, together with its owner.
   [[nodiscard]] bool isOpen() const { return open_; }
   void show() const;
   [[nodiscard]] Form& form() const { return form_; }

@@ -1,5 +1,5 @@
-// What a window's controls share on one screen: the system's message font at the screen's
-// resolution, and the measures that follow from it.
+// What the controls of a window share on one screen: the system's message font at the screen's
+// resolution, and the measurements that follow from it.
 #pragma once
 
 #include <windows.h>
@@ -17,21 +17,21 @@ struct GdiDeleter {
 template <typename Handle>
 using GdiObject = std::unique_ptr<std::remove_pointer_t<Handle>, GdiDeleter>;
 
-// One of the machine's screens: the whole of it and what the task bar leaves, in pixels of the
-// desktop that it is a part of, and its dots per inch.
+// One of the machine's screens: its whole area and what the task bar leaves of it, in pixels of the
+// whole desktop, and its dots per inch.
 struct Screen {
   RECT whole{};
   RECT work{};
   int dpi = 96;
 };
 
-// The screen that most of a window is on; the main screen for no window.
+// The screen with the largest part of a window; the main screen if there is no window.
 [[nodiscard]] Screen screenOf(HWND window);
 
-// Dots per inch of the screen that a window is on; of the main screen for no window.
+// The dots per inch of the window's screen, or of the main screen if there is no window.
 [[nodiscard]] int dpiOf(HWND window);
 
-// Keeps the system from scaling a dialog's controls by itself when it moves to another screen.
+// Keeps the system from scaling a dialog's controls when it moves to another screen.
 void scaleByOurselves(HWND dialog);
 
 class Look {

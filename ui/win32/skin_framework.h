@@ -1,6 +1,6 @@
-// The host's skin framework, when it is installed: a control that gives windows the look of a skin
-// file. Win32Toolkit loads a skin with it and has it dress each window; where anything of that
-// fails, windows keep the standard look.
+// The host's skin framework, if it is installed: a control that gives windows the look of a skin
+// file. Win32Toolkit loads a skin and applies it to each window. If any of that fails, windows keep
+// the standard look.
 #pragma once
 
 #include <windows.h>
@@ -13,7 +13,7 @@ namespace vlout::ui::win32 {
 
 class SkinFramework {
  public:
-  // Nothing is dressed any more after an empty path.
+  // After an empty path, no more windows are dressed.
   void load(const std::filesystem::path& skinFile);
   void dress(HWND window) const;
 

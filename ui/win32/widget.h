@@ -1,5 +1,5 @@
-// The window of one control: shows the control's state, and turns what the user does with it into
-// the same changes of state that the form itself makes. One class a kind of control.
+// The window of a control: shows the control's state, and turns what the user does into the same
+// changes of state that the form itself makes. Each kind of control has a class.
 #pragma once
 
 #include <windows.h>
@@ -21,7 +21,7 @@ struct WidgetPlace {
   std::vector<const Panel*> panels;  // that the control stands on
 };
 
-// Sent to the parent by a widget that wants to be told `refresh` once, later; lParam is the widget.
+// Sent to the parent by a widget that wants one call of `refresh` later; lParam is the widget.
 inline constexpr UINT kRefresh = WM_APP + 1;
 
 class Widget {
@@ -46,7 +46,8 @@ class Widget {
   // Window to control: what WM_COMMAND and WM_NOTIFY bring. `notified` gives the answer.
   virtual void commanded(UINT code) { static_cast<void>(code); }
   virtual LRESULT notified(NMHDR& header);
-  // Sets the colours in which the window paints itself; its background, or nothing for the usual.
+  // Sets the colours that the window paints with; returns its background, or nothing for the usual
+  // one.
   virtual HBRUSH paintColours(HDC device);
 
  protected:
@@ -58,7 +59,7 @@ class Widget {
   }
   void showText(std::string_view text) const;
 
-  // While the window is being brought up to date, what it reports is no doing of the user's.
+  // True while the window is being updated; what it reports then does not come from the user.
   bool mirroring_ = false;
 
  private:

@@ -1,6 +1,6 @@
-// The toolkit port on Win32: forms as windows of the system's own controls, modal to the host's
-// active window, on the host's user-interface thread. Its message loops serve the host's windows
-// too.
+// The toolkit port on Win32: forms are windows with the system's own controls, modal to the host's
+// active window, on the host's user-interface thread. Its message loops also serve the host's
+// windows.
 #pragma once
 
 #include <windows.h>
@@ -26,13 +26,13 @@ class Win32Toolkit : public Toolkit {
   void pump() override;
   void pumpAtOnce() override;
 
-  // Brings the window that is open to the front, if one is.
+  // Brings the open window to the front, if there is one.
   void activate() const;
 
  private:
   [[nodiscard]] HWND owner() const;
   void dispatch(MSG& message) const;
-  // The program is to end: passes that on and asks the forms to close.
+  // Called when the program is to end: passes that on, and asks the forms to close.
   void quit(const MSG& message) const;
 
   HINSTANCE module_;

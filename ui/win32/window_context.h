@@ -1,5 +1,5 @@
-// How the component's windows see the system, for the length of one call from the host: the common
-// controls of its own manifest, and sizes in real pixels on every screen. The host's process and
+// How the component's windows see the system during a call from the host: with the common controls
+// of the component's own manifest, and sizes in real pixels on every screen. The host's process and
 // its other threads keep their settings.
 #pragma once
 
