@@ -75,7 +75,7 @@ std::string ExportList::explainCards() const {
 
 ui::ExportFolder ExportList::readFolder(store::Connection& connection) const {
   const auto all = lines();
-  // The id stands bare in the statement, so nothing but a number may get there.
+  // The id goes into the statement without quotes, so nothing but a number may get there.
   if (all.empty() || !text::parseInteger(all.front())) return {};
   try {
     const auto rows = connection.query(folderQuery(all.front()));

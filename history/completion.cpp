@@ -21,8 +21,8 @@
 namespace vlout::history {
 namespace {
 
-// The runs that may have left something, the newest first. One that came to its end began by
-// completing those before it, and an undo has put back what they wrote.
+// The runs that may have left something unfinished, the newest first. A run that reached its end
+// began by completing those before it, and an undo has put back what they wrote.
 std::vector<RunRecord> runsCutShort(const Runs& runs, const std::string& contacts, int current) {
   std::vector<RunRecord> result;
   const auto all = runs.list();
@@ -35,8 +35,8 @@ std::vector<RunRecord> runsCutShort(const Runs& runs, const std::string& contact
   return result;
 }
 
-// Adds the cards that lack nothing but their dates. A row that has got them, before the run ended
-// or since, is not what it was.
+// Adds the cards that lack only their dates. A row that got its dates, before the run ended or
+// since, no longer has the same content.
 void addCards(const Written& written, const std::filesystem::path& folder, StoredRows& now,
               std::set<std::int64_t>& cards) {
   std::map<std::string_view, std::optional<FileState>> left;
@@ -81,8 +81,9 @@ std::multimap<std::int64_t, text::DateTime> timesOf(const std::set<std::int64_t>
   return times;
 }
 
-// A statement of the run's connection that is not the run's. The dates that are taken back belong
-// to the run that was cut short: an undo of the one that begins now must not bring them back.
+// Runs statements on the run's connection without recording them for it. The dates that are taken
+// back belong to the run that was cut short: an undo of the run that begins now must not bring them
+// back.
 class Unrecorded : public store::Connection {
  public:
   explicit Unrecorded(store::sqlite::SqliteConnection& connection) : connection_(connection) {}

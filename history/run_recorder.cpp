@@ -35,7 +35,7 @@ RunState stateAfter(transfer::RunOutcome::End end) {
 // Fewer contacts than these are simply added again.
 constexpr std::size_t kWorthAsking = 10;
 
-// To begin with; what a run replaces in the end is not known before.
+// Enough to begin with; how much a run will replace is not known in advance.
 constexpr std::uint64_t kNeededSpace = std::uint64_t{1} << 20;
 
 std::string megabytes(std::uint64_t bytes) {
@@ -68,8 +68,9 @@ std::string RunRecorder::beginOrObject(const transfer::RunDescription& run) {
   return {};
 }
 
-// The files that a run left; one that was killed could not count them, but added at least its own.
-// Nothing for a run that only found none: it must not be the one that made the folder empty.
+// The number of files that a run left; a killed run could not count them, but there were at least
+// those that it added. Nothing for a run that only found the folder empty, since that must not
+// count as how it was before.
 std::optional<std::size_t> RunRecorder::filesLeftBy(const RunRecord& run) const {
   if (run.contactFiles || run.state != RunState::Unfinished || !run.wrote) return run.contactFiles;
   try {
@@ -81,8 +82,8 @@ std::optional<std::size_t> RunRecorder::filesLeftBy(const RunRecord& run) const 
   return std::nullopt;
 }
 
-// A folder that held many contacts at the last run and holds none now is more likely not mounted,
-// or another one, than meant.
+// A folder that held many contacts at the last run and is empty now is more likely unmounted, or
+// the wrong one, than emptied on purpose.
 std::string RunRecorder::objectionToEmptied(bool preview) {
   const bool isEmpty = (count_ ? count_() : countCardFiles(contacts_)) == 0;
   if (!isEmpty) warned_ = false;
@@ -139,7 +140,7 @@ void RunRecorder::beforeWriting() {
   if (!record_ || log_) return;
   const RestorePoint point(runs_.folderOf(record_->number));
   try {
-    // Runs that were killed could not do it; but an undo needs what there is.
+    // Killed runs could not do this at their end. An undo, however, needs everything that there is.
     if (record_->mode != kUndoMode) runs_.prune();
     point.begin();
     record_->wrote = true;
@@ -215,12 +216,12 @@ void RunRecorder::end(const transfer::RunOutcome& outcome) {
     if (!outcome.lines.empty()) runs_.saveLines(record.number, outcome.lines);
     if (record.wrote) runs_.prune();
   } catch (const std::exception&) {
-    // The run itself has ended as it did; its record stays an unfinished one.
+    // The run itself has ended as it did; only its record stays unfinished.
     log_.reset();
   }
 }
 
-// Every record would wait as long for a lock that another program does not give up.
+// Otherwise every record would wait that long for a lock that another program does not release.
 template <typename Use>
 auto RecordedConnection::endingRunWhenBusy(Use use) {
   try {
@@ -258,7 +259,7 @@ store::sqlite::Database RecordedConnection::openFile(const std::filesystem::path
   watch_.emplace(database.get());
   rows_.emplace(database.get());
   recorder_->looksAt(*rows_);
-  // What a checkpoint brings to the disk for good has its way back there first.
+  // Before a checkpoint puts rows on the disk for good, their way back must be there.
   checkpoints_.emplace(database.get(), [this] { recorder_->sync(); });
   return database;
 }
@@ -286,8 +287,8 @@ FileState RecordedFolder::replace(const std::string& name, std::string_view text
                      });
 }
 
-// The file is written when the run ends, or by whoever opens the folder after a kill. What it will
-// be like then is known now.
+// The file is written when the run ends, or by whoever opens the folder after a kill. Its state at
+// that time is already known.
 void RecordedFolder::gather(const outlook::vcard::SavedCard& save, const FileState& before) {
   recorder_->beforeWriting();
   recorder_->file(save.file, save.willBe);

@@ -29,14 +29,14 @@ std::string textOf(const Cells& cells, std::string_view column) {
   return found == cells.end() || found->second.empty() ? std::string() : found->second.substr(1);
 }
 
-// What several writes of one run have made of a row.
+// What the writes of one run have done to a row, taken together.
 void join(RowWrite& write, const RowWrite& later) {
   for (const auto& [column, cell] : later.before) write.before.emplace(column, cell);
   for (const auto& [column, cell] : later.after) write.after.insert_or_assign(column, cell);
   if (write.change == Change::Changed) write.change = later.change;
 }
 
-// The name of a row that was changed elsewhere stands in the database alone.
+// If other columns were changed, only the database has the row's name.
 class RowNames {
  public:
   explicit RowNames(const fs::path& database) {
@@ -112,7 +112,7 @@ std::vector<FileReport> filesOf(const Written& written) {
 
 class ContactReport {
  public:
-  // `places` are the folders in which the files that the run has left may lie now.
+  // `places` are the folders where the files that the run left may be now.
   ContactReport(const RestorePoint& point, std::vector<RestorePoint> later, fs::path contacts,
                 std::vector<ReportedChange>& changes)
       : point_(point),
@@ -142,7 +142,7 @@ class ContactReport {
   }
 
  private:
-  // Whom people know a file by; as the last resort, who is in it now.
+  // The name by which people know a file; as a last resort, the one that is in it now.
   [[nodiscard]] std::string whoseIs(const std::string& name,
                                     const std::optional<std::string>& text) const {
     std::string person = text ? outlook::vcard::firstDisplayName(*text) : std::string();
@@ -150,19 +150,19 @@ class ContactReport {
     return person.empty() ? name : person;
   }
 
-  // The text of a file, if it still is in that state.
+  // The text of a file, if it is still in that state.
   static std::optional<std::string> textIn(const fs::path& file, const FileState& state) {
     if (!isSame(fileStateAt(file), state)) return std::nullopt;
     try {
       std::string text = text::readRegularFile(file, text::kLargestOwn);
       if (outlook::vcard::convertFile(text)) return text;
     } catch (const std::system_error&) {
-      // It went away between the two looks.
+      // It disappeared between the two looks.
     }
     return std::nullopt;
   }
 
-  // What the run has left is there still, or was kept by the next run that replaced it.
+  // The file that the run left is still there, or was kept by the next run that replaced it.
   std::optional<std::string> textLeft(const FileReport& file) const {
     for (const RestorePoint& point : later_) {
       if (auto text = textIn(point.kept(file.name), *file.after)) return text;

@@ -35,7 +35,7 @@ RunState stateOf(std::string_view word) {
                                 : static_cast<RunState>(found - kStates.begin());
 }
 
-// A path on one line, whatever its name.
+// A path on one line, whatever characters it has.
 std::string escaped(std::string_view path) {
   return text::replaceAll(text::replaceAll(path, "%", "%25"), "\n", "%0A");
 }
@@ -44,11 +44,11 @@ std::string unescaped(std::string_view value) {
   return text::replaceAll(text::replaceAll(value, "%0A", "\n"), "%25", "%");
 }
 
-// How old each run is, in seconds, where that is known. No clock is believed alone: the present is
-// the earliest of the last starts of runs that wrote, and a run is as young as the latest start up
-// to its own. So the last runs have no age, no run is older than one before it, and clocks that
-// were ahead or behind for less than that many runs make nothing old. A time from before there was
-// this program is none.
+// The age of each run in seconds, if it is known. No single clock is believed: the present is the
+// earliest of the last starts of runs that wrote, and a run is as young as the latest start up to
+// its own. So the last runs have no age, no run is older than one before it, and a clock that was
+// ahead or behind for fewer runs than that makes nothing old. Times from before this program
+// existed do not count.
 std::vector<std::optional<std::int64_t>> agesOf(const std::vector<RunRecord>& runs) {
   constexpr std::size_t kWitnesses = 5;
   const auto startOf = [](const RunRecord& run) {
@@ -202,7 +202,8 @@ std::vector<transfer::ResultLine> Runs::linesOf(int number) const {
   return lines;
 }
 
-// The first run whose point an undo may still need: one that did not come to its end is repeated.
+// The first run whose point an undo may still need, since an undo that did not reach its end is
+// repeated.
 int Runs::neededFrom(const std::vector<RunRecord>& runs) {
   const auto ages = agesOf(runs);
   int from = std::numeric_limits<int>::max();

@@ -42,7 +42,7 @@ std::string after(int run) {
   return text::say(" [작업 %1 뒤]", " [after run %1]", {std::to_string(run)});
 }
 
-// Nothing, where there is no such row.
+// Nothing if there is no such row.
 std::optional<Cell> valueIn(const std::optional<Cells>& row, const std::string& column) {
   if (!row) return std::nullopt;
   const auto found = row->find(column);
@@ -61,7 +61,7 @@ CellChanges cellChanges(const RowTrail& trail, const std::optional<Cells>& now, 
     const std::optional<Cell> value = valueIn(now, column);
     const Cell origin = values.origin().value_or(Cell());
     if (wasThere ? value == origin : !now) continue;
-    // What is left of an edit that was made since is to be transferred.
+    // If part of a later edit stays, that part must still be transferred.
     const bool isEdited = !values.isLeft(value);
     if (isEdited && now && wasThere && column == "Last_moddate") continue;
     if (wasThere && !(origin.empty() && !now)) changes.origins.emplace(column, origin);
@@ -169,7 +169,7 @@ void Undo::readLogs() {
 }
 
 // A killed run may have left saves that are not in their files yet. They are completed before
-// anything is taken back, so the files count as what they will be then.
+// anything is taken back, so the files count as they will be then.
 void Undo::findGathered() {
   for (const auto& [name, file] : lock_->gathered().value_or(outlook::vcard::JournalFiles())) {
     const auto found = found_.find(name);
@@ -218,8 +218,8 @@ void Undo::findFileChanges() {
   }
 }
 
-// An undo is to write it; and beside one that is protected a mere look would leave files that are
-// protected as well, and stay so.
+// The undo is going to write the database; and merely reading a write-protected one would leave
+// files beside it that are write-protected too.
 void Undo::findRowChanges() {
   try {
     store::sqlite::requireWritable(database_);
@@ -300,7 +300,7 @@ void Undo::perform() {
   markRuns(number);
 }
 
-// Where contacts lie on another disk, kept files are copied there.
+// If the contacts are on another disk, kept files have to be copied.
 void Undo::requireSpace() const {
   std::uint64_t needed = 0;
   for (const FileChange& file : files_) {
@@ -344,7 +344,7 @@ void Undo::putRowsBack(RunRecorder& recorder) {
       if (change.change == Change::Changed) rows.update(change.key, change.cells);
     }
     const std::vector<RowWrite> writes = watch.take();
-    // Something of the host's own, a trigger, could have changed other rows along with these.
+    // Something in the host's database, such as a trigger, could have changed other rows too.
     const bool isMore = std::any_of(writes.begin(), writes.end(), [&](const RowWrite& write) {
       return !keys.contains(write.key);
     });
@@ -361,7 +361,7 @@ void Undo::putRowsBack(RunRecorder& recorder) {
   }
 }
 
-// One file that cannot be put back does not keep the others from it.
+// A file that cannot be put back does not hold up the others.
 void Undo::putFilesBack(RunRecorder& recorder) const {
   std::string failures;
   for (const FileChange& file : files_) {
@@ -379,8 +379,7 @@ void Undo::putFilesBack(RunRecorder& recorder) const {
       failures);
 }
 
-// A kept file gets its place back as what it was, with its modification time: it must not look as
-// if it had been edited.
+// A kept file gets its place back with its modification time, so that it does not look edited.
 void Undo::putFileBack(const FileChange& file, RunRecorder& recorder) const {
   const auto& found = found_.at(file.name);
   const auto log = [&](const std::string& name, const std::optional<FileState>& state) {
@@ -402,7 +401,7 @@ void Undo::putFileBack(const FileChange& file, RunRecorder& recorder) const {
       log);
 }
 
-// The runs that are gone now, and those that an undo among them had taken back.
+// Marks the runs that are now undone, and unmarks those that an undo among them had taken back.
 void Undo::markRuns(int undoNumber) const {
   for (RunRecord run : runs_.list()) {
     if (run.number >= run_.number && run.number < undoNumber && run.undoneBy == 0) {

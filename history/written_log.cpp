@@ -167,7 +167,7 @@ void WrittenLog::sync() {
 }
 
 // Half an entry would spoil the next one. Databases and folders reach the disk some seconds after
-// they were written; the log is to be there first.
+// they are written, and the log must be there first.
 void WrittenLog::append(const std::string& entry) {
   std::string bytes;
   text::pack(bytes, text::hashOf(entry));

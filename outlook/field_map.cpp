@@ -52,7 +52,7 @@ constexpr auto kFields = std::to_array<MappedField>({
 });
 
 // The order in which a contact is written; `Categories` moves to the front when the name is kept.
-// An address takes its postal code along.
+// An address is written together with its postal code.
 constexpr auto kWriteOrder = std::to_array<std::string_view>(
     {"CompanyName",    "Department",   "JobTitle",     "home_phone", "cellphone",  "company_phone1",
      "company_phone2", "Categories",   "company_fax1", "home_fax",   "etc_fax",    "email",
@@ -73,7 +73,7 @@ constexpr auto kWriteIndexes = [] {
 }();
 constexpr std::size_t kCategories = fieldIndex("Categories");
 
-// The postal code of an address stands behind it in the table.
+// An address's postal code follows it in the table.
 constexpr const MappedField& postalCodeOf(std::size_t address) {
   return kFields[address + 1];
 }

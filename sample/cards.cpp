@@ -27,8 +27,8 @@ constexpr std::uint64_t kCardsPerPicture = 8;
 constexpr std::int64_t kFirstNewFolder = 3;  // the schema holds the rows below it
 constexpr std::size_t kOpenFolder = 1;       // 거래처, which has subfolders
 
-// What one card needs of chance. The engine is the same in every C++ library, the library's
-// distributions are not; so every draw here is a plain remainder.
+// The random numbers for one card. The engine is the same in every C++ library, but the
+// distributions are not, so every draw here is a plain remainder.
 class Dice {
  public:
   Dice(std::uint64_t seed, std::int64_t card)
@@ -71,13 +71,14 @@ class Dice {
   }
 
  private:
-  // Spreads the card numbers over the seeds, so that the next seed is not the same cards one on.
+  // Spreads the card numbers over the seeds, so that the next seed does not give the same cards
+  // shifted by one.
   static constexpr std::uint64_t kSeedStep = 0x9E3779B97F4A7C15U;
 
   std::mt19937_64 engine_;
 };
 
-// The parts stand in a list because only there is the order of the draws that make them fixed.
+// The parts are in a list because only a list fixes the order of the draws that make them.
 std::string join(std::initializer_list<std::string_view> parts) {
   std::string text;
   for (const std::string_view part : parts) text += part;
@@ -211,13 +212,13 @@ static_assert(std::all_of(kFolders.begin(), kFolders.end(), [](const FolderRow& 
                      [&](const DistrictRow& district) { return liesIn(district, folder.place); });
 }));
 
-// Draws one card. Values depend on one another, so the draws stand in a fixed order.
+// Draws one card. Values depend on one another, so the draws have a fixed order.
 class SampleCard {
  public:
   SampleCard(std::uint64_t seed, std::int64_t id)
       : id_(id),
         dice_(seed, id),
-        // The first card lies in the open folder, so that this one is never empty.
+        // The first card is in the open folder, so that this folder is never empty.
         folder_(id == 1 ? kFolders[kOpenFolder] : dice_.pickWeighted(kFolders)),
         district_(dice_.pickFitting(
             kDistricts, [&](const DistrictRow& row) { return liesIn(row, folder_.place); })),
@@ -246,8 +247,7 @@ class SampleCard {
   bool isSelected() { return dice_.chance(kSelectedPercent); }
 
  private:
-  // What a card leaves out is NULL throughout, or empty throughout as after a visit to the host's
-  // edit window.
+  // What a card lacks is always NULL or, as after a visit to the host's edit window, always empty.
   template <typename Make>
   void addSometimes(std::string_view column, int percent, Make make) {
     row_.addTextOrNull(column, dice_.chance(percent) ? Value(make()) : missing_);

@@ -31,7 +31,7 @@ std::string join(const AddressParts& parts, bool latin) {
   return std::string(text::trim(line));
 }
 
-// Takes a part off one end of the rest of the street, when it stands there as words of its own.
+// Takes a part off one end of the rest of the street, if it is there as separate words.
 void dropRepeated(std::string& part, std::string_view& rest, bool atBeginning) {
   if (part.empty() || !(atBeginning ? rest.starts_with(part) : rest.ends_with(part))) return;
   const std::string_view left =

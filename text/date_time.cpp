@@ -33,7 +33,7 @@ class Reader {
     return true;
   }
 
-  // The same behind blanks, which stay where the word does not follow.
+  // The same after blanks, which are not consumed if the word does not follow.
   bool takeBehindBlanks(std::string_view word) {
     const std::string_view before = rest_;
     skipBlanks();
@@ -62,8 +62,7 @@ class Reader {
   std::string_view rest_;
 };
 
-// A day whose parts are written with these digits. Two digits of a year are those of 1930 to 2029,
-// as Windows reads them.
+// The day with these digits. Two-digit years are 1930 to 2029, as Windows reads them.
 std::optional<DateTime> dayOf(std::string_view year, std::string_view month, std::string_view day) {
   const auto isShort = [](std::string_view digits) { return digits.size() <= 2; };
   if (year.size() != 4 && year.size() != 2) return std::nullopt;
@@ -75,7 +74,7 @@ std::optional<DateTime> dayOf(std::string_view year, std::string_view month, std
   return makeDateTime(century + number(year), number(month), number(day));
 }
 
-// Year, month and day, or the other orders where only one of them makes a day.
+// Year, month and day, or one of the other orders if only that makes a valid day.
 std::optional<DateTime> dayOf(const std::array<std::string_view, 3>& parts) {
   if (const auto yearFirst = dayOf(parts[0], parts[1], parts[2])) return yearFirst;
   const auto monthFirst = dayOf(parts[2], parts[0], parts[1]);
@@ -112,7 +111,7 @@ HalfDay takeHalfDay(Reader& reader) {
   return HalfDay::None;
 }
 
-// The second of the day; a fraction behind it is cut off.
+// The second of the day; a fraction after it is cut off.
 std::optional<int> readTime(Reader& reader) {
   HalfDay half = takeHalfDay(reader);
   reader.skipBlanks();
@@ -147,7 +146,7 @@ void putDate(std::string& text, year_month_day date) {
   putDigits(text, 8, 2, unsigned{date.day()});
 }
 
-// The form that stamps are written in, and so that of nearly all that is read.
+// The form in which stamps are written, and so the form of nearly everything that is read.
 std::optional<DateTime> readStamp(std::string_view text) {
   constexpr std::string_view kForm = "0000/00/00 00:00:00";
   if (text.size() != kForm.size()) return std::nullopt;

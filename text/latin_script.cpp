@@ -16,8 +16,8 @@ struct Range {
   char32_t last;
 };
 
-// What the page lacks but turns into two bytes of something like it: jamo that are to be composed
-// or are half as wide, enclosed letters, its user's own area, a few signs.
+// Characters that the page lacks but turns into two bytes of something similar: combining and
+// half-width jamo, enclosed letters, the private-use area, a few signs.
 constexpr auto kTwoBytesAlike = std::to_array<Range>(
     {{0x00A2, 0x00A3}, {0x00A5, 0x00A5}, {0x00A9, 0x00A9}, {0x00AB, 0x00AC}, {0x00B5, 0x00B5},
      {0x00BB, 0x00BB}, {0x0110, 0x0110}, {0x1100, 0x1112}, {0x1114, 0x1115}, {0x111A, 0x111A},

@@ -33,7 +33,7 @@ bool equalsIgnoringCase(std::string_view a, std::string_view b) {
 #else
 
 bool equalsIgnoringCase(std::string_view a, std::string_view b) {
-  // By way of the capital, which a letter such as "ς" shares with its other form.
+  // Goes through the capital, which a letter such as "ς" shares with its other form.
   const auto folded = [](std::string_view character) {
     return g_unichar_tolower(g_unichar_toupper(codePoint(character)));
   };

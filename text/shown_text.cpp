@@ -10,7 +10,7 @@ struct Range {
   std::string_view last;
 };
 
-// In UTF-8. Bytes below a blank are looked at by themselves.
+// In UTF-8. Bytes below a blank are checked separately.
 constexpr std::array<Range, 6> kControls{{
     {"\x7F", "\x7F"},
     {"\xC2\x80", "\xC2\x9F"},          // U+0080 to U+009F
@@ -20,7 +20,7 @@ constexpr std::array<Range, 6> kControls{{
     {"\xE2\x81\xA6", "\xE2\x81\xA9"},  // U+2066 to U+2069: isolates
 }};
 
-// The size of the control character that the text begins with, or 0.
+// The size of the control character at the beginning of the text, or 0.
 std::size_t controlSize(std::string_view text) {
   if (static_cast<unsigned char>(text.front()) < 0x20) return 1;
   for (const Range& range : kControls) {

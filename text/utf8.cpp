@@ -6,7 +6,7 @@
 namespace vlout::text {
 namespace {
 
-// Length of the well-formed sequence at the start of `text`, or 0 when there is none.
+// The length of the well-formed sequence at the start of `text`, or 0 if there is none.
 std::size_t sequenceLength(std::string_view text) {
   const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   const unsigned char lead = byte(0);

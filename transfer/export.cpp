@@ -73,9 +73,9 @@ std::optional<Export::Pair> Export::findRow(Contact& contact, std::size_t positi
   }
 }
 
-// A contact without a key that cannot be read may be that of any listed card of the name that it
-// had: none of them must get a second one. Where even the name is unknown, it may be that of any
-// card that was sent before.
+// An unreadable contact without a key may belong to any listed card of the name that it had, and
+// none of them must get a second one. If even the name is unknown, it may belong to any card that
+// was sent before.
 void Export::reserveRowsOf(std::size_t position) {
   const outlook::PersonName name = contacts_.nameWhenOpened(position);
   if (name.empty()) hidesContacts_ = true;
@@ -85,7 +85,7 @@ void Export::reserveRowsOf(std::size_t position) {
 
 std::optional<Export::Pair> Export::findRowByPerson(Contact& contact, bool keyed) {
   auto match = findByPerson(contact);
-  // Inverted on purpose: a contact whose key names no row of the list is left alone when its
+  // Inverted on purpose: a contact whose key belongs to no row of the list is left alone if its
   // normalised name does find a row.
   if (keyed && match) return std::nullopt;
   if (!match && !list_.empty()) match = list_.findByName(personOf(contact));
@@ -140,7 +140,7 @@ RunEnd Export::addPhase() {
   PhaseLine heading(window_, "연락처 추가", list_.size());
   RunEnd end = RunEnd::Completed;
   if (!options_.updateExisting) {
-    // Rows that have a contact already are dropped, without comparing or writing.
+    // Rows that already have a contact are dropped, without comparing or writing anything.
     end = forEachContact(nullptr, Stopping::Possible, [&](Contact& contact, std::size_t position) {
       if (const auto pair = findRow(contact, position)) list_.remove(pair->position);
     });
@@ -160,7 +160,7 @@ RunEnd Export::addPhase() {
   return end;
 }
 
-// A card whose contact is there but could not be read must not get a second one.
+// A card whose contact exists but could not be read must not get a second one.
 void Export::addUnlessHidden(const WorkListRow& row) {
   const bool sentBefore = text::parseDateTime(row.lastSync).has_value();
   if (list_.isReserved(row.id) || (sentBefore && hidesContacts_)) {

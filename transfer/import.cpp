@@ -67,7 +67,7 @@ void Import::compareContact(Contact& contact, std::size_t position) {
   }
 }
 
-// The compare pass without its comparing: only finds the contacts that have no row.
+// The compare pass without comparing: it only finds the contacts that have no row.
 void Import::collectContact(Contact& contact, std::size_t position) {
   if (isDouble(position)) {
     reportDouble(contact);
@@ -113,8 +113,8 @@ std::optional<std::string> Import::findDuplicateByName(const Person& person) {
                          text::trim(store::nullSafe(rows->field("email"))), person),
                 list_.isTaken(ids.back()));
   }
-  // Of several rows the first is meant by a contact that has nothing to tell them apart by; one
-  // that has both a number and an address is known by one of them. A nameless contact always is.
+  // If a contact has nothing to tell several rows apart by, the first one is taken; if it has both
+  // a number and an address, one of them must match. A nameless contact always needs a match.
   if (ids.size() > 1 && !hasNumber && !hasAddress && !name.empty()) return ids.front();
   const auto choice = match.choose(name.empty() || (hasNumber && hasAddress) ? Evidence::EqualValue
                                                                              : Evidence::NameAlone);
@@ -192,8 +192,8 @@ void Import::addPhase() {
   heading.finish();
 }
 
-// The next card number. A contact that lost its row may still carry a number that is free again;
-// were a new row to get it, that contact would be taken for the new row's.
+// The next card number. A contact that lost its row may still carry a number that is free again; if
+// a new row got that number, the contact would be taken for the new row's.
 std::string Import::nextFreeId() {
   for (int id = store::nextCardId(connection_); id <= INT16_MAX; ++id) {
     std::string number = std::to_string(id);
@@ -202,8 +202,9 @@ std::string Import::nextFreeId() {
   throw std::overflow_error("명함 번호가 32767을 넘습니다.");
 }
 
-// Takes a number off the contacts that carry it and are to get another later in this run: should
-// their turn fail, they must not keep one that is somebody else's by then. False when one does.
+// Takes a number off the contacts that carry it and will get another one later in this run: if
+// their turn fails, they must not keep a number that is somebody else's by then. False if one of
+// them keeps it.
 bool Import::releaseNumber(const std::string& number) {
   const auto [first, last] = waiting_.equal_range(number);
   for (auto each = first; each != last; each = waiting_.erase(each)) {
@@ -224,7 +225,7 @@ void Import::addContactAsRow(std::size_t position) {
   const std::string name = outlook::rowNameFromContact(*contact);
   record_ = name;
   const std::string key = outlook::keyOf(*contact).value_or("");
-  // Everything is read before the contact gets the number: what cannot be read must not leave one
+  // Everything is read before the contact gets the number, so that a failed read leaves no number
   // on it.
   const auto row = rowUpdate_.readNewRow(*contact, target_);
   const std::string rowId = nextFreeId();
@@ -240,8 +241,8 @@ void Import::addContactAsRow(std::size_t position) {
   ++added_;
 }
 
-// The number is free for the next row now, so the contact must not keep it. Where it cannot be
-// taken back, the number is not free.
+// The number is now free for the next row, so the contact must not keep it. If it cannot be taken
+// back, the number is not free.
 void Import::giveBackKey(Contact& contact, const std::string& key, const std::string& rowId) {
   keptNumbers_.insert(key);
   try {

@@ -100,8 +100,8 @@ AddressTexts outlookAddress(outlook::Contact& contact, outlook::ContactProperty 
   return texts;
 }
 
-// Shown without the double blanks that the maker leaves. On Windows the parts stand there as they
-// are, whatever the street holds.
+// Shown without the double blanks that the address-line maker leaves. On Windows the parts are
+// shown as they are, whatever the street holds.
 std::string cardAddressLine(const AddressTexts& parts) {
 #ifdef _WIN32
   const std::string line = store::addressLine(asParts(parts));
@@ -111,7 +111,7 @@ std::string cardAddressLine(const AddressTexts& parts) {
   return text::replaceAll(line, "  ", " ");
 }
 
-// With them, as the row would get it.
+// With the double blanks, as the row would get it.
 std::string outlookAddressLine(const AddressTexts& parts) {
   return store::addressLine(asParts(parts));
 }

@@ -25,8 +25,8 @@ void forgetTransfer(store::Connection& connection, std::string_view rowId,
   const auto row = store::readCard(connection, rowId);
   if (row->rowCount() == 0) return;
   std::string sql = "UPDATE tbl_namecard SET [VLLastsync_date]='',[Outlook_modate]=''";
-  // The date may be that of the contact before the save, which is there again when another program
-  // has put it back or moved it: equal dates would pass for a pair in step.
+  // The contact may have its time from before the save again, if another program has put it back or
+  // moved it; equal dates would then pass for a pair in step.
   if (auto modified = readStamps(*row).lastModified) {
     do {
       ++modified->seconds;

@@ -45,9 +45,9 @@ std::string updateStatement(std::string_view rowId,
   return sql.append(" WHERE [i_idx]=").append(rowId);
 }
 
-// An oddity that is meant: the texts stand as they were typed, quotes included, which make the save
-// fail. One must do nothing else either, such as ending a text early and setting another column or
-// beginning a second statement, so that a statement with one is not even tried.
+// A deliberate oddity: the texts are used as they were typed, and quotes make the save fail. A
+// quote must not do anything else either, such as end a text early and set another column or begin
+// a second statement, so a statement with a quote is not even tried.
 std::string typedStatement(std::string_view rowId, const std::vector<std::string>& texts) {
   std::string sql = "UPDATE tbl_namecard SET ";
   const auto fields = outlook::mappedFields();
@@ -145,8 +145,8 @@ bool RowUpdate::updateRowFromTexts(std::string_view rowId, Contact& contact,
   try {
     return updateContactFromRow(rowId, contact, options);
   } catch (...) {
-    // With the dates of now the next sync would take the row for the newer side and overwrite the
-    // contact unasked.
+    // With the present dates, the next sync would take the row for the newer side and overwrite the
+    // contact without asking.
     connection_.execute(oldDates);
     throw;
   }

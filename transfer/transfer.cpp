@@ -44,7 +44,7 @@ void Transfer::finishRun(const ClosingTexts& texts, const Counts& counts) {
   hideProgress();
 }
 
-// Nothing for a run without failures, whose message is fixed.
+// Empty for a run without failures, whose message is fixed.
 std::string Transfer::failuresText() const {
   if (failures_ == 0) return {};
   return "\r\n\r\n처리하지 못한 자료가 " + std::to_string(failures_) + "건 있습니다.";
@@ -56,7 +56,7 @@ void Transfer::hideProgress() {
 }
 
 void Transfer::openFolder() {
-  // A wish to stop is kept by the window; the walk over the contacts heeds it.
+  // The window remembers a request to stop, and the walk over the contacts obeys it.
   contacts_.openContactsFolder([this] { window_.keepAlive(); });
   // A contact without a key that comes first must not take the row of one that has it.
   std::vector<Carrier> carriers;
@@ -81,8 +81,8 @@ void Transfer::leaveOutDoubles(std::span<const Carrier> carriers) {
   }
 }
 
-// The contact that the row was last transferred with, else the one of its name, else the first.
-// When one of them cannot be read and no other is known by its time, it may be any.
+// The contact that the row was last transferred with, else the one of its name, else the first. If
+// one of them cannot be read and no time decides, it may be any of them.
 std::optional<std::size_t> Transfer::ownerOf(const WorkListRow& row,
                                              std::span<const Carrier> carriers) {
   std::optional<std::size_t> owner;
@@ -193,7 +193,7 @@ void Transfer::reportFailure(std::string_view name, std::string_view cause) {
   addLine(window_, "실패→(" + std::string(name) + "): " + std::string(cause), "0%", "실패");
 }
 
-// Most pairs have nothing to do, and only reads; but nothing is decided by what was read a while
+// Most pairs have nothing to do and are only read; but no write is decided by what was read a while
 // ago.
 Transfer::ComparedPair Transfer::comparePair(const std::string& rowId, Contact& contact,
                                              ConflictTest test, Side writing) {

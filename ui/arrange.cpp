@@ -24,7 +24,7 @@ Arranger::Tracks Arranger::columnTracks(const Layout& part) const {
   for (std::size_t i = 0; i < part.parts.size(); ++i) {
     Track& track = tracks[i % tracks.size()];
     track.least = std::max(track.least, leastSize(part.parts[i]).width);
-    // In a column, what stretches does so downwards.
+    // In a column, parts stretch downwards.
     if (part.kind != Kind::Column) track.stretch = std::max(track.stretch, part.parts[i].stretch);
   }
   if (part.kind == Kind::Column) tracks.front().stretch = 1;
@@ -71,7 +71,7 @@ Size Arranger::leastSize(const Layout& part) const {
   }
 }
 
-// What is left over goes to the tracks by their shares.
+// The space left over is divided among the tracks by their shares.
 std::vector<int> Arranger::sizes(const Tracks& tracks, int available) const {
   int left = std::max(available - total(tracks), 0);
   int shares = 0;
@@ -119,7 +119,7 @@ void Arranger::arrange(const Layout& part, const Rect& rect, const Place& place)
       Rect own = rect;
       if (!fillsHeight(part)) {
         own.height = std::min(measure_(part).height, rect.height);
-        // In the middle, but beside something of many lines at its first one.
+        // Centred vertically, but beside something of many lines, level with its first line.
         const int spare = rect.height - own.height;
         own.top += spare > 2 * own.height ? gap_ / 2 : spare / 2;
       }

@@ -16,13 +16,13 @@ namespace {
 
 constexpr std::size_t kChunk = 8192;
 
-// Deletes a temporary file at the end of its use; one that stays is overwritten the next time.
+// Deletes a temporary file after use; one that remains is overwritten the next time.
 class TemporaryFile {
  public:
   explicit TemporaryFile(std::filesystem::path path) : path_(std::move(path)) {}
   ~TemporaryFile() {
     std::error_code ignored;
-    // A copy that something has protected from writing would stay.
+    // A copy that something has write-protected would stay.
     using std::filesystem::perms;
     std::filesystem::permissions(path_, perms::owner_write, std::filesystem::perm_options::add,
                                  ignored);
@@ -36,8 +36,8 @@ class TemporaryFile {
   std::filesystem::path path_;
 };
 
-// Those of the card's picture. Some stores forget the name that one was given and fall back on
-// that of its file. Sets `removed` with the first one that goes.
+// Removes the attachments that are the card's picture. Some stores forget the name that one was
+// given and fall back on that of its file. Sets `removed` once one has been removed.
 void removeAttachments(outlook::Contact& contact, std::string_view name, std::string_view file,
                        bool& removed) {
   for (std::size_t i = contact.attachmentCount(); i >= 1; --i) {

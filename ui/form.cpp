@@ -32,7 +32,7 @@ void Form::centreOnScreen() {
   const ScreenSize screen = toolkit_.screenSize();
   const int middleLeft = (screen.width - width) / 2;
   const int middleTop = (screen.height - height) / 2;
-  // Places are 16 bits wide. One that is not leaves the form without one, like any error here.
+  // Places are 16 bits wide. If one does not fit, the form has no place, as after any error here.
   if (!std::in_range<std::int16_t>(middleLeft) || !std::in_range<std::int16_t>(middleTop)) return;
   left = middleLeft;
   top = middleTop;

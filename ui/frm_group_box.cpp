@@ -101,7 +101,7 @@ void frmGroupBox::buildTree() {
   showOpening();
 }
 
-// In sight, but not chosen: what is confirmed is what the user has pointed at.
+// Brought into view, but not chosen: only what the user points at can be confirmed.
 void frmGroupBox::showOpening() {
   const int node = openAt_ == 0 ? -1 : T_INDEX(openAt_);
   if (node < 0) return;
@@ -110,8 +110,8 @@ void frmGroupBox::showOpening() {
   }
 }
 
-// Passes over the folders that wait for their parent. A pass that places nothing ends it: what is
-// left then is an orphan or a cycle, and stays out of the tree.
+// Makes passes over the folders that wait for their parent, until one places nothing: the rest are
+// orphans or a cycle, and stay out of the tree.
 void frmGroupBox::placeFolders() {
   bool placed = true;
   while (placed && !GroupBox.empty()) {

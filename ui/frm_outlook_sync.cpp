@@ -256,7 +256,7 @@ void frmOutlookSync::showGroup() {
   Combo2.addItem("선택항목");
   Combo2.addItem("그룹(" + exportFolder_.name + ")");
   Combo2.addItem("전체자료");
-  // Without a host that selects cards, all are meant.
+  // Without a host that selects cards, all cards are meant.
   const bool hosted = component_.desk() == nullptr || component_.hasExportList();
   Combo2.setIndex(hosted ? kSelectedCards : kAllCards);
   if (exportFolder_.name.empty() || exportFolder_.name == kRootFolder) {
@@ -299,7 +299,7 @@ void frmOutlookSync::keyPress(int characterCode) {
   if (characterCode == kEscape && mayLeave()) requestClose();
 }
 
-// A slip of the finger is not to take along the lines that say what went wrong.
+// A slip of the finger must not lose the lines that say what went wrong.
 bool frmOutlookSync::mayLeave() {
   if (component_.desk() == nullptr || running_) return true;
   for (const ListView::Row& row : ListView1.rows()) {
@@ -320,7 +320,7 @@ void frmOutlookSync::showOverview() {
   if (desk.isMoving()) unload();
 }
 
-// What a transfer does not ask is grey.
+// Boxes that do not affect the transfer are grey.
 void frmOutlookSync::greyGroup() {
   if (component_.desk() == nullptr) return;
   const bool asked =
@@ -549,7 +549,7 @@ std::string_view frmOutlookSync::loadForExport() {
       sList = component_.readSelectedCards();
       return loader.loadSelected(sList);
     case kGroup:
-      // Without a folder no loader runs, and the run goes on with the list as it stands.
+      // Without a folder no loader runs, and the run goes on with the list as it is.
       if (folder.id.empty()) return "";
       return Check3.isChecked() ? loader.loadGroupWithSubgroups(folder) : loader.loadGroup(folder);
     default:
@@ -584,8 +584,8 @@ void frmOutlookSync::finish(Mode mode, transfer::RunEnd end) {
 // --- conflicts of a two-way sync ----------------------------------------------------------------
 
 int frmOutlookSync::resolve(const transfer::ConflictPair& pair) {
-  // A fresh window each time, so that no edit survives from one conflict to the next.
-  // A preview only lists what the run would ask about, unless something else answers than a user.
+  // A fresh window each time, so that no edit survives from one conflict to the next. If a user
+  // would have to answer, a preview only lists what the run would ask about.
   if (previewing_ && toolkit().hasUser()) return transfer::kSkipPair;
   RunWindow& messages = *this;
   conflictWindow_ =
@@ -621,7 +621,7 @@ void frmOutlookSync::failure(std::string_view text, std::string_view cause) {
   message(MessageIcon::Critical, component_.desk() != nullptr ? withCause(text, cause) : text);
 }
 
-// The window of a run shows a conflict by itself.
+// In a real run, the compare window shows the conflict.
 void frmOutlookSync::conflictFound(std::string_view rowId, outlook::Contact& contact) {
   if (!previewing_) return;
   ++conflictsPreviewed_;

@@ -187,7 +187,7 @@ frmOutlookSyncModify::frmOutlookSyncModify(Toolkit& toolkit, Component& componen
 
 // --- arrangement --------------------------------------------------------------------------------
 
-// A box, with the button behind it that edits its address or chooses its categories.
+// A box, and the button beside it that edits its address or chooses its categories.
 Layout frmOutlookSyncModify::boxLayout(Box box) {
   using namespace layout;
   const auto* const named = std::find_if(kBoxes.begin(), kBoxes.end(),
@@ -413,7 +413,7 @@ void frmOutlookSyncModify::chooseCategories() {
     const std::string chosen = component_.contacts().chooseCategories();
     if (!chosen.empty()) Text53.setText(chosen);
   } catch (const std::exception&) {
-    // Whatever failed on the way, it is the store that has no such dialog.
+    // Whatever failed, the message is that the store has no such dialog.
     toolkit().messageBox(MessageIcon::Exclamation, "현재 설치된 아웃룩버전은 지원하지 않습니다!");
   }
 }
@@ -436,7 +436,8 @@ bool frmOutlookSyncModify::saveOutlookSide(const transfer::ConflictPair& pair) {
   for (const FieldBoxes& field : kFields) {
     const std::string& value = (this->*field.outlook).text();
     if (field.column == "FullName") {
-      // Written back as it was, it would be split anew, and not always as its owner has split it.
+      // Written back unchanged, the name would be split again, and not always as its owner has
+      // split it.
       if (value != outlook::shownText(contact, P::FullName)) contact.setText(P::FullName, value);
       continue;
     }
@@ -452,7 +453,7 @@ bool frmOutlookSyncModify::saveOutlookSide(const transfer::ConflictPair& pair) {
   return rowUpdate_.updateRowForSync(pair.rowId, contact);
 }
 
-// The parts as they are, or the line as the street when the user has edited the line itself.
+// The parts as they are or, if the user has edited the line itself, the line as the street.
 void frmOutlookSyncModify::writeAddress(outlook::Contact& contact, const AddressBlock& block) {
   const std::string& line = (this->*block.line).text();
   const bool edited = line != lineOf(block);

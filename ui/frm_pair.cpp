@@ -59,7 +59,7 @@ void frmPair::fill(const std::string& card, std::size_t position, const std::str
   }
 }
 
-// Null where there is none. The folder is read anew, and may have changed since it was listed.
+// Null if there is none. The folder is read again, and may have changed since it was listed.
 std::unique_ptr<outlook::Contact> frmPair::contactOf(const std::string& card, std::size_t position,
                                                      const std::string& name) {
   outlook::ContactStore& contacts = component_.contacts();

@@ -20,15 +20,14 @@ std::filesystem::path fromEnvironment(const char* variable) {
   return value == nullptr ? "" : value;
 }
 
-// A folder for the user's own eyes; one that exists keeps the mode that it has. True when it was
-// made.
+// Makes a folder that only its user can read; an existing one keeps its mode. True if it was made.
 bool makePrivateFolder(const std::filesystem::path& folder) {
   if (!std::filesystem::create_directories(folder)) return false;
   std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
   return true;
 }
 
-// Folders that go again, with all that is in them, unless they are kept.
+// Folders that are removed with all their content, unless they are kept.
 class NewFolders {
  public:
   NewFolders() = default;
@@ -58,7 +57,7 @@ class NewFolders {
 
 void requireFree(const std::filesystem::path& database) {
   if (std::filesystem::exists(std::filesystem::symlink_status(database))) failExists(database);
-  // SQLite would take the log of a database that is gone for the new one's and write it into it.
+  // SQLite would take the log of a lost database for the new one's and write it into that.
   const std::filesystem::path log = database.string() + "-wal";
   if (std::filesystem::exists(log)) {
     throw store::DatabaseError(text::say("%1: 없어진 데이터베이스의 기록이 남아 있습니다",
@@ -67,7 +66,7 @@ void requireFree(const std::filesystem::path& database) {
   }
 }
 
-// Gives the finished database its name, unless something has that name by now.
+// Gives the finished database its name, unless something else has it by now.
 void place(const std::filesystem::path& finished, const std::filesystem::path& database) {
   if (std::filesystem::exists(finished.string() + "-wal")) {
     throw store::DatabaseError(text::say("%1: 데이터베이스를 다 쓰지 못했습니다",

@@ -34,8 +34,8 @@ bool isSamePlace(const fs::path& a, const fs::path& b) {
   return a == b || (!bookIn(a) && !bookIn(b) && fs::equivalent(a, b, missing));
 }
 
-// Calls `use(name, isFolder)` for each entry until it answers true. Whether one did. A folder that
-// cannot be read has none. No access time tells of it.
+// Calls `use(name, isFolder)` for each entry until it returns true, and returns whether it did. An
+// unreadable folder has no entries. Access times stay as they are.
 template <typename Use>
 bool anyEntry(const fs::path& folder, Use use) {
   const int opened = posix::openKeepingAccessTime(folder.c_str(), O_DIRECTORY);

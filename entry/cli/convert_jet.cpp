@@ -31,7 +31,7 @@ using text::equalsIgnoringAsciiCase;
 
 constexpr std::string_view kPicture = "Thumbnail";
 
-// Dates are texts in this database, each column's in the form that its readers know.
+// Dates are texts in this database, each column in the form that its readers expect.
 constexpr std::array<std::string_view, 3> kDays{"Birthday", "Anniversary", "CreationTime"};
 
 template <typename Names>
@@ -56,7 +56,8 @@ std::string_view sqlType(JetType type) {
   }
 }
 
-// "yyyy/mm/dd hh:mm:ss" in the form of that column; elsewhere a day alone is one without a time.
+// Turns "yyyy/mm/dd hh:mm:ss" into the form of that column; in other columns midnight means a day
+// without a time.
 std::string dateFor(std::string_view column, std::string stamp) {
   constexpr std::size_t kDaySize = 10;
   const bool isMidnight = stamp.ends_with(" 00:00:00");
@@ -66,7 +67,7 @@ std::string dateFor(std::string_view column, std::string stamp) {
   return text::replaceAll(stamp, "/", "-");
 }
 
-// Writes the tables that come out of the Jet file into the new database.
+// Writes the tables of the Jet file into the new database.
 class Mover : public store::jet::JetRows {
  public:
   Mover(std::string source, store::Connection& connection,
@@ -109,7 +110,7 @@ class Mover : public store::jet::JetRows {
   void addRow(const JetRow& row) override {
     if (interrupted_ != 0) fail(text::say("중지되었습니다", "stopped"));
     const auto& key = row[keyAt_].text;
-    // The database would number such a row itself, and nothing else would know the number.
+    // The database would number such a row itself, and nothing else would know that number.
     if (!key) {
       fail(text::say("%1에 번호(%2)가 없는 행이 있습니다", "%1 has a row without a number (%2)",
                      {table_, key_}));
@@ -126,7 +127,7 @@ class Mover : public store::jet::JetRows {
     ++(table_ == kCardTable ? cards_ : folders_);
   }
 
-  // Throws DatabaseError when there was no table of cards.
+  // Throws DatabaseError if there was no table of cards.
   void finish() const {
     if (!hasCards_) fail(text::say("표 tbl_namecard가 없습니다", "there is no table tbl_namecard"));
   }

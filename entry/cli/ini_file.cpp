@@ -50,7 +50,7 @@ bool isSection(std::string_view line) {
   return trimWhite(contentOf(line)).starts_with('[');
 }
 
-// The first line behind the section's heading; nothing when there is no such section.
+// The first line after the section's heading; nothing if there is no such section.
 std::optional<std::size_t> findSection(const Lines& lines, std::string_view section) {
   for (std::size_t i = 0; i < lines.size(); ++i) {
     if (!isSection(lines[i])) continue;
@@ -72,7 +72,7 @@ std::optional<std::size_t> findKey(const Lines& lines, std::size_t start, std::s
   return std::nullopt;
 }
 
-// Where a new key of the section goes: behind its last line that is not blank.
+// Where a new key of the section goes: after its last line that is not blank.
 std::size_t endOfSection(const Lines& lines, std::size_t start) {
   std::size_t end = start;
   for (std::size_t i = start; i < lines.size() && !isSection(lines[i]); ++i) {
@@ -81,7 +81,7 @@ std::size_t endOfSection(const Lines& lines, std::size_t start) {
   return end;
 }
 
-// A new line ends as the one before it does, which gets an end where it has none.
+// A new line ends as the one before it, which gets a line end if it has none.
 void insertLine(Lines& lines, std::size_t at, const std::string& content) {
   std::string_view end = "\r\n";
   if (at > 0) {
@@ -151,11 +151,11 @@ std::string IniFile::read(std::string_view section, std::string_view key) const 
 bool IniFile::write(std::string_view section, const std::vector<Entry>& entries) const {
   Lines lines;
   try {
-    // As bytes: names and values are ASCII, which every encoding of such a file leaves alone, and
-    // so does what nothing can decode stay.
+    // Edited as bytes: names and values are ASCII in every encoding of such a file, and text in no
+    // known encoding stays as it is.
     lines = splitLines(text::readRegularFile(file_));
   } catch (const std::system_error& error) {
-    // Only a file that is not there may be made anew: one that cannot be read has content.
+    // A new file may be made only if there is none: an unreadable one has content.
     if (error.code() != std::errc::no_such_file_or_directory) return false;
   }
   std::ofstream writable;  // a file that is protected from writing keeps its values

@@ -54,7 +54,7 @@ int run(int argc, char** argv) {
 int main(int argc, char** argv) {
   std::ios::sync_with_stdio(false);
   cli::speakUsersLanguage();
-  // A reader that goes away must not end a run in the middle.
+  // A run must not end in the middle because its reader has gone away.
   std::signal(SIGPIPE, SIG_IGN);
   try {
     return run(argc, argv);

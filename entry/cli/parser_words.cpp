@@ -16,7 +16,7 @@ constexpr std::pair<const char*, const char*> kLabels[]{{"Usage", "사용법"},
                                                         {"Positionals", "인수"},
                                                         {"REQUIRED", "필수"}};
 
-// In the order in which they are tried. What none of them knows is left as it is.
+// In the order in which they are tried. What none of them matches is left as it is.
 constexpr std::pair<const char*, const char*> kErrors[]{
     {"The following arguments? (?:was|were) not expected: (.*)", "알 수 없는 인수입니다: $1"},
     {"A subcommand is required", "명령이 있어야 합니다"},

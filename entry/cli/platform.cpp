@@ -15,7 +15,7 @@ namespace vlout::entry::cli {
 
 namespace {
 
-// Begins runs on the contacts that are meant: those of the last run, or others once that has been
+// Begins runs only on the right contacts: those of the last run, or others once they have been
 // confirmed.
 struct Confirmed {
   std::filesystem::path componentFolder;
@@ -76,7 +76,7 @@ Platform makePlatform(const std::filesystem::path& componentFolder,
           [recorder,
            confirmed = std::make_shared<Confirmed>(Confirmed{componentFolder, contacts, emptied})](
               const ui::RunDescription& run) { return confirmed->beginOrObject(run, *recorder); },
-      // The connections of this platform are all of this kind, that of a preview too.
+      // All connections of this platform are of this kind, even in a preview.
       .completeCutShort =
           [recorder](store::Connection& connection, outlook::ContactStore& store) {
             recorder->completeCutShort(dynamic_cast<store::sqlite::SqliteConnection&>(connection),

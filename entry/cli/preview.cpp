@@ -13,7 +13,7 @@ StorePreview::StorePreview(const MakeContacts& makeContacts)
     : connection_(
           folder_.path(),
           [this](const std::string& column, const std::string& before, const std::string& after) {
-            // Dates and numbers that a run keeps for itself are nobody's data.
+            // Dates and numbers that a run keeps for itself are not data about people.
             const std::string_view caption = outlook::fieldCaption(column);
             if (!caption.empty()) add(true, caption, before, after);
           }),

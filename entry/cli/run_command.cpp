@@ -57,7 +57,7 @@ const NamedBox* findBox(std::string_view name) {
   return nullptr;
 }
 
-// What the user would do in the window.
+// Does what the user would do in the window.
 void press(frmOutlookSync& window, const RunRequest& request, store::Connection& connection) {
   if (!request.group.empty()) {
     const Group group = findGroup(readGroups(connection), request.group);
@@ -179,13 +179,13 @@ CLI::IsMember isOneOf(const Words& words) {
   return CLI::IsMember(std::vector<std::string>(words.begin(), words.end()));
 }
 
-// What a word stands for that `isOneOf` has let through.
+// The meaning of a word that `isOneOf` has accepted.
 template <typename Choice>
 Choice choiceOf(const Words& words, const std::string& word) {
   return static_cast<Choice>(std::find(words.begin(), words.end(), word) - words.begin());
 }
 
-// Where no host has left a list, all cards are meant.
+// If no host has left a list, all cards are meant.
 transfer::Range rangeOf(const Arguments& arguments, const std::filesystem::path& folder) {
   if (!arguments.range.empty()) {
     return choiceOf<transfer::Range>(transfer::kRangeWords, arguments.range);
@@ -194,7 +194,7 @@ transfer::Range rangeOf(const Arguments& arguments, const std::filesystem::path&
   return ExportList(folder).isThere() ? frmOutlookSync::kSelectedCards : frmOutlookSync::kAllCards;
 }
 
-// Whether the user, asked where that can be, wants other contacts than the last time.
+// True if the user, asked if possible, wants other contacts than the last time.
 bool mayMove(const RunRequest& request) {
   const std::string moved = objectionToMove(request.folder, request.contacts);
   if (moved.empty() || request.preview) return false;
@@ -202,8 +202,8 @@ bool mayMove(const RunRequest& request) {
                  text::say("이 연락처로 할까요?", "Use these contacts?"));
 }
 
-// What is left of a run's lines for those who did not watch it: what it could not do, and its
-// counts; nothing of a run that had nothing to do.
+// The part of a run's lines for people who did not watch it: what it could not do, and its counts.
+// Nothing if there was nothing to do.
 std::string summaryOf(const std::string& lines) {
   std::istringstream stream(lines);
   std::string left;
@@ -216,8 +216,8 @@ std::string summaryOf(const std::string& lines) {
   return left.empty() && !changed ? "" : left + last + "\n";
 }
 
-// For a timer, whose output goes to the journal. A conflict waits for the window; its user is told
-// where the desktop can.
+// For a timer, whose output goes to the journal. Conflicts wait for the window; the desktop
+// notifies the user.
 int runUnwatched(const RunRequest& request, const Arguments& arguments) {
   std::ostringstream results;
   std::ostringstream errors;

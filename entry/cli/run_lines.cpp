@@ -69,7 +69,7 @@ std::string wayBack(const history::Runs& runs, const RunRecord& run) {
 std::vector<RunLine> runLines(const history::Runs& runs) {
   std::vector<RunLine> lines;
   for (RunRecord run : runs.list()) {
-    // One that was killed could not say what it had done.
+    // A run that was killed could not say what it had done.
     if (run.state == history::RunState::Unfinished && run.wrote) {
       try {
         run.text = history::RestorePoint(runs.folderOf(run.number)).written(run.state).counts();

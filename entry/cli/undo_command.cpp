@@ -48,7 +48,7 @@ void printChanges(const history::Undo& undo, std::ostream& out) {
   }
 }
 
-// Says what it will change and what was edited since, asks, and goes back. False when nothing was
+// Says what it will change and what was edited since, asks, and goes back. False if nothing was
 // done.
 bool undoRun(const Arguments& request, std::ostream& out, std::ostream& errors) {
   const auto folder = componentFolder(request.folder);

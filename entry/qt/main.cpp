@@ -25,8 +25,7 @@ namespace {
 
 volatile std::sig_atomic_t interrupted = 0;
 
-// An interrupt closes the window, which during a run means stopping it; a second one ends the
-// program.
+// An interrupt closes the window, which stops a run; a second one ends the program.
 void closeWhenInterrupted(QTimer& timer) {
   for (const int signal : {SIGINT, SIGTERM}) {
     struct sigaction action {};
@@ -52,8 +51,8 @@ QIcon icon() {
 
 using Move = vlout::entry::cli::LinuxDesk::Move;
 
-// One opening of the main window. Where its user goes on to another folder or other contacts,
-// these.
+// Opens the main window once. Returns the folder and contacts that the user wants to go on with, if
+// any.
 std::optional<Move> run(const Move& here) {
   const vlout::history::EmptiedFolder emptied{
       .askAgain = true,

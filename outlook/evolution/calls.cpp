@@ -18,8 +18,8 @@ using std::chrono::milliseconds;
 constexpr milliseconds kLook{20};
 constexpr milliseconds kEnding{2'000};  // for a call that was told to end
 
-// Signals of the services are delivered here, during the calls and not into somebody's loop. There
-// is one registry of accounts in a process, and it stays with the context that it began in.
+// Signals of the services are delivered here, during the calls, and not into somebody else's loop.
+// A process has one registry of accounts, which stays with the context that it began in.
 struct Signals {
   GMainContext* context = g_main_context_new();
   std::mutex mutex;
@@ -71,7 +71,7 @@ Calls::~Calls() {
     thread_->ends = true;
   }
   thread_->woken.notify_one();
-  // One that hangs is left to the end of the process.
+  // A thread that hangs is left until the process ends.
   lost_ ? thread_->thread.detach() : thread_->thread.join();
 }
 

@@ -24,8 +24,8 @@ namespace {
 namespace fs = std::filesystem;
 
 // A line of the table: kind, UID, the two fingerprints, the time and the card, separated by blanks.
-// A later line of a UID replaces an earlier one of its kind; a kind of `=` stands for what is
-// certain, `?` for a save that was about to be made.
+// A later line of a UID replaces an earlier one of the same kind; `=` stands for what is certain,
+// `?` for a save that was about to be made.
 constexpr char kCertain = '=';
 constexpr char kPending = '?';
 constexpr std::string_view kNone = "-";
@@ -112,10 +112,11 @@ ChangeTimes::Known ChangeTimes::found(const std::string& uid, const std::string&
     const ChangeTime present = ChangeTime::now();
     const auto revision = revisionOf(text);
     const bool isLater = revision && (!contact.last || *revision > contact.last->time);
-    // A server whose clock is ahead does not make changes of the future.
+    // A server whose clock is ahead must not make changes in the future.
     now.time = isLater && *revision <= present ? *revision : present;
     if (contact.last) {
-      // The rows' dates are whole seconds: within the second of the last change it would be lost.
+      // The rows' dates are whole seconds: a change in the same second as the last one would be
+      // lost.
       if (now.time.seconds <= contact.last->time.seconds) {
         now.time = {contact.last->time.seconds + 1, 0};
       }

@@ -62,7 +62,7 @@ void waitFor(IsThere isThere, GCancellable* cancellable, int looks = 250) {
   }
 }
 
-// What keeps the service from its server, where that is not the password.
+// What keeps the service from its server, other than the password.
 std::string connectionFailure(const Source& source, GCancellable* cancellable) {
   ESourceCredentialsReason reason = E_SOURCE_CREDENTIALS_REASON_UNKNOWN;
   char* certificate = nullptr;
@@ -82,7 +82,7 @@ struct FreeParameters {
 };
 using Password = std::unique_ptr<ENamedParameters, FreeParameters>;
 
-// The one that the desktop has; nobody is asked for it. Null when there is none.
+// The password that the desktop keeps; nobody is asked for it. Null if there is none.
 Password passwordFor(const Registry& registry, const Source& source, GCancellable* cancellable) {
   const Ref<ESourceCredentialsProvider> provider(e_source_credentials_provider_new(registry.get()));
   ENamedParameters* found = nullptr;
@@ -91,10 +91,10 @@ Password passwordFor(const Registry& registry, const Source& source, GCancellabl
   return Password(found);
 }
 
-// Some servers tell what they can do before they ask who is there, and until they ask, the service
-// takes the account for one that is connected. So it is believed at once where nobody is asked;
-// where the desktop has a password, after a moment, and without one, after a longer time, in which
-// the question has come.
+// Some servers tell what they can do before they ask for a password, and until they ask, the
+// service takes the account to be connected. So that is believed at once if the account needs no
+// password; after a moment if the desktop has one; and otherwise only after a longer time, in which
+// the server will have asked.
 int looksUntilBelieved(const Registry& registry, const Source& source, GCancellable* cancellable) {
   constexpr int kWithPassword = 15;
   constexpr int kWithout = 150;
@@ -164,12 +164,13 @@ const Registry& Desktop::Session::connected() {
 }
 
 Client connect(const Source& source, GCancellable* cancellable) {
-  // A service that was killed leaves its name for a moment, and is started anew after that.
+  // The name of a killed service stays for a moment; after that the service is started again.
   constexpr int kAttempts = 5;
   constexpr gulong kPause = 200'000;  // microseconds
   Error error;
   for (int i = 0; i < kAttempts; ++i) {
-    // With a time to wait for the account, the call takes all of it, even for a local book.
+    // If the call is given a time to wait for the account, it takes all of it, even for a local
+    // book.
     EClient* const client =
         e_book_client_connect_sync(source.get(), kDoNotWait, cancellable, error.out());
     if (client != nullptr) return shared(reinterpret_cast<EBookClient*>(client));
@@ -225,7 +226,7 @@ std::string objectionTo(const Registry& registry, const Source& source, const Cl
         "서버의 인증서를 믿을 수 없습니다. 데스크톱의 계정 설정에서 확인하십시오",
         "The server's certificate is not trusted. Check it in the desktop's account settings");
   }
-  // One whose state stays unknown is given the benefit of the doubt: each call tells for itself.
+  // An account whose state stays unknown gets the benefit of the doubt; each call will show.
   if (e_client_is_online(base(client)) != FALSE) return {};
   return text::say("계정이 오프라인입니다", "The account is offline");
 }

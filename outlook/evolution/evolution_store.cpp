@@ -12,16 +12,16 @@
 namespace vlout::outlook::evolution {
 namespace {
 
-// A server has dropped the key of a contact: it is given it back, and keeps it from its next save
-// on.
+// A server has dropped the key of a contact: the contact gets it back here, and stores it with its
+// next save.
 std::string withKey(const std::string& text, const std::string& vlid) {
   const std::size_t end = text.rfind("END:VCARD");
   if (end == std::string::npos) return text;
   return text.substr(0, end) + "X-VLID:" + vlid + "\r\n" + text.substr(end);
 }
 
-// A kept contact with the remark by which the service tells what the server has now, which is in
-// `current`, or none.
+// A kept contact, with the service's remark about what the server has now, taken from `current`, if
+// there is one.
 std::string withRemarkOf(const std::string& current, const std::string& kept) {
   constexpr const char* kRemark = "X-EVOLUTION-WEBDAV-ETAG";
   vcard::CardText card(kept);
@@ -58,7 +58,7 @@ void EvolutionStore::look() {
     throw ContactStoreError(
         text::say("주소록이 열려 있지 않습니다", "the address book is not open"));
   std::vector<StoredCard> cards = book_->list();
-  // A book tells its contacts in any order; positions are to be the same in every run.
+  // A book lists its contacts in any order, but positions must be the same in every run.
   std::sort(cards.begin(), cards.end(),
             [](const StoredCard& a, const StoredCard& b) { return a.uid < b.uid; });
   const std::string& uid = book_->info().uid;
@@ -73,7 +73,7 @@ void EvolutionStore::look() {
   hasLooked_ = true;
 }
 
-// What history sees of a contact.
+// Writes down what the history sees of a contact.
 void EvolutionStore::reflect(const Item& item) {
   if (mirror_->has(item.uid, item.time)) return;
   const bool hasFiles = item.text.find("file:") != std::string::npos;
@@ -131,7 +131,7 @@ std::string EvolutionStore::chooseCategories() {
                 "Address books of the desktop have no dialog to choose categories"));
 }
 
-// Each save of the service is for good when it answers.
+// A save is permanent once the service has answered.
 void EvolutionStore::flush(const Lose& lose) {
   static_cast<void>(lose);
   if (times_) times_->flush();
@@ -156,7 +156,7 @@ std::string EvolutionStore::readCard(std::size_t position) {
   return lacksKey ? withKey(item.text, *item.vlid) : item.text;
 }
 
-// The service takes a stale contact without a word.
+// The service accepts a stale contact without a word.
 void EvolutionStore::requireUnchanged(const Item& item) {
   const auto now = book_->get(item.uid);
   if (!now)
@@ -173,15 +173,14 @@ void EvolutionStore::requireUnchanged(const Item& item) {
                   "%1: another program has changed this contact in the meantime", {item.uid}));
 }
 
-// The write is known to history and to the table before it is made, and its file stands ready.
+// The history and the table know of a write before it is made, and its file is ready.
 void EvolutionStore::announce(const std::string& uid, const std::string& text, ChangeTime time,
                               const std::string& row) {
   const vcard::FileState state = mirror_->draft(uid, text, time);
   if (settings_.watcher) settings_.watcher->writing(Mirror::nameOf(uid), state, row);
 }
 
-// Looks at what has become of a contact that was just saved. Where the service cannot tell, the
-// next run finds out.
+// Reads back a contact that was just saved. If the service cannot tell, the next run finds out.
 void EvolutionStore::complete(Item& item, const std::string& sent,
                               const std::optional<std::string>& vlid, const std::string& row) {
   auto stored = book_->get(item.uid);
@@ -234,8 +233,8 @@ void EvolutionStore::remove(const std::string& cardText) {
 void EvolutionStore::saveCard(std::size_t position, const std::string& cardText,
                               std::optional<std::string> vlid, const std::string& row) {
   Item& item = items_[position - 1];
-  // An edit within the second of the last transfer was put a second ahead. A save must not take
-  // that back: killed before its row was written, it would leave the pair in step without the edit.
+  // An edit in the same second as the last transfer was dated a second ahead. A save must not undo
+  // that: if it is killed before its row is written, the pair would look in step without the edit.
   const ChangeTime time = std::max(ChangeTime::now(), item.time);
   if (isPreview()) {
     item.text = cardText;

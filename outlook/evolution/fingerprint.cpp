@@ -86,7 +86,7 @@ std::uint64_t contentFingerprint(std::string_view cardText) {
     const std::string_view name = card.name(i);
     if (isContent(name)) lines.emplace_back(name, contentOf(card.property(i)));
   }
-  // The order of the lines of one name tells the first number from the second.
+  // The order of lines with the same name tells the first number from the second.
   std::stable_sort(lines.begin(), lines.end(),
                    [](const auto& a, const auto& b) { return a.first < b.first; });
   Hash hash;

@@ -7,10 +7,10 @@
 namespace vlout::outlook::evolution {
 namespace {
 
-// The service's own choice would be to overwrite what it has not heard of yet from the server.
+// By default the service would overwrite what it has not yet heard of from the server.
 constexpr guint32 kKeepOthersEdits = E_BOOK_OPERATION_FLAG_CONFLICT_FAIL;
 
-// A call that failed since the service is not there any more.
+// A call that failed because the service is gone.
 class ServiceGone : public ContactStoreError {
  public:
   using ContactStoreError::ContactStoreError;
@@ -18,7 +18,7 @@ class ServiceGone : public ContactStoreError {
 
 [[noreturn]] void fail(const std::string& book, const Error& error) {
   const std::string text = book + ": " + error.text();
-  // A service that is only just starting again answers in several ways.
+  // A service that is just starting again answers in several ways.
   const bool isGone = error.is(G_DBUS_ERROR) || error.is(G_IO_ERROR) ||
                       error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_DBUS_ERROR) ||
                       error.is(E_CLIENT_ERROR, E_CLIENT_ERROR_OTHER_ERROR) ||
@@ -58,8 +58,8 @@ class Contacts {
   GSList* list_ = nullptr;
 };
 
-// A name on the session bus that this process has to itself: runs on a book are told apart by it,
-// and it goes with the process.
+// A name on the session bus that only one process can own. It keeps runs on the same book apart,
+// and goes with the process.
 class BusName {
  public:
   explicit BusName(const std::string& uid) {
@@ -96,7 +96,7 @@ class BusName {
   bool isTaken_ = false;
 };
 
-// Reads one contact; nothing when there is none.
+// Reads one contact; nothing if there is none.
 std::optional<std::string> read(const Client& client, const std::string& book,
                                 const std::string& uid, bool withPictures,
                                 GCancellable* cancellable) {
@@ -149,7 +149,7 @@ class OpenBook : public Book {
     return call([registry = session_->connected(), source = source_](
                     const Client& client, const std::string& book, GCancellable* cancellable) {
       if (e_client_check_refresh_supported(base(client)) != FALSE) {
-        // What it finds comes before the answer to the next call. Without it, the contacts are as
+        // What it finds is there before the next call is answered. If it fails, the contacts are as
         // the service has them.
         e_client_refresh_sync(base(client), cancellable, nullptr);
       }
@@ -159,7 +159,7 @@ class OpenBook : public Book {
                                           error.out()) == FALSE) {
         fail(book, error);
       }
-      // Only now is it certain that the account lets itself be used.
+      // Only now is it certain that the account can be used.
       const std::string objection = objectionTo(registry, source, client, cancellable);
       if (!objection.empty()) throw ContactStoreError(book + ": " + objection);
       std::vector<StoredCard> result;

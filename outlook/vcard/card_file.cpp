@@ -15,14 +15,14 @@ bool isNamed(std::string_view line, std::string_view name) {
   return text::equalsIgnoringAsciiCase(lineName(line), name);
 }
 
-// The key that a line carries; decoded like any property unless it is as plain as it should be.
+// The key in a line; decoded like any property unless it is as plain as it should be.
 std::string keyOf(std::string_view line) {
   const std::string_view plain = plainValue(line);
   if (std::all_of(plain.begin(), plain.end(), text::isAsciiDigit)) return std::string(plain);
   return std::string(text::trim(readProperty(line, Version::V30, kUtf8, FileForm::Bytes).whole()));
 }
 
-// Looks at one line of a card for what `CardSpan` tells of it.
+// Takes from one line of a card what `CardSpan` keeps.
 void lookAt(std::string_view line, CardSpan& card) {
   if (namesCharset(line) || isQuotedPrintable(line)) card.isPlain = false;
   if (isNamed(line, "X-VLID")) {
@@ -108,7 +108,7 @@ class CardFinder {
   bool inText_ = false;
 };
 
-// The mark is a character like others here, and so comes back as it was.
+// The byte-order mark is a character like any other here, and so comes back as it was.
 std::string_view nameOf(FileForm form) {
   return form == FileForm::Utf16Le ? "UTF-16LE" : "UTF-16BE";
 }

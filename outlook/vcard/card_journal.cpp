@@ -21,10 +21,10 @@
 namespace vlout::outlook::vcard {
 namespace {
 
-// Stands at the beginning of each record, before the hash of the rest.
+// Begins each record, before the hash of the rest.
 constexpr std::string_view kRecord = "\nsave ";
 constexpr std::size_t kHashSize = 16;
-// The card of a record that tells of its file.
+// The card number of a record that is about its whole file.
 constexpr std::size_t kNoCard = SIZE_MAX;
 
 constexpr const char* kName = ".vloutsync-journal";
@@ -40,7 +40,7 @@ std::string recordOf(const SavedCard& save) {
   return std::string(kRecord).append(hash).append(rest);
 }
 
-// Reads the record at the beginning of a text; its size, or 0 when there is no whole one.
+// Reads the record at the beginning of a text. Returns its size, or 0 if it is not complete.
 std::size_t readRecord(std::string_view text, SavedCard& save) {
   constexpr std::size_t kLongestHeader = 200;
   const std::string beginning(text.substr(0, kLongestHeader));
@@ -74,7 +74,7 @@ void markWritten(CardChanges& changes, const std::string& lost) {
 }
 
 void add(SavedCard save, JournalFiles& files) {
-  // The journal of a shared folder may be anybody's: it must not lead out of the folder.
+  // In a shared folder anybody may have written the journal, so it must not lead out of the folder.
   if (!isCardFile(save.file) || save.file.find('/') != std::string::npos) return;
   if (save.card == kNoCard) {
     markWritten(files[save.file].changes, save.text);
@@ -95,7 +95,7 @@ CardJournal::~CardJournal() {
   if (file_ >= 0) ::close(file_);
 }
 
-// Goes past what is no file of ours: a folder, a link, a named pipe.
+// Skips names taken by something that is not our file: a folder, a link, a named pipe.
 bool CardJournal::open() {
   constexpr int kFlags = O_WRONLY | O_CREAT | O_APPEND | O_NOFOLLOW;
   for (const std::string& name : names()) {

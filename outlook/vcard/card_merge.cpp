@@ -10,7 +10,7 @@
 namespace vlout::outlook::vcard {
 namespace {
 
-// The cards of a file, each to be found once by its content.
+// The cards of a file; each can be found once, by its content.
 class Cards {
  public:
   explicit Cards(std::string_view fileText) : spans_(findCards(fileText).cards) {
@@ -24,7 +24,7 @@ class Cards {
 
   [[nodiscard]] const std::vector<CardSpan>& spans() const { return spans_; }
 
-  // The card with that content at that place, or else anywhere.
+  // The card with that content, preferably at that place.
   std::optional<std::size_t> takeAt(std::size_t where, std::uint64_t hash) {
     if (where >= hashes_.size() || hashes_[where] != hash || isTaken_[where]) return std::nullopt;
     isTaken_[where] = true;
@@ -63,7 +63,7 @@ MergedFile mergeCards(std::string_view fileBytes, const CardChanges& changes) {
     merged.isChanged = true;
     return true;
   };
-  // Another card may hold the same: one that is where it was comes before one that is not.
+  // Other cards may have the same content; one that is still in its place comes first.
   std::vector<std::size_t> moved;
   for (const auto& [where, change] : changes) {
     const auto takeThere = [&, at = where](std::uint64_t hash) { return cards.takeAt(at, hash); };

@@ -27,7 +27,7 @@ std::string_view withoutMarks(std::string_view line) {
 
 bool endsInSoftBreak(std::string_view line) {
   if (!isQuotedPrintable(line)) return false;
-  // One line end, not an empty line behind it.
+  // One line end, not one more empty line.
   if (line.ends_with('\n')) {
     line = line.substr(0, line.find_last_not_of('\r', line.size() - 2) + 1);
   } else if (line.ends_with('\r')) {
@@ -36,8 +36,8 @@ bool endsInSoftBreak(std::string_view line) {
   return line.ends_with('=');
 }
 
-// Whether the colon that ends a head stands in this part of a line. Quotes may have been opened in
-// the part before.
+// True if the colon that ends the head is in this part of a line. Quotes may have been opened in an
+// earlier part.
 bool endsHead(std::string_view part, bool& inQuotes) {
   for (const char c : part) {
     if (c == '"') inQuotes = !inQuotes;
@@ -69,8 +69,8 @@ void LineReader::take(std::string_view line) {
   ++linesRead_;
 }
 
-// Behind base64, a line without a colon is data that a careless writer did not indent, or the empty
-// line that ends it. The colon may stand in a continuation line, where long parameters push it.
+// After base64, a line without a colon is data that a careless writer did not indent, or the empty
+// line that ends it. Long parameters may push the colon into a continuation line.
 bool LineReader::beginsProperty(std::size_t from) const {
   std::string_view line = physicalLine(from);
   while (line.find(':') == std::string_view::npos) {
@@ -119,7 +119,8 @@ std::string_view LineReader::next() {
 }
 
 std::string_view lineName(std::string_view line) {
-  // Runs over every line of a folder: one pass, no searching for either of two characters.
+  // Runs over every line of a folder, so it makes one pass and searches for neither of two
+  // characters.
   std::size_t start = 0;
   for (std::size_t i = 0; i < line.size(); ++i) {
     if (line[i] == ';' && line.find(':', i) == std::string_view::npos) return {};
@@ -175,7 +176,7 @@ CardText::CardText(std::string_view text, FileForm form) : form_(form) {
     Line line;
     line.raw = raw;
     if (isFrameLine(raw, "BEGIN") || beginsInnerCard(raw)) ++depth;
-    // A card inside this card, as old phones keep an agent, is none of ours.
+    // A card inside this one, as old phones keep an agent, does not concern us.
     if (depth == 1 && findColon(raw) != std::string_view::npos) {
       line.name = text::toAsciiUpper(lineName(raw));
     }
@@ -186,7 +187,7 @@ CardText::CardText(std::string_view text, FileForm form) : form_(form) {
   decideCharsets(text);
 }
 
-// Most cards are in UTF-8, and not looked at line by line.
+// Most cards are in UTF-8 and need no check line by line.
 void CardText::decideCharsets(std::string_view text) {
   const bool valid = text::isValidUtf8(text);
   std::vector<std::string> texts;
@@ -270,7 +271,7 @@ void CardText::remove(Position position) {
 
 // --- writing ------------------------------------------------------------------------------------
 
-// What is new in a card of version 2.1 is ASCII and names its set.
+// New text in a card of version 2.1 is ASCII and names its set.
 CardText::Charset CardText::charset() const {
   Charset named{std::string(kUtf8)};
   if (version_ == Version::V21) return named;
@@ -298,8 +299,8 @@ std::optional<std::string> CardText::writeLines(std::span<const Property* const>
   return text;
 }
 
-// A line in UTF-8 that was in another set and did not say so. One that is damaged says so now: as
-// the last of its kind it would be taken for Latin-1.
+// A line, now in UTF-8, that was in another set without saying so. A damaged one now names its set;
+// as the last line without one it would be taken for Latin-1.
 std::string CardText::convertedLine(const Line& line) const {
   const ContentLine content = takeApart(line.raw, form_);
   const auto text = decodeLine(content, line.unnamed);
@@ -316,7 +317,7 @@ std::string CardText::convertedLine(const Line& line) const {
   return *text + lineEnd_;
 }
 
-// The card with what is new in that set, or nothing when the set lacks a character.
+// The card with its new text in that set, or nothing if the set lacks a character.
 std::optional<std::string> CardText::writeIn(const Charset& set, bool convertOthers) const {
   std::string text = begin_;
   std::vector<const Property*> changed;
@@ -330,8 +331,7 @@ std::optional<std::string> CardText::writeIn(const Charset& set, bool convertOth
   bool awaitsLine = false;
   for (const Line& line : lines_) {
     if (!line.isWritten()) continue;
-    // A value that ends in a soft line break takes the next line for its own, and an empty one does
-    // no harm.
+    // A value that ends in a soft line break swallows the next line; an empty one does no harm.
     if (std::exchange(awaitsLine, line.wasLast && !line.changed() && endsInSoftBreak(line.raw))) {
       text += lineEnd_;
     }
@@ -346,8 +346,8 @@ std::optional<std::string> CardText::writeIn(const Charset& set, bool convertOth
   return text + end_;
 }
 
-// Whether `written` is told to be in the same sets as this card, so that its unchanged lines still
-// say the same.
+// True if the sets of `written` would be recognised as those of this card, so that its unchanged
+// lines still read the same.
 bool CardText::isReadAlike(const CardText& written, const Charset& set) const {
   auto now = written.lines_.begin();
   for (const Line& line : lines_) {

@@ -11,8 +11,8 @@
 namespace vlout::outlook::vcard {
 namespace {
 
-// Sets that are read as a larger one, and spellings that the system does not know. Names are in
-// upper case, without what is neither letter nor digit.
+// Sets that are read as a larger one, and spellings that the system does not know. The names are in
+// upper case, with letters and digits only.
 struct Known {
   std::string_view name;
   std::string_view read;
@@ -102,7 +102,7 @@ class Converter {
   iconv_t handle_ = kNone;
 };
 
-// A folder's cards mostly share one set, so that the last converter serves again.
+// The cards of a folder mostly share one set, so the last converter is used again.
 std::optional<std::string> convert(std::string_view text, std::string_view to,
                                    std::string_view from) {
   thread_local std::optional<Converter> last;
@@ -110,7 +110,8 @@ std::optional<std::string> convert(std::string_view text, std::string_view to,
   return last->convert(text);
 }
 
-// Everything printable that ASCII has, which a set must leave as it is to be written in a card.
+// All printable ASCII characters, which a set must leave as they are if a card is to be written in
+// it.
 std::string printableAscii() {
   std::string all;
   for (char c = ' '; c <= '~'; ++c) all += c;
@@ -135,7 +136,8 @@ std::optional<std::string> decode(std::string_view bytes, std::string_view chars
     return std::string(bytes);
   }
   auto text = convert(bytes, kUtf8, set.read);
-  // Five bytes mean nothing in the set that Latin-1 is read as, and control characters in itself.
+  // Five bytes are undefined in the set that Latin-1 is read as; in Latin-1 itself they are control
+  // characters.
   if (!text && set.write == kLatin1) text = convert(bytes, kUtf8, kLatin1);
   if (text && !text::isValidUtf8(*text)) return std::nullopt;
   return text;
@@ -163,16 +165,16 @@ bool isOf(std::string_view text, std::string_view charset) {
   return decode(text, charset).has_value();
 }
 
-// A character of three bytes or more, as Korean has them in UTF-8. Hardly any other text holds one
-// by chance, while two bytes of code page 949 or Latin-1 often look like a character of UTF-8.
+// A character of three bytes or more, as Korean has in UTF-8. Other text hardly ever contains one
+// by chance, while two bytes of code page 949 or Latin-1 often look like a UTF-8 character.
 bool holdsLongUtf8(std::string_view text) {
   const auto characters = text::characters(text);
   return std::any_of(characters.begin(), characters.end(),
                      [](std::string_view character) { return character.size() > 2; });
 }
 
-// A Hangul syllable of the old standard set: two bytes that stand for signs and capitals in
-// Latin-1, which words do not hold side by side.
+// A Hangul syllable of the old standard set: its two bytes are signs and capitals in Latin-1, which
+// words do not have side by side.
 bool holdsKorean(std::string_view text) {
   for (std::size_t i = 0; i + 1 < text.size(); ++i) {
     const auto lead = static_cast<unsigned char>(text[i]);

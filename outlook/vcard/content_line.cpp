@@ -11,9 +11,9 @@ namespace {
 
 constexpr std::string_view kQuotedPrintable = "QUOTED-PRINTABLE";
 
-// Stand behind or in place of the characters of a quoted-printable value that are not encoded,
-// until its character set is decoded: an encoded semicolon separates nothing, and what looks like a
-// backslash may be the second half of a character.
+// Mark, or replace, those characters of a quoted-printable value that are not encoded until its
+// character set is decoded: an encoded semicolon separates nothing, and what looks like a backslash
+// may be the second half of a character.
 constexpr char kRawBackslash = '\1';
 constexpr char kRawSemicolon = '\2';
 constexpr char kRawComma = '\3';
@@ -55,8 +55,7 @@ std::string_view headOf(std::string_view line) {
   return line.substr(0, findColon(line));
 }
 
-// Calls `use(name, value)` for each parameter of a head; it is dropped from the head when that says
-// so.
+// Calls `use(name, value)` for each parameter of a head, and drops the parameter if `use` says so.
 template <typename Use>
 void dropParameters(std::string& head, Use drop) {
   std::string kept;
@@ -108,7 +107,7 @@ std::string decodeQuotedPrintable(std::string_view value) {
   return bytes;
 }
 
-// Writes what was encoded as a vCard 3.0 escapes it, and what stood there raw as it stood.
+// Writes what was encoded with the escapes of vCard 3.0, and what was raw as it was.
 std::string escapeDecoded(std::string_view text) {
   std::string result;
   for (std::size_t i = 0; i < text.size(); ++i) {
@@ -179,7 +178,7 @@ bool namesCharset(std::string_view line) {
 ContentLine takeApart(std::string_view line, FileForm form) {
   ContentLine result;
   std::string text = unfold(line, false, false);
-  // The folds of the value depend on its encoding, which the head tells, itself unfolded.
+  // How the value is folded depends on its encoding, which the unfolded head tells.
   result.quotedPrintable = isQuotedPrintable(text);
   result.binary = isBinary(text);
   if (result.quotedPrintable || result.binary) {
@@ -215,7 +214,8 @@ std::optional<std::string> decodeLine(const ContentLine& line, std::string_view 
     const bool ascii = isAscii(bytes);
     if (ascii && line.charset.empty()) return std::optional(bytes);
     auto text = decode(bytes, charset);
-    // An unknown name does no harm to plain text; a known one may mean something by its controls.
+    // An unknown name does no harm to plain text; in a known set, control characters may have a
+    // meaning.
     if (!text && ascii && std::none_of(bytes.begin(), bytes.end(), shifts)) text = bytes;
     return text;
   };

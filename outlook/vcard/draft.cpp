@@ -33,8 +33,9 @@ bool isFree(int folder, const std::string& name) {
   return !stateIn(folder, name, AT_SYMLINK_NOFOLLOW) && errno == ENOENT;
 }
 
-// A draft's name tells what is to come out for it. So one that a kill has left behind can be told:
-// it holds that file, which is done with, or a version that nobody meant to be taken away.
+// A draft's name tells which file is to come out in exchange for it. So a draft left by a kill can
+// be recognised: it is either that old file, no longer needed, or a version that nobody meant to
+// remove.
 std::string draftName(const FileState& state, int number) {
   std::string name(kPrefix);
   for (const std::int64_t part : {static_cast<std::int64_t>(state.inode), state.size, state.seconds,
@@ -67,7 +68,7 @@ int renameNew(int folder, const std::string& from, const std::string& to) {
   return ::renameat(folder, from.c_str(), folder, to.c_str());
 }
 
-// Gives a version of another program a name of its own; the name.
+// Gives another program's version a name of its own, and returns the name.
 std::string keepVersion(int folder, const std::string& name) {
   for (int number = 1;; ++number) {
     std::string kept = std::string(kKeptPrefix) + std::to_string(number) + ".vcf";
@@ -76,19 +77,19 @@ std::string keepVersion(int folder, const std::string& name) {
   }
 }
 
-// Tells of programs that write into a file in place. Their writes would go on into a file that has
-// lost its name.
+// Finds out whether programs are writing into a file in place. Their writes would otherwise go on
+// into a file that has lost its name.
 class WriterWatch {
  public:
   WriterWatch(int folder, const std::string& name)
       : file_(posix::openKeepingAccessTime(name.c_str(), O_NONBLOCK | O_NOFOLLOW, folder)) {
-    // An opening for writing waits until the lease is given back. The signal that tells of it is
-    // one that nobody heeds.
+    // Opening the file for writing waits until the lease is given back. The signal that announces
+    // it is one that is ignored.
     if (file_.get() < 0 || ::fcntl(file_.get(), F_SETSIG, SIGURG) != 0) return;
     isLeased_ = ::fcntl(file_.get(), F_SETLEASE, F_RDLCK) == 0;
     hasWriter_ = !isLeased_ && errno == EAGAIN;
   }
-  // Where the system grants no lease there is no telling, and no writer.
+  // If the system grants no lease, nothing can be told, and the file counts as having no writer.
   [[nodiscard]] bool hasWriter() const {
     return hasWriter_ || (isLeased_ && ::fcntl(file_.get(), F_GETLEASE) != F_RDLCK);
   }
@@ -154,14 +155,14 @@ Draft::Outcome Draft::placeWithoutExchange(const std::string& name) {
   return Outcome::Done;
 }
 
-// `out` came out for the draft and belongs in its place again. What comes out for it must be what
-// was put in before; if it is not, somebody has written once more, and that version is the one
-// that belongs there.
+// `out` came out for the draft and must go back. What comes out this time must be what was put in
+// before; if it is not, somebody has written yet again, and that version belongs there.
 void Draft::putBack(const std::string& name, const std::optional<FileState>& own, FileState out) {
   std::optional<FileState> placed = own;
   while (true) {
     if (::renameat2(folder_, name_.c_str(), folder_, name.c_str(), RENAME_EXCHANGE) != 0) {
-      // The name is gone meanwhile, so it is free for the version that was not meant to go.
+      // The name has gone meanwhile, so it is free for the version that was not meant to be
+      // removed.
       if (renameNew(folder_, name_, name) != 0) keptAs_ = keepVersion(folder_, name_);
       isMade_ = false;
       return;
@@ -199,14 +200,14 @@ void removeDraft(int folder, const std::string& name,
                  const std::function<void(const std::function<void(const char*)>&)>& forEachFile) {
   const auto replaced = stateInName(name);
   if (!isRegular(folder, name)) {
-    // A link may have been taken away, by an undo. Anything else of that name is none of ours.
+    // An undo may have taken away a link. Anything else of that name is not ours.
     if (replaced && stateIn(folder, name, 0) == replaced) ::unlinkat(folder, name.c_str(), 0);
     return;
   }
   bool isDoneWith = !replaced || replaced == FileState{} ||
                     stateIn(folder, name, AT_SYMLINK_NOFOLLOW) == replaced;
   if (!isDoneWith) {
-    // The file that it was to replace is still in its place: the draft had not got there.
+    // The file that it was to replace is still in its place, so the draft had not got there.
     forEachFile([&](const char* other) {
       isDoneWith = isDoneWith || stateIn(folder, other, AT_SYMLINK_NOFOLLOW) == replaced;
     });

@@ -20,7 +20,8 @@
 namespace vlout::outlook::vcard {
 namespace {
 
-// No address book comes near it; a sparse file of terabytes must not be read into memory.
+// No address book comes near this size, but a sparse file of terabytes must not be read into
+// memory.
 constexpr off_t kLargestFile = off_t{1} << 30;
 
 bool writeAll(int descriptor, std::string_view text) {
@@ -241,7 +242,7 @@ Folder::Target Folder::targetOf(const std::string& name) const {
 
 struct stat Folder::requireReplaceable(const std::string& name, const FileState& before) const {
   struct stat status {};
-  // A rename would go through for a file that is protected from writing, against its owner's wish.
+  // A rename would succeed even for a write-protected file, against its owner's wish.
   if (::fstatat(descriptor_, name.c_str(), &status, 0) != 0 ||
       ::faccessat(descriptor_, name.c_str(), W_OK, AT_EACCESS) != 0) {
     fail(name);
@@ -261,7 +262,7 @@ FileState Folder::replace(const std::string& name, std::string_view text,
 FileState Folder::replaceFile(const std::string& name, std::string_view text,
                               const std::optional<FileState>& before, bool keepSecond,
                               const Completed& completed) const {
-  // A link keeps pointing where it does: the file behind it is replaced, in its own folder.
+  // A link keeps its target: the file behind it is replaced, in its own folder.
   const Target target = before ? targetOf(name) : Target{"", name};
   if (!target.folder.empty()) {
     return Folder(target.folder)
@@ -279,7 +280,7 @@ FileState Folder::replaceFile(const std::string& name, std::string_view text,
   if (file.get() < 0 || !writeAll(file.get(), text)) fail(name);
   if (before) keepOwner(file.get(), status);
   if (keepSecond) keepSecondOf(file.get(), status);
-  // A file that takes another one's place must not be empty after a power cut. File systems see to
+  // A file that takes another one's place must not be empty after a power cut. File systems ensure
   // that when one is renamed over the other, but not when they are exchanged.
   if (before && ::sync_file_range(file.get(), 0, 0, SYNC_FILE_RANGE_WRITE) != 0) errno = 0;
   if (::fstat(file.get(), &status) != 0) fail(name);
@@ -296,8 +297,8 @@ void Folder::place(Draft& draft, const std::string& name) const {
   if (outcome == Draft::Outcome::Changed) failAsChanged(name, draft.keptAs());
 }
 
-// The other names of a file that was replaced still are the old one. One that cannot be renewed
-// becomes a contact of its own, and is told as such by the next run: its key is another's.
+// The other names of a replaced file still lead to the old one. A name that cannot be renewed
+// becomes a contact of its own with the same key, which the next run reports.
 void Folder::renewLinks(const std::string& name, const FileState& before, const FileState& now,
                         const Completed& completed) const {
   for (const std::string& other : otherNamesOf(name)) {

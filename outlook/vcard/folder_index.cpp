@@ -11,7 +11,7 @@
 namespace vlout::outlook::vcard {
 namespace {
 
-// To be changed along with the form, and with what is taken for a key, a group or a card.
+// Change it whenever the format changes, or the rules for what is a key, a group or a card.
 constexpr std::uint64_t kForm = 0x564C4F5554490002;
 
 void put(std::string& bytes, const Moment& time) {

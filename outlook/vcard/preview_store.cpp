@@ -8,7 +8,7 @@
 namespace vlout::outlook::vcard {
 namespace {
 
-// The folder with its saves in memory. What the real one refuses is refused here too.
+// The folder, with its saves in memory. It refuses what the real one refuses.
 class PreviewFolder : public Folder {
  public:
   using Folder::Folder;
@@ -43,7 +43,7 @@ class PreviewFolder : public Folder {
 
     timespec now{};
     ::clock_gettime(CLOCK_REALTIME, &now);
-    // No file of the disk has such a number.
+    // No file on the disk has such a number.
     FileState state{~std::uint64_t{0} - ++saves_, static_cast<std::int64_t>(text.size()),
                     now.tv_sec, static_cast<std::int32_t>(now.tv_nsec)};
     if (keepSecond && before) {

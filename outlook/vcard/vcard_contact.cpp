@@ -22,8 +22,8 @@ using P = ContactProperty;
 constexpr std::string_view kVlidName = "X-VLID";
 constexpr std::string_view kAttachment = "X-ATTACH";
 constexpr std::string_view kFileName = "X-FILENAME";
-// Marks a second value that stands alone ("2"), and lines beyond those that have a property
-// ("more"), so that they are not taken for the first or second when that one goes.
+// Marks a second value that stands alone ("2"), and lines beyond those that properties exist for
+// ("more"), so that they do not move up when the first or second value goes.
 constexpr std::string_view kSlot = "X-VELMORA-SLOT";
 constexpr std::string_view kSecond = "2";
 constexpr std::string_view kMore = "more";
@@ -58,8 +58,8 @@ bool hasTypesOf(const VCardPlace& place, const Property& property) {
   return !anyWord(place.requiredTypes, absent) && !anyWord(place.excludedTypes, present);
 }
 
-// The component of a structured value that a property lies in. Webmail puts whole addresses into
-// the extended address and leaves the street empty, which is told by the line as it was read: an
+// The component of a structured value that belongs to a property. Webmail puts whole addresses into
+// the extended address and leaves the street empty. The line as it was read decides that, since an
 // address is emptied before it is written.
 std::size_t componentOf(const VCardPlace& place, const Property& property) {
   constexpr std::size_t kExtended = 1;
@@ -71,13 +71,13 @@ std::size_t componentOf(const VCardPlace& place, const Property& property) {
   return extended ? kExtended : component;
 }
 
-// The slot that a line was given, or an empty text for a line that takes its place by its order.
+// The slot that a line was given; empty for a line that has its place by its order.
 std::string_view slotOf(const Property& property) {
   const Parameter* const slot = property.parameter(kSlot);
   return slot == nullptr || slot->values.empty() ? std::string_view() : slot->values.front();
 }
 
-// Whether two lines are of the same of the three kinds: business, home, other.
+// True if two lines are of the same kind: business, home or other.
 bool isSameKind(const Property& a, const Property& b) {
   return a.hasType("WORK") == b.hasType("WORK") && a.hasType("HOME") == b.hasType("HOME");
 }
@@ -88,7 +88,7 @@ bool isUri(const Property& property) {
          text::equalsIgnoringAsciiCase(value->values.front(), "uri");
 }
 
-// The content of a picture, or where it lies.
+// The content of a picture, or its address.
 std::string pictureIn(const Property& photo) {
   const std::string value = photo.whole();
   if (value.starts_with("data:")) return decodeBase64(value.substr(value.find(',') + 1));
@@ -129,8 +129,8 @@ std::string joinCategories(const std::vector<std::string>& names) {
   return result;
 }
 
-// Dates as cards carry them: 1980-03-22, 19800322, either with a time behind it. A date without a
-// year is none, and stays in the card as it is.
+// Dates as cards have them: 1980-03-22 or 19800322, either with a time after it. A date without a
+// year counts as none and stays in the card as it is.
 std::optional<text::DateTime> readDate(std::string_view value) {
   value = value.substr(0, value.find('T'));
   if (value.size() == 8 && std::all_of(value.begin(), value.end(), text::isAsciiDigit)) {
@@ -141,7 +141,7 @@ std::optional<text::DateTime> readDate(std::string_view value) {
   return text::parseDateTime(value);
 }
 
-// A file name as a parameter value, in which quotes, separators and line breaks have no place.
+// A file name as a parameter value, which cannot contain quotes, separators or line breaks.
 std::string encodeFileName(std::string_view name) {
   constexpr std::string_view kDigits = "0123456789ABCDEF";
   constexpr std::string_view kSpecial = "%\"\\;:,=^";
@@ -231,8 +231,8 @@ CardText& VCardContact::card() {
   return *card_;
 }
 
-// A card without a person shows its company or address in place of a name. That is no name, and has
-// to follow when the company or the address changes: it is made anew when the card is saved.
+// A card without a person shows its company or address instead of a name. That must follow when the
+// company or the address changes, so it is made again when the card is saved.
 void VCardContact::forgetDerivedName() {
   const auto displayed = card().firstNamed("FN");
   if (!displayed) return;
@@ -252,7 +252,8 @@ std::string VCardContact::typeName() {
 
 // --- finding lines ------------------------------------------------------------------------------
 
-// Calls `use` for each line that belongs to the place, in order, until it returns true; that line.
+// Calls `use` for each line that belongs to the place, in order, until it returns true. Returns
+// that line.
 template <typename Use>
 std::optional<CardText::Position> VCardContact::firstMatching(const Place& place, Use use) {
   std::optional<CardText::Position> found;
@@ -283,8 +284,8 @@ std::optional<CardText::Position> VCardContact::find(const Place& place) {
   });
 }
 
-// Address books of one maker write some things as a pair of lines in one group, of which the second
-// says what the first is.
+// Some address books write a pair of lines in one group, of which the second says what the first
+// is.
 std::optional<CardText::Position> VCardContact::findLabelled(const Place& place) {
   if (place.labelledName.empty()) return std::nullopt;
   for (const CardText::Position labelLine : card().named("X-ABLABEL")) {
@@ -320,7 +321,7 @@ void VCardContact::insertNew(const Place& place, std::string_view value) {
   if (place.component < 0) {
     property.values = {std::string(value)};
   } else {
-    // The structured values have as many components as the standard gives them.
+    // Structured values have as many components as the standard says.
     const std::size_t components = property.name == "ADR" ? 7 : property.name == "N" ? 5 : 0;
     property.values.resize(components);
     property.setComponent(static_cast<std::size_t>(place.component), value);
@@ -371,7 +372,7 @@ void VCardContact::setValue(const Place& place, std::string_view value) {
   }
   if (valueAt(place, *line) == value) return;  // what the contact says already stays as it is
   if (place.component >= 0) {
-    // A structured value that loses its last component may get another one next, so it stays.
+    // A structured value that loses its last component may get another one next, so its line stays.
     Property& changed = card().change(*line);
     changed.setComponent(componentOf(place, card().original(*line)), value);
     changed.unreadable = false;
@@ -379,14 +380,13 @@ void VCardContact::setValue(const Place& place, std::string_view value) {
     removeValue(place, *line);
   } else {
     Property& changed = card().change(*line);
-    // The kind that the line gave its value, such as a text in place of a date, need not fit any
-    // more.
+    // The value type that the line gave, such as a text instead of a date, may no longer fit.
     if (!isUri(changed) || changed.name == "TEL") changed.removeParameter("VALUE");
     card().replace(*line, {std::string(value)});
   }
 }
 
-// Removes a line without letting the lines behind it move up into its place.
+// Removes a line without letting the lines after it move up.
 void VCardContact::removeValue(const Place& place, CardText::Position line) {
   Place other = place;
   other.slot = place.slot == 1 ? 2 : 1;
@@ -433,7 +433,7 @@ std::string VCardContact::text(ContactProperty property) {
   return readable(property);
 }
 
-// The line because of which a property cannot be read.
+// The line that makes a property unreadable.
 std::optional<CardText::Position> VCardContact::findUnreadable(ContactProperty property) {
   std::vector<CardText::Position> lines;
   if (property == P::Categories) {
@@ -459,7 +459,7 @@ void VCardContact::fail(CardText::Position line) {
                                      {card().property(line).name}));
 }
 
-// What can be read of a property; an empty text where nothing can be.
+// The readable text of a property; empty if nothing can be read.
 std::string VCardContact::readable(ContactProperty property) {
   switch (property) {
     case P::FullName:
@@ -673,7 +673,8 @@ void VCardContact::addAttachment(const std::filesystem::path& file, std::string_
 
 // --- the picture that other programs show --------------------------------------------------------
 
-// One that was given here bears a mark made of its content: whoever exchanges it makes it theirs.
+// A picture that we set has a mark made of its content, so that one exchanged by others counts as
+// theirs.
 void VCardContact::showPicture(std::string_view jpeg) {
   const auto lines = card().named(kPhoto);
   for (const CardText::Position line : lines) {
@@ -689,7 +690,8 @@ void VCardContact::showPicture(std::string_view jpeg) {
                  .parameters = {{std::string(kPhotoMark), {markOf(jpeg)}}},
                  .values = {encodeBase64(jpeg)}};
   if (card().version() == Version::V40) {
-    // The semicolon of the address stands between two values, or it would be written as a text's.
+    // The address's semicolon separates two values here; otherwise it would be escaped like one in
+    // a text.
     photo.values = {std::string(kJpegUri), "base64," + photo.values.front()};
   } else {
     photo.parameters.insert(photo.parameters.begin(), {{"ENCODING", {"b"}}, kJpegType});
@@ -704,7 +706,7 @@ std::string VCardContact::shownPicture() {
 
 // --- saving -------------------------------------------------------------------------------------
 
-// What every card must have, and when it was changed.
+// Adds what every card must have, and when it was changed.
 void VCardContact::completeForSaving() {
   if (!position_) {
     setSingle("UID", newUid());
@@ -716,7 +718,7 @@ void VCardContact::completeForSaving() {
                    .values = {shown.last, shown.first, shown.middle, shown.title, shown.suffix}});
   }
   const auto displayed = card().firstNamed("FN");
-  // What stood in place of a name that cannot be read would be taken for the name.
+  // Anything put in place of an unreadable name would be taken for the name.
   const auto isUnreadable = [&](const std::optional<CardText::Position>& line) {
     return line && card().property(*line).unreadable;
   };

@@ -25,7 +25,7 @@ text::Words strayText(Stray::Kind kind) {
   }
 }
 
-// Whether lines of that name hold something that goes into a row.
+// True if lines of that name hold something that goes into a row.
 bool isTransferred(std::string_view name) {
   const auto properties = contactProperties();
   return std::any_of(properties.begin(), properties.end(), [&](const PropertyInfo& info) {
@@ -44,7 +44,7 @@ VCardStore::~VCardStore() {
   try {
     static_cast<void>(writeGathered());
   } catch (const std::exception&) {
-    // The journal has what could not be written; whoever opens the folder next is told why.
+    // The journal keeps what could not be written; whoever opens the folder next is told why.
   }
 }
 
@@ -161,9 +161,9 @@ void VCardStore::addFile(const CardFile& found, const KnownFile* known, const Mo
   if (known == nullptr || *known != knownOf(files_.size() - 1)) indexIsOld_ = true;
 }
 
-// The cards of the file that was added last. One that has the bytes of a card that was seen in it
-// before has not changed since then, whenever the file was written. But where a file is one card's
-// alone and was, its time is the card's.
+// Sets the times of the cards of the file that was added last. A card whose bytes were seen in that
+// file before has not changed since then, whenever the file was written. But if a file has only
+// ever held one card, the file's time is the card's.
 void VCardStore::timeCards(const KnownFile* known) {
   if (known == nullptr) return;
   const File& file = files_.back();
@@ -187,7 +187,7 @@ KnownFile VCardStore::knownOf(std::size_t index) const {
   return known;
 }
 
-// Whether each contact of a file has a key; what there is to know of one without has to be read.
+// True if each contact of a file has a key; otherwise the file must be read.
 bool VCardStore::hasKeys(const File& file) const {
   const auto first = items_.begin() + static_cast<std::ptrdiff_t>(file.firstItem);
   return std::all_of(first, first + static_cast<std::ptrdiff_t>(file.cards), [](const Item& item) {
@@ -223,7 +223,8 @@ void VCardStore::reportStrays(const std::string& name, const std::vector<Stray>&
   }
 }
 
-// What is not in UTF-8 and does not say so is told once a file; what cannot be read, line by line.
+// Text that is not in UTF-8 without saying so is reported once per file; what cannot be read, line
+// by line.
 void VCardStore::reportDoubts(const std::string& name, std::string_view text, FileForm form,
                               const std::vector<CardSpan>& cards) {
   std::set<std::string> guessed;
@@ -285,7 +286,7 @@ void VCardStore::flush(const Lose& lose) {
   if (written_) folder_->flush();
   written_ = false;
   std::for_each(lost.begin(), lost.end(), lose);
-  // Not before the files are on the disk, and what is lost is known.
+  // Not before the files are on the disk and the lost saves are known.
   folder_->dropGathered();
   saveIndex();
 }
@@ -295,7 +296,7 @@ text::DateTime VCardStore::timeAt(std::size_t position) const {
   return text::fromUnixTime(time.seconds, time.nanoseconds);
 }
 
-// The file's text and where its cards lie, kept until another file is asked for: a file of many
+// The file's text and the places of its cards, kept until another file is needed: a file of many
 // cards is read and searched once for all of them.
 VCardStore::OpenFile& VCardStore::openFile(std::size_t file) {
   if (open_.file == file && open_.state == files_[file].sight.state) return open_;
@@ -356,9 +357,9 @@ void VCardStore::markWritten(File& file, const FileState& state) {
   indexIsOld_ = true;
 }
 
-// A save of one card among several: it is safe in the journal, and the file is written once for all
-// of them. The file keeps the whole second of its time, or the other cards would look as if they
-// had been edited wherever nobody remembers each card's own.
+// Saves one card among several: the journal keeps it, and the file is written once for all of them.
+// The file keeps the whole second of its time; otherwise the other cards would look edited to
+// whoever does not know the time of each card.
 void VCardStore::gatherCard(Item& item, const std::string& cardText, std::string_view vlid) {
   const File& file = files_[item.file];
   SharedFile& shared = shared_.at(item.file);
@@ -385,8 +386,8 @@ void VCardStore::gatherCard(Item& item, const std::string& cardText, std::string
   item.time = modifiedAt(willBe);
 }
 
-// A file that cannot be written keeps its saves in the journal, and does not keep the others from
-// being written.
+// If a file cannot be written, its saves stay in the journal, and the other files are written all
+// the same.
 std::vector<LostSave> VCardStore::writeGathered() {
   std::vector<LostSave> lost;
   std::exception_ptr failure;

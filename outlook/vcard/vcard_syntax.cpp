@@ -22,8 +22,8 @@ using Card = std::unique_ptr<EVCard, GUnref>;
 constexpr std::string_view kBegin = "BEGIN:VCARD\r\n";
 constexpr std::string_view kEnd = "\r\nEND:VCARD\r\n";
 
-// Phones and webmail escape colons and quotes too, which means nothing more than the character. In
-// version 2.1 a backslash is one.
+// Phones and webmail also escape colons and quotes, which just means the character. In version 2.1
+// a backslash is a plain backslash.
 std::string withoutNeedlessEscapes(std::string_view line) {
   constexpr std::string_view kEscaped = "nN,;\\\r\n";
   if (line.find('\\') == std::string_view::npos) return std::string(line);
@@ -38,7 +38,7 @@ std::string withoutNeedlessEscapes(std::string_view line) {
   return result;
 }
 
-// What the library has to say of other programs' cards is of no use to the user of this one.
+// What the library has to say about other programs' cards is of no use to this program's user.
 void silenceLibrary() {
   static const auto handler = g_log_set_handler(
       "libebook-contacts", G_LOG_LEVEL_WARNING,
@@ -66,7 +66,7 @@ std::string writable(std::string_view value) {
   return text::sanitizeUtf8(result);
 }
 
-// A group or parameter that other programs, and this one, find again.
+// True for the name of a group or parameter that programs, including this one, can read back.
 bool isName(std::string_view name) {
   return !name.empty() && std::all_of(name.begin(), name.end(), [](char c) {
     return text::isAsciiDigit(c) || c == '-' || c == '_' || (c >= 'A' && c <= 'Z') ||
@@ -81,8 +81,8 @@ std::string writableParameter(std::string_view value) {
   return result;
 }
 
-// Encodings are the writer's business: a value that is written anew has its own. So are parameters
-// of damaged lines.
+// The writer decides about encodings, since a rewritten value has its own. Parameters of damaged
+// lines are left out too.
 bool isWritersOwn(const Parameter& parameter, bool binary) {
   return !isName(parameter.name) || text::equalsIgnoringAsciiCase(parameter.name, "CHARSET") ||
          (!binary && text::equalsIgnoringAsciiCase(parameter.name, "ENCODING"));
@@ -134,7 +134,7 @@ std::string writeWithLibrary(std::span<const Property* const> properties, std::s
     e_vcard_append_attribute(card.get(), toAttribute(*property, charset));
   }
   const GText whole(e_vcard_to_string(card.get(), EVC_FORMAT_VCARD_30));
-  // The library takes a picture's address of data for a text, and protects its comma.
+  // The library takes a picture's data address for a text and escapes its comma.
   const std::string lines = text::replaceAll(withoutFrame(whole.get()), "data:image/jpeg;base64\\,",
                                              "data:image/jpeg;base64,");
   return lineEnd == "\r\n" ? std::string(lines) : text::replaceAll(lines, "\r\n", lineEnd);
@@ -172,7 +172,7 @@ class QuotedPrintableWriter {
   }
 
  private:
-  // A line is broken behind an encoded byte only: there every reader joins it again.
+  // A line is broken only after an encoded byte, where every reader joins it again.
   void putEncoded(char c) {
     constexpr std::string_view kDigits = "0123456789ABCDEF";
     const auto byte = static_cast<unsigned char>(c);
@@ -313,7 +313,7 @@ Property readProperty(std::string_view line, Version version, std::string_view u
   }
   for (GList* v = unreadable ? nullptr : e_vcard_attribute_get_values(attribute); v != nullptr;
        v = v->next) {
-    // What could not be written again is not read either, or the two would differ.
+    // What could not be written back is not read either; otherwise the two would differ.
     property.values.push_back(writable(orEmpty(static_cast<const char*>(v->data))));
   }
   return property;

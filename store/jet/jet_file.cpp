@@ -13,8 +13,8 @@
 namespace vlout::store::jet {
 namespace {
 
-// What stands in the two high bits of a row's place on its page. A row that has outgrown its page
-// leaves a pointer; where it moved to it counts as deleted, so that only the pointer leads there.
+// The two high bits of a row's offset on its page. A row that has outgrown its page leaves a
+// pointer; in its new place it counts as deleted, so that only the pointer leads there.
 constexpr int kDeleted = 0x8000;
 constexpr int kPointer = 0x4000;
 constexpr int kPlace = 0x1FFF;
@@ -72,7 +72,7 @@ struct CatalogRow {
   std::string name;
 };
 
-// Picks the tables out of the catalog's rows.
+// Picks the tables from the rows of the catalog.
 class CatalogRows : public JetRows {
  public:
   void beginTable(std::string_view /*name*/, const std::vector<JetColumn>& columns) override {
@@ -103,8 +103,8 @@ class CatalogRows : public JetRows {
   std::size_t type_ = 0;
 };
 
-// The name of the character set of a Jet 3 file. A file that names none comes from a host of before
-// that was done, and those were Korean.
+// The name of the character set of a Jet 3 file. A file that names none comes from a host that did
+// not do so yet, and those were Korean.
 std::string charsetOf(const MdbHandle& handle) {
   constexpr int kKorean = 949;
   const int page = handle.f->code_page == 0 ? kKorean : handle.f->code_page;
@@ -117,7 +117,8 @@ class JetFile::Reader {
  public:
   explicit Reader(const std::filesystem::path& file) : handle_(openHandle(file)) {
     if (isJet3()) {
-      // The library decodes names itself, by this variable alone where it does not know the page.
+      // The library decodes names itself; if it does not know the code page, it goes by this
+      // variable only.
       const std::string charset = charsetOf(*handle_);
       setenv("MDB_JET3_CHARSET", charset.c_str(), 1);
       handle_ = openHandle(file);
@@ -142,8 +143,8 @@ class JetFile::Reader {
  private:
   [[nodiscard]] bool isJet3() const { return IS_JET3(handle_); }
 
-  // The catalog is a table like any other. The library's own reading of it walks through the
-  // properties of every object as well, and in a damaged file without end.
+  // The catalog is a table like any other. The library's own way to read it also walks through the
+  // properties of every object, in a damaged file for ever.
   void readCatalog() {
     constexpr unsigned long kCatalogPage = 2;
     try {
@@ -210,8 +211,7 @@ class JetFile::Reader {
     if (mdb_read_pg(handle_.get(), page) != handle_->fmt->pg_size) {
       failDamaged(text::say("쪽 %1", "page %1", {std::to_string(page)}));
     }
-    // The list may name a page that is not the table's; the number of rows tells when one is
-    // missing.
+    // The list may name a page of another table; the number of rows shows if one is missing.
     const auto owner = static_cast<unsigned long>(mdb_get_int32(handle_->pg_buf, 4));
     if (handle_->pg_buf[0] != MDB_PAGE_DATA || owner != table_->entry->table_pg) return;
     const int count = int16At(handle_->fmt->row_count_offset);
@@ -227,7 +227,7 @@ class JetFile::Reader {
     std::size_t size;
   };
 
-  // The row on the page in hand.
+  // Reads a row of the current page.
   Place placeOf(int row) {
     Place place{0, 0};
     if (row > 255 || rowPlace(row + 1) > handle_->fmt->pg_size ||
@@ -259,7 +259,7 @@ class JetFile::Reader {
     JetRow values;
     for (unsigned int i = 0; i < table_->num_cols; ++i) {
       const auto& column = *itemAt<MdbColumn>(table_->columns, i);
-      // Of the catalog nothing but names and numbers is wanted.
+      // Only names and numbers are needed from the catalog.
       const bool isLeft = rows_ == &catalog_ && column.col_type == MDB_OLE;
       values.push_back(isLeft ? JetValue{} : decode(column, fields[i]));
     }
@@ -267,7 +267,7 @@ class JetFile::Reader {
     rows_->addRow(values);
   }
 
-  // The row's fields as they lie on the page; a true Boolean has one, a false one has none.
+  // The row's fields as they are on the page. A true Boolean has a field, a false one has none.
   std::vector<std::optional<std::string>> crack(const Place& place) {
     std::vector<MdbField> cracked(table_->num_cols);
     const int start = place.start & kPlace;
@@ -277,7 +277,7 @@ class JetFile::Reader {
     for (unsigned int i = 0; i < table_->num_cols; ++i) {
       const auto* const column = itemAt<MdbColumn>(table_->columns, i);
       const MdbField& field = cracked[i];
-      // A row may be older than the table's last columns.
+      // A row may be older than the last columns of its table.
       if (field.is_null != 0 || column->col_num >= count) continue;
       const TypeRow type = typeRow(column->col_type);
       const auto size = type.width > 0 ? type.width : static_cast<std::size_t>(field.siz);

@@ -17,7 +17,7 @@
 namespace vlout::store::jet {
 namespace {
 
-// What comes through the pipe: a letter and what belongs to it.
+// The messages in the pipe: a letter and its content.
 constexpr char kOpened = 'O';
 constexpr char kTable = 'T';  // name, columns
 constexpr char kRow = 'R';    // as many values as the table has columns
@@ -29,7 +29,7 @@ struct FileCloser {
 };
 using File = std::unique_ptr<std::FILE, FileCloser>;
 
-// The child's end. It stops when its reader does, by the signal of a pipe that nobody reads.
+// The child's end. When its reader stops, the signal for a pipe that nobody reads ends it.
 class Sender : public JetRows {
  public:
   explicit Sender(std::FILE* pipe) : pipe_(pipe) {}
@@ -73,10 +73,10 @@ class Sender : public JetRows {
   std::FILE* pipe_;
 };
 
-// The child needs nothing but the file and the pipe; what the library prints is of no use to users.
+// The child needs only the file and the pipe; what the library prints is of no use to users.
 [[noreturn]] void runChild(const std::filesystem::path& file,
                            const std::vector<std::string>& tables, int descriptor) {
-  // A damaged file could make the computing endless, and the memory with it.
+  // A damaged file could make it compute for ever, or use up the memory.
   constexpr rlim_t kMostSeconds = 300;
   const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
   dup2(nowhere, STDOUT_FILENO);
@@ -111,7 +111,7 @@ class Sender : public JetRows {
   _exit(0);
 }
 
-// Why `file` is none to open, or nothing.
+// Why `file` cannot be opened, or nothing.
 std::string refusal(const std::filesystem::path& file) {
   std::error_code error;
   const auto status = std::filesystem::status(file, error);
@@ -154,7 +154,7 @@ class JetReader::Child {
   pid_t id_;
 };
 
-// The parent's end. What does not come whole is nothing.
+// The parent's end. An incomplete message counts as none.
 class JetReader::Frames {
  public:
   explicit Frames(int descriptor) : pipe_(fdopen(descriptor, "r")) {}

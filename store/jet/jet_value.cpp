@@ -40,8 +40,7 @@ std::string shortest(Real number) {
   return {digits.data(), end};
 }
 
-// The number whose digits these are, with the last `scale` of them after the point and no zeros at
-// its end.
+// The number with these digits, the last `scale` of them after the point, without trailing zeros.
 std::string withPoint(bool isNegative, std::string digits, std::size_t scale) {
   if (digits.size() <= scale) digits.insert(0, scale + 1 - digits.size(), '0');
   if (scale > 0) {
@@ -85,7 +84,7 @@ JetTextDecoder::~JetTextDecoder() = default;
 JetValue JetTextDecoder::decode(std::string_view bytes) {
   iconv(handle_->value, nullptr, nullptr, nullptr, nullptr);
   std::string source(bytes);
-  // No character set has a byte that becomes more than four; a replacement takes three.
+  // In no character set does a byte become more than four; a replacement takes three.
   std::string result(source.size() * 4, '\0');
   char* in = source.data();
   char* out = result.data();

@@ -21,7 +21,7 @@ void copy(sqlite3* from, sqlite3* to) {
 StoredDatabase::StoredDatabase(const std::filesystem::path& file, Access access) {
   try {
     database_ = openDatabase(file, access);
-    // The first look tells whether it is a database at all.
+    // The first read shows whether it is a database at all.
     sqlite::execute(database_.get(), "SELECT count(*) FROM sqlite_master");
   } catch (const DatabaseError& error) {
     throw DatabaseError(file.string() + ": " + error.what());
@@ -30,12 +30,12 @@ StoredDatabase::StoredDatabase(const std::filesystem::path& file, Access access)
 
 void backUpDatabase(const std::filesystem::path& from, const std::filesystem::path& to) {
   const StoredDatabase source(from);
-  // Made with its mode first, so that it is never readable by others.
+  // Created with its final mode, so that others can never read it.
   ::close(::open(to.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600));
   try {
     const Database target = openDatabase(to, Access::ReadWrite);
     copy(source.get(), target.get());
-    // No files beside it when it is read again.
+    // So that reading it later needs no files beside it.
     execute(target.get(), "PRAGMA journal_mode=DELETE");
   } catch (const DatabaseError& error) {
     throw DatabaseError(to.string() + ": " + error.what());

@@ -24,14 +24,14 @@
 namespace vlout::store::sqlite {
 namespace {
 
-// The database and what may lie beside it with the newest of its content.
+// The database, and the files beside it that may hold its newest content.
 constexpr std::array<const char*, 3> kSuffixes{"", "-wal", "-journal"};
 
 [[noreturn]] void failWithSystemText() {
   throw DatabaseError(std::strerror(errno));
 }
 
-// Copies a file without leaving an access time on it; false when there is none.
+// Copies a file without changing its access time. False if there is no file.
 bool copyFile(const std::string& from, const std::string& to) {
   const posix::FileDescriptor source(posix::openKeepingAccessTime(from.c_str(), O_NONBLOCK));
   if (source.get() < 0 && errno == ENOENT) return false;
@@ -59,8 +59,8 @@ std::array<State, kSuffixes.size()> statesOf(const std::string& file) {
   return states;
 }
 
-// Times of files move in ticks: a file that was written within the last one may be written again
-// without showing it.
+// Times of files move in ticks: a file written within the last tick may be written again without
+// any change of its time.
 bool isSettled(const std::array<State, kSuffixes.size()>& states) {
   constexpr std::int64_t kTick = 20'000'000;  // nanoseconds, amply
   constexpr std::int64_t kSecond = 1'000'000'000;
@@ -73,8 +73,8 @@ bool isSettled(const std::array<State, kSuffixes.size()>& states) {
   });
 }
 
-// Another program may be writing: what was copied counts only if nothing moved meanwhile. False
-// when it never stands still.
+// Another program may be writing, so a copy counts only if nothing changed meanwhile. False if the
+// database never stands still.
 bool copyDatabase(const std::string& from, const std::string& to) {
   constexpr int kTries = 10;
   constexpr std::chrono::milliseconds kPause(25);
@@ -100,13 +100,13 @@ Database PreviewConnection::openFile(const std::filesystem::path& file) {
   const auto source = std::filesystem::canonical(file);  // its log lies beside the file itself
   const auto copy = temporaryFolder_ / source.filename();
   if (!copyDatabase(source.string(), copy.string())) {
-    // Where others keep writing there are their log and its index, and a reader adds nothing.
+    // If others keep writing, their log and its index exist already, and a reader adds nothing.
     for (const char* const suffix : kSuffixes) ::unlink((copy.string() + suffix).c_str());
     backUpDatabase(source, copy);
   }
   Database database = SqliteConnection::openFile(copy);
-  // Open files live on without their names; people's data must not lie about after a crash. The
-  // first look opens what belongs to the database.
+  // Open files live on without their names, so that people's data is not left behind after a crash.
+  // The first read opens all files of the database.
   sqlite::execute(database.get(), "SELECT 1 FROM sqlite_master");
   for (const char* const suffix : {"", "-wal", "-shm", "-journal"}) {
     ::unlink((copy.string() + suffix).c_str());
@@ -123,7 +123,7 @@ std::int64_t PreviewConnection::execute(std::string_view sql) {
   return count;
 }
 
-// Where the table has changed since, the statement itself goes on.
+// If the table has changed since, nothing is noted; the statement itself goes on.
 void PreviewConnection::note(const ChangingRow& row) {
   const bool isUpdate = row.numberBefore() && row.numberAfter();
   if (!isUpdate || !text::equalsIgnoringAsciiCase(row.table(), kCardTable)) return;

@@ -20,8 +20,8 @@
 namespace vlout::store::sqlite {
 namespace {
 
-// Statements that differ only in their values share an entry, so a run needs a dozen; texts that
-// cannot be shared must not pile up.
+// Statements that differ only in their values share an entry, so a run needs a dozen. Texts that
+// cannot share one must not pile up.
 constexpr std::size_t kMostPrepared = 64;
 
 bool isJetFile(const std::filesystem::path& file) {
@@ -58,7 +58,8 @@ void configure(sqlite3* database) {
 struct SqliteConnection::Columns {
   struct Hash {
     std::size_t operator()(std::string_view name) const {
-      // Fields are read by the million; four characters tell the columns of a table apart.
+      // Fields are read by the million, and four characters are enough to tell the columns of a
+      // table apart.
       if (name.empty()) return 0;
       const auto at = [&](std::size_t i) {
         return static_cast<std::size_t>(static_cast<unsigned char>(text::asciiLower(name[i])));
@@ -192,7 +193,7 @@ Database SqliteConnection::openFile(const std::filesystem::path& file) {
   Database database = openDatabase(file, Access::ReadWrite, stop_);
   configure(database.get());
   if (sqlite3_db_readonly(database.get(), "main") != 0) {
-    // Transfers would write contacts and could not record it.
+    // Transfers would write contacts but could not record that.
     throw DatabaseError(text::say("읽기 전용 데이터베이스입니다", "the database is read-only"));
   }
   return database;
@@ -228,7 +229,7 @@ SqliteConnection::Prepared& SqliteConnection::prepare(std::string_view sql) {
 
 namespace {
 
-// Puts a cached statement back into its unused state, whatever happened to it.
+// Returns a cached statement to its unused state, whatever happened.
 class Clear {
  public:
   explicit Clear(const Statement& statement) : statement_(statement) {}
@@ -242,7 +243,7 @@ class Clear {
 
 }  // namespace
 
-// Beside a log readers hold nobody up. Without one the lock would keep writers waiting.
+// With a log, readers hold nobody up. Without one, the lock would keep writers waiting.
 bool SqliteConnection::readTogether(bool together) {
   constexpr std::chrono::milliseconds kLongest(5);
   const auto now = std::chrono::steady_clock::now();
@@ -279,7 +280,7 @@ std::unique_ptr<Recordset> SqliteConnection::query(std::string_view sql) {
 }
 
 void createDatabase(const std::filesystem::path& file) {
-  // Made with its final mode first, so that it is never readable by others, not even for a moment.
+  // Created with its final mode, so that others can never read it, not even for a moment.
   const int descriptor = ::open(file.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_CLOEXEC, 0600);
   if (descriptor < 0 && errno == EEXIST) {
     throw DatabaseError(text::say("%1: 이미 있는 데이터베이스는 덮어쓰지 않습니다",

@@ -14,11 +14,11 @@
 namespace vlout::store::sqlite {
 namespace {
 
-// The beginning tells which statement it was that failed; what follows may be people's data.
+// How much of a failed statement is shown: enough to recognise it; the rest may be people's data.
 constexpr std::size_t kShown = 32;
 
-// The component is single-threaded, so the library's own locking and counting are left out. It
-// takes settings only before its first use, which is fine: they change no result.
+// The component uses SQLite on one thread, so the library's own locking and counting are left out.
+// After its first use the library takes no settings, which is fine: they change no result.
 void configureLibrary() {
   static const bool done = [] {
     sqlite3_config(SQLITE_CONFIG_SINGLETHREAD);
@@ -28,7 +28,7 @@ void configureLibrary() {
   static_cast<void>(done);
 }
 
-// Called while another program holds a lock; 0 gives up.
+// Called while another program holds a lock; returning 0 gives up.
 int waitForLock(void* stop, int tries) {
   constexpr std::chrono::milliseconds kPause(10);
   constexpr int kMostTries =
@@ -150,7 +150,7 @@ Statement& Statement::bindBytes(int index, std::string_view bytes) {
   return *this;
 }
 
-// The bytes of a blob are as they are; of anything else they are those of its text.
+// A blob's own bytes; for anything else the bytes of its text.
 std::string_view Value::bytes() const {
   if (value_ == nullptr) return {};
   const void* const data = sqlite3_value_type(value_) == SQLITE_BLOB
@@ -160,7 +160,7 @@ std::string_view Value::bytes() const {
   return {static_cast<const char*>(data), static_cast<std::size_t>(sqlite3_value_bytes(value_))};
 }
 
-// A letter for the type, and the value: numbers as text, which for a real one is exact in base 16.
+// A letter for the type, then the value; numbers as text, real ones in base 16, which is exact.
 std::string Value::cell() const {
   switch (value_ == nullptr ? SQLITE_NULL : sqlite3_value_type(value_)) {
     case SQLITE_NULL:
@@ -224,8 +224,8 @@ std::int64_t Statement::number(int column) const {
   return sqlite3_column_int64(statement_.get(), column);
 }
 
-// Found once: each of the library's calls that name a column would look for it anew. The value
-// belongs to this thread alone, so the library's copy of it would protect nothing.
+// The value is looked up once; each library call by column would look it up again. It is used on
+// this thread only, so the library's protected copy would be of no use.
 Value Statement::value(int column) const {
   return Value(sqlite3_column_value(statement_.get(), column));
 }

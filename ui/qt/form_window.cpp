@@ -29,7 +29,7 @@ QString labelText(const Layout& part) {
   return text;
 }
 
-// The name of a control that no label stands beside.
+// The name of a control that has no label beside it.
 QString usualName(Kind kind) {
   switch (kind) {
     case Kind::Image:
@@ -57,8 +57,8 @@ FormWindow::FormWindow(Form& form, QWidget* parent)
     : QDialog(parent), form_(form), layout_(form.layout()) {
   setWindowTitle(textOf(form_.caption));
   setWindowFlag(Qt::WindowMaximizeButtonHint);
-  // Where the screen is too small for all of it, the content scrolls. What stands below the part
-  // that grows stays in sight: the buttons above all.
+  // If the screen is too small, the content scrolls. What is below the part that grows stays in
+  // view, above all the buttons.
   const auto grows = [](const Layout& part) { return part.stretch > 0; };
   const auto below = std::find_if(layout_.parts.rbegin(), layout_.parts.rend(), grows).base();
   const std::span<const Layout> parts(layout_.parts);
@@ -105,7 +105,7 @@ void FormWindow::place(const QScreen& screen) {
       QPoint(form_.left + form_.width / 2, form_.top + form_.height / 2) / kTwipsPerUnit;
   QRect frame = frameGeometry();
   frame.moveCenter(middle);
-  // What is as large as the screen keeps its title in sight.
+  // A window as large as the screen keeps its title in view.
   move(std::max(frame.left(), area.left()), std::max(frame.top(), area.top()));
 }
 
@@ -200,7 +200,7 @@ QLayout* FormWindow::buildStack(const Layout& part, const QString& label) {
   auto* const stack = new QGridLayout;
   for (const Layout& each : part.parts) {
     QWidget* const panel = buildPanel(each, label);
-    // All parts keep their room, so that the window stays as it is when another one is shown.
+    // All parts keep their room, so that the window does not change when another one is shown.
     QSizePolicy policy = panel->sizePolicy();
     policy.setRetainSizeWhenHidden(true);
     panel->setSizePolicy(policy);

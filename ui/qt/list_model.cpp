@@ -38,7 +38,7 @@ int ListModel::columnCount(const QModelIndex& parent) const {
 }
 
 QVariant ListModel::data(const QModelIndex& index, int role) const {
-  // The tip shows a line that its column cuts off.
+  // The tool tip shows a text that its column cuts off.
   if (role != Qt::DisplayRole && role != Qt::ToolTipRole) return {};
   return textOf(
       list_.cell(static_cast<std::size_t>(index.row()), static_cast<std::size_t>(index.column())));

@@ -84,7 +84,7 @@ std::filesystem::path QtToolkit::chooseFolder(std::string_view title,
   return text::pathOf(chosen.toStdString());
 }
 
-// Its owner's, where a window has one.
+// The owner's screen, if a window has an owner.
 const QScreen& QtToolkit::screen() const {
   const QWidget* const window = owner();
   return window == nullptr ? *QApplication::primaryScreen() : *window->screen();
@@ -114,7 +114,7 @@ void QtToolkit::pump() {
   if (sinceEvents_.isValid() && sinceEvents_.elapsed() < kEventsEvery) return;
   sinceEvents_.start();
   QApplication::processEvents();
-  // What a repaint takes is waited already: it is what the waits are for.
+  // Time spent on a repaint counts as waiting, since repainting is what the waits are for.
   ahead_ += sinceEvents_.nsecsElapsed();
   sinceEvents_.start();
 }

@@ -33,7 +33,7 @@ using Kind = Layout::Kind;
 
 constexpr int kTwipsPerUnit = 15;
 
-// What all controls have; widgets add their own.
+// Mirrors what all controls have; widgets add their own.
 void mirrorCommon(const Control& control, QWidget& widget) {
   widget.setEnabled(control.enabled());
   widget.setVisible(control.visible());
@@ -56,7 +56,8 @@ void follow(Control& control, Widget& widget, Mirror mirror) {
   control.changed = update;
 }
 
-// What the user sets off. A failure is shown here: Qt's own frames are not made for exceptions.
+// Runs what the user has triggered. A failure is shown here, since exceptions must not pass through
+// Qt.
 template <typename Act>
 auto shown(QWidget* widget, Act act) {
   return [widget, act](auto&&... arguments) {
@@ -69,7 +70,7 @@ auto shown(QWidget* widget, Act act) {
   };
 }
 
-// The text with its key behind it, as Korean programs show it.
+// The text with its key after it, as Korean programs show it.
 QString withKey(const Layout& part) {
   QString text = textOf(part.control->text());
   text.replace('&', "&&");
@@ -78,7 +79,7 @@ QString withKey(const Layout& part) {
   return text.insert(end, QStringLiteral("(&%1)").arg(QChar::fromLatin1(part.key)));
 }
 
-// The colours that a form asks for, in those of the present palette, so that they can be read on a
+// The colours that a form asks for, in terms of the present palette, so that they are readable on a
 // dark one too.
 void colour(QWidget& widget, Colour text, Colour back) {
   QPalette palette;
@@ -98,7 +99,7 @@ QWidget* makeLabel(const Layout& part, QWidget* parent) {
   label->setTextFormat(Qt::PlainText);
   if (part.control == nullptr) return label;
   Control& control = *part.control;
-  // A text that may be long, such as a path, does not make the window wide.
+  // A long text, such as a path, does not make the window wide.
   if (part.characters > 0) label->setSizePolicy(QSizePolicy::Ignored, QSizePolicy::Preferred);
   follow(control, *label, [&part, &control, label] {
     if (part.characters > 0) label->setToolTip(textOf(control.text()));
@@ -109,8 +110,8 @@ QWidget* makeLabel(const Layout& part, QWidget* parent) {
   return label;
 }
 
-// Not by colour alone: bold is seen on any palette, and a screen reader is told. What does not fit
-// is seen whole under the mouse.
+// Not by colour alone: bold shows on any palette, and a screen reader is told. The tool tip shows
+// what does not fit.
 void dress(QWidget& edit, const TextBox& box) {
   colour(edit, box.foreColour(), box.backColour());
   const bool differs = box.foreColour() == Colour::LightRed;
@@ -121,7 +122,7 @@ void dress(QWidget& edit, const TextBox& box) {
   edit.setToolTip(textOf(box.text()).toHtmlEscaped());
 }
 
-// The widget has line ends of its own; those of a text that nobody edits stay as they are.
+// The widget has its own line ends; a text that nobody edits keeps those that it has.
 QWidget* makeParagraphs(const Layout& part, QWidget* parent) {
   auto* const edit = new QPlainTextEdit(parent);
   auto& box = static_cast<TextBox&>(*part.control);
@@ -228,7 +229,7 @@ QWidget* makeList(const Layout& part, QWidget* parent) {
   view->setEditTriggers(QAbstractItemView::NoEditTriggers);
   view->setTabKeyNavigation(false);
   view->setMinimumHeight((part.lines + 2) * (view->fontMetrics().height() + 4));
-  // The columns have their widths; what the list has more goes to the first one.
+  // The columns have fixed widths; any extra width goes to the first one.
   QHeaderView& header = *view->header();
   header.setStretchLastSection(false);
   for (int i = 1; i < header.count(); ++i) {
@@ -240,7 +241,8 @@ QWidget* makeList(const Layout& part, QWidget* parent) {
     const QScrollBar& bar = *view->verticalScrollBar();
     view->setProperty("follows", bar.value() == bar.maximum());
   });
-  // On a small screen the list lies below what the window shows, until it has something to say.
+  // On a small screen the list is below the visible part of the window until it has something to
+  // show.
   QObject::connect(model, &QAbstractItemModel::rowsInserted, view,
                    [view](const QModelIndex&, int first) {
                      if (first != 0) return;
@@ -274,7 +276,7 @@ class TreeWidget : public QTreeWidget {
     setHeaderHidden(true);
     setTabKeyNavigation(false);
     setMinimumSize(240, 240);
-    // While the form's nodes have changed and are not shown yet, the items are none of theirs.
+    // Until changed nodes are shown, the items do not belong to them.
     connect(this, &QTreeWidget::currentItemChanged, this, [this](QTreeWidgetItem* item) {
       if (item != nullptr && !stale_) tree_.quietly([&] { tree_.select(indexOf(*item)); });
     });
@@ -290,7 +292,7 @@ class TreeWidget : public QTreeWidget {
     });
   }
 
-  // A tree changes node by node; it is shown when the form has done with it.
+  // A tree changes node by node; it is shown when the form has finished.
   void mirrorSoon() {
     if (std::exchange(stale_, true)) return;
     QTimer::singleShot(0, this, [this] { showNodes(); });

@@ -90,7 +90,7 @@ void TerminalToolkit::watch(frmOutlookSync& form) {
   form.ProgressBar1.changed = [this] { drawProgress(); };
 }
 
-// A line is final once its state is set; the heading of a phase is so only at its end.
+// A line is final once its state is set; a phase's heading only at its end.
 void TerminalToolkit::printIfFinal(std::size_t row, std::size_t column) {
   if (column == kStateColumn && !printed_[row]) printRow(row);
 }
@@ -104,7 +104,7 @@ void TerminalToolkit::printRow(std::size_t row) {
   printed_[row] = true;
 }
 
-// Lines that never got a state: what a run was doing when it failed.
+// Prints lines that never got a state: what a run was doing when it failed.
 void TerminalToolkit::printRest() {
   for (std::size_t row = 0; row < printed_.size(); ++row) {
     if (!printed_[row]) printRow(row);
