@@ -20,7 +20,7 @@ struct FolderRow {
   Trade trade;
 };
 
-// 동창회 lies below a folder with a larger id, as after the user has moved it in the host.
+// 동창회 is below a folder with a larger id, as if the user had moved it in the host.
 inline constexpr auto kFolders = std::to_array<FolderRow>({
     {2, 1, "미정", 4, "", Trade::General},
     {3, 1, "거래처", 14, "", Trade::General},
@@ -167,8 +167,8 @@ inline constexpr auto kSingle = std::to_array<Syllable>({
     {"진", "jin"},
 });
 
-// S and G stand for surname and given name in Hangul, F and L for them in Latin letters, f and l
-// for the same in small letters, d for a digit; everything else stands for itself.
+// S and G stand for surname and given name in Hangul, F and L for given name and surname in Latin
+// letters, f and l for the same in lower case, d for a digit; everything else stands for itself.
 struct Form {
   std::string_view pattern;
   int weight;

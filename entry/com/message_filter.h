@@ -1,5 +1,5 @@
-// Waits on the component's behalf while Outlook is busy, for the length of one call from the host;
-// then the host's own message filter is put back.
+// Waits for a busy Outlook during a call from the host; afterwards the host's own message filter is
+// restored.
 #pragma once
 
 #include <windows.h>

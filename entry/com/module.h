@@ -1,4 +1,4 @@
-// The loaded DLL: where it lies, whether anything still needs it, and the one Runtime of the
+// The loaded DLL: where its file is, whether anything still needs it, and the one Runtime of the
 // process.
 #pragma once
 
@@ -30,8 +30,8 @@ class InUse {
   inline static std::atomic<long> count_{0};
 };
 
-// One whole call of OUTSYNCRUN. Whatever goes wrong is shown to the user; nothing is thrown. While
-// a call is under way, another one only brings its window to the front.
+// A whole call of OUTSYNCRUN. Whatever goes wrong is shown to the user; nothing is thrown. During a
+// call, another call only brings the window to the front.
 void runComponent() noexcept;
 
 }  // namespace vlout::entry::com

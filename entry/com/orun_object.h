@@ -7,7 +7,7 @@
 
 namespace vlout::entry::com {
 
-// The factory of the class with that id, as DllGetClassObject gives it out.
+// The factory of the class with that id, as DllGetClassObject returns it.
 [[nodiscard]] HRESULT getClassObject(REFCLSID classId, REFIID iid, void** result);
 
 }  // namespace vlout::entry::com

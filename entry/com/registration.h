@@ -1,5 +1,5 @@
-// The component's entries in the registry, under which hosts find its class: for all users of the
-// machine or for the present one alone.
+// The registry entries by which hosts find the component's class, either for all users of the
+// machine or for the current user only.
 #pragma once
 
 #include <windows.h>
@@ -8,8 +8,8 @@ namespace vlout::entry::com {
 
 enum class Scope { Machine, User };
 
-// Both leave no half of their work behind: a registration that fails is taken back. What the DLL of
-// the other width needs stays.
+// Neither leaves half its work behind: a registration that fails is undone. What the DLL of the
+// other width needs stays.
 [[nodiscard]] HRESULT registerComponent(Scope scope);
 [[nodiscard]] HRESULT unregisterComponent(Scope scope);
 

@@ -21,8 +21,8 @@
 #include "outlook/pairing.h"
 #include "outlook/vcard/vcard_store.h"
 #include "store/sql.h"
-#include "store/sqlite/sqlite_connection.h"
 #include "tests/support/component_fixture.h"
+#include "tests/support/database_fixture.h"
 #include "tests/support/temporary_folder.h"
 
 namespace vlout {
@@ -76,6 +76,11 @@ class ProgramTest : public testing::Test {
   }
 
   Result run(const std::vector<std::string>& arguments) { return finish(start(arguments)); }
+  // The same in the test's component folder.
+  Result here(std::vector<std::string> arguments) {
+    arguments.insert(arguments.end(), {"--folder", folder()});
+    return run(arguments);
+  }
 
   // Whether a run that was begun after that many others has begun to write.
   bool writes(int runs) const {
@@ -132,18 +137,13 @@ class ProgramTest : public testing::Test {
     tests::setModified(contacts() / "all.vcf", "2020/01/01 00:00:00");
   }
 
-  void execute(const std::string& sql) {
-    store::sqlite::SqliteConnection connection;
-    connection.open({.componentFolder = folder()});
-    connection.execute(sql);
-  }
+  void execute(const std::string& sql) { tests::OpenDatabase(folder()).execute(sql); }
 
   // Each row has one contact, which holds what it holds, and three equal dates.
   void expectPairs(std::size_t count) {
     const auto keys = contactKeys();
     EXPECT_EQ(keys.size(), count);
-    store::sqlite::SqliteConnection connection;
-    connection.open({.componentFolder = folder()});
+    tests::OpenDatabase connection(folder());
     EXPECT_EQ(connection.query("PRAGMA integrity_check")->field("integrity_check"), "ok");
     const auto rows = connection.query("SELECT * FROM tbl_namecard");
     EXPECT_EQ(rows->rowCount(), count);
@@ -168,11 +168,52 @@ class ProgramTest : public testing::Test {
     for (const auto& [key, times] : keys) EXPECT_EQ(times, 1) << key;
   }
 
-  Result sample(int cards) {
-    return run({"sample", "--folder", folder(), "--cards", std::to_string(cards)});
-  }
+  Result sample(int cards) { return here({"sample", "--cards", std::to_string(cards)}); }
   std::vector<std::string> exportAll() {
     return {"run", "export", "--folder", folder(), "--range", "all"};
+  }
+
+  // Every way for a card and a contact to stand to each other.
+  void makeEveryStanding() {
+    here({"init"});
+    const auto contact = [&](const char* file, const std::string& name, const std::string& lines,
+                             const char* month) {
+      tests::writeFile(contacts() / file, "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:" + name + "\r\nN:" +
+                                              name + ";;;;\r\n" + lines + "\r\nEND:VCARD\r\n");
+      tests::setModified(contacts() / file, "2025/" + std::string(month) + "/01 10:00:00");
+    };
+    struct Card {
+      int id;
+      const char* name;
+      const char* changed;  // the month of its last change; empty for one that was never sent
+      const char* contact;  // the name of its contact, if there is one
+      const char* contactChanged;
+    };
+    for (const Card& c : {Card{1, "가일", "01", "가일", "01"}, Card{2, "나이", "02", "나이", "01"},
+                          Card{3, "다삼", "01", "다삼", "03"}, Card{4, "라사", "02", "라사", "03"},
+                          Card{5, "마오", "", "", ""}, Card{6, "바육", "01", "", ""},
+                          Card{7, "사칠", "01", "사칠", "01"}, Card{8, "아팔", "01", "오팔", "01"},
+                          Card{9, "자구", "", "", ""}, Card{10, "가일", "", "", ""}}) {
+      const std::string id = std::to_string(c.id);
+      std::string dates = "'','',''";
+      if (*c.changed != '\0') {
+        const std::string sent = "/01 10:00:00','2025/01/01 10:00:00','2025/01/01 10:00:00'";
+        dates = std::string("'2025/").append(c.changed).append(sent);
+      }
+      execute(std::string("INSERT INTO tbl_namecard(i_idx,p_idx,FullName,CompanyName,Last_moddate,"
+                          "Outlook_modate,VLLastsync_date) VALUES(")
+                  .append(id + ",0,'" + c.name + "','가나',")
+                  .append(dates + ")"));
+      if (*c.contact != '\0') {
+        contact((id + ".vcf").c_str(), c.contact,
+                "ORG:" + std::string(c.id == 4 ? "다른 회사" : "가나") + "\r\nX-VLID:" + id,
+                c.contactChanged);
+      }
+    }
+    contact("copy.vcf", "사칠", "X-VLID:7", "04");
+    contact("gone.vcf", "차십", "X-VLID:99", "01");
+    contact("joinable.vcf", "자구", "TITLE:부장", "01");
+    contact("new.vcf", "카하", "TITLE:부장", "01");
   }
 
   std::filesystem::path home() const { return temporary.path() / "home"; }
@@ -244,10 +285,10 @@ TEST_F(ProgramTest, ArgumentsAreCheckedAndExplained) {
 }
 
 TEST_F(ProgramTest, MakesFoldersAndNeverOverwritesThem) {
-  EXPECT_EQ(run({"init", "--folder", folder()}).status, 0);
+  EXPECT_EQ(here({"init"}).status, 0);
   const auto database = std::filesystem::path(folder()) / "VelmoraDB.vdb";
   const std::string before = tests::readFile(database);
-  EXPECT_EQ(run({"init", "--folder", folder()}).status, 1);
+  EXPECT_EQ(here({"init"}).status, 1);
   EXPECT_EQ(sample(3).status, 1);
   EXPECT_EQ(tests::readFile(database), before);
   const std::string other = folder() + "2";
@@ -266,24 +307,18 @@ TEST_F(ProgramTest, ExportsInThreeColumnsAndKeepsTheStreamsApart) {
   EXPECT_THAT(first.out, EndsWith("내보내기 완료\t추가=20/갱신=0\t\n"));
   EXPECT_EQ(first.err,
             "연락처: " + contacts().string() + "\n내보내기를 완료하였습니다.\n추가=20/갱신=0\n");
-  std::size_t lines = 0;
-  for (std::size_t at = 0; at < first.out.size(); ++lines) {
-    const std::size_t end = first.out.find('\n', at);
-    const std::string line = first.out.substr(at, end - at);
-    EXPECT_EQ(std::count(line.begin(), line.end(), '\t'), 2) << line;
-    at = end + 1;
-  }
-  EXPECT_EQ(lines, 25U);
+  EXPECT_EQ(std::count(first.out.begin(), first.out.end(), '\n'), 25);
+  EXPECT_EQ(std::count(first.out.begin(), first.out.end(), '\t'), 2 * 25);
   EXPECT_THAT(run(exportAll()).out,
               EndsWith("연락처 추가\t100%\t완료\n내보내기 완료\t추가=0/갱신=0\t\n"));
   tests::writeFile(folder() + "/temp/exportlist.txt", "77\r\n1\r\n");
-  const Result noGroup = run({"run", "export", "--folder", folder(), "--range", "group"});
+  const Result noGroup = here({"run", "export", "--range", "group"});
   EXPECT_EQ(noGroup.status, 0);  // nothing to do is no failure, but it is said
   EXPECT_THAT(noGroup.err, AllOf(HasSubstr("exportlist.txt"), HasSubstr("77")));
-  const Result selected = run({"run", "export", "--folder", folder()});
+  const Result selected = here({"run", "export"});
   EXPECT_EQ(selected.status, 0) << selected.err;
   // A box that is set stays set, as in the window.
-  run({"run", "export", "--folder", folder(), "--range", "all", "--set", "OUT_CHECK7=0"});
+  here({"run", "export", "--range", "all", "--set", "OUT_CHECK7=0"});
   EXPECT_THAT(tests::readFile(folder() + "/VelmoraOlSync.ini"), HasSubstr("OUT_CHECK7=0\r\n"));
 }
 
@@ -303,9 +338,8 @@ TEST_F(ProgramTest, AnswersConflictsAsItIsTold) {
                         // A save that the window refuses: the pair is left out, and that is said.
                         Case{"card", "'someday'", 0, "card", "제외합니다"}}) {
     std::filesystem::remove_all(folder());
-    run({"init", "--folder", folder()});
-    store::sqlite::SqliteConnection connection;
-    connection.open({.componentFolder = folder()});
+    here({"init"});
+    tests::OpenDatabase connection(folder());
     connection.execute(
         std::string("INSERT INTO tbl_namecard(i_idx,p_idx,FullName,JobTitle,Birthday,"
                     "Last_moddate) VALUES(1,0,'홍길동','card',") +
@@ -316,7 +350,7 @@ TEST_F(ProgramTest, AnswersConflictsAsItIsTold) {
                      "X-VLID:1\r\nEND:VCARD\r\n");
     const timespec times[2] = {{4'000'000'000, 0}, {4'000'000'000, 0}};
     ASSERT_EQ(utimensat(AT_FDCWD, contact.c_str(), times, 0), 0);
-    const Result result = run({"run", "sync", "--folder", folder(), "--on-conflict", c.answer});
+    const Result result = here({"run", "sync", "--on-conflict", c.answer});
     EXPECT_EQ(result.status, c.status) << c.answer;
     EXPECT_THAT(result.err, HasSubstr(c.said)) << c.answer;
     EXPECT_EQ(store::readCard(connection, "1")->field("JobTitle"), c.title) << c.answer;
@@ -331,69 +365,44 @@ TEST_F(ProgramTest, SaysWhatIsWrongWithWhatItIsGiven) {
     const char* said;
   };
   const std::string base = folder();
+  const std::string database = base + "/VelmoraDB.vdb";
+  const std::string list = base + "/temp/exportlist.txt";
+  const auto gone = [](const std::string& what) {
+    return [what] { std::filesystem::remove_all(what); };
+  };
+  const auto holds = [](const std::string& file, const std::string& content) {
+    return [file, content] { tests::writeFile(file, content); };
+  };
+  const auto pipe = [](const std::vector<std::string>& files) {
+    return [files] {
+      for (const std::string& file : files) {
+        std::filesystem::remove(file);
+        ASSERT_EQ(mkfifo(file.c_str(), 0600), 0);
+      }
+    };
+  };
+  const auto jet = std::string("\0\1\0\0Standard Jet DB\0", 20) + std::string(3000, '\0');
+  const std::vector<std::string> selected{"--range", "selected"};
   const std::vector<Case> cases{
-      {"no folder", [&] { std::filesystem::remove_all(base); }, {}, "VelmoraDB.vdb"},
-      {"no database",
-       [&] { std::filesystem::remove(base + "/VelmoraDB.vdb"); },
-       {},
-       "데이터 연결이 실패되었습니다!"},
-      {"Jet database",
-       [&] {
-         tests::writeFile(base + "/VelmoraDB.vdb",
-                          std::string("\0\1\0\0Standard Jet DB\0", 20) + std::string(3000, '\0'));
-       },
-       {},
-       "Jet"},
+      {"no folder", gone(base), {}, "VelmoraDB.vdb"},
+      {"no database", gone(database), {}, "데이터 연결이 실패되었습니다!"},
+      {"Jet database", holds(database, jet), {}, "Jet"},
+      {"a pipe for a database", pipe({database}), {}, "VelmoraDB.vdb: 보통 파일이 아닙니다"},
       {"no contact folder", [] {}, {"--contacts", base + "/none"}, "none"},
-      {"contacts is a file", [] {}, {"--contacts", base + "/VelmoraDB.vdb"}, "VelmoraDB.vdb"},
-      {"no export list",
-       [&] { std::filesystem::remove(base + "/temp/exportlist.txt"); },
-       {"--range", "selected"},
-       "exportlist.txt"},
-      {"pipes nobody writes to",
-       [&] {
-         for (const char* name : {"temp/exportlist.txt", "VelmoraOlSync.ini", "settings.ini"}) {
-           std::filesystem::remove(base + "/" + name);
-           ASSERT_EQ(mkfifo((base + "/" + name).c_str(), 0600), 0);
-         }
-       },
-       {"--range", "selected"},
-       "settings.ini: 보통 파일이 아닙니다\n"},
-      {"an empty export list",
-       [&] { tests::writeFile(base + "/temp/exportlist.txt", ""); },
-       {"--yes"},  // and no range
-       "선택된 명함이 없습니다"},
-      {"a pipe for a database",
-       [&] {
-         std::filesystem::remove(base + "/VelmoraDB.vdb");
-         ASSERT_EQ(mkfifo((base + "/VelmoraDB.vdb").c_str(), 0600), 0);
-       },
-       {},
-       "VelmoraDB.vdb: 보통 파일이 아닙니다"},
+      {"contacts is a file", [] {}, {"--contacts", database}, "VelmoraDB.vdb"},
+      {"a folder of folders", holds(base + "/contacts/people/a.vcf", ""), {}, "contacts/people"},
+      {"no export list", gone(list), selected, "exportlist.txt"},
+      {"pipes nobody writes to", pipe({list, base + "/VelmoraOlSync.ini", base + "/settings.ini"}),
+       selected, "settings.ini: 보통 파일이 아닙니다\n"},
+      {"an empty export list", holds(list, ""), {"--yes"}, "선택된 명함이 없습니다"},  // no range
+      {"endless export list", [&] { std::filesystem::resize_file(list, std::uintmax_t{1} << 40); },
+       selected, "File too large"},
+      {"binary export list", holds(list, "1\r\n\xFF\xFE"), selected, "exportlist.txt"},
       {"unknown group", [] {}, {"--group", "없는 그룹"}, "그룹이 없습니다: 없는 그룹"},
-      {"a folder of folders",
-       [&] {
-         std::filesystem::create_directory(base + "/contacts/people");
-         tests::writeFile(base + "/contacts/people/a.vcf", "");
-       },
-       {},
-       "contacts/people"},
-      {"endless export list",
-       [&] {
-         std::filesystem::resize_file(base + "/temp/exportlist.txt", std::uintmax_t{1} << 40);
-       },
-       {"--range", "selected"},
-       "File too large"},
-      {"binary export list",
-       [&] { tests::writeFile(base + "/temp/exportlist.txt", "1\r\n\xFF\xFE"); },
-       {"--range", "selected"},
-       "exportlist.txt"},
       {"a column missing",
        [&] {
-         store::sqlite::SqliteConnection connection;
-         connection.open({.componentFolder = base});
-         connection.execute("DROP INDEX idx_namecard_fullname");
-         connection.execute("ALTER TABLE tbl_namecard DROP COLUMN FullName");
+         execute("DROP INDEX idx_namecard_fullname");
+         execute("ALTER TABLE tbl_namecard DROP COLUMN FullName");
        },
        {},
        "FullName"},
@@ -436,8 +445,7 @@ TEST_F(ProgramTest, AnInterruptStopsInOrder) {
 // A lock that another program keeps is waited for once, and not past a signal to end.
 TEST_F(ProgramTest, ARunThatWaitsForTheDatabaseCanBeEnded) {
   sample(3);
-  store::sqlite::SqliteConnection other;
-  other.open({.componentFolder = folder()});
+  tests::OpenDatabase other(folder());
   std::optional<store::sqlite::Transaction> lock(other.database());
   const pid_t child = start(exportAll());
   while (tests::fileNames(contacts()).empty() && !hasEnded(child)) {
@@ -516,7 +524,7 @@ TEST_F(ProgramTest, TheContactsAreThoseOfTheLastRunUnlessAnotherPlaceIsConfirmed
   std::filesystem::remove(folder() + "/temp/exportlist.txt");
   const std::string other = (temporary.path() / "other").string();
   std::filesystem::create_directory(other);
-  EXPECT_THAT(run({"run", "export", "--folder", folder()}).out, HasSubstr("추가=40/갱신=0"));
+  EXPECT_THAT(here({"run", "export"}).out, HasSubstr("추가=40/갱신=0"));
   std::vector<std::string> elsewhere{"run",     "export",      "--folder",   folder(),
                                      "--group", "거래처/서울", "--contacts", other};
   const Result asked = run(elsewhere);
@@ -526,66 +534,26 @@ TEST_F(ProgramTest, TheContactsAreThoseOfTheLastRunUnlessAnotherPlaceIsConfirmed
   EXPECT_THAT(tests::fileNames(other), IsEmpty());
   elsewhere.emplace_back("--yes");
   EXPECT_EQ(run(elsewhere).status, 0);
-  store::sqlite::SqliteConnection connection;
-  connection.open({.componentFolder = folder()});
+  tests::OpenDatabase connection(folder());
   const auto inGroup = connection.query("SELECT i_idx FROM tbl_namecard WHERE f_idx=4")->rowCount();
   EXPECT_GT(inGroup, 0U);
   EXPECT_EQ(tests::fileNames(other).size(), inGroup);
   tests::writeFile(other + "/new.vcf",
                    "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:새봄\r\nN:새;봄;;;\r\nEND:VCARD\r\n");
-  EXPECT_THAT(run({"run", "import", "--folder", folder(), "--group", "5"}).err, HasSubstr(other));
+  EXPECT_THAT(here({"run", "import", "--group", "5"}).err, HasSubstr(other));
   EXPECT_EQ(
       connection.query("SELECT f_idx FROM tbl_namecard WHERE FullName='새봄'")->field("f_idx"),
       "5");
-  EXPECT_THAT(run({"status", "--folder", folder()}).out, HasSubstr(other + "\n"));
+  EXPECT_THAT(here({"status"}).out, HasSubstr(other + "\n"));
   // A run that nobody watches has nothing to say when there was nothing to do.
-  EXPECT_EQ(run({"run", "sync", "--folder", folder(), "--quiet"}).out, "");
+  EXPECT_EQ(here({"run", "sync", "--quiet"}).out, "");
   execute("UPDATE tbl_namecard SET Last_moddate='2099/01/01 00:00:00' WHERE FullName='새봄'");
-  EXPECT_EQ(run({"run", "sync", "--folder", folder(), "--quiet"}).out,
-            "갱신완료\t벨모라=0/아웃룩=1\t\n");
+  EXPECT_EQ(here({"run", "sync", "--quiet"}).out, "갱신완료\t벨모라=0/아웃룩=1\t\n");
 }
 
-// Every way for a card and a contact to stand to each other, as all the commands that look see it.
+// As all the commands that look see it.
 TEST_F(ProgramTest, AnOverviewSortsEveryCardAndContact) {
-  run({"init", "--folder", folder()});
-  const auto contact = [&](const char* file, const std::string& name, const std::string& lines,
-                           const char* month) {
-    tests::writeFile(contacts() / file, "BEGIN:VCARD\r\nVERSION:3.0\r\nFN:" + name + "\r\nN:" +
-                                            name + ";;;;\r\n" + lines + "\r\nEND:VCARD\r\n");
-    tests::setModified(contacts() / file, "2025/" + std::string(month) + "/01 10:00:00");
-  };
-  struct Card {
-    int id;
-    const char* name;
-    const char* changed;  // the month of its last change; empty for one that was never sent
-    const char* contact;  // the name of its contact, if there is one
-    const char* contactChanged;
-  };
-  for (const Card& c : {Card{1, "가일", "01", "가일", "01"}, Card{2, "나이", "02", "나이", "01"},
-                        Card{3, "다삼", "01", "다삼", "03"}, Card{4, "라사", "02", "라사", "03"},
-                        Card{5, "마오", "", "", ""}, Card{6, "바육", "01", "", ""},
-                        Card{7, "사칠", "01", "사칠", "01"}, Card{8, "아팔", "01", "오팔", "01"},
-                        Card{9, "자구", "", "", ""}, Card{10, "가일", "", "", ""}}) {
-    const std::string id = std::to_string(c.id);
-    std::string dates = "'','',''";
-    if (*c.changed != '\0') {
-      const std::string sent = "/01 10:00:00','2025/01/01 10:00:00','2025/01/01 10:00:00'";
-      dates = std::string("'2025/").append(c.changed).append(sent);
-    }
-    execute(std::string("INSERT INTO tbl_namecard(i_idx,p_idx,FullName,CompanyName,Last_moddate,"
-                        "Outlook_modate,VLLastsync_date) VALUES(")
-                .append(id + ",0,'" + c.name + "','가나',")
-                .append(dates + ")"));
-    if (*c.contact != '\0') {
-      contact((id + ".vcf").c_str(), c.contact,
-              "ORG:" + std::string(c.id == 4 ? "다른 회사" : "가나") + "\r\nX-VLID:" + id,
-              c.contactChanged);
-    }
-  }
-  contact("copy.vcf", "사칠", "X-VLID:7", "04");
-  contact("gone.vcf", "차십", "X-VLID:99", "01");
-  contact("joinable.vcf", "자구", "TITLE:부장", "01");
-  contact("new.vcf", "카하", "TITLE:부장", "01");
+  makeEveryStanding();
   const std::string before = tests::stampsOf(folder());
   const auto json = [&](std::vector<std::string> arguments) {
     arguments.insert(arguments.end(), {"--json", "--folder", folder()});
@@ -614,11 +582,10 @@ TEST_F(ProgramTest, AnOverviewSortsEveryCardAndContact) {
   EXPECT_EQ(listed,
             "1in_step 10never_sent 2card_changed 3contact_changed 4conflict 5never_sent "
             "6contact_gone 7in_step 8in_step 9joinable ");
-  EXPECT_THAT(run({"show", "라사", "--folder", folder()}).out,
-              HasSubstr("회사\t가나\t다른 회사\t≠\n"));
-  EXPECT_THAT(run({"show", "가일", "--folder", folder()}).err, HasSubstr("여럿입니다"));
+  EXPECT_THAT(here({"show", "라사"}).out, HasSubstr("회사\t가나\t다른 회사\t≠\n"));
+  EXPECT_THAT(here({"show", "가일"}).err, HasSubstr("여럿입니다"));
   EXPECT_EQ(tests::stampsOf(folder()), before);
-  EXPECT_THAT(run({"run", "sync", "--preview", "--folder", folder()}).err,
+  EXPECT_THAT(here({"run", "sync", "--preview"}).err,
               AllOf(HasSubstr("벨모라=1/아웃룩=1"), HasSubstr("충돌 1건")));
 }
 
@@ -628,8 +595,7 @@ TEST_F(ProgramTest, APreviewTouchesNothing) {
   run(exportAll());
   const std::string crashed = folder() + "2";
   {
-    store::sqlite::SqliteConnection connection;
-    connection.open({.componentFolder = folder()});
+    tests::OpenDatabase connection(folder());
     connection.execute(
         "UPDATE tbl_namecard SET [JobTitle]='새 직함',[Last_moddate]='2099/01/01 00:00:00' where "
         "i_idx=7");
@@ -674,8 +640,7 @@ TEST_F(ProgramTest, APreviewTouchesNothing) {
   run(arguments);
   EXPECT_EQ(tests::stampsOf(crashed), before);
   {
-    store::sqlite::SqliteConnection connection;
-    connection.open({.componentFolder = crashed});
+    tests::OpenDatabase connection(crashed);
     connection.execute("PRAGMA journal_mode=DELETE");
   }
   EXPECT_EQ(run(arguments).out, preview.out);
@@ -688,8 +653,7 @@ TEST_F(ProgramTest, APreviewTouchesNothing) {
 // An export that was killed and an undo that is killed again and again end as if neither had been.
 TEST_F(ProgramTest, AKilledRunIsUndoneByAnUndoThatIsKilled) {
   const auto everything = [&] {
-    store::sqlite::SqliteConnection connection;
-    connection.open({.componentFolder = folder()});
+    tests::OpenDatabase connection(folder());
     return tests::filesDump(contacts()) + tests::rowsDump(connection);
   };
   // Into files of their own, and into one that holds all.
@@ -715,8 +679,7 @@ TEST_F(ProgramTest, AKilledRunIsUndoneByAnUndoThatIsKilled) {
     }
     kill(child, SIGKILL);
     EXPECT_EQ(finish(child).status, -SIGKILL);
-    EXPECT_THAT(run({"history", "--folder", folder()}).out,
-                HasSubstr("내보내기 전체\t끝나지 않음\t명함="));
+    EXPECT_THAT(here({"history"}).out, HasSubstr("내보내기 전체\t끝나지 않음\t명함="));
     // No --force: what the killed run wrote is known to be its own.
     killThenFinish({"undo", isJoined ? "2" : "1", "--yes", "--folder", folder()}, 20);
     EXPECT_TRUE(everything() == before);  // a comparison line by line would take minutes
@@ -726,18 +689,18 @@ TEST_F(ProgramTest, AKilledRunIsUndoneByAnUndoThatIsKilled) {
 TEST_F(ProgramTest, UndoSaysWhatItWillChangeAndMindsLaterEdits) {
   sample(5);
   run(exportAll());
-  const Result said = run({"undo", "--folder", folder(), "--preview"});
+  const Result said = here({"undo", "--preview"});
   EXPECT_EQ(said.status, 0);
   EXPECT_THAT(said.out, AllOf(HasSubstr("명함: 되돌림=5 삭제=0 되살림=0\n"),
                               HasSubstr("연락처: 되돌림=0 삭제=5 되살림=0\n")));
   const auto database = std::filesystem::path(folder()) / "VelmoraDB.vdb";
   if (geteuid() == 0) {  // its look at a protected database leaves nothing, whoever looks
     chmod(database.c_str(), 0444);
-    EXPECT_EQ(run({"undo", "--folder", folder(), "--preview"}).status, 0);
+    EXPECT_EQ(here({"undo", "--preview"}).status, 0);
     EXPECT_THAT(tests::fileNames(folder()), Not(Contains(HasSubstr("-shm"))));
     ASSERT_EQ(std::system(("chown -R nobody " + temporary.path().string()).c_str()), 0);
     user = 65534;
-    const Result refused = run({"undo", "--folder", folder(), "--preview"});
+    const Result refused = here({"undo", "--preview"});
     EXPECT_THAT(refused.err, HasSubstr("VelmoraDB.vdb: 쓸 수 없는 파일입니다"));
     EXPECT_THAT(tests::fileNames(folder()), Not(Contains(HasSubstr("-shm"))));
     user = 0;

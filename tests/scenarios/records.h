@@ -1,5 +1,5 @@
-// Cards, contacts and whatever else a scenario lists, one a line, as "key=value" pairs between
-// tabs; tabs, line breaks and backslashes in a value are written \t, \n, \r and \\.
+// Cards, contacts and whatever else a scenario lists, one per line, as "key=value" pairs separated
+// by tabs; tabs, line breaks and backslashes in a value are written \t, \n, \r and \\.
 #pragma once
 
 #include <filesystem>

@@ -1,5 +1,5 @@
-// A scenario: what lies in the component folder and the contacts folder, what the user does, and
-// what is there afterwards. One file serves the native component and the DLL under Wine; both must
+// A scenario: what is in the component folder and the contacts folder, what the user does, and what
+// is there afterwards. One file serves both the native component and the DLL under Wine, which must
 // end with the same rows and contacts.
 #pragma once
 
@@ -43,8 +43,8 @@ struct Scenario {
   static Scenario read(const std::filesystem::path& file);
 
   [[nodiscard]] std::vector<Action> actions() const;
-  // What stands under a heading, "[cards]" and the like, line by line. A file's own headings are
-  // written with a blank before them.
+  // The lines under a heading such as "[cards]". A file's own headings are written with a blank
+  // before them.
   [[nodiscard]] const std::vector<std::string>& lines(const std::string& heading) const;
 
   // Fills the database; the folder must exist with the schema's tables.

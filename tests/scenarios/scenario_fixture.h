@@ -1,5 +1,5 @@
-// Plays a scenario on the native component: lays it out in a component folder and a folder of
-// vCards, and compares what is there afterwards with what the scenario says.
+// Plays a scenario on the native component: sets it up in a component folder and a folder of
+// vCards, and compares the outcome with what the scenario says.
 #pragma once
 
 #include <filesystem>
@@ -29,7 +29,7 @@ class ScenarioFixture : public ComponentFixture {
   std::size_t next_ = 0;
 };
 
-// All that can be played here, and their names as test names.
+// All scenarios that can be played here, and their names as test names.
 [[nodiscard]] std::vector<std::filesystem::path> scenarioFiles();
 [[nodiscard]] std::string scenarioName(const testing::TestParamInfo<std::filesystem::path>& info);
 

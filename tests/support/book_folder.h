@@ -1,5 +1,5 @@
-// A book of the desktop, for tests that look at a folder of vCards: before the component runs, the
-// folder's files are written into the book, and afterwards the book's contacts come back as files.
+// A book of the desktop for tests that work with a folder of vCards: before the component runs, the
+// folder's files are written into the book; afterwards the book's contacts come back as files.
 #pragma once
 
 #include <filesystem>
@@ -13,7 +13,7 @@ class BookFolder {
   BookFolder(std::filesystem::path componentFolder, std::filesystem::path contacts,
              std::string bookUid);
 
-  // A file's contact has the file's name as its UID and changed at the file's time.
+  // A file's contact gets the file's name as its UID and counts as changed at the file's time.
   void intoBook() const;
   void outOfBook() const;
 

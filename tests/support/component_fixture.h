@@ -1,5 +1,5 @@
 // A whole component on real files: a component folder with an SQLite database, a folder of vCards,
-// and a toolkit whose user is the test. Where VLOUT_TEST_BOOK names a book of the desktop, the
+// and a toolkit whose user is the test. If VLOUT_TEST_BOOK names a book of the desktop, the
 // component works on that, and the folder shows what is in it.
 #pragma once
 
@@ -20,8 +20,8 @@
 
 namespace vlout::tests {
 
-// Shows the main window by calling `user` and any other by calling `dialog`, and keeps every
-// message box and skin.
+// Instead of showing a window, calls `user` for the main window and `dialog` for any other. Records
+// every message box and skin.
 class ScriptedToolkit : public ui::Toolkit {
  public:
   struct Message {
@@ -64,28 +64,28 @@ class ScriptedToolkit : public ui::Toolkit {
 class ComponentFixture : public testing::Test {
  protected:
   ComponentFixture();
-  // With a toolkit of the test's own in place of the scripted one.
+  // With the test's own toolkit instead of the scripted one.
   explicit ComponentFixture(std::unique_ptr<ui::Toolkit> shown);
 
-  // One call of OUTSYNCRUN, as the host makes it.
+  // Calls OUTSYNCRUN once, as the host does.
   void call();
 
-  // The same, in which `user` has the window.
+  // The same, with the window in the hands of `user`.
   void open(const std::function<void(ui::frmOutlookSync&)>& user);
 
-  // Chooses the mode and all cards, lets `prepare` set boxes, and presses run. The result lines,
-  // each as "text|percent|state".
+  // Chooses the mode and all cards, lets `prepare` set boxes, and presses run. Returns the result
+  // lines, each as "text|percent|state".
   std::vector<std::string> run(
       ui::frmOutlookSync::Mode mode,
       const std::function<void(ui::frmOutlookSync&)>& prepare = [](ui::frmOutlookSync&) {});
 
-  // The same for a preview: its lines are those of the run, with the fields that it would change.
-  // Fails the test when the preview touches anything in the component folder.
+  // The same for a preview, whose lines are those of the run together with the fields that it would
+  // change. Fails the test if the preview touches anything in the component folder.
   std::vector<std::string> preview(
       ui::frmOutlookSync::Mode mode,
       const std::function<void(ui::frmOutlookSync&)>& prepare = [](ui::frmOutlookSync&) {});
 
-  // When pairs were last transferred, unless a test says otherwise.
+  // The time of the last transfer of pairs, unless a test says otherwise.
   static constexpr const char* kTransferred = "2025/01/01 00:00:00";
 
   // An INSERT of a card from "column=value" pairs; f_idx and p_idx have defaults.
@@ -122,7 +122,7 @@ class ComponentFixture : public testing::Test {
                                  const std::function<void(ui::frmOutlookSync&)>& prepare);
 };
 
-// Every value of the cards and groups, but for the columns that are left out.
+// Every value of the cards and groups, except in the columns to leave out.
 [[nodiscard]] std::string rowsDump(store::Connection& database, const std::string& leftOut = "");
 
 // The bytes of a vCard contact's attachment.

@@ -1,4 +1,4 @@
-// An empty database of cards in a folder of its own.
+// Databases for tests: that of a component folder, and an empty one in a folder of its own.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -7,6 +7,13 @@
 #include "tests/support/temporary_folder.h"
 
 namespace vlout::tests {
+
+class OpenDatabase : public store::sqlite::SqliteConnection {
+ public:
+  explicit OpenDatabase(const std::filesystem::path& componentFolder) {
+    open({.componentFolder = componentFolder});
+  }
+};
 
 class DatabaseFixture : public testing::Test {
  protected:

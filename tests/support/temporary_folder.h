@@ -1,4 +1,4 @@
-// A folder that a test has to itself and that goes with it.
+// A folder of a test's own, deleted at its end.
 #pragma once
 
 #include <filesystem>
@@ -27,8 +27,7 @@ void writeFile(const std::filesystem::path& file, std::string_view content);
 // The names of everything in a folder, sorted, hidden files too.
 [[nodiscard]] std::vector<std::string> fileNames(const std::filesystem::path& folder);
 
-// Everything in a folder and below with its size and the times of its last changes, which no write
-// leaves as they were.
+// Everything in and below a folder, with sizes and times of change; any write changes the result.
 [[nodiscard]] std::string stampsOf(const std::filesystem::path& folder);
 
 // The files of a folder: their names, the times of their last changes, and their content.
