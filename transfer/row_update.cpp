@@ -171,7 +171,9 @@ bool RowUpdate::mergeForImport(std::string_view rowId, Contact& contact,
     const bool takeContact = ofRow.empty() || (!ofContact->empty() && contactWins);
     merged.emplace_back(takeContact ? *ofContact : ofRow);
     const bool faxStays = field.rule == FieldRule::Fax && options.protectFax;
-    if (merged.back() == ofContact || faxStays) continue;
+    // A company's mark is one sign in both texts, but may not be on the contact.
+    const bool isThere = merged.back() == ofContact && field.rule != FieldRule::Company;
+    if (isThere || faxStays) continue;
     // The result goes back to where the contact's value came from; export's detour for the home
     // postal code would overwrite the other address's here.
     MappedField target = field;

@@ -26,8 +26,9 @@ void prepare(const tests::Scenario& scenario, const std::filesystem::path& folde
   std::vector<tests::Record> contacts;
   for (const std::string& line : scenario.lines("[contacts]")) {
     tests::Record& contact = contacts.emplace_back(line);
-    const std::string body = contact.get("Body");
-    if (body.ends_with(" letters")) contact.set("Body", std::string(std::stoul(body), 'm'));
+    for (auto& [key, value] : contact.pairs) {
+      if (value.ends_with(" letters")) value.assign(std::stoul(value), 'm');
+    }
   }
   tests::writeRecords(folder / "outlook.txt", contacts);
 }

@@ -53,7 +53,7 @@ TEST_F(ExportTest, MergesFieldByFieldAndLosesNothing) {
                 {"company_addr", "서울 강남구"},
                 {"Birthday", "1980/1/2"}});
     writeContact("a.vcf",
-                 "N:홍;길동;;;\r\nTITLE:연락처 직함\r\nORG:㈜가나;연구소\r\nNOTE:it's\r\n"
+                 "N:홍;길동;;;\r\nTITLE:연락처 직함\r\nORG:(주)가나;연구소\r\nNOTE:it's\r\n"
                  "ADR;TYPE=WORK:;;테헤란로;강남구;서울;;대한민국\r\nX-KEEP:me\r\n");
     EXPECT_THAT(exportAll(), Contains("내보내기 완료|추가=0/갱신=1|"));
     EXPECT_EQ(valueOf(1, "JobTitle"), contactNewer ? "연락처 직함" : "행의 직함");
@@ -68,8 +68,9 @@ TEST_F(ExportTest, MergesFieldByFieldAndLosesNothing) {
     // The contact keeps its fax numbers, the card its own.
     EXPECT_EQ(valueOf(1, "company_fax1"), "02-1");
     const std::string text = contactText("a.vcf");
-    EXPECT_THAT(text, AllOf(HasSubstr("X-KEEP:me"), HasSubstr("BDAY:1980-01-02"),
-                            HasSubstr("X-VLID:1"), Not(HasSubstr("02-1"))));
+    EXPECT_THAT(text,
+                AllOf(HasSubstr("X-KEEP:me"), HasSubstr("BDAY:1980-01-02"), HasSubstr("ORG:㈜가나"),
+                      HasSubstr("X-VLID:1"), Not(HasSubstr("02-1"))));
     EXPECT_EQ(valueOf(1, "Last_moddate"), valueOf(1, "VLLastsync_date"));
     EXPECT_THAT(exportAll(), Contains("내보내기 완료|추가=0/갱신=0|"));
   }
