@@ -248,10 +248,9 @@ class AdoField : public AutomationObject {
 
  protected:
   _variant_t get(const std::string& member, const Arguments& arguments) override {
-    const bool binary = text::equalsIgnoringAsciiCase(table_->columns[column_], "Thumbnail");
-    const bool isLong = binary && !isSwitchedOn("short");
+    const bool isLong = isBinary() && !isSwitchedOn("short");
     // adLongVarBinary, adVarBinary, adVarWChar
-    if (member == "Type") return {isLong ? 205L : binary ? 204L : 202L};
+    if (member == "Type") return {isLong ? 205L : isBinary() ? 204L : 202L};
     if (member == "Value") return value();
     if (member == "ActualSize") {
       return isSwitchedOn("sizes") ? _variant_t(-1L) : wideNumber(cell().bytes.size());
@@ -268,7 +267,7 @@ class AdoField : public AutomationObject {
     if (each.type == SQLITE_NULL) return nullVariant();
     if (date) return {windows::toAutomationDate(*date), VT_DATE};
     if (each.type == SQLITE_INTEGER) return {std::stol(each.bytes)};
-    if (each.type == SQLITE_BLOB) return bytesVariant(each.bytes);
+    if (isBinary()) return bytesVariant(each.bytes);
     return textVariant(each.bytes);
   }
   [[nodiscard]] _variant_t chunk(long length) {
@@ -294,6 +293,9 @@ class AdoField : public AutomationObject {
     _variant_t value;
     value.vt = VT_NULL;
     return value;
+  }
+  [[nodiscard]] bool isBinary() const {
+    return text::equalsIgnoringAsciiCase(table_->columns[column_], "Thumbnail");
   }
   [[nodiscard]] bool isDate() const {
     const std::string& name = table_->columns[column_];
