@@ -1,7 +1,7 @@
 // The stand-in for Outlook as a program of its own, as the real one is: COM starts it
 // ("-Embedding"), and it ends with the last reference; or a user has it open already, and it stands
 // in the table of running objects. The record "Application" may say what it does at which call that
-// comes in: "rejects=after:times", "later=after:times", "hangs=after:milliseconds", "dies=after".
+// comes in: "rejects=after:times", "hangs=after:milliseconds", "dies=after".
 #include <windows.h>
 
 #include <objidl.h>
@@ -57,8 +57,8 @@ class Moods : public windows::Counted<IMessageFilter> {
 
   STDMETHODIMP_(DWORD) HandleInComingCall(DWORD, HTASK, DWORD, LPINTERFACEINFO) override {
     ++calls_;
-    if (isWithin("rejects")) return SERVERCALL_REJECTED;
-    if (isWithin("later")) return SERVERCALL_RETRYLATER;
+    if (const auto [after, times] = numbers("rejects"); calls_ > after && calls_ <= after + times)
+      return SERVERCALL_REJECTED;
     if (const auto [after, milliseconds] = numbers("hangs"); calls_ == after)
       Sleep(static_cast<DWORD>(milliseconds));
     if (calls_ == numbers("dies").first) {
@@ -82,10 +82,6 @@ class Moods : public windows::Counted<IMessageFilter> {
     char colon = 0;
     text >> after >> colon >> times;
     return {after, times};
-  }
-  [[nodiscard]] bool isWithin(std::string_view key) const {
-    const auto [after, times] = numbers(key);
-    return times > 0 && calls_ > after && calls_ <= after + times;
   }
 
   Record record_;

@@ -124,7 +124,7 @@ class Folder {
     rest >> std::hex >> code >> std::dec >> colon >> times >> colon >> after;
     const int call = ++calls_[id + fault];
     if (call <= after || call > after + times) return;
-    const bool busy = code == 0x80010001;
+    const bool busy = code == 0x80010001 || code == 0x8001010A;  // rejected, or to be made later
     throw Failure{static_cast<HRESULT>(code), busy ? "" : member + " was refused."};
   }
 
