@@ -151,7 +151,11 @@ Dispatch OutlookStore::openTable() {
     columns.call("RemoveAll");
     columns.call("Add", {_variant_t(L"EntryID")});
     columns.call("Add", {_variant_t(L"MessageClass")});
-    columns.call("Add", {_variant_t(kKeyColumn)});
+    try {
+      columns.call("Add", {_variant_t(kKeyColumn)});
+    } catch (const windows::ComError&) {
+      // Then each contact is opened for its key.
+    }
     return table;
   } catch (const windows::ComError&) {
     return {};
