@@ -25,6 +25,11 @@ const MappedField& fieldOf(std::string_view column) {
   throw std::logic_error("no such field: " + std::string(column));
 }
 
+// What is often too long for half the width of the window.
+bool isLong(std::string_view column) {
+  return column.starts_with("email") || column.ends_with("_addr") || column == "Memo_";
+}
+
 std::string shownTime(const std::optional<text::DateTime>& time) {
   if (!time) return "수정일:";
   return "수정일:" + text::replaceAll(text::formatStamp(*time), "/", "-");
@@ -201,13 +206,18 @@ Layout frmOutlookSyncModify::boxLayout(Box box) {
   return row({std::move(part), control("Command5", Command5).keyed('G')}).stretched(1);
 }
 
-Layout frmOutlookSyncModify::fieldsLayout(std::size_t first, std::size_t last) {
+Layout frmOutlookSyncModify::fieldsLayout(std::size_t first, std::size_t last,
+                                          bool (*isShown)(std::string_view column)) {
   using namespace layout;
+  constexpr int kMemoLines = 3;
   Parts parts{fixed(""), fixed("벨모라"), fixed("아웃룩")};
   for (std::size_t i = first; i < last; ++i) {
-    parts.push_back(fixed(outlook::fieldCaption(kFields[i].column)));
-    parts.push_back(boxLayout(kFields[i].card));
-    parts.push_back(boxLayout(kFields[i].outlook));
+    const std::string_view column = kFields[i].column;
+    if (!isShown(column)) continue;
+    const int lines = column == "Memo_" && toolkit().hasParagraphs() ? kMemoLines : 0;
+    parts.push_back(fixed(outlook::fieldCaption(column)));
+    parts.push_back(boxLayout(kFields[i].card).high(lines));
+    parts.push_back(boxLayout(kFields[i].outlook).high(lines));
   }
   return grid(3, std::move(parts));
 }
@@ -217,21 +227,18 @@ Layout frmOutlookSyncModify::layout() {
   constexpr std::size_t kFirstAddress = 14;
   Parts parts{row({fixed("벨모라"), label("Label29", Label29), label("Label32", Label32),
                    fixed("아웃룩"), label("Label30", Label30), space()})};
-  const auto fields = [&](std::size_t last) {
-    return row({column({fieldsLayout(0, kFirstAddress), space()}).stretched(2), fixed("  "),
-                column({fieldsLayout(kFirstAddress, last), space()}).stretched(3)});
+  const auto beside = [&](int left, int right, bool (*isShown)(std::string_view)) {
+    const auto part = [&](std::size_t first, std::size_t last) {
+      return column({fieldsLayout(first, last, isShown), space()});
+    };
+    return row({part(0, kFirstAddress).stretched(left), fixed("  "),
+                part(kFirstAddress, kFields.size()).stretched(right)});
   };
   if (toolkit().hasParagraphs()) {
-    constexpr std::size_t kMemo = kFields.size() - 1;
-    constexpr int kLines = 3;
-    parts.push_back(fields(kMemo));
-    parts.push_back(grid(3, {fixed(""), fixed("벨모라"), fixed("아웃룩"),
-                             fixed(outlook::fieldCaption(kFields[kMemo].column)),
-                             boxLayout(kFields[kMemo].card).high(kLines),
-                             boxLayout(kFields[kMemo].outlook).high(kLines)})
-                        .stretched(1));
+    parts.push_back(beside(1, 1, [](std::string_view column) { return !isLong(column); }));
+    parts.push_back(fieldsLayout(0, kFields.size(), isLong).stretched(1));
   } else {
-    parts.push_back(fields(kFields.size()).stretched(1));
+    parts.push_back(beside(2, 3, [](std::string_view) { return true; }).stretched(1));
   }
   parts.push_back(row(
       {control("Check1", Check1).keyed('E'), control("Label31", Label31),

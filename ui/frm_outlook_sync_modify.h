@@ -71,7 +71,8 @@ class frmOutlookSyncModify : public Form {
   static const std::array<NamedBox, 54> kBoxes;
 
   void connectEvents();
-  [[nodiscard]] Layout fieldsLayout(std::size_t first, std::size_t last);
+  [[nodiscard]] Layout fieldsLayout(std::size_t first, std::size_t last,
+                                    bool (*isShown)(std::string_view column));
   [[nodiscard]] Layout boxLayout(Box box);
   void fillCardSide(const std::string& rowId);
   void fillOutlookSide(outlook::Contact& contact);

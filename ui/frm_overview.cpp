@@ -19,7 +19,7 @@ using transfer::Standing;
 frmOverview::frmOverview(Toolkit& toolkit, Component& component, Desk& desk)
     : Form(toolkit), component_(component), desk_(desk) {
   caption = text::say("현황과 기록", "Overview and history");
-  width = 9000;
+  width = 12000;
   height = 7800;
   Label2.setText(text::say("연락처:", "Contacts:"));
   Command1.setText(text::say("현황", "Overview"));
@@ -47,7 +47,7 @@ Layout frmOverview::layout() {
             control("Command5", Command5).keyed('O')}),
        row({label("Label2", Label2).keyed('A'), control("Combo1", Combo1).wide(40).stretched(1),
             control("Command6", Command6).keyed('F')}),
-       label("Label3", Label3), control("ListView1", ListView1).high(16).stretched(1),
+       label("Label3", Label3).wide(30), control("ListView1", ListView1).high(16).stretched(1),
        row({control("Command1", Command1).wide(10).keyed('S'),
             control("Command2", Command2).wide(10).keyed('H'),
             control("Command3", Command3).wide(10).keyed('U'), space(),

@@ -12,14 +12,14 @@ namespace vlout::ui {
 
 frmPair::frmPair(Toolkit& toolkit, Component& component) : Form(toolkit), component_(component) {
   caption = text::say("명함과 연락처", "Card and contact");
-  width = 9000;
+  width = 12000;
   height = 7800;
   Command1.setText(text::say("닫기", "Close"));
   Command1.clicked = [this] { unload(); };
   ListView1.addColumn(text::say("항목", "Field"), 1300);
-  ListView1.addColumn(text::say("명함", "Card"), 2300);
-  ListView1.addColumn(text::say("연락처", "Contact"), 2300);
-  ListView1.addColumn(text::say("비고", "Remark"), 700);
+  ListView1.addColumn(text::say("명함", "Card"), 4600);
+  ListView1.addColumn(text::say("연락처", "Contact"), 4600);
+  ListView1.addColumn(text::say("비고", "Remark"), 800);
 }
 
 Layout frmPair::layout() {
