@@ -120,8 +120,12 @@ std::string Runs::nameOf(const std::filesystem::path& contacts) const {
 
 std::vector<int> Runs::numbers() const {
   std::vector<int> result;
-  std::error_code none;
-  for (const auto& entry : std::filesystem::directory_iterator(folder_, none)) {
+  std::error_code failure;
+  const std::filesystem::directory_iterator entries(folder_, failure);
+  if (failure && failure != std::errc::no_such_file_or_directory) {
+    throw std::system_error(failure, text::pathText(folder_));
+  }
+  for (const auto& entry : entries) {
     const auto number = text::parseInteger(entry.path().filename().string());
     if (number && *number > 0 && *number < kLastNumber && entry.is_directory()) {
       result.push_back(static_cast<int>(*number));

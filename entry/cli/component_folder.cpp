@@ -5,11 +5,13 @@
 #include <cstdlib>
 #include <fcntl.h>
 #include <fstream>
+#include <stdexcept>
 #include <system_error>
 #include <unistd.h>
 #include <vector>
 
 #include "store/sqlite/sqlite_connection.h"
+#include "text/file_path.h"
 #include "text/language.h"
 
 namespace vlout::entry::cli {
@@ -100,6 +102,15 @@ std::filesystem::path componentFolder(const std::filesystem::path& given) {
   const auto data = fromEnvironment("XDG_DATA_HOME");
   if (data.is_absolute()) return data / "velmora";
   return fromEnvironment("HOME") / ".local/share/velmora";
+}
+
+std::filesystem::path existingFolder(const std::filesystem::path& given) {
+  auto folder = componentFolder(given);
+  std::error_code unknown;  // whoever reads the folder says what is wrong with it
+  if (std::filesystem::exists(folder, unknown) || unknown) return folder;
+  throw std::runtime_error(text::say(
+      "%1: 폴더가 없습니다. 새 폴더는 vloutsync init 으로 만듭니다.",
+      "%1: there is no such folder. vloutsync init makes a new one.", {text::pathText(folder)}));
 }
 
 void initializeFolder(const std::filesystem::path& folder, const Filler& fill) {

@@ -61,6 +61,10 @@ const NamedBox* findBox(std::string_view name) {
 void press(frmOutlookSync& window, const RunRequest& request, store::Connection& connection) {
   if (!request.group.empty()) {
     const Group group = findGroup(readGroups(connection), request.group);
+    if (request.mode == frmOutlookSync::kImport && group.parent == 0) {
+      throw std::runtime_error(text::say("%1: 이 그룹에는 명함을 둘 수 없습니다",
+                                         "%1: this group takes no cards", {group.name}));
+    }
     window.useGroup({.id = std::to_string(group.id),
                      .parent = text::narrowed<std::int32_t>(group.parent),
                      .name = group.name});
@@ -194,12 +198,31 @@ transfer::Range rangeOf(const Arguments& arguments, const std::filesystem::path&
   return ExportList(folder).isThere() ? frmOutlookSync::kSelectedCards : frmOutlookSync::kAllCards;
 }
 
-// True if the user, asked if possible, wants other contacts than the last time.
-bool mayMove(const RunRequest& request) {
+// What a transfer would pass over, its user has meant in some other way.
+void requireUseOf(const Arguments& arguments) {
+  const bool exports = arguments.mode == "export";
+  const bool hasGroup = !arguments.group.empty();
+  const auto refuseUnless = [](bool used, const char* option, const text::Words& words) {
+    if (!used) throw CLI::ValidationError(option, text::say(words));
+  };
+  refuseUnless(exports || arguments.range.empty(), "--range",
+               {"내보내기(export)에서만 씁니다", "only an export uses it"});
+  refuseUnless(exports || !arguments.subgroups, "--subgroups",
+               {"내보내기(export)에서만 씁니다", "only an export uses it"});
+  refuseUnless(arguments.mode != "sync" || !hasGroup, "--group",
+               {"상호갱신(sync)은 모든 쌍을 다룹니다", "a sync takes all pairs"});
+  refuseUnless(!hasGroup || arguments.range.empty() || arguments.range == "group", "--group",
+               {"--range group 과만 함께 씁니다", "goes with --range group only"});
+}
+
+// Asks whether other contacts than the last time are meant, where there is someone to ask; elsewhere
+// the run refuses them. False when they are not meant.
+bool settleMove(RunRequest& request) {
   const std::string moved = objectionToMove(request.folder, request.contacts);
-  if (moved.empty() || request.preview) return false;
-  return confirm(text::onItsLines(text::replaceAll(moved, "\r\n", "\n")) +
-                 text::say("이 연락처로 할까요?", "Use these contacts?"));
+  if (moved.empty() || request.preview || request.goOn || !canAsk()) return true;
+  request.goOn = confirm(text::onItsLines(text::replaceAll(moved, "\r\n", "\n")) +
+                         text::say("이 연락처로 할까요?", "Use these contacts?"));
+  return request.goOn;
 }
 
 // The part of a run's lines for people who did not watch it: what it could not do, and its counts.
@@ -245,16 +268,18 @@ int runGiven(const Arguments& arguments) {
                                                   {"card", OnConflict::KeepCard},
                                                   {"outlook", OnConflict::KeepOutlook},
                                                   {"stop", OnConflict::Stop}};
+  requireUseOf(arguments);
   RunRequest request;
   request.mode = choiceOf<transfer::Mode>(transfer::kModeWords, arguments.mode);
   request.onConflict = answers.at(arguments.onConflict);
-  request.folder = componentFolder(arguments.folder);
+  request.folder = existingFolder(arguments.folder);
   request.contacts = contactsPlace(arguments.contacts, request.folder);
   request.group = arguments.group;
   request.range = rangeOf(arguments, request.folder);
   request.subgroups = arguments.subgroups;
   request.preview = arguments.preview;
-  request.goOn = arguments.yes || mayMove(request);
+  request.goOn = arguments.yes;
+  if (!settleMove(request)) return kRefused;
   for (const std::string& box : arguments.boxes) {
     request.boxes.push_back(parseBoxSetting(box).value());
   }

@@ -98,7 +98,7 @@ Json asJson(const FolderSurvey& survey) {
 }
 
 void showStatus(const Arguments& arguments, std::ostream& out) {
-  const auto folder = componentFolder(arguments.folder);
+  const auto folder = existingFolder(arguments.folder);
   const auto contacts = contactsPlace(arguments.contacts, folder);
   ReadOnlyStores stores(folder, contacts);
   const FolderSurvey survey(stores);

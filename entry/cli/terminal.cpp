@@ -20,8 +20,12 @@ const volatile std::sig_atomic_t& handleInterrupts() {
   return interrupted;
 }
 
+bool canAsk() {
+  return isatty(STDIN_FILENO) != 0;
+}
+
 bool confirm(const std::string& question) {
-  if (isatty(STDIN_FILENO) == 0) return false;
+  if (!canAsk()) return false;
   std::cerr << question << " [y/N] " << std::flush;
   std::string answer;
   std::getline(std::cin, answer);

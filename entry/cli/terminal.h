@@ -10,6 +10,9 @@ namespace vlout::entry::cli {
 // stop in order; a second one ends the program.
 [[nodiscard]] const volatile std::sig_atomic_t& handleInterrupts();
 
+// Whether there is a terminal to ask in.
+[[nodiscard]] bool canAsk();
+
 // Asks on standard error whether to go on, and reads the answer. False if there is no terminal.
 [[nodiscard]] bool confirm(const std::string& question);
 

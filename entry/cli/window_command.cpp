@@ -39,8 +39,13 @@ void showWindow(const std::filesystem::path& folder, const std::filesystem::path
 }
 
 void openWindow(const std::string& given, const std::string& contacts) {
-  const auto folder = componentFolder(given);
-  // A folder that is named has to be there.
+  if (!hasDisplay()) {
+    throw std::runtime_error(
+        text::say("창을 보여 줄 화면이 없습니다. 터미널의 명령은 vloutsync --help 에 있습니다.",
+                  "There is no display to show a window on. vloutsync --help lists the commands "
+                  "for a terminal."));
+  }
+  const auto folder = given.empty() ? componentFolder(given) : existingFolder(given);
   if (given.empty() && !std::filesystem::exists(folder)) initializeFolder(folder);
   showWindow(folder, contactsPlace(contacts, folder));
 }
