@@ -66,6 +66,7 @@ add_library(vlout_linux STATIC
   entry/cli/book_side.cpp
   entry/cli/books_command.cpp
   entry/cli/cards_command.cpp
+  entry/cli/columns.cpp
   entry/cli/component_folder.cpp
   entry/cli/contacts_place.cpp
   entry/cli/convert_command.cpp

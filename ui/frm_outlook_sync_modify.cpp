@@ -25,7 +25,7 @@ const MappedField& fieldOf(std::string_view column) {
   throw std::logic_error("no such field: " + std::string(column));
 }
 
-// What is often too long for half the width of the window.
+// True for fields that half the width of the window is often too narrow for.
 bool isLong(std::string_view column) {
   return column.starts_with("email") || column.ends_with("_addr") || column == "Memo_";
 }

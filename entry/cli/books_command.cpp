@@ -3,25 +3,24 @@
 #include <ostream>
 #include <string>
 
+#include "entry/cli/columns.h"
 #include "entry/cli/command.h"
 #include "entry/cli/json.h"
 #include "outlook/evolution/desktop.h"
 #include "text/language.h"
-#include "text/shown_text.h"
 
 namespace vlout::entry::cli {
 namespace {
 
 using outlook::evolution::BookInfo;
 
-void printLine(const BookInfo& book, std::ostream& out) {
+void addLine(const BookInfo& book, Columns& lines) {
   const std::string access = !book.writable   ? "-"
                              : *book.writable ? text::say("쓰기", "writable")
                                               : text::say("읽기 전용", "read-only");
-  out << text::onOneLine(book.name) << '\t' << text::onOneLine(book.account) << '\t' << book.kind
-      << '\t' << access << '\t' << (book.contacts ? std::to_string(*book.contacts) : "-") << '\t'
-      << (book.isDefault ? text::say("기본", "default") : "") << '\t'
-      << "book:" << text::onOneLine(book.uid) << '\t' << text::onOneLine(book.failure) << '\n';
+  lines.add({book.name, book.account, std::string(book.kind), access,
+             book.contacts ? std::to_string(*book.contacts) : "-",
+             book.isDefault ? text::say("기본", "default") : "", "book:" + book.uid, book.failure});
 }
 
 Json asJson(const BookInfo& book) {
@@ -39,7 +38,8 @@ Json asJson(const BookInfo& book) {
 void printBooks(bool json, std::ostream& out) {
   const auto books = outlook::evolution::Desktop([] {}).books();
   if (!json) {
-    for (const BookInfo& book : books) printLine(book, out);
+    Columns lines(out);
+    for (const BookInfo& book : books) addLine(book, lines);
     return;
   }
   Json list = Json::array();

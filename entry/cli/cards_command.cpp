@@ -8,6 +8,7 @@
 #include <ostream>
 #include <string>
 
+#include "entry/cli/columns.h"
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
 #include "entry/cli/contacts_place.h"
@@ -20,7 +21,6 @@
 #include "store/sql.h"
 #include "text/ascii.h"
 #include "text/language.h"
-#include "text/shown_text.h"
 
 namespace vlout::entry::cli {
 namespace {
@@ -67,7 +67,7 @@ std::string_view keyOf(const Standings& standings, std::string_view card) {
 }
 
 std::string shown(std::string_view value) {
-  return value.empty() ? "" : text::onOneLine(transfer::shownValue(value));
+  return value.empty() ? "" : transfer::shownValue(value);
 }
 
 // --- list ---------------------------------------------------------------------------------------
@@ -95,27 +95,33 @@ bool contains(const store::Recordset& row, const std::string& wanted) {
 }
 
 void listCards(const Arguments& arguments, std::ostream& out) {
-  const auto folder = componentFolder(arguments.folder);
+  const auto folder = existingFolder(arguments.folder);
   ReadOnlyStores stores(folder, contactsPlace(arguments.contacts, folder));
   const FolderSurvey survey(stores);
   const Standings standings = standingsOf(survey);
   const std::string wanted = text::toAsciiUpper(arguments.wanted);
   Json list = Json::array();
+  Columns lines(out);
   const auto rows = stores.connection().query(
       "SELECT i_idx,FullName,CompanyName,cellphone,email,folder_name from [tbl_namecard] Where "
       "[P_IDX]=0 order by [FullName] ASC");
   for (; !rows->atEnd(); rows->moveNext()) {
     if (!contains(*rows, wanted)) continue;
     Json card;
+    std::vector<std::string> cells;
     for (const auto& [column, key] : kListed) {
       const std::string_view value = store::nullSafe(rows->field(column));
       card[std::string(key)] = value;
-      if (!arguments.json) out << shown(value) << '\t';
+      cells.push_back(shown(value));
     }
     const std::string_view id = store::nullSafe(rows->field("i_idx"));
-    if (!arguments.json) out << captionOf(standings, id) << '\n';
     card["standing"] = keyOf(standings, id);
-    if (arguments.json) list.push_back(std::move(card));
+    cells.push_back(captionOf(standings, id));
+    if (arguments.json) {
+      list.push_back(std::move(card));
+    } else {
+      lines.add(std::move(cells));
+    }
   }
   if (arguments.json) print(list, out);
 }
@@ -150,7 +156,7 @@ std::string requireOneCard(store::Connection& connection, const std::string& wan
 }
 
 void showCard(const Arguments& arguments, std::ostream& out) {
-  const auto folder = componentFolder(arguments.folder);
+  const auto folder = existingFolder(arguments.folder);
   ReadOnlyStores stores(folder, contactsPlace(arguments.contacts, folder));
   const std::string id = requireOneCard(stores.connection(), arguments.wanted);
   const FolderSurvey survey(stores);
@@ -161,9 +167,11 @@ void showCard(const Arguments& arguments, std::ostream& out) {
                            ? nullptr
                            : stores.contacts().item(found->second.contact);
   Json fields = Json::array();
-  if (!arguments.json)
-    out << id << '\t' << captionOf(standings, id) << "\n\t"
-        << text::say("벨모라\t아웃룩", "Velmora\tOutlook") << '\n';
+  Columns lines(out);
+  if (!arguments.json) {
+    lines.add({id, captionOf(standings, id)});
+    lines.add({"", text::say("벨모라", "Velmora"), text::say("아웃룩", "Outlook")});
+  }
   for (const auto& field : transfer::compareSides(row.get(), contact.get())) {
     const bool differs = contact && field.differs();
     fields.push_back({{"field", field.column},
@@ -171,8 +179,10 @@ void showCard(const Arguments& arguments, std::ostream& out) {
                       {"contact", field.contact},
                       {"differs", differs}});
     if (arguments.json) continue;
-    out << outlook::fieldCaption(field.column) << '\t' << shown(field.card) << '\t'
-        << shown(field.contact) << (differs ? "\t≠" : "") << '\n';
+    std::vector<std::string> cells{std::string(outlook::fieldCaption(field.column)),
+                                   shown(field.card), shown(field.contact)};
+    if (differs) cells.emplace_back("≠");
+    lines.add(std::move(cells));
   }
   if (arguments.json) {
     print({{"card", id}, {"standing", keyOf(standings, id)}, {"fields", fields}}, out);
@@ -182,7 +192,7 @@ void showCard(const Arguments& arguments, std::ostream& out) {
 // --- folders ------------------------------------------------------------------------------------
 
 void printFolders(const Arguments& arguments, std::ostream& out) {
-  const auto folder = componentFolder(arguments.folder);
+  const auto folder = existingFolder(arguments.folder);
   ReadOnlyStores stores(folder, contactsPlace("", folder));
   const auto groups = readGroups(stores.connection());
   if (arguments.json) {
@@ -194,9 +204,10 @@ void printFolders(const Arguments& arguments, std::ostream& out) {
     print(list, out);
     return;
   }
+  Columns lines(out);
   for (const Group& group : groups) {
-    out << std::string(static_cast<std::size_t>(group.depth) * 2, ' ')
-        << text::onOneLine(group.name) << '\t' << group.id << '\n';
+    lines.add({std::string(static_cast<std::size_t>(group.depth) * 2, ' ') + group.name,
+               std::to_string(group.id)});
   }
 }
 

@@ -106,11 +106,11 @@ std::filesystem::path componentFolder(const std::filesystem::path& given) {
 
 std::filesystem::path existingFolder(const std::filesystem::path& given) {
   auto folder = componentFolder(given);
-  std::error_code unknown;  // whoever reads the folder says what is wrong with it
+  std::error_code unknown;  // whoever reads the folder reports it
   if (std::filesystem::exists(folder, unknown) || unknown) return folder;
-  throw std::runtime_error(text::say(
-      "%1: 폴더가 없습니다. 새 폴더는 vloutsync init 으로 만듭니다.",
-      "%1: there is no such folder. vloutsync init makes a new one.", {text::pathText(folder)}));
+  throw std::runtime_error(text::say("%1: 폴더가 없습니다. 새 폴더는 vloutsync init 으로 만듭니다.",
+                                     "%1: there is no such folder. vloutsync init makes a new one.",
+                                     {text::pathText(folder)}));
 }
 
 void initializeFolder(const std::filesystem::path& folder, const Filler& fill) {

@@ -12,7 +12,7 @@ namespace vlout::entry::cli {
 // `given`, else $VELMORA_FOLDER, else velmora in the user's data folder.
 [[nodiscard]] std::filesystem::path componentFolder(const std::filesystem::path& given);
 
-// The same, where there has to be one. Throws std::runtime_error, which says how to make one.
+// The same, but it must exist. Throws std::runtime_error, which says how to make one.
 [[nodiscard]] std::filesystem::path existingFolder(const std::filesystem::path& given);
 
 // Fills the database of a new component folder. What it returns becomes the host's export list,

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "entry/cli/columns.h"
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
 #include "entry/cli/run_lines.h"
@@ -13,9 +14,9 @@
 namespace vlout::entry::cli {
 namespace {
 
-void print(const RunLine& run, std::ostream& out) {
-  out << run.number << '\t' << text::onOneLine(run.started) << '\t' << text::onOneLine(run.transfer)
-      << '\t' << run.state << '\t' << text::onOneLine(run.counts) << '\t' << run.wayBack << '\n';
+std::vector<std::string> cellsOf(const RunLine& run) {
+  return {
+      std::to_string(run.number), run.started, run.transfer, run.state, run.counts, run.wayBack};
 }
 
 // A line for each run, the newest last.
@@ -25,22 +26,22 @@ void printHistory(const std::filesystem::path& folder, std::ostream& out, std::o
     errors << text::say("%1: 아직 작업이 없습니다.\n", "%1: no runs yet.\n",
                         {text::onOneLine(folder.string())});
   }
-  for (const RunLine& run : lines) print(run, out);
+  Columns columns(out);
+  for (const RunLine& run : lines) columns.add(cellsOf(run));
 }
 
 // What one run has shown and changed.
 void printRun(const std::filesystem::path& folder, int number, std::ostream& out) {
   const auto report = history::reportOf(folder, number);
   for (const RunLine& run : runLines(history::Runs(folder))) {
-    if (run.number == number) print(run, out);
+    if (run.number == number) Columns(out).add(cellsOf(run));
   }
-  for (const auto& line : report.lines) {
-    out << line[0] << '\t' << line[1] << '\t' << line[2] << '\n';
-  }
+  Columns lines(out);
+  for (const auto& line : report.lines) lines.add({line.begin(), line.end()});
   for (const ChangeLine& line : changeLines(report)) {
-    out << text::onOneLine(line.who) << '\t' << line.how;
-    if (!line.what.empty()) out << '\t' << text::onOneLine(line.what);
-    out << '\n';
+    std::vector<std::string> cells{line.who, line.how};
+    if (!line.what.empty()) cells.push_back(line.what);
+    lines.add(std::move(cells));
   }
 }
 
@@ -60,9 +61,9 @@ void addHistoryCommand(CLI::App& app, int& status) {
   addFolderOption(*command, *folder);
   command->callback([folder, run, &status] {
     if (*run == 0) {
-      printHistory(componentFolder(*folder), std::cout, std::cerr);
+      printHistory(existingFolder(*folder), std::cout, std::cerr);
     } else {
-      printRun(componentFolder(*folder), *run, std::cout);
+      printRun(existingFolder(*folder), *run, std::cout);
     }
     status = kDone;
   });

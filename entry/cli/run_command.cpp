@@ -198,7 +198,7 @@ transfer::Range rangeOf(const Arguments& arguments, const std::filesystem::path&
   return ExportList(folder).isThere() ? frmOutlookSync::kSelectedCards : frmOutlookSync::kAllCards;
 }
 
-// What a transfer would pass over, its user has meant in some other way.
+// Refuses options that the transfer would ignore: their user means something else.
 void requireUseOf(const Arguments& arguments) {
   const bool exports = arguments.mode == "export";
   const bool hasGroup = !arguments.group.empty();
@@ -215,8 +215,8 @@ void requireUseOf(const Arguments& arguments) {
                {"--range group 과만 함께 씁니다", "goes with --range group only"});
 }
 
-// Asks whether other contacts than the last time are meant, where there is someone to ask; elsewhere
-// the run refuses them. False when they are not meant.
+// Asks whether the user wants other contacts than the last time. False if the answer is no. Without
+// a terminal to ask in, the run itself refuses them.
 bool settleMove(RunRequest& request) {
   const std::string moved = objectionToMove(request.folder, request.contacts);
   if (moved.empty() || request.preview || request.goOn || !canAsk()) return true;

@@ -10,7 +10,7 @@ namespace vlout::entry::cli {
 // stop in order; a second one ends the program.
 [[nodiscard]] const volatile std::sig_atomic_t& handleInterrupts();
 
-// Whether there is a terminal to ask in.
+// True if there is a terminal to ask in.
 [[nodiscard]] bool canAsk();
 
 // Asks on standard error whether to go on, and reads the answer. False if there is no terminal.

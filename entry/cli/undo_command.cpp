@@ -4,9 +4,9 @@
 #include <limits>
 #include <memory>
 #include <string>
-#include <unistd.h>
 
 #include "entry/cli/book_side.h"
+#include "entry/cli/columns.h"
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
 #include "entry/cli/run_lines.h"
@@ -41,17 +41,18 @@ void printChanges(const history::Undo& undo, std::ostream& out) {
   for (const auto& file : undo.files()) ++files.at(static_cast<std::size_t>(file.change));
   printCounts(text::say("명함:", "Cards:"), rows, out);
   printCounts(text::say("연락처:", "Contacts:"), files, out);
+  Columns lines(out);
   for (const UndoLine& line : undoLines(undo)) {
-    out << line.kind << '\t' << line.how << '\t' << text::onOneLine(line.person);
-    if (!line.file.empty()) out << '\t' << text::onOneLine(line.file);
-    out << '\n';
+    std::vector<std::string> cells{line.kind, line.how, line.person};
+    if (!line.file.empty()) cells.push_back(line.file);
+    lines.add(std::move(cells));
   }
 }
 
 // Says what it will change and what was edited since, asks, and goes back. False if nothing was
 // done.
 bool undoRun(const Arguments& request, std::ostream& out, std::ostream& errors) {
-  const auto folder = componentFolder(request.folder);
+  const auto folder = existingFolder(request.folder);
   history::Undo undo(folder, request.run, [&](const std::filesystem::path& contacts) {
     return openMirrored(folder, contacts);
   });
@@ -72,7 +73,7 @@ bool undoRun(const Arguments& request, std::ostream& out, std::ostream& errors) 
         "--force.\n");
     return false;
   }
-  if (!request.yes && isatty(STDIN_FILENO) == 0) {
+  if (!request.yes && !canAsk()) {
     errors << text::say("터미널이 아니어서 물을 수 없습니다. 되돌리려면 --yes 를 붙이십시오.\n",
                         "There is no terminal to ask in. To undo, add --yes.\n");
     return false;
