@@ -29,9 +29,11 @@ void Runtime::connectDatabase() {
   try {
     connection().open({.componentFolder = folder_});
   } catch (const store::DatabaseError& error) {
-    databaseFailure_ = error.what();
+    std::string message = "데이터베이스 연결 오류!";
+    // A host has one folder, and knows it.
+    if (platform_.desk) message.append("\r\n").append(error.what());
     // Start-up goes on: the closed connection tells every later caller the reason.
-    toolkit().messageBox(ui::MessageIcon::Critical, "데이터베이스 연결 오류!");
+    toolkit().messageBox(ui::MessageIcon::Critical, message);
   }
 }
 

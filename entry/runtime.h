@@ -55,8 +55,6 @@ class Runtime : public ui::Component {
   // Makes a new connection, which replaces the old one, and opens it. A failure is shown in one
   // message and leaves the connection closed.
   void connectDatabase();
-  // Why the connection is closed, after a failure.
-  [[nodiscard]] const std::string& databaseFailure() const { return databaseFailure_; }
 
   [[nodiscard]] ui::Toolkit& toolkit() { return *platform_.toolkit; }
   [[nodiscard]] const ExportList& exportList() const { return exportList_; }
@@ -92,7 +90,6 @@ class Runtime : public ui::Component {
   Platform platform_;
   ExportList exportList_;
   std::unique_ptr<store::Connection> connection_;
-  std::string databaseFailure_;
   ui::OptionValues options_;
   ui::WindowResults results_;
   std::int32_t selectedGroupParent_ = 1;

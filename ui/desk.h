@@ -52,6 +52,8 @@ class Desk {
   };
   [[nodiscard]] virtual std::filesystem::path folder() const = 0;
   [[nodiscard]] virtual Place contacts() const = 0;
+  // Why the present contacts cannot be used; empty if they can.
+  [[nodiscard]] virtual std::string objection() const = 0;
   // The present one first, then the usual folder and the address books of the desktop.
   [[nodiscard]] virtual std::vector<Place> places() = 0;
 

@@ -119,6 +119,9 @@ void frmOverview::showSurvey() {
       "현황: 상호갱신이 무엇을 할지 보여 줍니다. 줄을 두 번 누르면 명함과 연락처를 나란히 봅니다.",
       "Overview: what a sync would do. Double-click a line to see card and contact side by side."));
   const Look look(component_);
+  if (const auto objection = desk_.objection(); !objection.empty()) {
+    throw outlook::ContactStoreError(objection);
+  }
   if (!component_.contacts().connect()) {
     throw outlook::ContactStoreError(component_.contacts().connectFailure());
   }

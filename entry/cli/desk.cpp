@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "entry/cli/book_side.h"
+#include "entry/cli/contacts_place.h"
 #include "entry/cli/run_lines.h"
 #include "entry/option_file.h"
 #include "outlook/evolution/desktop.h"
@@ -41,6 +42,10 @@ class LinuxUndoPlan : public ui::UndoPlan {
 
 ui::Desk::Place LinuxDesk::contacts() const {
   return {text::pathText(contacts_), contacts_};
+}
+
+std::string LinuxDesk::objection() const {
+  return objectionToFolderOfFolders(contacts_);
 }
 
 std::vector<ui::Desk::Place> LinuxDesk::places() {

@@ -17,6 +17,7 @@ class LinuxDesk : public ui::Desk {
 
   [[nodiscard]] std::filesystem::path folder() const override { return folder_; }
   [[nodiscard]] Place contacts() const override;
+  [[nodiscard]] std::string objection() const override;
   [[nodiscard]] std::vector<Place> places() override;
   void moveTo(const std::filesystem::path& folder, const std::filesystem::path& contacts) override;
   [[nodiscard]] bool isMoving() const override { return next_.has_value(); }

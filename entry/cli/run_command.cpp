@@ -123,9 +123,6 @@ bool runTransfer(const RunRequest& request, std::ostream& results, std::ostream&
   bool completed = false;
   Runtime* component = nullptr;
   const auto script = [&](frmOutlookSync& window) {
-    // The component's own message does not say which file it was.
-    if (!component->connection().isOpen())
-      errors << text::onItsLines(component->databaseFailure()) << '\n';
     try {
       press(window, request, component->connection());
     } catch (const std::exception& error) {
