@@ -88,7 +88,8 @@ FormWindow::FormWindow(Form& form, QWidget* parent)
   size.setWidth(std::max(size.width(), footer->sizeHint().width()));
   size.rheight() += footer->sizeHint().height();
   if (size.height() > room.height()) {
-    size.rwidth() += style()->pixelMetric(QStyle::PM_ScrollBarExtent);
+    // One more, since at a scale of one and a half the window may be rounded down.
+    size.rwidth() += style()->pixelMetric(QStyle::PM_ScrollBarExtent) + 1;
   }
   resize(formSize.expandedTo(size).boundedTo(room));
 }
