@@ -4,11 +4,14 @@
 #include <cerrno>
 #include <cstring>
 #include <fcntl.h>
+#include <map>
 #include <string>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
+#include "posix/file_descriptor.h"
 #include "store/connection.h"
 #include "text/language.h"
 
@@ -42,6 +45,20 @@ void look(const std::filesystem::path& database, bool mustBeWritable) {
 
 void requireRegularFiles(const std::filesystem::path& database) {
   look(database, false);
+}
+
+int keptOpen(const std::filesystem::path& database) {
+  static std::map<std::pair<dev_t, ino_t>, int> descriptors;
+  struct stat status {};
+  if (::stat(database.c_str(), &status) != 0) return -1;
+  const auto known = descriptors.find({status.st_dev, status.st_ino});
+  if (known != descriptors.end()) return known->second;
+  const int opened = posix::openKeepingAccessTime(database.c_str(), O_NONBLOCK);
+  // It may be another file by now.
+  if (opened >= 0 && ::fstat(opened, &status) == 0) {
+    descriptors.insert({{status.st_dev, status.st_ino}, opened});
+  }
+  return opened;
 }
 
 void requireWritable(const std::filesystem::path& database) {

@@ -15,4 +15,10 @@ void requireRegularFiles(const std::filesystem::path& database);
 // The same, and the files must be writable.
 void requireWritable(const std::filesystem::path& database);
 
+// A descriptor that reads the file, for `pread` and the like; -1 and `errno` if it cannot be
+// opened. It stays open as long as the process: closing any descriptor of a file drops all locks
+// that the process holds on it, those of SQLite's connections included. Other programs would then
+// take such a connection's log for abandoned, and delete it with what is in it.
+[[nodiscard]] int keptOpen(const std::filesystem::path& database);
+
 }  // namespace vlout::store::sqlite

@@ -31,19 +31,24 @@ constexpr std::array<const char*, 3> kSuffixes{"", "-wal", "-journal"};
   throw DatabaseError(std::strerror(errno));
 }
 
-// Copies a file without changing its access time. False if there is no file.
+void copyFrom(int source, const std::string& to) {
+  const posix::FileDescriptor target(
+      ::open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
+  if (source < 0 || target.get() < 0) failWithSystemText();
+  constexpr std::size_t kPiece = std::size_t{1} << 24;
+  off_t from = 0;
+  ssize_t copied = 0;
+  do {
+    copied = ::sendfile(target.get(), source, &from, kPiece);
+    if (copied < 0) failWithSystemText();
+  } while (copied > 0);
+}
+
+// Copies a file beside the database without changing its access time. False if there is no file.
 bool copyFile(const std::string& from, const std::string& to) {
   const posix::FileDescriptor source(posix::openKeepingAccessTime(from.c_str(), O_NONBLOCK));
   if (source.get() < 0 && errno == ENOENT) return false;
-  const posix::FileDescriptor target(
-      ::open(to.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0600));
-  if (source.get() < 0 || target.get() < 0) failWithSystemText();
-  constexpr std::size_t kPiece = std::size_t{1} << 24;
-  ssize_t copied = 0;
-  do {
-    copied = ::sendfile(target.get(), source.get(), nullptr, kPiece);
-    if (copied < 0) failWithSystemText();
-  } while (copied > 0);
+  copyFrom(source.get(), to);
   return true;
 }
 
@@ -81,10 +86,9 @@ bool copyDatabase(const std::string& from, const std::string& to) {
   for (int i = 0; i < kTries; ++i) {
     const auto before = statesOf(from);
     if (isSettled(before)) {
-      for (const char* const suffix : kSuffixes) {
-        const bool copied = copyFile(from + suffix, to + suffix);
-        if (!copied && *suffix == '\0') failWithSystemText();
-        if (!copied) ::unlink((to + suffix).c_str());
+      copyFrom(keptOpen(from), to);
+      for (const char* const suffix : {"-wal", "-journal"}) {
+        if (!copyFile(from + suffix, to + suffix)) ::unlink((to + suffix).c_str());
       }
       if (statesOf(from) == before) return true;
     }

@@ -11,7 +11,6 @@
 #include <utility>
 #include <vector>
 
-#include "posix/file_descriptor.h"
 #include "store/sqlite/database_files.h"
 #include "store/statement_text.h"
 #include "text/ascii.h"
@@ -26,8 +25,7 @@ constexpr std::size_t kMostPrepared = 64;
 
 bool isJetFile(const std::filesystem::path& file) {
   std::array<char, 20> head{};
-  const posix::FileDescriptor stream(posix::openKeepingAccessTime(file.c_str(), O_NONBLOCK));
-  const ssize_t count = ::read(stream.get(), head.data(), head.size());
+  const ssize_t count = ::pread(keptOpen(file), head.data(), head.size(), 0);
   const std::string_view mark(head.data() + 4, 15);
   return count == static_cast<ssize_t>(head.size()) &&
          (mark == "Standard Jet DB" || mark == "Standard ACE DB");

@@ -1,6 +1,7 @@
 #include "store/sqlite/sqlite_connection.h"
 
 #include <csignal>
+#include <cstdlib>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,6 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "store/sql.h"
+#include "store/sqlite/preview_connection.h"
 #include "tests/support/database_fixture.h"
 
 namespace vlout::store::sqlite {
@@ -206,6 +208,22 @@ TEST_F(SqliteConnectionTest, ReadsOfOneMomentHoldNobodyUp) {
   connection.readTogether(true);  // they were a while ago
   EXPECT_EQ(title(), "d");
   connection.readTogether(false);
+}
+
+// A program that finds nobody else in the database takes the log away when it closes.
+TEST_F(SqliteConnectionTest, StaysInTheDatabaseWhileOthersComeAndGo) {
+  const tests::TemporaryFolder elsewhere;
+  connection.execute("INSERT INTO tbl_namecard(i_idx) VALUES(1)");
+  SqliteConnection().open(settings);
+  PreviewConnection(elsewhere.path(), {}).open(settings);
+  const std::string sql = "\" \"UPDATE tbl_namecard SET JobTitle='b'\"";
+  ASSERT_EQ(std::system(("sqlite3 \"" + settings.databaseFile().string() + sql).c_str()), 0);
+  connection.execute("UPDATE tbl_namecard SET Department='c'");
+  SqliteConnection later;
+  later.open(settings);
+  const auto row = later.query("SELECT JobTitle,Department FROM tbl_namecard");
+  EXPECT_EQ(row->field("JobTitle"), "b");
+  EXPECT_EQ(row->field("Department"), "c");
 }
 
 // In a database without a log even an open waits for another program that writes.
