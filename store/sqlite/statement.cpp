@@ -230,6 +230,10 @@ Value Statement::value(int column) const {
   return Value(sqlite3_column_value(statement_.get(), column));
 }
 
+std::string_view Statement::bytes(int column) const {
+  return value(column).bytes();
+}
+
 int Statement::columnCount() const {
   return sqlite3_column_count(statement_.get());
 }

@@ -90,7 +90,7 @@ class Statement {
   [[nodiscard]] std::int64_t number(int column) const;
   // These last until the next step.
   [[nodiscard]] Value value(int column) const;
-  [[nodiscard]] std::string_view bytes(int column) const { return value(column).bytes(); }
+  [[nodiscard]] std::string_view bytes(int column) const;
   [[nodiscard]] std::string text(int column) const { return std::string(bytes(column)); }
 
   [[nodiscard]] int columnCount() const;
