@@ -50,8 +50,8 @@ class DamagedLog : public std::runtime_error {
                                      "%1: the restore point is damaged", {log.string()})) {}
 };
 
-// What a log says was written. If the run was killed, the last write of the files or of the rows
-// may not have been made.
+// What a log says was written. If the run was killed, the last write of the rows may not have been
+// made, nor the last of the files, which are several if contacts were being saved together.
 struct Written {
   std::vector<FileWrite> files;
   std::vector<RowWrite> rows;

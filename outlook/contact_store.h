@@ -82,10 +82,12 @@ class Contact {
   virtual void save() = 0;
   // `save` of a contact that was written from the row whose number it carries, before the row gets
   // the dates of this transfer. A store that remembers it can tell later, when the program was
-  // killed in between, that nothing but those dates is missing.
+  // killed in between, that nothing but those dates is missing. The save of a new contact may wait
+  // for the store's `savePostponed`.
   virtual void saveSent() { save(); }
 
-  // When the contact was last saved, by anyone; with its fraction of a second.
+  // When the contact was last saved, by anyone; with its fraction of a second. If a postponed save
+  // has failed, this throws the reason.
   [[nodiscard]] virtual text::DateTime lastModificationTime() = 0;
 };
 
@@ -143,6 +145,13 @@ class ContactStore {
 
   // A new contact, not yet part of the folder.
   [[nodiscard]] virtual std::unique_ptr<Contact> create() = 0;
+
+  // Some stores save many new contacts at little more cost than one. They postpone such saves until
+  // `savePostponed`. True if the next one would wait along with the others, false if it is time to
+  // call that, or if each contact is saved at once.
+  [[nodiscard]] virtual bool postponesNext() const { return false; }
+  // Makes the postponed saves. `lastModificationTime` of each contact tells how its own ended.
+  virtual void savePostponed() {}
 
   // Lets the user choose categories for a new contact in the store's own dialog. Throws
   // ContactStoreError where there is no such dialog.

@@ -248,7 +248,11 @@ void writeContactFromRow(Contact& contact, const store::Recordset& row, ContactW
   for (const std::size_t index : kWriteIndexes) {
     if (!keepName || index != kCategories) write(index);
   }
-  if (options.pictures != nullptr) options.pictures->attach(contact, row);
+  const std::string leftBehind =
+      options.pictures == nullptr ? std::string() : options.pictures->attach(contact, row);
+  if (!leftBehind.empty() && options.pictureFailed) {
+    options.pictureFailed(store::nullSafe(row.field("FullName")), leftBehind);
+  }
   addVLID(contact, store::nullSafe(row.field("i_idx")));
   contact.saveSent();
 }

@@ -3,6 +3,7 @@
 // deliberately not mirror images of each other.
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <span>
 #include <string>
@@ -53,6 +54,8 @@ struct MapOptions {
   bool splitName = true;   // "성,이름 분리해서 보내기"
   bool protectFax = true;  // "팩스번호는 아웃룩 정보를 보호함"
   PictureAttacher* pictures = nullptr;
+  // Told of a picture that could not be sent: the row's name and the cause.
+  std::function<void(std::string_view name, std::string_view cause)> pictureFailed{};
 };
 
 // Writes every mapped field of the row's current record into the contact, stamps it with `VLID` and

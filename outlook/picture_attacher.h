@@ -1,6 +1,8 @@
 // The hook through which a card's picture goes onto its contact while the contact is written.
 #pragma once
 
+#include <string>
+
 #include "outlook/contact_store.h"
 #include "store/connection.h"
 
@@ -14,8 +16,8 @@ class PictureAttacher {
   virtual ~PictureAttacher() = default;
 
   // Attaches the picture of the row's current record, in place of the one attached before. One
-  // that cannot be written is reported and left out.
-  virtual void attach(Contact& contact, const store::Recordset& row) = 0;
+  // that cannot be written is left out. Returns the reason, or an empty text.
+  [[nodiscard]] virtual std::string attach(Contact& contact, const store::Recordset& row) = 0;
 };
 
 }  // namespace vlout::outlook

@@ -1,5 +1,7 @@
 #include "transfer/export.h"
 
+#include <utility>
+
 #include "outlook/normalizer.h"
 #include "outlook/pairing.h"
 #include "store/sql.h"
@@ -147,35 +149,64 @@ RunEnd Export::addPhase() {
   }
   const auto positions = list_.remaining();
   heading.setSteps(positions.size());
+  std::vector<Addition> additions;
   for (std::size_t n = 0; end == RunEnd::Completed && n < positions.size(); ++n) {
     heading.advance(n + 1);
     if (window_.yield()) {
       end = RunEnd::Stopped;
     } else {
-      const WorkListRow& row = list_.row(positions[n]);
-      guarded([&] { return row.name; }, [&] { addUnlessHidden(row); });
+      additions.push_back(beginAdding(list_.row(positions[n])));
+      if (additions.back().failure || !contacts_.postponesNext()) finishAdding(additions);
     }
   }
+  finishAdding(additions);
   heading.end(end);
   return end;
 }
 
-// A card whose contact exists but could not be read must not get a second one.
-void Export::addUnlessHidden(const WorkListRow& row) {
-  const bool sentBefore = text::parseDateTime(row.lastSync).has_value();
-  if (list_.isReserved(row.id) || (sentBefore && hidesContacts_)) {
-    reportFailure(row.name, "이 명함의 연락처를 읽지 못하여 새로 보내지 않습니다");
-  } else {
-    add(row.id);
+// A failure is kept until it is the record's turn to be reported.
+Export::Addition Export::beginAdding(const WorkListRow& row) {
+  Addition addition{.row = row};
+  try {
+    writeNew(addition);
+  } catch (const std::exception&) {
+    addition.failure = std::current_exception();
+  }
+  return addition;
+}
+
+void Export::writeNew(Addition& addition) {
+  const WorkListRow& listed = addition.row;
+  const bool sentBefore = text::parseDateTime(listed.lastSync).has_value();
+  if (list_.isReserved(listed.id) || (sentBefore && hidesContacts_)) {
+    // A card whose contact exists but could not be read must not get a second one.
+    throw outlook::ContactStoreError("이 명함의 연락처를 읽지 못하여 새로 보내지 않습니다");
+  }
+  const auto row = store::readCard(connection_, listed.id);
+  addition.name = rowName(*row);
+  addition.contact = contacts_.create();
+  outlook::MapOptions map = options_.map;
+  map.pictureFailed = [&](std::string_view, std::string_view cause) {
+    addition.pictureFailure = cause;
+  };
+  outlook::writeContactFromRow(*addition.contact, *row, ContactWrite::Create, map);
+}
+
+void Export::finishAdding(std::vector<Addition>& additions) {
+  contacts_.savePostponed();
+  for (const Addition& each : std::exchange(additions, {})) {
+    guarded([&] { return each.row.name; }, [&] { finishAdding(each); });
   }
 }
 
-void Export::add(const std::string& rowId) {
-  const auto row = store::readCard(connection_, rowId);
-  const auto contact = contacts_.create();
-  outlook::writeContactFromRow(*contact, *row, ContactWrite::Create, options_.map);
-  stampRow(connection_, contact->lastModificationTime(), rowId);
-  window_.selectResult(addLine(window_, "추가→(" + rowName(*row) + ")", "100%", "완료", rowId));
+void Export::finishAdding(const Addition& addition) {
+  if (!addition.pictureFailure.empty() && options_.map.pictureFailed) {
+    options_.map.pictureFailed(addition.name, addition.pictureFailure);
+  }
+  if (addition.failure) std::rethrow_exception(addition.failure);
+  const std::string& id = addition.row.id;
+  stampRow(connection_, addition.contact->lastModificationTime(), id);
+  window_.selectResult(addLine(window_, "추가→(" + addition.name + ")", "100%", "완료", id));
   ++added_;
 }
 

@@ -3,8 +3,11 @@
 // button of the main window calls it with the work list loaded.
 #pragma once
 
+#include <exception>
+#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "outlook/contact_store.h"
 #include "outlook/field_map.h"
@@ -31,9 +34,10 @@ class Export : private Transfer {
         options_(options),
         rowUpdate_(connection, window) {}
 
-  // Runs both phases; each record is written and stamped before the next one is looked at. A record
-  // that fails is reported and passed over. Throws ContactStoreError or DatabaseError when the
-  // folder or the database is lost as a whole.
+  // Runs both phases; each record is written and stamped before the next one is looked at, except
+  // for new contacts that the folder saves together: their rows follow them in the same order. A
+  // record that fails is reported and passed over. Throws ContactStoreError or DatabaseError when
+  // the folder or the database is lost as a whole.
   RunEnd runExport();
 
  private:
@@ -51,8 +55,18 @@ class Export : private Transfer {
   void reserveRowsOf(std::size_t position);
   void compareOrMerge(outlook::Contact& contact, std::size_t position);
   void compare(const std::string& rowId, outlook::Contact& contact);
-  void addUnlessHidden(const WorkListRow& row);
-  void add(const std::string& rowId);
+  // A row that is being added as a new contact.
+  struct Addition {
+    const WorkListRow& row;
+    std::string name{};
+    std::unique_ptr<outlook::Contact> contact{};
+    std::string pictureFailure{};
+    std::exception_ptr failure{};
+  };
+  [[nodiscard]] Addition beginAdding(const WorkListRow& row);
+  void writeNew(Addition& addition);
+  void finishAdding(std::vector<Addition>& additions);
+  void finishAdding(const Addition& addition);
 
   ExportOptions options_;
   RowUpdate rowUpdate_;

@@ -50,13 +50,13 @@ void removeAttachments(outlook::Contact& contact, std::string_view name, std::st
 
 }  // namespace
 
-void CardPictureAttacher::attach(outlook::Contact& contact, const store::Recordset& row) {
+std::string CardPictureAttacher::attach(outlook::Contact& contact, const store::Recordset& row) {
   const store::Field picture = row.field("Thumbnail");
   if (showing_ == Showing::Yes) {
     constexpr std::string_view kJpegBegins = "\xFF\xD8";
     contact.showPicture(picture && picture->starts_with(kJpegBegins) ? *picture : "");
   }
-  if (!picture) return;
+  if (!picture) return {};
   std::error_code ignored;  // a folder that cannot be made shows when the file is written
   if (std::filesystem::create_directories(folder_, ignored)) {
     std::filesystem::permissions(folder_, std::filesystem::perms::owner_all, ignored);
@@ -74,8 +74,9 @@ void CardPictureAttacher::attach(outlook::Contact& contact, const store::Records
   } catch (const std::runtime_error& error) {
     // Saved now, the contact would have lost the picture that it had.
     if (removed) throw;
-    failed_(store::nullSafe(row.field("FullName")), error.what());
+    return error.what();
   }
+  return {};
 }
 
 void saveFieldToFile(const std::filesystem::path& file, std::string_view value, FieldSaving how,

@@ -3,7 +3,7 @@
 #pragma once
 
 #include <filesystem>
-#include <functional>
+#include <string>
 #include <string_view>
 
 #include "outlook/picture_attacher.h"
@@ -12,27 +12,22 @@ namespace vlout::ui {
 
 class CardPictureAttacher : public outlook::PictureAttacher {
  public:
-  // Told of a picture that could not be sent: the row's name and the cause.
-  using Failed = std::function<void(std::string_view name, std::string_view cause)>;
-
   // Whether contacts without another picture also show the card's.
   enum class Showing { No, Yes };
 
   // `temporaryFolder` is made if it does not exist.
-  CardPictureAttacher(std::filesystem::path temporaryFolder, Failed failed,
-                      Showing showing = Showing::No)
-      : folder_(std::move(temporaryFolder)), failed_(std::move(failed)), showing_(showing) {}
+  explicit CardPictureAttacher(std::filesystem::path temporaryFolder, Showing showing = Showing::No)
+      : folder_(std::move(temporaryFolder)), showing_(showing) {}
 
   // Replaces the attachment named like the row's `Fname`, compared without regard to case; a row
   // without a picture changes nothing. The new attachment is named `Fname` or, if that is empty,
   // like the temporary file, so that the next write finds it. A picture that cannot be written
   // fails alone. Only if the old one has already been taken off the contact is the failure thrown,
   // so that the contact is not saved without either.
-  void attach(outlook::Contact& contact, const store::Recordset& row) override;
+  [[nodiscard]] std::string attach(outlook::Contact& contact, const store::Recordset& row) override;
 
  private:
   std::filesystem::path folder_;
-  Failed failed_;
   Showing showing_;
 };
 

@@ -429,13 +429,9 @@ void frmOutlookSync::runRecorded() {
     refuse(objection);
     return;
   }
-  pictures_.emplace(
-      component_.temporaryFolder(),
-      [this](std::string_view name, std::string_view cause) {
-        const std::string line = text::say("사진 실패→(%1): ", "Picture failed→(%1): ", {name});
-        transfer::addLine(*this, line + std::string(cause), "0%", "실패");
-      },
-      Check8.isChecked() ? CardPictureAttacher::Showing::Yes : CardPictureAttacher::Showing::No);
+  pictures_.emplace(component_.temporaryFolder(), Check8.isChecked()
+                                                      ? CardPictureAttacher::Showing::Yes
+                                                      : CardPictureAttacher::Showing::No);
   const auto failed = [this](const std::string& message, const char* cause) {
     outcome_ = {RunOutcome::Failed, cause};
     refuse(message);
@@ -525,7 +521,11 @@ void frmOutlookSync::runSync() {
 outlook::MapOptions frmOutlookSync::mapOptions() {
   return {.splitName = Check2.isChecked(),
           .protectFax = ch_faxnosync.isChecked(),
-          .pictures = pictures_ ? &*pictures_ : nullptr};
+          .pictures = pictures_ ? &*pictures_ : nullptr,
+          .pictureFailed = [this](std::string_view name, std::string_view cause) {
+            const std::string line = text::say("사진 실패→(%1): ", "Picture failed→(%1): ", {name});
+            transfer::addLine(*this, line + std::string(cause), "0%", "실패");
+          }};
 }
 
 void frmOutlookSync::runExport() {

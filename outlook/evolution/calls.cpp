@@ -6,7 +6,6 @@
 #include <thread>
 #include <utility>
 
-#include "outlook/contact_store.h"
 #include "outlook/evolution/glib_ref.h"
 #include "text/language.h"
 
@@ -72,11 +71,11 @@ Calls::~Calls() {
   }
   thread_->woken.notify_one();
   // A thread that hangs is left until the process ends.
-  lost_ ? thread_->thread.detach() : thread_->thread.join();
+  isLost_ ? thread_->thread.detach() : thread_->thread.join();
 }
 
 GCancellable* Calls::begin() {
-  if (lost_)
+  if (isGivenUp_)
     throw ContactStoreError(
         text::say("주소록 서비스가 응답하지 않습니다", "The address book service does not answer"));
   return thread_->cancellable.get();
@@ -96,15 +95,16 @@ void Calls::wait(const Ready& ready) {
     whileWaiting_();
     if (std::chrono::steady_clock::now() - start < patience_) continue;
     g_cancellable_cancel(thread_->cancellable.get());
-    lost_ = !ready(kEnding);
-    if (lost_) {
+    isGivenUp_ = true;
+    isLost_ = !ready(kEnding);
+    if (isLost_) {
       signalsOfServices() = std::make_shared<Signals>();  // the other is the thread's that hangs
     } else {
       g_cancellable_reset(thread_->cancellable.get());
     }
-    throw ContactStoreError(text::say("주소록 서비스가 %1초 동안 응답하지 않아 그만 기다립니다",
-                                      "The address book service has not answered for %1 seconds",
-                                      {std::to_string(patience_.count() / 1000)}));
+    throw NoAnswer(text::say("주소록 서비스가 %1초 동안 응답하지 않아 그만 기다립니다",
+                             "The address book service has not answered for %1 seconds",
+                             {std::to_string(patience_.count() / 1000)}));
   }
 }
 

@@ -7,10 +7,18 @@
 #include <future>
 #include <memory>
 
+#include "outlook/contact_store.h"
+
 // GLib's own name.
 using GCancellable = struct _GCancellable;  // NOLINT(bugprone-reserved-identifier)
 
 namespace vlout::outlook::evolution {
+
+// A call was waited for and given up.
+class NoAnswer : public ContactStoreError {
+ public:
+  using ContactStoreError::ContactStoreError;
+};
 
 class Calls {
  public:
@@ -24,8 +32,8 @@ class Calls {
   Calls& operator=(const Calls&) = delete;
 
   // Runs `job` and returns what it returns, or throws what it throws. `job` must own all that it
-  // uses, since it outlives a call that was given up. Such a call throws ContactStoreError, and so
-  // do all later ones.
+  // uses, since it outlives a call that was given up. Such a call throws NoAnswer. All later ones
+  // throw ContactStoreError at once, or each record of a run would wait as long again.
   template <typename Job>
   auto run(Job job) {
     using Result = decltype(job(static_cast<GCancellable*>(nullptr)));
@@ -40,6 +48,9 @@ class Calls {
     return result.get();
   }
 
+  // Lets calls be made again, provided that the one that was given up has ended.
+  void tryAgain() { isGivenUp_ = isLost_; }
+
  private:
   struct Thread;
   using Ready = std::function<bool(std::chrono::milliseconds)>;
@@ -51,7 +62,8 @@ class Calls {
   std::function<void()> whileWaiting_;
   std::chrono::milliseconds patience_;
   std::shared_ptr<Thread> thread_;
-  bool lost_ = false;
+  bool isGivenUp_ = false;
+  bool isLost_ = false;  // the call has not even ended when it was told to
 };
 
 }  // namespace vlout::outlook::evolution

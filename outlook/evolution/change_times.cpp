@@ -129,14 +129,15 @@ ChangeTimes::Known ChangeTimes::found(const std::string& uid, const std::string&
   return known();
 }
 
-void ChangeTimes::saving(const std::string& uid, const std::string& text,
-                         const std::optional<std::string>& vlid, ChangeTime time) {
-  append(kPending, uid,
-         {.content = contentFingerprint(text), .time = time, .vlid = vlid.value_or("")});
+std::uint64_t ChangeTimes::saving(const std::string& uid, const std::string& text,
+                                  const std::optional<std::string>& vlid, ChangeTime time) {
+  const std::uint64_t content = contentFingerprint(text);
+  append(kPending, uid, {.content = content, .time = time, .vlid = vlid.value_or("")});
+  return content;
 }
 
-void ChangeTimes::saved(const std::string& uid, const std::string& stored,
-                        const std::optional<std::string>& vlid, ChangeTime time) {
+std::uint64_t ChangeTimes::saved(const std::string& uid, const std::string& stored,
+                                 const std::optional<std::string>& vlid, ChangeTime time) {
   Contact& contact = contacts_[uid];
   contact.last = Entry{.text = textFingerprint(stored),
                        .content = contentFingerprint(stored),
@@ -144,6 +145,7 @@ void ChangeTimes::saved(const std::string& uid, const std::string& stored,
                        .vlid = vlid.value_or("")};
   contact.pending.reset();
   append(kCertain, uid, *contact.last);
+  return contact.last->content;
 }
 
 std::string ChangeTimes::line(char kind, const std::string& uid, const Entry& entry) {

@@ -36,11 +36,12 @@ class ChangeTimes {
   Known found(const std::string& uid, const std::string& text);
 
   // To be called before and after each save by the component, which counts as a change at that
-  // time. After a kill in between, the contact counts as saved if it is found so.
-  void saving(const std::string& uid, const std::string& text,
-              const std::optional<std::string>& vlid, ChangeTime time);
-  void saved(const std::string& uid, const std::string& stored,
-             const std::optional<std::string>& vlid, ChangeTime time);
+  // time. After a kill in between, the contact counts as saved if it is found so. Both return the
+  // fingerprint of the content.
+  std::uint64_t saving(const std::string& uid, const std::string& text,
+                       const std::optional<std::string>& vlid, ChangeTime time);
+  std::uint64_t saved(const std::string& uid, const std::string& stored,
+                      const std::optional<std::string>& vlid, ChangeTime time);
 
   // Writes down what `found` has learnt.
   void flush();

@@ -180,6 +180,19 @@ Client connect(const Source& source, GCancellable* cancellable) {
   throw ContactStoreError(nameOf(source) + ": " + error.text());
 }
 
+bool isRefused(const Source& source) {
+  constexpr int kLooks = 10;
+  constexpr gulong kLook = 20'000;  // microseconds; the thread of the calls hears of it
+  for (int i = 0; i < kLooks; ++i) {
+    if (e_source_get_connection_status(source.get()) ==
+        E_SOURCE_CONNECTION_STATUS_AWAITING_CREDENTIALS) {
+      return true;
+    }
+    g_usleep(kLook);
+  }
+  return false;
+}
+
 bool isWritable(const Client& client, GCancellable* cancellable) {
   // A book that is just being opened passes for a read-only one.
   const auto isIt = [&] { return e_client_is_readonly(base(client)) == FALSE; };
@@ -236,11 +249,16 @@ Desktop::Desktop(std::function<void()> whileWaiting, std::chrono::milliseconds p
 
 Desktop::~Desktop() = default;
 
+void Desktop::tryAgain() {
+  session_->calls.tryAgain();
+}
+
 std::vector<BookInfo> Desktop::books() {
   const Registry registry = session_->connected();
   std::vector<BookInfo> result;
   for (const Source& source : sourcesOf(registry)) {
     BookInfo info = infoOf(registry, source);
+    tryAgain();  // one that does not answer says nothing of the others
     try {
       const BookInfo seen = session_->calls.run([registry, source](GCancellable* cancellable) {
         return lookAt(registry, source, cancellable);

@@ -45,7 +45,10 @@ class Book {
   [[nodiscard]] virtual std::optional<std::string> get(const std::string& uid) = 0;
   // The same including its pictures, which some books keep in files of their own.
   [[nodiscard]] virtual std::optional<std::string> getWhole(const std::string& uid) = 0;
-  // Adds all contacts or none. Returns the UIDs that they were given.
+  // The contacts with these UIDs, as far as they exist.
+  [[nodiscard]] virtual std::vector<StoredCard> getAll(const std::vector<std::string>& uids) = 0;
+  // Returns the UIDs that the contacts were given. If one fails, a local book has added none; a
+  // server, which is asked for one after the other, may have added those before it.
   virtual std::vector<std::string> add(const std::vector<std::string>& texts) = 0;
   // Changes the contact that has the text's UID.
   virtual void modify(const std::string& text) = 0;
@@ -57,6 +60,8 @@ class Desktop {
   explicit Desktop(std::function<void()> whileWaiting,
                    std::chrono::milliseconds patience = Calls::kPatience);
   ~Desktop();
+  // Calls a service again that was given up.
+  void tryAgain();
   Desktop(const Desktop&) = delete;
   Desktop& operator=(const Desktop&) = delete;
 

@@ -36,6 +36,7 @@ std::string withRemarkOf(const std::string& current, const std::string& kept) {
 }  // namespace
 
 bool EvolutionStore::connect() {
+  settings_.desktop->tryAgain();
   if (book_) return true;
   try {
     book_ = settings_.desktop->open(settings_.book);
@@ -65,6 +66,9 @@ void EvolutionStore::look() {
   times_.emplace(settings_.componentFolder, uid, !isPreview());
   if (!isPreview()) mirror_.emplace(mirrorOf(settings_.componentFolder, uid));
   items_.clear();
+  postponed_.clear();
+  postponedSize_ = 0;
+  failures_.clear();
   notices_.clear();
   items_.reserve(cards.size());
   for (StoredCard& card : cards) add(std::move(card));
@@ -146,6 +150,8 @@ const std::optional<std::string>& EvolutionStore::vlidAt(std::size_t position) c
 }
 
 text::DateTime EvolutionStore::timeAt(std::size_t position) const {
+  const auto failure = failures_.find(position);
+  if (failure != failures_.end()) std::rethrow_exception(failure->second);
   const ChangeTime& time = at(position).time;
   return text::fromUnixTime(time.seconds, time.nanoseconds);
 }
@@ -180,17 +186,16 @@ void EvolutionStore::announce(const std::string& uid, const std::string& text, C
   if (settings_.watcher) settings_.watcher->writing(Mirror::nameOf(uid), state, row);
 }
 
-// Reads back a contact that was just saved. If the service cannot tell, the next run finds out.
-void EvolutionStore::complete(Item& item, const std::string& sent,
-                              const std::optional<std::string>& vlid, const std::string& row) {
-  auto stored = book_->get(item.uid);
+// Takes over a contact that was just saved, as it was read back. If the service cannot tell, the
+// next run finds out.
+void EvolutionStore::complete(Item& item, std::optional<std::string> stored,
+                              const std::string& row) {
   if (!stored)
     throw ContactStoreError(text::say("%1: 저장한 연락처가 주소록에 없습니다",
                                       "%1: the saved contact is not in the address book",
                                       {item.uid}));
   item.text = *std::move(stored);
-  times_->saved(item.uid, item.text, vlid, item.time);
-  if (contentFingerprint(item.text) != contentFingerprint(sent)) {
+  if (times_->saved(item.uid, item.text, item.vlid, item.time) != item.sent) {
     announce(item.uid, item.text, item.time, row);  // the server has its own mind
   }
   mirror_->place(item.uid);
@@ -236,19 +241,17 @@ void EvolutionStore::saveCard(std::size_t position, const std::string& cardText,
   // An edit in the same second as the last transfer was dated a second ahead. A save must not undo
   // that: if it is killed before its row is written, the pair would look in step without the edit.
   const ChangeTime time = std::max(ChangeTime::now(), item.time);
-  if (isPreview()) {
-    item.text = cardText;
-    item.time = time;
-  } else {
+  if (!isPreview()) {
     requireUnchanged(item);
     if (settings_.watcher) settings_.watcher->beforeWriting();
-    times_->saving(item.uid, cardText, vlid, time);
+    item.sent = times_->saving(item.uid, cardText, vlid, time);
     announce(item.uid, cardText, time, row);
     book_->modify(cardText);
-    item.time = time;
-    complete(item, cardText, vlid, row);
   }
+  item.text = cardText;
+  item.time = time;
   item.vlid = std::move(vlid);
+  if (!isPreview()) complete(item, book_->get(item.uid), row);
 }
 
 std::size_t EvolutionStore::saveNewCard(const std::string& uid, const std::string& cardText,
@@ -256,14 +259,100 @@ std::size_t EvolutionStore::saveNewCard(const std::string& uid, const std::strin
   Item item{.uid = uid, .text = cardText, .vlid = vlid, .time = ChangeTime::now()};
   if (!isPreview()) {
     if (settings_.watcher) settings_.watcher->beforeWriting();
-    times_->saving(uid, cardText, vlid, item.time);
+    item.sent = times_->saving(uid, cardText, vlid, item.time);
     announce(uid, cardText, item.time, row);
-    item.uid = book_->add({cardText}).at(0);
-    if (item.uid != uid) announce(item.uid, cardText, item.time, row);
-    complete(item, cardText, vlid, row);
   }
   items_.push_back(std::move(item));
-  return items_.size();
+  const std::size_t position = items_.size();
+  if (isPreview()) return position;
+  if (!row.empty() && isLocal()) {
+    postponed_.push_back({position, row});
+    postponedSize_ += cardText.size();
+  } else {
+    store({{position, row}});
+    if (const auto failure = failures_.find(position); failure != failures_.end()) {
+      std::rethrow_exception(failure->second);
+    }
+  }
+  return position;
+}
+
+// A server takes each contact by itself anyway.
+bool EvolutionStore::isLocal() const {
+  return book_->info().kind == "local";
+}
+
+// The rows of all these contacts were read before and get their dates afterwards. That must not
+// take long, or an edit in between would be lost.
+bool EvolutionStore::postponesNext() const {
+  constexpr std::size_t kMost = 100;
+  constexpr std::size_t kMostBytes = 4'000'000;
+  return !isPreview() && isLocal() && postponed_.size() < kMost && postponedSize_ < kMostBytes;
+}
+
+void EvolutionStore::savePostponed() {
+  const auto together = std::exchange(postponed_, {});
+  postponedSize_ = 0;
+  if (!together.empty()) store(together);
+}
+
+// Keeps what the step throws, for whoever asks for the contact's time.
+template <typename Step>
+void EvolutionStore::attempt(std::size_t position, Step step) {
+  try {
+    step();
+  } catch (...) {
+    failures_.insert_or_assign(position, std::current_exception());
+  }
+}
+
+void EvolutionStore::store(const std::vector<Postponed>& together) {
+  try {
+    addTogether(together);
+  } catch (const std::exception&) {
+    if (together.size() == 1) {
+      failures_.insert_or_assign(together.front().position, std::current_exception());
+      return;
+    }
+    // One refused contact keeps all others out, and a service that died may have added all of them.
+    for (const Postponed& each : together) {
+      attempt(each.position, [&] {
+        Item& item = items_[each.position - 1];
+        auto stored = book_->get(item.uid);
+        if (stored && contentFingerprint(*stored) == item.sent) {
+          complete(item, std::move(stored), each.row);
+        } else {
+          addTogether({each});
+        }
+      });
+    }
+  }
+}
+
+void EvolutionStore::addTogether(const std::vector<Postponed>& together) {
+  std::vector<std::string> texts;
+  texts.reserve(together.size());
+  for (const Postponed& each : together) texts.push_back(at(each.position).text);
+  const auto uids = book_->add(texts);
+  for (std::size_t i = 0; i < together.size(); ++i) {
+    Item& item = items_[together[i].position - 1];
+    if (item.uid == uids.at(i)) continue;
+    item.uid = uids[i];
+    announce(item.uid, item.text, item.time, together[i].row);
+  }
+  if (together.size() == 1) {
+    complete(items_[together[0].position - 1], book_->get(uids[0]), together[0].row);
+    return;
+  }
+  std::unordered_map<std::string, std::string> stored;
+  for (StoredCard& card : book_->getAll(uids)) stored[card.uid] = std::move(card.text);
+  for (const Postponed& each : together) {
+    attempt(each.position, [&] {
+      Item& item = items_[each.position - 1];
+      const auto found = stored.find(item.uid);
+      complete(item, found == stored.end() ? std::nullopt : std::optional(found->second), each.row);
+    });
+  }
 }
 
 }  // namespace vlout::outlook::evolution

@@ -4,11 +4,13 @@
 // runs from `connect` on.
 #pragma once
 
+#include <exception>
 #include <filesystem>
 #include <functional>
 #include <memory>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "outlook/contact_store.h"
@@ -60,6 +62,8 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
   [[nodiscard]] PersonName nameWhenOpened(std::size_t index) const override;
   [[nodiscard]] std::unique_ptr<Contact> item(std::size_t index) override;
   [[nodiscard]] std::unique_ptr<Contact> create() override;
+  [[nodiscard]] bool postponesNext() const override;
+  void savePostponed() override;
   [[nodiscard]] std::string chooseCategories() override;
   void flush(const Lose& lose) override;
 
@@ -70,6 +74,7 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
     bool isGroup = false;
     std::optional<std::string> vlid{};
     ChangeTime time{};
+    std::uint64_t sent = 0;  // the fingerprint of the content that was last saved
   };
 
   [[nodiscard]] bool isGroupAt(std::size_t position) const override;
@@ -82,14 +87,25 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
                                         std::optional<std::string> vlid,
                                         const std::string& row) override;
 
+  // A new contact that is not in the book yet.
+  struct Postponed {
+    std::size_t position = 0;
+    std::string row{};  // as for CardHome::saveCard
+  };
+
   void add(StoredCard card);
+  [[nodiscard]] bool isLocal() const;
+  // Keeps the failure of each contact that could not be stored.
+  void store(const std::vector<Postponed>& together);
+  void addTogether(const std::vector<Postponed>& together);
+  template <typename Step>
+  void attempt(std::size_t position, Step step);
   // The contact with the UID of that card, or null.
   [[nodiscard]] const Item* find(const std::string& cardText) const;
   void requireUnchanged(const Item& item);
   void announce(const std::string& uid, const std::string& text, ChangeTime time,
                 const std::string& row);
-  void complete(Item& item, const std::string& sent, const std::optional<std::string>& vlid,
-                const std::string& row);
+  void complete(Item& item, std::optional<std::string> stored, const std::string& row);
   void reflect(const Item& item);
   [[nodiscard]] bool isPreview() const { return settings_.onlyPreview != nullptr; }
   [[nodiscard]] const Item& at(std::size_t position) const { return items_[position - 1]; }
@@ -101,6 +117,9 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
   std::optional<Mirror> mirror_;  // unless it is a preview
   bool hasLooked_ = false;
   std::vector<Item> items_;
+  std::vector<Postponed> postponed_;
+  std::size_t postponedSize_ = 0;                                 // of their texts
+  std::unordered_map<std::size_t, std::exception_ptr> failures_;  // of saves, by position
   std::vector<std::string> notices_;
 };
 

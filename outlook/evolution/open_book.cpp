@@ -2,6 +2,9 @@
 #include <utility>
 
 #include "outlook/evolution/session.h"
+#include "outlook/vcard/card_text.h"
+#include "outlook/vcard/vcard_syntax.h"
+#include "text/ascii.h"
 #include "text/language.h"
 
 namespace vlout::outlook::evolution {
@@ -36,8 +39,19 @@ std::string textOf(EContact* contact) {
   return asText(text.get());
 }
 
-std::string uidOf(EContact* contact) {
-  return asText(static_cast<const char*>(e_contact_get_const(contact, E_CONTACT_UID)));
+// Looks for the line alone; the library would parse the whole contact.
+std::string uidOf(const std::string& text) {
+  vcard::LineReader reader(text);
+  while (!reader.atEnd()) {
+    const std::string_view line = reader.next();
+    if (!text::equalsIgnoringAsciiCase(vcard::lineName(line), "UID")) continue;
+    const std::string_view value = vcard::plainValue(line);
+    const bool isPlain = line.starts_with("UID:") && value.find_first_of("\\\r\n") == value.npos;
+    if (isPlain) return std::string(value);
+    return vcard::readProperty(line, vcard::Version::V30, vcard::kUtf8, vcard::FileForm::Bytes)
+        .whole();
+  }
+  return {};
 }
 
 // A list of contacts for a call, or of one.
@@ -96,6 +110,28 @@ class BusName {
   bool isTaken_ = false;
 };
 
+std::vector<StoredCard> storedCards(GSList* contacts) {
+  std::vector<StoredCard> result;
+  for (const GSList* each = contacts; each != nullptr; each = each->next) {
+    std::string text = textOf(static_cast<EContact*>(each->data));
+    result.push_back({uidOf(text), std::move(text)});
+  }
+  return result;
+}
+
+// Asks for the contacts of those UIDs.
+Text queryFor(const std::vector<std::string>& uids) {
+  std::vector<EBookQuery*> each;
+  each.reserve(uids.size());
+  for (const std::string& uid : uids) {
+    each.push_back(e_book_query_field_test(E_CONTACT_UID, E_BOOK_QUERY_IS, uid.c_str()));
+  }
+  EBookQuery* const query = e_book_query_or(static_cast<gint>(each.size()), each.data(), TRUE);
+  Text result(e_book_query_to_string(query));
+  e_book_query_unref(query);
+  return result;
+}
+
 // Reads one contact; nothing if there is none.
 std::optional<std::string> read(const Client& client, const std::string& book,
                                 const std::string& uid, bool withPictures,
@@ -139,6 +175,17 @@ class OpenBook : public Book {
     } catch (const ServiceGone&) {
       client_.reset();
       throw;
+    } catch (const NoAnswer& error) {
+      client_.reset();
+      // If the server refuses a write, the service waits for somebody to log in.
+      if (!isRefused(source_)) throw;
+      throw NoAnswer(text::say(
+          "%1: 서버가 받아들이지 않습니다. 쓸 수 있는 계정인지, 암호가 맞는지 데스크톱의 계정 "
+          "설정에서 "
+          "확인하십시오 (%2)",
+          "%1: the server refuses. See in the desktop's account settings whether the account may "
+          "write and its password is right (%2)",
+          {info_.name, error.what()}));
     }
   }
 
@@ -162,13 +209,19 @@ class OpenBook : public Book {
       // Only now is it certain that the account can be used.
       const std::string objection = objectionTo(registry, source, client, cancellable);
       if (!objection.empty()) throw ContactStoreError(book + ": " + objection);
-      std::vector<StoredCard> result;
-      for (const GSList* each = contacts.get(); each != nullptr; each = each->next) {
-        auto* const contact = static_cast<EContact*>(each->data);
-        std::string text = textOf(contact);
-        result.push_back({uidOf(contact), std::move(text)});
+      return storedCards(contacts.get());
+    });
+  }
+
+  [[nodiscard]] std::vector<StoredCard> getAll(const std::vector<std::string>& uids) override {
+    return call([uids](const Client& client, const std::string& book, GCancellable* cancellable) {
+      Contacts contacts({});
+      Error error;
+      if (e_book_client_get_contacts_sync(client.get(), queryFor(uids).get(), contacts.out(),
+                                          cancellable, error.out()) == FALSE) {
+        fail(book, error);
       }
-      return result;
+      return storedCards(contacts.get());
     });
   }
 

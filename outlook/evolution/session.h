@@ -53,6 +53,9 @@ inline constexpr const char* kEveryContact = "(contains \"x-evolution-any-field\
 [[nodiscard]] std::string objectionTo(const Registry& registry, const Source& source,
                                       const Client& client, GCancellable* cancellable);
 
+// True if the service waits for credentials, as it does after the server has refused a write.
+[[nodiscard]] bool isRefused(const Source& source);
+
 [[nodiscard]] bool isWritable(const Client& client, GCancellable* cancellable);
 
 [[nodiscard]] std::unique_ptr<Book> openBook(std::shared_ptr<Desktop::Session> session,
