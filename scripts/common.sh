@@ -56,7 +56,7 @@ build() {
 }
 
 # For the tests on address books of the desktop.
-book_packages=(evolution-data-server radicale dbus-daemon curl vdirsyncer)
+book_packages=(evolution-data-server radicale dbus-daemon curl vdirsyncer python3-gi gir1.2-ebook-1.2)
 
 windows_build_packages=(g++-mingw-w64-x86-64-posix g++-mingw-w64-i686-posix mingw-w64-tools libwine-dev)
 windows_test_packages=(wine wine64 xvfb xserver-xephyr imagemagick debootstrap openssl sqlite3 p7zip-full python3)

@@ -1,4 +1,5 @@
-"""The program on a CardDAV book, as its user and a phone see it, and runs that are killed.
+"""The program on a CardDAV book and on a local one, as its user, a phone and another program of the
+desktop see it, and runs that are killed.
 
 Runs inside tests/support/desktop_session; the server's own files are what every other client sees.
 """
@@ -14,8 +15,55 @@ from pathlib import Path
 
 program = sys.argv[1]
 files = Path(os.environ["VLOUT_DAV_FILES"])
-folder = Path(os.environ["HOME"]) / "component"
+home = Path(os.environ["HOME"])
+folder = home / "component"
 cards = 40
+
+
+class Server:
+    name = "Server"
+
+    def texts(self):
+        return [(file, file.read_text()) for file in files.glob("*.vcf")]
+
+    def put(self, file, text):
+        request = urllib.request.Request(os.environ["VLOUT_DAV_URL"] + file.name, text.encode(), method="PUT",
+                                         headers={"Content-Type": "text/vcard"})
+        urllib.request.urlopen(request)
+
+
+class Local:
+    """By way of the desktop's library, a process for each look: the service may have been killed."""
+    library = """import gi, sys
+for each in "EBook", "EBookContacts", "EDataServer": gi.require_version(each, "1.2")
+from gi.repository import EBook, EBookContacts, EDataServer
+source = EDataServer.SourceRegistry.new_sync(None).ref_source("%s")
+book = EBook.BookClient.connect_sync(source, 0xFFFFFFFF, None)
+"""
+
+    def __init__(self, name, uid):
+        self.name, self.uid = name, uid
+
+    def ask(self, code, given=""):
+        for _ in range(20):
+            done = subprocess.run(["/usr/bin/python3", "-c", self.library % self.uid + code], input=given,
+                                  text=True, capture_output=True)
+            if done.returncode == 0:
+                return done.stdout
+            time.sleep(0.1)
+        raise AssertionError(done.stderr)
+
+    def texts(self):
+        every = self.ask("""for each in book.get_contacts_sync('(contains "x-evolution-any-field" "")', None)[1]:
+    print(each.to_string(EBookContacts.VCardFormat(1)))""")
+        return [(None, text.lstrip() + "END:VCARD") for text in every.replace("\r", "").split("END:VCARD")[:-1]]
+
+    def put(self, _, text):
+        self.ask("""book.modify_contact_sync(EBookContacts.Contact.new_from_vcard(sys.stdin.read()),
+    EBookContacts.BookOperationFlags.NONE, None)""", text)
+
+
+place = Server()
 
 
 def vloutsync(*arguments, status=0):
@@ -25,15 +73,14 @@ def vloutsync(*arguments, status=0):
 
 
 def run(transfer):
-    command = ["run", transfer, "--contacts", "book:Server", "--on-conflict", "newer"]
+    command = ["run", transfer, "--contacts", f"book:{place.name}", "--on-conflict", "newer"]
     return command + (["--range", "all"] if transfer == "export" else [])
 
 
 def book():
-    """The cards on the server by their key."""
+    """The cards in the book by their key."""
     result = {}
-    for file in files.glob("*.vcf"):
-        text = file.read_text()
+    for file, text in place.texts():
         key = int(re.search(r"^X-VLID:(\d+)", text, re.M).group(1))
         assert key not in result, f"two contacts of card {key}"
         result[key] = (file, text)
@@ -41,9 +88,7 @@ def book():
 
 
 def put(file, text):
-    request = urllib.request.Request(os.environ["VLOUT_DAV_URL"] + file.name, text.encode(), method="PUT",
-                                     headers={"Content-Type": "text/vcard"})
-    urllib.request.urlopen(request)
+    place.put(file, text)
 
 
 def titles():
@@ -122,18 +167,23 @@ assert "추가=0/갱신=1" in vloutsync(*run("import"))
 assert titles()[1] == "전화에서"
 agree()
 
-# Killed at any time, nothing is doubled or lost.
-steps = [("export", "program"), ("import", "program"), ("sync", "program"),
-         ("export", "service"), ("import", "service"), ("sync", "service")]
-for number, (transfer, victim) in enumerate(steps):
-    retitle(range(1, cards, 2), f"행{number}-")
-    for key in range(2, cards, 4):
-        file, text = book()[key]
-        put(file, re.sub(r"^TITLE:.*\r?\n", "", text, flags=re.M)
-            .replace("END:VCARD", f"TITLE:손{number}-{key}\r\nEND:VCARD"))
-    kill_during(transfer, 0.15 + 0.1 * (number % 4), victim)
-    agree()
-    assert titles()[2] == f"손{number}-2" and titles()[1] == f"행{number}-1"
+def kill_transfers(delay):
+    """Killed at any time, nothing is doubled or lost."""
+    steps = [("export", "program"), ("import", "program"), ("sync", "program"),
+             ("export", "service"), ("import", "service"), ("sync", "service")]
+    for number, (transfer, victim) in enumerate(steps):
+        retitle(range(1, cards, 2), f"행{number}-")
+        before = book()
+        for key in range(2, cards, 4):
+            file, text = before[key]
+            put(file, re.sub(r"^TITLE:.*\r?\n", "", text, flags=re.M)
+                .replace("END:VCARD", f"TITLE:손{number}-{key}\r\nEND:VCARD"))
+        kill_during(transfer, delay(number), victim)
+        agree()
+        assert titles()[2] == f"손{number}-2" and titles()[1] == f"행{number}-1"
+
+
+kill_transfers(lambda number: 0.15 + 0.1 * (number % 4))
 
 # An edit made since a run is named by undo, which then does nothing unless it is told to.
 before = {key: re.search(r"^TITLE:(.*?)\r?$", text, re.M).group(1) for key, (_, text) in book().items()
@@ -152,7 +202,6 @@ agree()
 assert "TITLE:다시3" in book()[3][1]
 
 # The same server by way of a folder that another program keeps in step with it, as the guide says.
-home = Path(os.environ["HOME"])
 (home / "vdirsyncer.conf").write_text(f"""[general]
 status_path = "{home}/status"
 [pair contacts]
@@ -190,3 +239,29 @@ vloutsync("run", "sync", *there)
 vdirsyncer("sync")
 assert titles()[6] == "가는6" and "TITLE:오는5" in book()[5][1], (titles(), book()[5])
 assert "벨모라=0/아웃룩=0" in vloutsync("run", "sync", *there)
+
+# The same kills on a local book.
+place, folder = Local("Local", os.environ["VLOUT_LOCAL_BOOK"]), home / "local"
+vloutsync("sample", "--cards", str(cards))
+vloutsync(*run("export"))
+agree()
+kill_transfers(lambda number: 0.08 + 0.04 * (number % 4))
+
+# A first export adds a hundred contacts at once and writes their rows behind them. Killed in between, what
+# lacks only its dates is no edit.
+place, folder = Local("Personal", "system-address-book"), home / "many"
+vloutsync("sample", "--cards", "250")
+with sqlite3.connect(folder / "VelmoraDB.vdb") as database:
+    database.execute("BEGIN IMMEDIATE")  # the rows have to wait
+    worker = subprocess.Popen([program, *run("export"), "--folder", folder], stdout=subprocess.DEVNULL,
+                              stderr=subprocess.DEVNULL)
+    while len(list(folder.glob("books/*.cards/*.vcf"))) < 100 and worker.poll() is None:
+        time.sleep(0.01)
+    worker.kill()
+    worker.wait()
+assert len(book()) == 100
+assert "추가=0/갱신=0" in vloutsync(*run("import"))
+assert "추가=150/갱신=0" in vloutsync(*run("export"))
+assert len(book()) == 250
+vloutsync("undo", "1", "--yes")
+assert not book()

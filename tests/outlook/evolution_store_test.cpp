@@ -1,9 +1,11 @@
 // Real address books: a local one and one of a CardDAV server, in a desktop session of their own
 // (tests/support/desktop_session). What other devices do is played through the service itself and
 // by HTTP requests to the server.
+#include <algorithm>
 #include <cstdlib>
 #include <map>
 #include <signal.h>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -77,7 +79,8 @@ class EvolutionStoreTest : public testing::TestWithParam<const char*> {
     return store;
   }
 
-  static void write(Contact& contact, const std::string& name, const std::string& key) {
+  static void write(Contact& contact, const std::string& name, const std::string& key,
+                    void (Contact::*save)() = &Contact::save) {
     contact.setText(P::FullName, name);
     contact.setText(P::Email2Address, "a;b,c@example.com");
     contact.setText(P::Spouse, "이,영희");
@@ -86,7 +89,24 @@ class EvolutionStoreTest : public testing::TestWithParam<const char*> {
     contact.setDate(P::Birthday, text::parseDateTime("1980-03-22").value());
     contact.setGender(Gender::Female);
     addVLID(contact, key);
-    contact.save();
+    (contact.*save)();
+  }
+  // New contacts whose saves wait.
+  static std::vector<std::unique_ptr<Contact>> writeTogether(EvolutionStore& store) {
+    std::vector<std::unique_ptr<Contact>> contacts;
+    for (const char* const key : {"1", "2", "3"}) {
+      EXPECT_TRUE(store.postponesNext());
+      contacts.push_back(store.create());
+      write(*contacts.back(), "홍 길동", key, &Contact::saveSent);
+    }
+    return contacts;
+  }
+  static bool isSaved(Contact& contact) {
+    try {
+      return contact.lastModificationTime() <= text::localNow();
+    } catch (const ContactStoreError&) {
+      return false;
+    }
   }
 
   tests::TemporaryFolder folder;
@@ -206,9 +226,45 @@ TEST_P(EvolutionStoreTest, AServiceThatDiesCostsARecordAndOneThatHangsARun) {
   waits = 0;
   EXPECT_THROW(write(*store->item(1), "박 영수", "7"), ContactStoreError);
   EXPECT_GT(waits, 5);
+  waits = 0;
   EXPECT_THROW(write(*store->item(1), "박 영수", "7"), ContactStoreError);
+  EXPECT_EQ(waits, 0) << "each record of the run waits again";
   signalFactories(SIGCONT);
-  EXPECT_EQ(open()->count(), 1U);
+  EXPECT_TRUE(store->connect());
+  store->openContactsFolder();
+  EXPECT_EQ(store->count(), 1U);
+}
+
+TEST_P(EvolutionStoreTest, NewContactsThatAreSavedTogetherFailOneByOne) {
+  auto store = open();
+  if (isOnServer()) {
+    EXPECT_FALSE(store->postponesNext());
+    return;
+  }
+  auto contacts = writeTogether(*store);
+  EXPECT_TRUE(otherProgram()->list().empty());
+  // Another contact has the UID of the second.
+  std::istringstream table(tests::readFile(folder.path() / "books" / bookUid()));
+  std::vector<std::string> uids;
+  for (std::string kind, uid, rest; table >> kind >> uid && std::getline(table, rest);) {
+    uids.push_back(uid);
+  }
+  otherProgram()->add(
+      {"BEGIN:VCARD\r\nVERSION:3.0\r\nUID:" + uids.at(1) + "\r\nFN:먼저\r\nEND:VCARD\r\n"});
+  store->savePostponed();
+  EXPECT_TRUE(isSaved(*contacts[0]) && !isSaved(*contacts[1]) && isSaved(*contacts[2]));
+  EXPECT_EQ(store->keyWhenOpened(3), "3");
+  EXPECT_EQ(otherProgram()->list().size(), 3U);
+  EXPECT_EQ(open()->count(), 3U);
+  // The service dies with them.
+  SetUp();
+  store = open();
+  contacts = writeTogether(*store);
+  signalFactories(SIGKILL);
+  store->savePostponed();
+  const auto saved = std::count_if(contacts.begin(), contacts.end(),
+                                   [](const auto& contact) { return isSaved(*contact); });
+  EXPECT_EQ(open()->count(), static_cast<std::size_t>(saved));
 }
 
 TEST_P(EvolutionStoreTest, ADamagedTableOnlyForgets) {
@@ -272,6 +328,7 @@ TEST_P(EvolutionStoreTest, BooksAreListedAndChosenByName) {
   EXPECT_EQ(desktop.knownBooks().size(), desktop.books().size());
   EXPECT_NE(seen.find("test-local|Local|local||w|\n"), std::string::npos) << seen;
   EXPECT_NE(seen.find("test-dav|Server|carddav||w|\n"), std::string::npos) << seen;
+  EXPECT_NE(seen.find("test-fixed|Fixed|carddav|||\n"), std::string::npos) << seen;
   EXPECT_NE(seen.find("system-address-book|Personal|local|*|w|\n"), std::string::npos) << seen;
   EXPECT_EQ(desktop.open("Server")->info().uid, "test-dav");
   EXPECT_EQ(desktop.open("")->info().uid, "system-address-book");
@@ -279,6 +336,7 @@ TEST_P(EvolutionStoreTest, BooksAreListedAndChosenByName) {
            {"no such book", "그런 주소록이 없습니다"},
            {"test-password", "암호가 데스크톱에 없거나"},
            {"test-away", "서버에 연결할 수 없습니다"},
+           {"test-fixed", "읽기 전용 주소록입니다"},
        }) {
     try {
       static_cast<void>(desktop.open(book)->list());
@@ -287,6 +345,27 @@ TEST_P(EvolutionStoreTest, BooksAreListedAndChosenByName) {
       EXPECT_NE(std::string(error.what()).find(reason), std::string::npos) << error.what();
     }
   }
+}
+
+// The last one: the service goes on waiting for somebody to log in.
+TEST_P(EvolutionStoreTest, ABookThatBecomesReadOnlyTakesNothing) {
+  if (!isOnServer()) return;
+  const auto store = open(std::chrono::seconds(1));
+  write(*store->create(), "홍 길동", "7");
+  const std::filesystem::path rights = std::filesystem::path(inSession("HOME")) / "rights";
+  const std::string all = tests::readFile(rights);
+  tests::writeFile(rights, text::replaceAll(all, "RrWw", "Rr"));
+  std::string failure;
+  try {
+    write(*store->item(1), "김 철수", "7");
+  } catch (const ContactStoreError& error) {
+    failure = error.what();
+  }
+  EXPECT_NE(failure.find("Server: 서버가 받아들이지 않습니다"), std::string::npos) << failure;
+  tests::writeFile(rights, all);
+  const std::filesystem::path files = inSession("VLOUT_DAV_FILES");
+  const std::string card = tests::readFile(files / tests::fileNames(files).back());
+  EXPECT_NE(card.find("FN:홍길동"), std::string::npos) << card;
 }
 
 INSTANTIATE_TEST_SUITE_P(Books, EvolutionStoreTest,
