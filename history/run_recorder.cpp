@@ -232,8 +232,13 @@ auto RecordedConnection::endingRunWhenBusy(Use use) {
 }
 
 std::unique_ptr<store::Recordset> RecordedConnection::query(std::string_view sql) {
-  if (!recorder_->isRecording()) return SqliteConnection::query(sql);
-  return endingRunWhenBusy([&] { return SqliteConnection::query(sql); });
+  return RecordedConnection::queryColumns(sql, {});
+}
+
+std::unique_ptr<store::Recordset> RecordedConnection::queryColumns(std::string_view sql,
+                                                                   store::ColumnNames columns) {
+  if (!recorder_->isRecording()) return SqliteConnection::queryColumns(sql, columns);
+  return endingRunWhenBusy([&] { return SqliteConnection::queryColumns(sql, columns); });
 }
 
 std::int64_t RecordedConnection::execute(std::string_view sql) {

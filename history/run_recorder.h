@@ -103,6 +103,8 @@ class RecordedConnection : public store::sqlite::SqliteConnection {
   ~RecordedConnection() override;
   std::int64_t execute(std::string_view sql) override;
   std::unique_ptr<store::Recordset> query(std::string_view sql) override;
+  std::unique_ptr<store::Recordset> queryColumns(std::string_view sql,
+                                                 store::ColumnNames columns) override;
 
  protected:
   [[nodiscard]] store::sqlite::Database openFile(const std::filesystem::path& file) override;

@@ -62,9 +62,11 @@ std::int16_t nextCardId(Connection& connection) {
   return static_cast<std::int16_t>(largest + 1);
 }
 
-std::unique_ptr<Recordset> readCard(Connection& connection, std::string_view cardId) {
+std::unique_ptr<Recordset> readCard(Connection& connection, std::string_view cardId,
+                                    ColumnNames columns) {
   requireNumber(cardId, {"명함 번호", "card number"});
-  return connection.query("SELECT * from tbl_namecard where [i_idx] = " + std::string(cardId));
+  return connection.queryColumns(
+      "SELECT * from tbl_namecard where [i_idx] = " + std::string(cardId), columns);
 }
 
 }  // namespace vlout::store

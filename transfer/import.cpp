@@ -137,7 +137,6 @@ Import::Compared Import::compareForImport(const std::string& rowId, Contact& con
   const auto [row, state] = comparePair(
       rowId, contact, options_.testConflicts ? ConflictTest::Straight : ConflictTest::Off,
       Side::Contact);
-  const std::string name(text::trim(store::nullSafe(row->field("FullName"))));
   if (state.newer != Side::Contact) {
     if (!outlook::hasVLID(contact)) {
       outlook::addVLID(contact, rowId);
@@ -146,6 +145,7 @@ Import::Compared Import::compareForImport(const std::string& rowId, Contact& con
     }
     return Compared::Nothing;
   }
+  const std::string name(text::trim(store::nullSafe(row->field("FullName"))));
   if (state.conflict) {
     window_.conflictFound(rowId, contact);
     window_.selectResult(addLine(window_, "→충돌←(" + name + ")", "0%", "제외", rowId));

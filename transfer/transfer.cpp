@@ -199,7 +199,9 @@ Transfer::ComparedPair Transfer::comparePair(const std::string& rowId, Contact& 
                                              ConflictTest test, Side writing) {
   bool together = connection_.readTogether(true);
   while (true) {
-    ComparedPair pair{store::readCard(connection_, rowId), {}};
+    const store::ColumnNames columns =
+        together ? store::ColumnNames(kStampColumns) : store::ColumnNames();
+    ComparedPair pair{store::readCard(connection_, rowId, columns), {}};
     pair.state = classifyPair(readStamps(*pair.row), contact.lastModificationTime(), test);
     const bool isLook = pair.state.newer != writing && outlook::hasVLID(contact);
     if (isLook || !together) return pair;

@@ -93,7 +93,8 @@ class Transfer {
   // The row of that person by the normalised name, family name first or given name first.
   [[nodiscard]] std::optional<PersonMatch::Choice> findByPerson(outlook::Contact& contact) const;
 
-  // A card's row beside its contact. Where `writing` is the newer side, the row is read by itself.
+  // A card's row beside its contact. Where `writing` is the newer side, the row is read by itself
+  // and whole; else it may hold the dates alone.
   struct ComparedPair {
     std::unique_ptr<store::Recordset> row;
     PairState state;

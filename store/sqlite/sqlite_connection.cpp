@@ -83,6 +83,26 @@ struct SqliteConnection::Columns {
     }
   }
 
+  // Throws DatabaseError when there is none of that name.
+  [[nodiscard]] std::size_t find(std::string_view name) const {
+    const auto column = byName.find(name);
+    if (column == byName.end()) failAsMissing(name);
+    return column->second;
+  }
+  [[noreturn]] static void failAsMissing(std::string_view name) {
+    throw DatabaseError(text::say("열이 없습니다: %1", "no such column: %1", {name}));
+  }
+
+  // Puts the places of these columns into `places`, which may hold them already.
+  void locate(ColumnNames wanted, std::vector<std::size_t>& places) const {
+    const auto isAt = [&](std::size_t place, std::string_view name) {
+      return place < count && names[place] == name;
+    };
+    if (std::equal(places.begin(), places.end(), wanted.begin(), wanted.end(), isAt)) return;
+    places.clear();
+    for (const std::string_view name : wanted) places.push_back(find(name));
+  }
+
   std::size_t count;
   std::vector<std::string> names;
   std::unordered_map<std::string_view, std::size_t, Hash, Equal> byName;
@@ -91,26 +111,19 @@ struct SqliteConnection::Columns {
 // All rows of a query in one block of bytes.
 class SqliteConnection::Rows : public Recordset {
  public:
-  explicit Rows(std::shared_ptr<const Columns> columns) : columns_(std::move(columns)) {
-    constexpr std::size_t kUsualRow = 768;
-    cells_.reserve(columns_->count);
-    bytes_.reserve(kUsualRow);
+  // `kept` are the columns to be kept; empty for all.
+  Rows(std::shared_ptr<const Columns> columns, const std::vector<std::size_t>& kept)
+      : columns_(std::move(columns)),
+        kept_(kept),
+        width_(kept.empty() ? columns_->count : kept.size()) {
+    constexpr std::size_t kUsualCell = 16;
+    cells_.reserve(width_);
+    bytes_.reserve(width_ * kUsualCell);
   }
 
   void append(const Statement& statement) {
-    for (int i = 0; i < static_cast<int>(columns_->count); ++i) {
-      const Statement::Type type = statement.type(i);
-      if (type == Statement::Type::Null) {
-        cells_.push_back({bytes_.size(), kNull});
-        continue;
-      }
-      if (type == Statement::Type::Integer) {  // the library would allocate for its text
-        appendNumber(statement.number(i));
-        continue;
-      }
-      const std::string_view bytes = statement.bytes(i);
-      cells_.push_back({bytes_.size(), bytes.size()});
-      bytes_.append(bytes);
+    for (std::size_t i = 0; i < width_; ++i) {
+      appendCell(statement, static_cast<int>(kept_.empty() ? i : kept_[i]));
     }
     ++rowCount_;
   }
@@ -125,16 +138,48 @@ class SqliteConnection::Rows : public Recordset {
   [[nodiscard]] Field field(std::string_view name) const override {
     if (atEnd())
       throw DatabaseError(text::say("현재 행이 없습니다: %1", "no current row: %1", {name}));
-    const auto column = columns_->byName.find(name);
-    if (column == columns_->byName.end()) {
-      throw DatabaseError(text::say("열이 없습니다: %1", "no such column: %1", {name}));
-    }
-    const Cell& cell = cells_[row_ * columns_->count + column->second];
+    const Cell& cell = cells_[row_ * width_ + placeOf(name)];
     if (cell.size == kNull) return std::nullopt;
     return std::string_view(bytes_).substr(cell.start, cell.size);
   }
 
  private:
+  // Where a row has that column's cell. Columns are mostly asked for in their order.
+  [[nodiscard]] std::size_t placeOf(std::string_view name) const {
+    if (next_ >= width_) next_ = 0;
+    if (nameAt(next_) == name) return next_++;
+    if (kept_.empty()) {
+      next_ = columns_->find(name);
+    } else {
+      const auto isIt = [&](std::size_t column) {
+        return text::equalsIgnoringAsciiCase(columns_->names[column], name);
+      };
+      const auto found = std::find_if(kept_.begin(), kept_.end(), isIt);
+      if (found == kept_.end()) Columns::failAsMissing(name);
+      next_ = static_cast<std::size_t>(found - kept_.begin());
+    }
+    return next_++;
+  }
+
+  [[nodiscard]] std::string_view nameAt(std::size_t place) const {
+    return columns_->names[kept_.empty() ? place : kept_[place]];
+  }
+
+  void appendCell(const Statement& statement, int column) {
+    switch (statement.type(column)) {
+      case Statement::Type::Null:
+        cells_.push_back({bytes_.size(), kNull});
+        break;
+      case Statement::Type::Integer:  // the library would allocate for its text
+        appendNumber(statement.number(column));
+        break;
+      default:
+        const std::string_view bytes = statement.bytes(column);
+        cells_.push_back({bytes_.size(), bytes.size()});
+        bytes_.append(bytes);
+    }
+  }
+
   void appendNumber(std::int64_t number) {
     std::array<char, 24> digits{};
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
@@ -150,6 +195,9 @@ class SqliteConnection::Rows : public Recordset {
   };
 
   std::shared_ptr<const Columns> columns_;
+  std::vector<std::size_t> kept_;  // the columns of a row's cells; empty for all of them
+  std::size_t width_;              // the cells of a row
+  mutable std::size_t next_ = 0;   // where the column that is asked for next may be
   std::string bytes_;
   std::vector<Cell> cells_;
   std::size_t rowCount_ = 0;
@@ -205,7 +253,10 @@ SqliteConnection::Prepared& SqliteConnection::prepare(std::string_view sql) {
     Statement statement(database_.get(), text.shape);
     if (prepared_.size() >= kMostPrepared) prepared_.clear();
     auto columns = std::make_shared<const Columns>(statement);
-    found = prepared_.emplace(text.shape, Prepared{std::move(statement), std::move(columns)}).first;
+    found = prepared_
+                .emplace(text.shape,
+                         Prepared{.statement = std::move(statement), .columns = std::move(columns)})
+                .first;
   }
   Statement& statement = found->second.statement;
   int index = 0;
@@ -264,6 +315,11 @@ std::int64_t SqliteConnection::execute(std::string_view sql) {
 }
 
 std::unique_ptr<Recordset> SqliteConnection::query(std::string_view sql) {
+  return SqliteConnection::queryColumns(sql, {});
+}
+
+std::unique_ptr<Recordset> SqliteConnection::queryColumns(std::string_view sql,
+                                                          ColumnNames columns) {
   Prepared& prepared = prepare(sql);
   Statement& statement = prepared.statement;
   const Clear clear(statement);
@@ -272,7 +328,8 @@ std::unique_ptr<Recordset> SqliteConnection::query(std::string_view sql) {
   if (static_cast<std::size_t>(statement.columnCount()) != prepared.columns->count) {
     prepared.columns = std::make_shared<const Columns>(statement);
   }
-  auto rows = std::make_unique<Rows>(prepared.columns);
+  prepared.columns->locate(columns, prepared.kept);
+  auto rows = std::make_unique<Rows>(prepared.columns, prepared.kept);
   for (; isRow; isRow = statement.next()) rows->append(statement);
   return rows;
 }

@@ -32,6 +32,7 @@ class SqliteConnection : public Connection {
   [[nodiscard]] bool isOpen() const override { return database_ != nullptr; }
   std::int64_t execute(std::string_view sql) override;
   std::unique_ptr<Recordset> query(std::string_view sql) override;
+  std::unique_ptr<Recordset> queryColumns(std::string_view sql, ColumnNames columns) override;
   bool readTogether(bool together) override;
 
   // The open database; nullptr when there is none.
@@ -49,6 +50,7 @@ class SqliteConnection : public Connection {
   struct Prepared {
     Statement statement;
     std::shared_ptr<const Columns> columns;
+    std::vector<std::size_t> kept{};  // the columns that were asked for last
   };
 
   Prepared& prepare(std::string_view sql);
