@@ -1,7 +1,9 @@
 #!/usr/bin/env python3
 """Prints the results of transfer_bench as a Markdown table, each transfer beside its floor and what is aimed at,
-and draws time against cards where several sizes were measured."""
+and draws time against cards where several sizes were measured, with other tools as dots where bench/peers has
+left their times."""
 import json
+import os
 import sys
 
 FLOORS = {
@@ -62,12 +64,16 @@ def print_growth(times):
             print(f"{name}: 30,000 cards take {many / few:.1f} times as long as 10,000: {met} (at most {GROWTH})")
 
 
-def draw(times, path):
+PEERS_COLOUR = "#7d6608"
+
+
+def draw(times, peers, path):
     sizes = sorted({cards for name, cards, _ in times if name in CURVES})
     if len(sizes) < 2:
         return
     width, height, left, bottom = 760, 420, 70, 50
-    longest = max(times[key] for key in times if key[0] in CURVES and key[2] == "median")
+    longest = max([times[key] for key in times if key[0] in CURVES and key[2] == "median"] +
+                  [first * 1000 for _, first, _ in peers.values()])
 
     def place(cards, milliseconds):
         return (left + cards / sizes[-1] * (width - left - 190),
@@ -90,6 +96,11 @@ def draw(times, path):
             line = " ".join(f"{x:.1f},{y:.1f}" for x, y in points)
             parts.append(f'<polyline points="{line}" fill="none" stroke="{colour}" stroke-width="2"/>')
             labels.append([points[-1][1], label, colour, points[-1][0]])
+    for peer, (cards, first, nothing) in peers.items():
+        for name, seconds in (("first transfer", first), ("nothing to do", nothing)):
+            x, y = place(cards, seconds * 1000)
+            parts.append(f'<circle cx="{x:.1f}" cy="{y:.1f}" r="4" fill="{PEERS_COLOUR}"/>'
+                         f'<text x="{x + 8:.1f}" y="{y + 4:.1f}" fill="{PEERS_COLOUR}">{peer}, {name}</text>')
     free = 0
     for label in sorted(labels):  # none over another
         free = max(free + 16, label[0])
@@ -99,7 +110,7 @@ def draw(times, path):
         file.write("\n".join(parts))
 
 
-def main(results, picture):
+def main(results, picture, peers):
     times = {}
     with open(results, encoding="utf-8") as file:
         for result in json.load(file)["benchmarks"]:
@@ -107,8 +118,12 @@ def main(results, picture):
             times[(name, int(cards), result["aggregate_name"])] = result["real_time"]
     print_table(times)
     print_growth(times)
-    draw(times, picture)
+    times_of_peers = {}
+    if os.path.exists(peers):
+        with open(peers, encoding="utf-8") as file:
+            times_of_peers = json.load(file)
+    draw(times, times_of_peers, picture)
 
 
 if __name__ == "__main__":
-    main(sys.argv[1], sys.argv[2])
+    main(*sys.argv[1:])
