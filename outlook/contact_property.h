@@ -1,6 +1,6 @@
-// Every property of a contact that the component reads or writes, named once: its object-model
+// Every property of a contact that the component reads or writes, listed once: its object-model
 // name, its kind and its place in a vCard. The field map, the adapters and the tests read this
-// table; a property is added here and nowhere else.
+// table. New properties are added here and nowhere else.
 #pragma once
 
 #include <array>
@@ -59,23 +59,23 @@ enum class PropertyKind : std::uint8_t {
   Text,
   Date,
   Gender,
-  Name,  // a text that follows from, or splits into, the parts of the name
+  Name,  // a text made of the parts of the name, or split into them
 };
 
-// Where a property lies in a vCard. Of the lines with one of `names`, those that carry every type
-// in `required` and none in `excluded` belong to the property; `slot` picks among them.
+// Where a property is in a vCard. Of the lines with one of `names`, those that carry all
+// `requiredTypes` and no `excludedTypes` belong to the property; `slot` picks one of them.
 struct VCardPlace {
-  // Names separated by blanks: the first is the one that a new line gets, the others are the names
-  // under which other programs write the same thing.
+  // Names separated by blanks: a new line gets the first; the others are what other programs call
+  // the same thing.
   std::string_view names{};
   std::string_view requiredTypes{};
   std::string_view excludedTypes{};
-  std::string_view newTypes{};      // the types of a line made anew
+  std::string_view newTypes{};      // the types of a new line
   int component = -1;               // index in a structured value, or -1 for the whole value
   int slot = 1;                     // 1 or 2: the first or the second such line
   std::string_view labelledName{};  // a line of this name in a group whose X-ABLabel holds `label`
   std::string_view label{};
-  std::string_view nameInVersion4{};  // the standard name that vCard 4.0 has for it
+  std::string_view nameInVersion4{};  // its standard name in vCard 4.0
 };
 
 struct PropertyInfo {
@@ -90,7 +90,7 @@ struct PropertyInfo {
 
 [[nodiscard]] const PropertyInfo& propertyInfo(ContactProperty property);
 
-// What makes up an address, but for its postal code.
+// The properties of an address, without its postal code.
 struct AddressProperties {
   ContactProperty country;
   ContactProperty state;
@@ -104,7 +104,7 @@ struct AddressProperties {
   }
 };
 
-// The address that `street` is the street of.
+// The address with that street.
 [[nodiscard]] const AddressProperties& addressProperties(ContactProperty street);
 
 }  // namespace vlout::outlook

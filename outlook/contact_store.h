@@ -1,6 +1,6 @@
-// The contact store port: the operations that the transfers need of Outlook's object model, or of a
-// substitute with the same behaviour. An adapter connects, opens one folder of contacts and hands
-// out items by position; everything above talks to these two classes alone.
+// The contact store port: the operations of Outlook's object model that the transfers need, or of a
+// substitute that behaves the same. An adapter connects, opens a folder of contacts and hands out
+// items by position. Everything above uses only these two classes.
 #pragma once
 
 #include <filesystem>
@@ -18,14 +18,14 @@
 
 namespace vlout::outlook {
 
-// A call on the store or one of its contacts that failed: on what, and the system's own text.
+// A failed call on the store or on a contact: what it was about, and the system's own text.
 class ContactStoreError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// A property that has a value which the store cannot decode. Unlike other failures it concerns that
-// property alone: it is passed over, and the rest of the contact is transferred.
+// A property with a value that the store cannot decode. Unlike other failures it concerns only that
+// property: it is passed over, and the rest of the contact is transferred.
 class UnreadableProperty : public ContactStoreError {
  public:
   using ContactStoreError::ContactStoreError;
@@ -37,8 +37,8 @@ enum class Gender { Unspecified = 0, Female = 1, Male = 2 };
 // The type name of an item that is a contact; items of any other type are passed over.
 inline constexpr std::string_view kContactItem = "ContactItem";
 
-// One item of the contacts folder, or a new one that is not saved yet. What is set becomes part of
-// the folder with `save`. Every function throws ContactStoreError when the store refuses the call.
+// An item of the contacts folder, or a new one that is not saved yet. `save` makes what was set
+// part of the folder. Every function throws ContactStoreError when the store refuses the call.
 class Contact {
  public:
   Contact() = default;
@@ -50,7 +50,7 @@ class Contact {
 
   // Text properties, the name among them. Setting `FullName` splits it into its parts as Outlook
   // does; `FullName` and `LastNameAndFirstName` follow from the parts. Reading a property that
-  // cannot be decoded throws UnreadableProperty; setting it to nothing leaves it as it is.
+  // cannot be decoded throws UnreadableProperty; setting it to an empty text leaves it as it is.
   [[nodiscard]] virtual std::string text(ContactProperty property) = 0;
   virtual void setText(ContactProperty property, std::string_view value) = 0;
 
@@ -61,7 +61,7 @@ class Contact {
   [[nodiscard]] virtual Gender gender() = 0;
   virtual void setGender(Gender value) = 0;
 
-  // User properties by 1-based index, and by name. A text property is added when there is none of
+  // User properties by 1-based index, and by name. Setting adds a text property if there is none of
   // that name yet.
   [[nodiscard]] virtual std::size_t userPropertyCount() = 0;
   [[nodiscard]] virtual std::string userPropertyName(std::size_t index) = 0;
@@ -75,19 +75,19 @@ class Contact {
   // Attaches a copy of the file under `name`.
   virtual void addAttachment(const std::filesystem::path& file, std::string_view name) = 0;
 
-  // Shows the person in a JPEG file's content, where a contact has a place for that and no picture
-  // but one that was given so before; an empty text takes that one away.
+  // Sets the picture that the contact shows, from the content of a JPEG file, if contacts here have
+  // one and this one shows none but an earlier one of ours. An empty text removes ours.
   virtual void showPicture(std::string_view jpeg) { static_cast<void>(jpeg); }
 
   virtual void save() = 0;
-  // `save` of a contact that was written from the row whose number it carries, before the row gets
-  // the dates of this transfer. A store that remembers it can tell later, when the program was
-  // killed in between, that nothing but those dates is missing. The save of a new contact may wait
-  // for the store's `savePostponed`.
+  // `save` for a contact that was written from the row whose number it carries, before that row
+  // gets the dates of this transfer. If the program is killed in between, a store that remembers
+  // this can tell later that only those dates are missing. The save of a new contact may wait for
+  // the store's `savePostponed`.
   virtual void saveSent() { save(); }
 
-  // When the contact was last saved, by anyone; with its fraction of a second. If a postponed save
-  // has failed, this throws the reason.
+  // When anyone last saved the contact, with the fraction of the second. If a postponed save has
+  // failed, this throws the reason.
   [[nodiscard]] virtual text::DateTime lastModificationTime() = 0;
 };
 
@@ -95,14 +95,14 @@ class Contact {
 struct LostSave {
   std::string person;
   std::string cause;
-  std::string row{};                            // whose data is lost with it, by number, or empty
-  std::optional<text::DateTime> contactTime{};  // of that contact from now on, where it is known
+  std::string row{};  // the number of the row whose data is lost, or empty
+  std::optional<text::DateTime> contactTime{};  // the contact's time from now on, if it is known
 };
 
 class ContactStore {
  public:
-  // Called for each lost save before the store forgets it: the rows must not go on saying that
-  // their contacts have it.
+  // Called for each lost save before the store forgets it, so that the row can stop saying that its
+  // contact has the data.
   using Lose = std::function<void(const LostSave& lost)>;
 
   ContactStore() = default;
@@ -110,37 +110,36 @@ class ContactStore {
   ContactStore& operator=(const ContactStore&) = delete;
   virtual ~ContactStore() = default;
 
-  // True when the store can be used. On false `connectFailure` tells why, where the store knows.
+  // True if the store can be used. Otherwise `connectFailure` tells why, if the store knows.
   [[nodiscard]] virtual bool connect() = 0;
   [[nodiscard]] virtual std::string connectFailure() const = 0;
 
-  // Completes the saves that a killed run has left by halves. To be called before rows are read.
+  // Completes saves that a killed run has left half done. Call it before rows are read.
   virtual void completeSaves(const Lose& lose) { static_cast<void>(lose); }
 
   // Opens the default contacts folder as it is now. Items keep their positions until it is opened
-  // again; contacts saved meanwhile come after them, or are not counted yet.
-  // Where each item has to be opened, `afterEach` is called now and then, so that windows stay
-  // alive.
+  // again; contacts that are saved meanwhile come after them, or are not counted yet. If each item
+  // has to be opened, `afterEach` is called now and then, so that windows stay alive.
   virtual void openContactsFolder(const std::function<void()>& afterEach) = 0;
   void openContactsFolder() {
     openContactsFolder([] {});
   }
 
-  // What is wrong with the folder's content, a line each: what could not be read as a contact.
+  // What could not be read as a contact in the folder, one line each.
   [[nodiscard]] virtual std::vector<std::string> folderNotices() const = 0;
 
   [[nodiscard]] virtual std::size_t count() const = 0;
 
   // What the item at a 1-based position was when the folder was opened, without reading it again:
-  // the `VLID` of a contact, empty when it had none; and the name of a contact without a `VLID`,
-  // empty when it is not known. Both are empty for items that are no contacts.
+  // the `VLID` of a contact, empty if it had none, and the name of a contact without a `VLID`,
+  // empty if unknown. Both are empty for items that are not contacts.
   [[nodiscard]] virtual std::string keyWhenOpened(std::size_t index) const = 0;
   [[nodiscard]] virtual PersonName nameWhenOpened(std::size_t index) const = 0;
 
-  // True when an item could not be read as the folder was opened: it may be a contact with a key.
+  // True if some item could not be read when the folder was opened; it may be a contact with a key.
   [[nodiscard]] virtual bool mayHideContacts() const { return false; }
 
-  // The item at a 1-based position; throws ContactStoreError when there is none.
+  // The item at a 1-based position. Throws ContactStoreError if there is none.
   [[nodiscard]] virtual std::unique_ptr<Contact> item(std::size_t index) = 0;
 
   // A new contact, not yet part of the folder.
@@ -154,11 +153,11 @@ class ContactStore {
   virtual void savePostponed() {}
 
   // Lets the user choose categories for a new contact in the store's own dialog. Throws
-  // ContactStoreError where there is no such dialog.
+  // ContactStoreError if there is no such dialog.
   [[nodiscard]] virtual std::string chooseCategories() = 0;
 
-  // Called when a run has ended: what was saved is to survive a power cut. A store may have
-  // gathered saves until now.
+  // Called when a run has ended: what was saved must now survive a power cut. A store may have
+  // gathered saves until this call.
   virtual void flush(const Lose& lose) = 0;
 };
 

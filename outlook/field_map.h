@@ -1,6 +1,6 @@
 // The correspondence between a name-card row and a contact, in both directions. Export, import,
-// sync and the compare window all go through this one table and its named rules. The directions are
-// deliberately not mirror images of each other.
+// sync and the compare window all use this one table and its named rules. Deliberately, the two
+// directions do not mirror each other.
 #pragma once
 
 #include <functional>
@@ -25,8 +25,8 @@ enum class FieldRule {
   Address,  // one line in the row, parts on the contact
 };
 
-// One column and the contact property that it comes from and goes to. They differ in one place, and
-// are meant to: a row's home postal code is written to the contact's other address, after the row's
+// A column, and the contact property that it comes from and goes to. They differ in one place, on
+// purpose: a row's home postal code is written to the contact's other address, after the row's
 // other postal code, and so wins there.
 struct MappedField {
   std::string_view column;
@@ -38,8 +38,7 @@ struct MappedField {
 // All mapped columns except the name, in the order in which a row is updated from a contact.
 [[nodiscard]] std::span<const MappedField> mappedFields();
 
-// What people call a column of the row that holds something of a person; an empty text for any
-// other column.
+// The name that users see for a column with data of a person; an empty text for any other column.
 [[nodiscard]] std::string_view fieldCaption(std::string_view column);
 
 // How a contact is written from a row.
@@ -49,7 +48,7 @@ enum class ContactWrite {
   UpdateKeepingName,  // an existing contact whose name fields stay as they are
 };
 
-// The boxes of the main window that the map asks, and where the cards' pictures come from.
+// The boxes of the main window that affect the map, and where the cards' pictures come from.
 struct MapOptions {
   bool splitName = true;   // "성,이름 분리해서 보내기"
   bool protectFax = true;  // "팩스번호는 아웃룩 정보를 보호함"
@@ -66,12 +65,12 @@ void writeContactFromRow(Contact& contact, const store::Recordset& row, ContactW
 // Writes one field's row text into the contact by the field's rule.
 void writeFieldToContact(Contact& contact, const MappedField& field, std::string_view rowText);
 
-// What the row gets of the contact for this field: its text, or an empty text for a missing date.
-// Nothing for what cannot be decoded, which leaves the row's column as it is.
+// The text that the row gets from the contact for this field; an empty text for a missing date.
+// Nothing if it cannot be decoded, which leaves the row's column as it is.
 [[nodiscard]] std::optional<std::string> fieldTextFromContact(Contact& contact,
                                                               const MappedField& field);
 
-// A property as a window shows it: an empty text for what cannot be decoded.
+// A property as a window shows it: an empty text if it cannot be decoded.
 [[nodiscard]] std::string shownText(Contact& contact, ContactProperty property);
 
 // What the row holds in this field, in the form that `fieldTextFromContact` gives.
@@ -80,8 +79,8 @@ void writeFieldToContact(Contact& contact, const MappedField& field, std::string
 // A company's name as rows hold it: with the one character "㈜" for "(주)".
 [[nodiscard]] std::string withCompanyMark(std::string_view company);
 
-// The value as it stands in an UPDATE or INSERT statement: quoted, or the bare word null for a
-// missing date.
+// The value as UPDATE and INSERT statements have it: quoted, or the bare word null for a missing
+// date.
 [[nodiscard]] std::string fieldSqlValue(const MappedField& field, std::string_view text);
 
 // The `FullName` that a contact gives a row.

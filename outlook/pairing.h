@@ -1,4 +1,4 @@
-// The pairing key: the user property `VLID` that ties a contact to its row, and the person's name
+// The pairing key: the user property `VLID` that ties a contact to its row, and the person's name,
 // by which a contact without a key is looked up.
 #pragma once
 
@@ -18,10 +18,10 @@ inline constexpr std::string_view kVLID = "VLID";
 // The row number that `VLID` holds, as text.
 [[nodiscard]] std::string readVLID(Contact& contact);
 
-// The contact's key: what `VLID` holds, without blanks around it. An empty `VLID` is no key.
+// The contact's key: the text of `VLID` without blanks around it. An empty `VLID` is no key.
 [[nodiscard]] std::optional<std::string> keyOf(Contact& contact);
 
-// Sets `VLID`, adding it as a text property when it is missing. The contact is not saved.
+// Sets `VLID`, adding it as a text property if it is missing. Does not save the contact.
 void addVLID(Contact& contact, std::string_view rowId);
 
 // Family name and given name joined without a separator, as they stand.

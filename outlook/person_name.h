@@ -1,5 +1,5 @@
-// The parts of a person's name and the forms that Outlook makes of them. Stores that have to do
-// Outlook's splitting themselves call it.
+// The parts of a person's name, and the forms that Outlook makes of them. Stores call it if they
+// have to split names as Outlook does.
 #pragma once
 
 #include <string>

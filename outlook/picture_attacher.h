@@ -1,4 +1,4 @@
-// The hook through which a card's picture goes onto its contact while the contact is written.
+// The hook that puts a card's picture onto its contact while the contact is written.
 #pragma once
 
 #include <string>
@@ -15,8 +15,8 @@ class PictureAttacher {
   PictureAttacher& operator=(const PictureAttacher&) = delete;
   virtual ~PictureAttacher() = default;
 
-  // Attaches the picture of the row's current record, in place of the one attached before. One
-  // that cannot be written is left out. Returns the reason, or an empty text.
+  // Attaches the picture of the row's current record, in place of the one attached before. A
+  // picture that cannot be written is left out. Returns the reason, or an empty text.
   [[nodiscard]] virtual std::string attach(Contact& contact, const store::Recordset& row) = 0;
 };
 

@@ -45,8 +45,8 @@ std::int64_t requireNumber(std::string_view id, const text::Words& what);
 // fails.
 [[nodiscard]] std::int16_t nextCardId(Connection& connection);
 
-// The one row of that card, or no rows. `columns` names those that will be asked for; empty for all.
-// Throws DatabaseError if the id is not a number.
+// The one row of that card, or no rows. `columns` names those that will be asked for; empty for
+// all. Throws DatabaseError if the id is not a number.
 [[nodiscard]] std::unique_ptr<Recordset> readCard(Connection& connection, std::string_view cardId,
                                                   ColumnNames columns = {});
 

@@ -12,7 +12,8 @@ enum class Side { Neither, Row, Contact };
 
 struct PairState {
   Side newer = Side::Neither;
-  bool conflict = false;  // both sides changed since the last transfer, and the loop asked
+  bool conflict =
+      false;  // both sides changed since the last transfer, and the caller asked for the test
 
   bool operator==(const PairState&) const = default;
 };
@@ -24,7 +25,7 @@ enum class ConflictTest {
   Crosswise,  // two-way sync: the other way round, deliberately
 };
 
-// `contactTime` may still have its fraction; it is cut to whole seconds here.
+// `contactTime` may have a fraction; it is cut to whole seconds here.
 [[nodiscard]] PairState classifyPair(const RowStamps& row, text::DateTime contactTime,
                                      ConflictTest test);
 

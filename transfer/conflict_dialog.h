@@ -34,11 +34,11 @@ class ConflictDialog {
   ConflictDialog& operator=(const ConflictDialog&) = delete;
   virtual ~ConflictDialog() = default;
 
-  // Shows the pair until the user has decided; a ConflictOutcome or another number.
+  // Shows the pair until the user has decided. Returns a ConflictOutcome or another number.
   virtual int resolve(const ConflictPair& pair) = 0;
 
-  // After `kKeepCardSide` and `kKeepOutlookSide`: writes what the user left in that side's boxes to
-  // both sides. False when it was not saved, which has been shown then.
+  // After `kKeepCardSide` and `kKeepOutlookSide`: writes the texts in that side's boxes to both
+  // sides. False if they were not saved; the user has then been told.
   virtual bool saveCardSide(const ConflictPair& pair) = 0;
   virtual bool saveOutlookSide(const ConflictPair& pair) = 0;
 };

@@ -1,5 +1,5 @@
-// Export: sends the cards of the work list to the contacts folder. Contacts that hold a card are
-// compared and updated, cards that the folder lacks are added, conflicts are only reported. The run
+// Export: sends the cards of the work list to the contacts folder. Contacts that have a card are
+// compared and updated, cards without a contact are added, and conflicts are only reported. The run
 // button of the main window calls it with the work list loaded.
 #pragma once
 
@@ -18,7 +18,7 @@
 
 namespace vlout::transfer {
 
-// The boxes of the main window that export asks.
+// The boxes of the main window that affect an export.
 struct ExportOptions {
   bool addMissing = true;      // "아웃룩에 없는 연락처 보내기"
   bool updateExisting = true;  // "동일인은 최근 변경된 정보만 갱신"
@@ -41,7 +41,7 @@ class Export : private Transfer {
   RunEnd runExport();
 
  private:
-  // A row of the work list that a contact belongs to, and by what they were paired.
+  // The row of the work list that a contact belongs to, and how they were paired.
   struct Pair {
     WorkList::Position position;
     bool byKey;  // compared by its dates; a pair by person alone is merged
@@ -70,7 +70,7 @@ class Export : private Transfer {
 
   ExportOptions options_;
   RowUpdate rowUpdate_;
-  bool hidesContacts_ = false;  // a contact of any card could not be read
+  bool hidesContacts_ = false;  // a contact that may be any card's could not be read
   int added_ = 0;
   int updated_ = 0;
   int conflicts_ = 0;

@@ -1,6 +1,6 @@
-// Import: brings the contacts of the folder into the name-card table. Contacts that have a row
-// update it, are merged with it or are reported as conflicts; contacts without one are added at the
-// end. The run button of the main window calls it with the work list of all cards loaded.
+// Import: brings the contacts of the folder into the name-card table. A contact with a row updates
+// it, is merged with it, or is reported as a conflict; contacts without a row are added at the end.
+// The run button of the main window calls it with the work list of all cards loaded.
 #pragma once
 
 #include <string>
@@ -14,7 +14,7 @@
 
 namespace vlout::transfer {
 
-// The boxes of the main window that import asks.
+// The boxes of the main window that affect an import.
 struct ImportOptions {
   bool addMissing = true;      // "벨모라에 없는 연락처 가져오기"
   bool updateExisting = true;  // "동일인은 최근 변경된 정보만 갱신"
@@ -24,7 +24,7 @@ struct ImportOptions {
 
 class Import : private Transfer {
  public:
-  // `pending` is the window's list of contacts that have no row, by their positions in the folder.
+  // `pending` is the window's list of contacts without a row, by their positions in the folder.
   Import(store::Connection& connection, outlook::ContactStore& contacts, WorkList& list,
          std::vector<std::size_t>& pending, RunWindow& window, const ImportOptions& options,
          TargetFolder target)
@@ -45,8 +45,8 @@ class Import : private Transfer {
   void compareContact(outlook::Contact& contact, std::size_t position);
   void collectContact(outlook::Contact& contact, std::size_t position);
   void mergeInto(const std::string& rowId, outlook::Contact& contact);
-  // The row of the contact's person, in the list or anywhere among the cards; one that has its
-  // contact already is reported, and so is found too.
+  // The row of the contact's person, in the list or anywhere among the cards. A row that already
+  // has a contact is found too, so that this can be reported.
   struct FoundRow {
     std::string id;
     bool taken;
@@ -54,7 +54,7 @@ class Import : private Transfer {
   [[nodiscard]] std::optional<FoundRow> findRowOfPerson(outlook::Contact& contact);
   [[nodiscard]] Compared compareForImport(const std::string& rowId, outlook::Contact& contact);
 
-  // The row of the same person anywhere among the cards: its id, or nothing.
+  // The id of the same person's row anywhere among the cards, or nothing.
   [[nodiscard]] std::optional<std::string> findDuplicateByName(const Person& person);
   [[nodiscard]] std::optional<std::string> findDuplicate(outlook::Contact& contact);
 
@@ -70,9 +70,9 @@ class Import : private Transfer {
   ImportOptions options_;
   TargetFolder target_;
   RowUpdate rowUpdate_;
-  // The numbers that contacts carry and will keep: no new row gets such a number.
+  // The numbers that contacts carry and will keep. No new row gets one of them.
   std::unordered_set<std::string> keptNumbers_;
-  // The contacts that are still to be numbered anew, by the number that they carry.
+  // The contacts still to be renumbered, by the number that they carry.
   std::unordered_multimap<std::string, std::size_t> waiting_;
   int added_ = 0;
   int updated_ = 0;

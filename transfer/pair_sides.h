@@ -1,5 +1,5 @@
-// A row and its contact as people compare them: field by field, in texts of one form. The compare
-// window, the preview and the overview show them; nothing here writes.
+// A row and its contact as people compare them: field by field, as texts of the same form. The
+// compare window, the preview and the overview show them. Nothing is written here.
 #pragma once
 
 #include <array>
@@ -12,8 +12,8 @@
 
 namespace vlout::transfer {
 
-// A field as each side shows it; an address is its one line. What a contact holds and cannot be
-// decoded is empty. Throw ContactStoreError when the contact cannot be read.
+// A field as each side shows it; an address is one line. A value of the contact that cannot be
+// decoded is empty. Both throw ContactStoreError if the contact cannot be read.
 [[nodiscard]] std::string cardSideText(const store::Recordset& row, std::string_view column);
 [[nodiscard]] std::string outlookSideText(outlook::Contact& contact, std::string_view column);
 
@@ -27,8 +27,8 @@ using AddressTexts = std::array<std::string, 5>;
 [[nodiscard]] std::string cardAddressLine(const AddressTexts& parts);
 [[nodiscard]] std::string outlookAddressLine(const AddressTexts& parts);
 
-// Whether the two texts of a field count as different. The categories never do; line ends are each
-// store's own.
+// True if the two texts of a field count as different. Categories never do, and line ends do not
+// matter, since each store has its own.
 [[nodiscard]] bool sidesDiffer(std::string_view column, std::string_view card,
                                std::string_view contact);
 
@@ -40,8 +40,7 @@ struct ComparedField {
   [[nodiscard]] bool differs() const { return sidesDiffer(column, card, contact); }
 };
 
-// The fields that either side holds, in the order in which people see them. A side that is missing
-// is empty.
+// The fields that either side has, in the order in which people see them. A missing side is empty.
 [[nodiscard]] std::vector<ComparedField> compareSides(const store::Recordset* row,
                                                       outlook::Contact* contact);
 // Those that differ.

@@ -1,5 +1,5 @@
-// Whether a row and a contact without a usable key are the same person, and which of several rows
-// of the name it is. Export and import decide it by this one rule.
+// Decides whether a row and a contact without a usable key are the same person, and which of
+// several rows of the name it is. Export and import share this rule.
 #pragma once
 
 #include <cstddef>
@@ -9,23 +9,23 @@
 
 namespace vlout::transfer {
 
-// Whom a contact without a usable key is looked up by.
+// What a contact without a usable key is looked up by.
 struct Person {
   std::string name{};
   std::string mobile{};  // as the contact holds it
   std::string email{};
 };
 
-// What mobile number and e-mail address say of two sides that have the same name, from the least
-// to the most likely.
+// What mobile number and e-mail address tell about two sides of the same name, from the least to
+// the most likely.
 enum class Likeness {
-  Different,       // one that both have differs, and none is equal
-  Possible,        // there is none that both have
-  Same,            // one is equal, which outweighs that the other differs
-  SameThroughout,  // one is equal, and none differs
+  Different,       // a value that both have differs, and none is equal
+  Possible,        // there is no value that both have
+  Same,            // one value is equal, which outweighs that the other differs
+  SameThroughout,  // one value is equal, and none differs
 };
 
-// `rowMobile` is digits alone, `rowEmail` without blanks around it. Letter case does not count.
+// `rowMobile` has digits only, `rowEmail` no blanks around it. Letter case does not matter.
 [[nodiscard]] Likeness likeness(std::string_view rowMobile, std::string_view rowEmail,
                                 const Person& person);
 
@@ -35,14 +35,14 @@ enum class Evidence {
   EqualValue,  // an equal number or address
 };
 
-// Chooses among the rows of one name: the one that is most alike; without any equal value the only
-// one that is possible, and no row when there are several. A row that has its contact already is
-// chosen only when no other row is as much alike.
+// Chooses among the rows of one name: the row that is most alike or, if no value is equal, the only
+// possible one, and none if there are several. A row that already has a contact is chosen only if
+// no other row is as much alike.
 class PersonMatch {
  public:
   struct Choice {
     std::size_t candidate;
-    bool taken;  // it has its contact already
+    bool taken;  // it already has a contact
   };
 
   void offer(std::size_t candidate, Likeness likeness, bool taken);

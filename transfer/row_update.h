@@ -1,6 +1,6 @@
-// Brings a pair into step in one direction, or a new row into being: from the contact to the row,
-// from the row to the contact, or merged field by field. Each ends with the three dates of the row
-// at the contact's time. The transfers and the compare window share it.
+// Brings a pair into step (from the contact to the row, from the row to the contact, or merged
+// field by field), or makes a new row. Each of these sets the three dates of the row to the
+// contact's time. The transfers and the compare window share it.
 #pragma once
 
 #include <optional>
@@ -16,14 +16,14 @@
 
 namespace vlout::transfer {
 
-// The folder that new rows are filed in.
+// The folder that new rows go into.
 struct TargetFolder {
   std::string id;
   std::string name;
 };
 
-// All functions throw ContactStoreError when the contact cannot be read or saved, and DatabaseError
-// where they do not say that they show it.
+// All functions throw ContactStoreError if the contact cannot be read or saved, and DatabaseError
+// unless they say that they show it.
 class RowUpdate {
  public:
   using FieldTexts = std::vector<std::string>;  // one text for each of `mappedFields`
@@ -35,19 +35,18 @@ class RowUpdate {
   // field and the dates in one statement. A database error is shown ("저장오류!") and gives false.
   bool updateRowFromContact(std::string_view rowId, outlook::Contact& contact);
 
-  // Two-way sync's update of a row, the same but for the message ("Update 저장실패!") and the mark
-  // of the import, which it leaves alone.
+  // Two-way sync's update of a row. It differs only in the message ("Update 저장실패!") and in
+  // leaving the mark of the import alone.
   bool updateRowForSync(std::string_view rowId, outlook::Contact& contact);
 
-  // Two-way sync's update of a contact, which keeps its name. False when the row is gone.
+  // Two-way sync's update of a contact, which keeps its name. False if the row is gone.
   bool updateContactFromRow(std::string_view rowId, outlook::Contact& contact,
                             const outlook::MapOptions& options);
 
   // The compare window's save of the card side: writes the texts as its user typed them, with the
   // three dates at the present time, then the row to the contact. A text with a quote is refused. A
-  // database error is shown ("벨모라 저장실패!") and gives false. When the contact cannot be
-  // written, the row keeps the texts and gets its old dates back, so that the pair stays a
-  // conflict.
+  // database error is shown ("벨모라 저장실패!") and gives false. If the contact cannot be written,
+  // the row keeps the texts but gets its old dates back, so that the pair stays a conflict.
   bool updateRowFromTexts(std::string_view rowId, outlook::Contact& contact,
                           const FieldTexts& texts, const outlook::MapOptions& options);
 
@@ -57,15 +56,16 @@ class RowUpdate {
   bool mergeForImport(std::string_view rowId, outlook::Contact& contact,
                       const outlook::MapOptions& options);
 
-  // What a new row gets of a contact and its folder: one SQL value for each column of the insert,
-  // empty for the number and the dates. Throws DatabaseError for more than a row can be given.
+  // What a new row gets from a contact and its folder: one SQL value for each column of the insert,
+  // empty for the number and the dates. Throws DatabaseError if it is more than a statement can
+  // hold.
   using NewRow = std::vector<std::string>;
   [[nodiscard]] NewRow readNewRow(outlook::Contact& contact, const TargetFolder& target);
   // Inserts the row of a contact that has been stamped with the number and saved.
   void insertRow(std::string_view rowId, const NewRow& row, text::DateTime contactTime);
 
  private:
-  // The same, with nothing for a column that keeps its value.
+  // Like FieldTexts, but with nothing for a column that keeps its value.
   using KnownTexts = std::vector<std::optional<std::string>>;
 
   bool saveRow(std::string_view rowId, outlook::Contact& contact, const KnownTexts& texts,

@@ -17,11 +17,11 @@ inline constexpr std::array<std::string_view, 3> kModeWords{"import", "export", 
 enum Range { kSelectedCards, kGroup, kAllCards };  // of an export
 inline constexpr std::array<std::string_view, 3> kRangeWords{"selected", "group", "all"};
 
-// What is known of a run when it begins.
+// What is known about a run when it begins.
 struct RunDescription {
   std::string mode;           // one of kModeWords, or "undo"
-  std::string range;          // of an export: one of kRangeWords; a group with its name
-  bool addsContacts = false;  // cards that have no contact get one
+  std::string range;          // of an export: one of kRangeWords; for a group, with its name
+  bool addsContacts = false;  // cards without a contact get one
   bool preview = false;
 };
 
@@ -39,7 +39,7 @@ struct RunOutcome {
   std::vector<ResultLine> lines{};  // that its window has shown
 };
 
-// Ends a run at once, where another failure would only cost it a record. The text says why.
+// Ends a run at once; any other failure would cost it only one record. The text says why.
 class RunAborted : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;

@@ -1,5 +1,5 @@
-// What a transfer needs of the window that it runs in: result lines, progress, a message box, and a
-// place to yield, where the user may ask to stop. The main window implements it; an engine never
+// What a transfer needs from the window that it runs in: result lines, progress, a message box, and
+// a place to yield, where the user may ask to stop. The main window implements it; an engine never
 // sees a form.
 #pragma once
 
@@ -22,12 +22,12 @@ class RunWindow {
   RunWindow& operator=(const RunWindow&) = delete;
   virtual ~RunWindow() = default;
 
-  // Adds a line to the result list; its 0-based row, by which its cells are set.
+  // Adds a line to the result list. Returns its 0-based row, by which its cells are set.
   virtual std::size_t addResult(std::string_view text) = 0;
   // `column` is 1 for the percent and 2 for the state. A line is final once its state is set.
   virtual void setResultCell(std::size_t row, std::size_t column, std::string_view text) = 0;
   virtual void selectResult(std::size_t row) = 0;
-  // Which card a line is about, by its number.
+  // Tells which card a line is about, by its number.
   virtual void resultIsOf(std::size_t row, std::string_view card) {
     static_cast<void>(row);
     static_cast<void>(card);
@@ -38,13 +38,13 @@ class RunWindow {
   virtual void enableRunButton(bool enabled) = 0;
   virtual void message(MessageIcon icon, std::string_view text) = 0;
 
-  // A message that is fixed, and the system's own text behind it.
+  // A fixed message, and the system's own text about the cause.
   virtual void failure(std::string_view text, std::string_view cause) {
     static_cast<void>(cause);
     message(MessageIcon::Critical, text);
   }
 
-  // A pair that changed on both sides, before its line.
+  // Told of a pair that changed on both sides, before its line is added.
   virtual void conflictFound(std::string_view rowId, outlook::Contact& contact) {
     static_cast<void>(rowId);
     static_cast<void>(contact);
@@ -53,11 +53,12 @@ class RunWindow {
   // Lets the window repaint and take input. True when the user has asked the run to stop.
   [[nodiscard]] virtual bool yield() = 0;
 
-  // The same while a run is still being prepared, without the wait. A wish to stop is kept.
+  // The same while a run is still being prepared, without the wait. A request to stop is
+  // remembered.
   virtual void keepAlive() { static_cast<void>(yield()); }
 };
 
-// Keeps the run button disabled for the length of a run, whatever ends it.
+// Keeps the run button disabled during a run, however it ends.
 class RunButtonDisabled {
  public:
   explicit RunButtonDisabled(RunWindow& window) : window_(window) {
@@ -71,11 +72,11 @@ class RunButtonDisabled {
   RunWindow& window_;
 };
 
-// Adds a whole line, about that card if there is one; its row.
+// Adds a complete line, about that card if there is one, and returns its row.
 std::size_t addLine(RunWindow& window, std::string_view text, std::string_view percent,
                     std::string_view state, std::string_view card = {});
 
-// The heading line of a phase that goes through a known number of steps.
+// The heading line of a phase with a known number of steps.
 class PhaseLine {
  public:
   PhaseLine(RunWindow& window, std::string_view text, std::size_t steps);
@@ -84,7 +85,7 @@ class PhaseLine {
   void advance(std::size_t step);
   void setSteps(std::size_t steps) { steps_ = steps; }
   void finish() { end(RunEnd::Completed); }
-  // Ends the heading; a phase that was stopped keeps the percent that it had reached.
+  // Ends the heading. A phase that was stopped keeps the percentage that it had reached.
   void end(RunEnd end);
 
  private:

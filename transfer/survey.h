@@ -1,6 +1,5 @@
-// What is linked with what: each card and each contact, sorted by what a two-way sync would make of
-// it. The classification is the transfers' own, so that it says what a run would do. Nothing is
-// written.
+// Finds out what is linked with what: sorts each card and each contact by what a two-way sync would
+// do with it, using the transfers' own rules. Nothing is written.
 #pragma once
 
 #include <array>
@@ -17,7 +16,7 @@
 
 namespace vlout::transfer {
 
-// How a card or contact stands, in the order of a report.
+// How a card or contact stands, in the order in which it is reported.
 enum class Standing {
   InStep,
   CardChanged,
@@ -25,16 +24,16 @@ enum class Standing {
   Conflict,
   NeverSent,    // a card without a contact
   ContactGone,  // a card that had one
-  CardGone,     // a contact whose number none of the cards has
-  Cardless,     // a contact without a number, of nobody among the cards
-  Joinable,     // a contact without a number, of a person among the cards: a transfer joins them
-  Double,       // a contact of a card that has another one
-  NameDiffers,  // a pair, which stands in one of the first four as well
+  CardGone,     // a contact whose number no card has
+  Cardless,     // a contact without a number whose person is not among the cards
+  Joinable,     // a contact without a number whose person is among the cards: a transfer joins them
+  Double,       // a contact of a card that already has one
+  NameDiffers,  // a pair that is also listed under one of the first four
   Namesake,     // a card with the same name as another
 };
 inline constexpr std::size_t kStandings = 12;
 
-// What people call it, and the word that scripts read.
+// What users see, and the word that scripts read.
 struct StandingWords {
   text::Words caption;
   std::string_view key;
@@ -50,8 +49,8 @@ struct Surveyed {
   std::vector<ComparedField> differences{};  // of a conflict
 };
 
-// The window of a survey: it passes on what could not be read, with the state of its line, and
-// leaves out what only shows how far a run is.
+// The window of a survey: passes on what could not be read, with the state of its line, and ignores
+// mere progress.
 class SurveyWindow : public RunWindow {
  public:
   using Report = std::function<void(std::string_view line, std::string_view state)>;

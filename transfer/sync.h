@@ -11,7 +11,7 @@
 
 namespace vlout::transfer {
 
-// The boxes of the main window that sync asks.
+// The boxes of the main window that affect a sync.
 struct SyncOptions {
   bool showConflicts = true;  // "충돌 데이터가 있으면 직접 보여주고 갱신(권장)"
   outlook::MapOptions map;
@@ -26,9 +26,9 @@ class Sync : private Transfer {
         options_(options),
         rowUpdate_(connection, window) {}
 
-  // Every pair is written and stamped before the next one is looked at; what was done before a stop
-  // stays done. A pair that fails is reported and passed over. Throws ContactStoreError or
-  // DatabaseError when the folder or the database is lost as a whole.
+  // Each pair is written and stamped before the next one is looked at, so that a stop leaves whole
+  // pairs. A pair that fails is reported and passed over. Throws ContactStoreError or DatabaseError
+  // when the folder or the database is lost as a whole.
   RunEnd runSync();
 
  private:

@@ -1,5 +1,5 @@
-// What the three transfers have in common: the walk over the contacts folder, in which one record's
-// failure never ends the run, and the lines that report what is wrong with a record.
+// What the three transfers share: the walk over the contacts folder, in which the failure of one
+// record never ends the run, and the lines that report what is wrong with a record.
 #pragma once
 
 #include <memory>
@@ -41,15 +41,15 @@ class Transfer {
   // The last line of a completed run and its message.
   void finishRun(const ClosingTexts& texts, const Counts& counts);
   void hideProgress();
-  // What a closing message says of records that failed.
+  // What the closing message says about records that failed.
   [[nodiscard]] std::string failuresText() const;
 
-  // What was saved is to last; saves that came to nothing after all are reported.
+  // Makes what was saved permanent, and reports saves that were lost after all.
   void flushContacts();
 
   enum class Stopping { Possible, Impossible };
 
-  // Takes a row out of the work list when it goes out of scope: whatever happened to the pair, the
+  // Takes a row out of the work list at the end of its scope: whatever happened to the pair, the
   // row has its contact and must not get a second one.
   class PairedRow {
    public:
@@ -67,34 +67,34 @@ class Transfer {
     bool kept_ = false;
   };
 
-  // Opens the folder and keeps each listed row for the contact that carries its key; of several
-  // that carry one key, for one of them. The work list must be loaded.
+  // Opens the folder and reserves each listed row for the contact that carries its key; if several
+  // do, for one of them. The work list must be loaded.
   void openFolder();
-  // Reports what in the folder is no contact that can be read.
+  // Reports what in the folder could not be read as a contact.
   void reportFolderNotices();
 
   // Calls `step(contact, position)` for every contact of the folder, passing over other items.
-  // Shows progress in `heading`, or in the progress bar alone when there is none. Ends early when
-  // the user asks for it, if the transfer is one that can be stopped, or when a step has set
-  // `stopped_`. The row of a contact that fails leaves the work list.
+  // Shows progress in `heading`, or only in the progress bar if there is none. Ends early if the
+  // user asks for it and the transfer can be stopped, or if a step has set `stopped_`. The row of a
+  // contact that fails leaves the work list.
   template <typename Step>
   RunEnd forEachContact(PhaseLine* heading, Stopping stopping, Step step);
 
-  // Runs one record's step. A failure is reported under `record_`, or what `name` gives when the
-  // step has not set it, and passed over, unless the database is gone: that ends the run. False
-  // when it failed.
+  // Runs one record's step. A failure is reported under `record_` (or, if the step has not set it,
+  // under what `name` gives) and passed over, unless the database is gone: that ends the run. False
+  // if it failed.
   template <typename Name, typename Step>
   bool guarded(Name name, Step step);
 
   [[nodiscard]] static Person personOf(outlook::Contact& contact);
-  // Whether they have the same name, in either order of its parts.
+  // True if both have the same name, in either order of its parts.
   [[nodiscard]] static bool hasNameOf(const WorkListRow& row, outlook::Contact& contact);
   [[nodiscard]] static RowStamps stampsOf(const WorkListRow& row);
-  // The row of that person by the normalised name, family name first or given name first.
+  // The row of that person, by the normalised name, family name first or given name first.
   [[nodiscard]] std::optional<PersonMatch::Choice> findByPerson(outlook::Contact& contact) const;
 
-  // A card's row beside its contact. Where `writing` is the newer side, the row is read by itself
-  // and whole; else it may hold the dates alone.
+  // Compares a card's row with its contact. If `writing` is the newer side, the row is read by
+  // itself and whole; if not, it may hold the dates alone.
   struct ComparedPair {
     std::unique_ptr<store::Recordset> row;
     PairState state;
@@ -102,20 +102,21 @@ class Transfer {
   [[nodiscard]] ComparedPair comparePair(const std::string& rowId, outlook::Contact& contact,
                                          ConflictTest test, Side writing);
 
-  // What the record of a contact is called when its step has failed.
+  // The name under which a contact's failure is reported.
   [[nodiscard]] std::string nameOfRecord(std::size_t position);
 
-  // True for a contact whose key another contact of the folder has a better claim to: a copy that
-  // took it along. It takes no part in the run.
+  // True for a copy of a contact: another contact of the folder has a better claim to its key. It
+  // takes no part in the run.
   [[nodiscard]] bool isDouble(std::size_t position) const { return doubles_.contains(position); }
-  // True for the only contact with the row's key when an item that could not be opened may have the
-  // better claim: it has neither the row's name nor the time of its last transfer.
+  // True for the only readable contact with the row's key if an item that could not be opened may
+  // have a better claim, because this one has neither the row's name nor the time of its last
+  // transfer.
   [[nodiscard]] bool mayBeCopy(const WorkListRow& row, outlook::Contact& contact,
                                std::size_t position);
   void reportDouble(outlook::Contact& contact);
-  // Reports a contact without a key whose card has its contact already.
+  // Reports a contact without a key whose card already has a contact.
   void reportSecondContact(outlook::Contact& contact, std::string_view rowId);
-  // Reports a `VLID` that is no number.
+  // Reports a `VLID` that is not a number.
   void reportUnusableKey(outlook::Contact& contact, std::string_view key);
   void reportFailure(std::string_view name, std::string_view cause);
 

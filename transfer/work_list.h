@@ -1,6 +1,6 @@
 // The name cards that take part in a run, in query order. Engines look rows up by card number or by
-// person and remove each row once it is paired, so that what is left at the end is what no contact
-// was paired with. Look-ups and removals take constant time.
+// person, and remove each row once it is paired. What is left at the end has no contact. Look-ups
+// and removals take constant time.
 #pragma once
 
 #include <cstddef>
@@ -43,23 +43,23 @@ class WorkList {
   // The positions of the rows still in the list, in order.
   [[nodiscard]] std::vector<Position> remaining() const;
 
-  // Keeps the row of that id, if there is one, for the contact that carries its key: no other
-  // contact gets it by person. Its position.
+  // Reserves the row of that id, if there is one, for the contact that carries its key: no other
+  // contact gets it by person. Returns its position.
   std::optional<Position> reserve(std::string_view id);
   // The same for every row of that normalised name.
   void reserveName(const std::string& normalizedName);
   [[nodiscard]] bool isReserved(std::string_view id) const;
-  // True when the row of that id has its contact: it was removed from the list or is reserved.
+  // True if the row of that id has a contact: it was removed from the list or is reserved.
   [[nodiscard]] bool isTaken(std::string_view id) const;
 
-  // The row of that id that is still in the list.
+  // The row of that id, if it is still in the list.
   [[nodiscard]] std::optional<Position> findById(std::string_view id) const;
   // The row of that id, whether removed or not.
   [[nodiscard]] std::optional<Position> find(std::string_view id) const;
 
   // The row of the same person among those whose name, passed through the normaliser, equals
-  // `person.name`. It is taken when it was removed from the list or is reserved. A person without
-  // a name is known by an equal value alone.
+  // `person.name`. It counts as taken if it was removed from the list or is reserved. A person
+  // without a name is recognised only by an equal value.
   [[nodiscard]] std::optional<PersonMatch::Choice> findByNormalizedName(
       const Person& person, Evidence evidence = Evidence::NameAlone) const;
 
@@ -84,7 +84,7 @@ class WorkList {
   std::vector<Entry> rows_;
   std::unordered_map<std::string, Position> byId_;
   std::size_t left_ = 0;
-  // Made at the first look-up by person: a run in which every contact has its key needs none.
+  // Made at the first look-up by person; a run in which every contact has a key needs none.
   mutable bool namesIndexed_ = false;
   mutable Index byNormalizedName_;
   mutable Index byName_;

@@ -1,5 +1,5 @@
 // Fills the work list from the database for a mode and range. The run button calls one loader and
-// examines the outcome text that it answers with.
+// checks the outcome text that it returns.
 #pragma once
 
 #include <string_view>
