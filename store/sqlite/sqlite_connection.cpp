@@ -44,8 +44,8 @@ void configure(sqlite3* database) {
   // The change to WAL does not wait for another program that writes.
   if (!keepsLog(database)) sqlite::execute(database, "BEGIN IMMEDIATE; COMMIT");
   // In WAL mode NORMAL keeps the file consistent through a power cut; at worst the last rows'
-  // stamps are lost, and the next run finds and repairs such pairs. A larger cache takes memory and
-  // saves no time: pages that fall out of it are still in the system's.
+  // stamps are lost, and the next run finds and repairs such pairs. A larger cache takes
+  // as much more memory and saves little: pages that fall out of it are still in the system's.
   sqlite::execute(database,
                   "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA cache_size=-4096;");
 }
