@@ -379,8 +379,8 @@ void floorLook(benchmark::State& state, bool readsRows) {
       store::sqlite::execute(database.get(), "BEGIN");
       store::sqlite::Statement list(
           database.get(),
-          "SELECT i_idx,FullName,cellphone,email,Outlook_modate,Last_moddate,"
-          "VLLastsync_date,folder_name FROM tbl_namecard");
+          "SELECT i_idx,FullName,cellphone,email,Outlook_modate,Last_moddate,VLLastsync_date,"
+          "folder_name from [tbl_namecard] Where [P_IDX]=0 order by [FullName] ASC");
       read(list);
       store::sqlite::Statement row(database.get(), "SELECT * FROM tbl_namecard where [i_idx] = ?");
       for (std::size_t i = 1; readsRows && i <= names.size(); ++i) {

@@ -21,15 +21,26 @@ namespace fs = std::filesystem;
   throw std::system_error(errno, std::generic_category(), path.string());
 }
 
+[[noreturn]] void failAsUnreadable(const fs::path& folder) {
+  throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
+}
+
 }  // namespace
 
 std::size_t countCardFiles(const fs::path& folder) {
   std::size_t count = 0;
   const posix::FileDescriptor directory(posix::openKeepingAccessTime(folder.c_str(), O_DIRECTORY));
   if (!outlook::vcard::forEachCardFile(directory.get(), [&](const char*) { ++count; })) {
-    throw outlook::ContactStoreError(folder.string() + ": " + std::strerror(errno));
+    failAsUnreadable(folder);
   }
   return count;
+}
+
+bool hasCardFile(const fs::path& folder) {
+  const posix::FileDescriptor directory(posix::openKeepingAccessTime(folder.c_str(), O_DIRECTORY));
+  const auto found = outlook::vcard::hasCardFile(directory.get());
+  if (!found) failAsUnreadable(folder);
+  return *found;
 }
 
 std::optional<FileState> fileStateAt(const fs::path& file) {

@@ -13,8 +13,10 @@ namespace vlout::history {
 
 using outlook::vcard::FileState;
 
-// The number of vCard files in a folder, without looking at each. Throws ContactStoreError.
+// The number of vCard files in a folder, without looking at each, and whether there is one. Both
+// throw ContactStoreError.
 [[nodiscard]] std::size_t countCardFiles(const std::filesystem::path& folder);
+[[nodiscard]] bool hasCardFile(const std::filesystem::path& folder);
 
 // The state of a file, following links; nothing if there is none.
 [[nodiscard]] std::optional<FileState> fileStateAt(const std::filesystem::path& file);

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <exception>
 #include <unistd.h>
+#include <utility>
 
 #include "history/completion.h"
 #include "history/restore_point.h"
@@ -85,7 +86,7 @@ std::optional<std::size_t> RunRecorder::filesLeftBy(const RunRecord& run) const 
 // A folder that held many contacts at the last run and is empty now is more likely unmounted, or
 // the wrong one, than emptied on purpose.
 std::string RunRecorder::objectionToEmptied(bool preview) {
-  const bool isEmpty = (count_ ? count_() : countCardFiles(contacts_)) == 0;
+  const bool isEmpty = count_ ? count_() == 0 : !hasCardFile(contacts_);
   if (!isEmpty) warned_ = false;
   if (!isEmpty || emptied_.goOn || warned_) return {};
   const auto runs = runs_.list();
@@ -201,6 +202,7 @@ void RunRecorder::end(const transfer::RunOutcome& outcome) {
   if (!record_) return;
   RunRecord record = std::move(*record_);
   record_.reset();
+  const auto filesFound = std::exchange(filesFound_, std::nullopt);
   record.state = stateAfter(outcome.end);
   record.text = outcome.text;
   try {
@@ -210,7 +212,8 @@ void RunRecorder::end(const transfer::RunOutcome& outcome) {
       const RestorePoint point(runs_.folderOf(record.number));
       record.text += " " + point.written(record.state).counts();
     }
-    const std::size_t files = countCardFiles(contacts_);
+    // What a run has not written to is as it found it.
+    const std::size_t files = filesFound && !record.wrote ? *filesFound : countCardFiles(contacts_);
     if (files > 0 || record.wrote) record.contactFiles = files;
     runs_.save(record);
     if (!outcome.lines.empty()) runs_.saveLines(record.number, outcome.lines);
@@ -279,6 +282,14 @@ void RecordedConnection::letGo() {
   checkpoints_.reset();
   watch_.reset();
   rows_.reset();
+}
+
+std::vector<outlook::vcard::CardFile> RecordedFolder::cardFiles() {
+  auto files = Folder::cardFiles();
+  std::size_t count = files.size();
+  for (const auto& file : files) count += file.otherNames.size();
+  recorder_->filesFound(count);
+  return files;
 }
 
 FileState RecordedFolder::replace(const std::string& name, std::string_view text,

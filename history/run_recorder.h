@@ -59,6 +59,8 @@ class RunRecorder {
   void file(const std::string& name, const std::optional<FileState>& state,
             std::optional<std::int64_t> card = {});
   void rows(const std::vector<RowWrite>& writes);
+  // Tells how many files the run has found in the contact folder.
+  void filesFound(std::size_t count) { filesFound_ = count; }
   // Flushes to the disk what was reported so far.
   void sync();
 
@@ -89,6 +91,7 @@ class RunRecorder {
   Runs runs_;
   std::optional<RunRecord> record_;  // while a run is under way
   std::optional<WrittenLog> log_;    // once it writes
+  std::optional<std::size_t> filesFound_;
   StoredRows* rowsNow_ = nullptr;
   bool warned_ = false;
   std::string place_;
@@ -126,6 +129,7 @@ class RecordedFolder : public outlook::vcard::Folder {
  public:
   RecordedFolder(const std::string& path, std::shared_ptr<RunRecorder> recorder)
       : Folder(path), recorder_(std::move(recorder)) {}
+  [[nodiscard]] std::vector<outlook::vcard::CardFile> cardFiles() override;
   FileState replace(const std::string& name, std::string_view text,
                     const std::optional<FileState>& before, bool keepSecond,
                     const std::string& row) override;

@@ -117,6 +117,10 @@ class ContactStore {
   // Completes saves that a killed run has left half done. Call it before rows are read.
   virtual void completeSaves(const Lose& lose) { static_cast<void>(lose); }
 
+  // Tells that `openContactsFolder` comes next, once the rows have been read: what takes time can
+  // begin.
+  virtual void expectOpening() {}
+
   // Opens the default contacts folder as it is now. Items keep their positions until it is opened
   // again; contacts that are saved meanwhile come after them, or are not counted yet. If each item
   // has to be opened, `afterEach` is called now and then, so that windows stay alive.

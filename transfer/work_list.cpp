@@ -7,6 +7,11 @@ void WorkList::clear() {
   *this = WorkList();
 }
 
+void WorkList::expect(std::size_t rows) {
+  rows_.reserve(rows);
+  byId_.reserve(rows);
+}
+
 void WorkList::add(WorkListRow row) {
   // A card takes part once, even when the host lists it twice.
   if (!byId_.emplace(row.id, rows_.size()).second) return;

@@ -30,6 +30,8 @@ class WorkList {
   using Position = std::size_t;
 
   void clear();
+  // Makes room for that many rows.
+  void expect(std::size_t rows);
   void add(WorkListRow row);
 
   // The number of rows still in the list.

@@ -61,6 +61,7 @@ std::string_view WorkListLoader::load(std::string_view sql) {
   list_.clear();
   const auto rows = connection_.query(sql);
   if (rows->rowCount() == 0) return kOutcomeNoData;
+  list_.expect(rows->rowCount());
   PhaseLine heading(window_, kHeading, rows->rowCount());
   for (std::size_t n = 1; !rows->atEnd(); rows->moveNext(), ++n) {
     heading.advance(n);

@@ -485,6 +485,7 @@ bool frmOutlookSync::connectContacts() {
 }
 
 void frmOutlookSync::runMode() {
+  component_.contacts().expectOpening();
   switch (Combo1.index()) {
     case kImport:
       runImport();

@@ -197,7 +197,7 @@ bool isKeptVersion(std::string_view name) {
 }
 
 void removeDraft(int folder, const std::string& name,
-                 const std::function<void(const std::function<void(const char*)>&)>& forEachFile) {
+                 const std::function<void(const std::function<bool(const char*)>&)>& forEachFile) {
   const auto replaced = stateInName(name);
   if (!isRegular(folder, name)) {
     // An undo may have taken away a link. Anything else of that name is not ours.
@@ -209,7 +209,8 @@ void removeDraft(int folder, const std::string& name,
   if (!isDoneWith) {
     // The file that it was to replace is still in its place, so the draft had not got there.
     forEachFile([&](const char* other) {
-      isDoneWith = isDoneWith || stateIn(folder, other, AT_SYMLINK_NOFOLLOW) == replaced;
+      isDoneWith = stateIn(folder, other, AT_SYMLINK_NOFOLLOW) == replaced;
+      return !isDoneWith;
     });
   }
   if (isDoneWith) {

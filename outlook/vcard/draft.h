@@ -63,9 +63,9 @@ class Draft {
 [[nodiscard]] bool isKeptVersion(std::string_view name);
 
 // Removes what a killed save has left under that name in an open folder. If the save had just taken
-// out another program's version, that version is kept. `forEachFile` calls its argument with each
-// file name of the folder.
+// out another program's version, that version is kept. `forEachFile` calls its argument with the
+// file names of the folder until it returns false.
 void removeDraft(int folder, const std::string& name,
-                 const std::function<void(const std::function<void(const char*)>&)>& forEachFile);
+                 const std::function<void(const std::function<bool(const char*)>&)>& forEachFile);
 
 }  // namespace vlout::outlook::vcard

@@ -47,14 +47,18 @@ void keepSecondOf(int file, const struct stat& status) {
 
 }  // namespace
 
-bool forEachName(int folder, const std::function<void(const char* name)>& use) {
+// Ends early when `use` returns false.
+bool forEachName(int folder, const std::function<bool(const char* name)>& use) {
   struct CloseDirectory {
     void operator()(DIR* directory) const { ::closedir(directory); }
   };
   const int copy = posix::openKeepingAccessTime(".", O_DIRECTORY, folder);
   const std::unique_ptr<DIR, CloseDirectory> directory(copy < 0 ? nullptr : ::fdopendir(copy));
   if (!directory) return false;
-  while (const dirent* const entry = ::readdir(directory.get())) use(entry->d_name);
+  const dirent* entry = nullptr;
+  do {
+    entry = ::readdir(directory.get());
+  } while (entry != nullptr && use(entry->d_name));
   return true;
 }
 
@@ -67,7 +71,17 @@ bool isCardFile(std::string_view name) {
 bool forEachCardFile(int folder, const std::function<void(const char* name)>& use) {
   return forEachName(folder, [&](const char* name) {
     if (isCardFile(name)) use(name);
+    return true;
   });
+}
+
+std::optional<bool> hasCardFile(int folder) {
+  bool found = false;
+  const bool isRead = forEachName(folder, [&](const char* name) {
+    found = isCardFile(name);
+    return !found;
+  });
+  return isRead ? std::optional(found) : std::nullopt;
 }
 
 std::optional<std::vector<CardFile>> listCardFiles(int folder, std::vector<std::string>* own) {
@@ -76,6 +90,7 @@ std::optional<std::vector<CardFile>> listCardFiles(int folder, std::vector<std::
   const auto sortOut = [&](const char* name) {
     if (isCardFile(name)) names.emplace_back(name);
     if (own != nullptr && (isDraft(name) || isKeptVersion(name))) own->emplace_back(name);
+    return true;
   };
   if (!forEachName(folder, sortOut)) return std::nullopt;
   std::sort(names.begin(), names.end());
@@ -139,6 +154,7 @@ Folder::Folder(const std::string& path) : path_(path) {
 }
 
 Folder::~Folder() {
+  listing_ = {};  // it reads through the descriptor
   ::close(descriptor_);
 }
 
@@ -161,6 +177,7 @@ void Folder::tidy() {
   own_.clear();
   forEachName(descriptor_, [&](const char* name) {
     if (isDraft(name) || isKeptVersion(name)) own_.emplace_back(name);
+    return true;
   });
   removeDrafts();
 }
@@ -186,15 +203,29 @@ std::vector<CardFile> Folder::cardFiles() {
   return findCardFiles();
 }
 
+Folder::Listing Folder::list() const {
+  Listing listing;
+  listing.files = listCardFiles(descriptor_, &listing.own);
+  listing.error = errno;
+  return listing;
+}
+
+void Folder::beginListing() {
+  listing_ = std::async(std::launch::async | std::launch::deferred, [this] { return list(); });
+}
+
 std::vector<CardFile> Folder::findCardFiles() {
-  own_.clear();
+  Listing listing = listing_.valid() ? listing_.get() : list();
+  if (!listing.files) {
+    errno = listing.error;
+    fail("");
+  }
+  own_ = std::move(listing.own);
   otherNames_.clear();
-  auto files = listCardFiles(descriptor_, &own_);
-  if (!files) fail("");
-  for (const CardFile& file : *files) {
+  for (const CardFile& file : *listing.files) {
     if (!file.otherNames.empty()) otherNames_.emplace(file.name, file.otherNames);
   }
-  return std::move(*files);
+  return std::move(*listing.files);
 }
 
 std::optional<FileState> Folder::read(const std::string& name, std::string& text) {

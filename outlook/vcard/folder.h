@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <future>
 #include <map>
 #include <optional>
 #include <string>
@@ -25,6 +26,8 @@ namespace vlout::outlook::vcard {
 // Calls `use` with the name of each vCard file of an open folder, in no order. False when the
 // folder cannot be read; `errno` tells why.
 bool forEachCardFile(int folder, const std::function<void(const char* name)>& use);
+// Whether an open folder has a vCard file. Nothing if it cannot be read; `errno` tells why.
+[[nodiscard]] std::optional<bool> hasCardFile(int folder);
 
 // A vCard file as it is found in its folder, unopened.
 struct CardFile {
@@ -53,6 +56,9 @@ class Folder {
   Folder(const Folder&) = delete;
   Folder& operator=(const Folder&) = delete;
 
+  // Starts looking for the vCard files meanwhile: the next `cardFiles` has them as they are from
+  // now on. Nothing may be saved before it.
+  void beginListing();
   // The vCard files. What an interrupted save left behind is removed.
   [[nodiscard]] virtual std::vector<CardFile> cardFiles();
 
@@ -142,8 +148,16 @@ class Folder {
   void renewLinks(const std::string& name, const FileState& before, const FileState& now,
                   const Completed& completed) const;
 
+  struct Listing {
+    std::optional<std::vector<CardFile>> files;
+    std::vector<std::string> own;
+    int error = 0;
+  };
+  [[nodiscard]] Listing list() const;
+
   std::string path_;
   int descriptor_ = -1;
+  std::future<Listing> listing_;
   std::optional<CardJournal> journal_;
   std::map<std::string, std::vector<std::string>> otherNames_;  // of files that have some
   std::vector<std::string> own_;                                // this program's hidden files

@@ -73,6 +73,11 @@ void VCardStore::complete(const Lose& lose) {
   folder_->dropGathered();
 }
 
+// Saves that are still to be completed change the files.
+void VCardStore::expectOpening() {
+  if (folder_ && !folder_->gathered()) folder_->beginListing();
+}
+
 void VCardStore::openContactsFolder(const std::function<void()>& afterEach) {
   static_cast<void>(afterEach);  // the files are read at once, in less time than windows notice
   if (!folder_)

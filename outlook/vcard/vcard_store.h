@@ -38,6 +38,7 @@ class VCardStore : public ContactStore, public CardHome {
   [[nodiscard]] bool connect() override;
   [[nodiscard]] std::string connectFailure() const override { return connectFailure_; }
   void completeSaves(const Lose& lose) override;
+  void expectOpening() override;
   using ContactStore::openContactsFolder;
   void openContactsFolder(const std::function<void()>& afterEach) override;
   [[nodiscard]] std::vector<std::string> folderNotices() const override { return notices_; }

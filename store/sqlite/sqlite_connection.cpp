@@ -108,7 +108,7 @@ struct SqliteConnection::Columns {
   std::unordered_map<std::string_view, std::size_t, Hash, Equal> byName;
 };
 
-// All rows of a query in one block of bytes.
+// All rows of a query, in blocks that are given up once the walk has passed them.
 class SqliteConnection::Rows : public Recordset {
  public:
   // `kept` are the columns to be kept; empty for all.
@@ -117,13 +117,16 @@ class SqliteConnection::Rows : public Recordset {
         kept_(kept),
         width_(kept.empty() ? columns_->count : kept.size()) {
     constexpr std::size_t kUsualCell = 16;
-    cells_.reserve(width_);
-    bytes_.reserve(width_ * kUsualCell);
+    Block& first = blocks_.emplace_back();
+    first.cells.reserve(width_);
+    first.bytes.reserve(width_ * kUsualCell);
   }
 
   void append(const Statement& statement) {
+    if (blocks_.back().bytes.size() >= kFullBlock) startBlock();
+    Block& block = blocks_.back();
     for (std::size_t i = 0; i < width_; ++i) {
-      appendCell(statement, static_cast<int>(kept_.empty() ? i : kept_[i]));
+      appendCell(block, statement, static_cast<int>(kept_.empty() ? i : kept_[i]));
     }
     ++rowCount_;
   }
@@ -133,17 +136,43 @@ class SqliteConnection::Rows : public Recordset {
   void moveNext() override {
     if (atEnd()) throw DatabaseError(text::say("마지막 행을 지났습니다.", "past the last row"));
     ++row_;
+    firstCell_ += width_;
+    if (firstCell_ < blocks_[block_].cells.size() || atEnd()) return;
+    blocks_[block_] = {};
+    ++block_;
+    firstCell_ = 0;
   }
 
   [[nodiscard]] Field field(std::string_view name) const override {
     if (atEnd())
       throw DatabaseError(text::say("현재 행이 없습니다: %1", "no current row: %1", {name}));
-    const Cell& cell = cells_[row_ * width_ + placeOf(name)];
+    const Block& block = blocks_[block_];
+    const Cell& cell = block.cells[firstCell_ + placeOf(name)];
     if (cell.size == kNull) return std::nullopt;
-    return std::string_view(bytes_).substr(cell.start, cell.size);
+    return std::string_view(block.bytes).substr(cell.start, cell.size);
   }
 
  private:
+  // SQLite's rows are far below 4 GB.
+  struct Cell {
+    std::uint32_t start;
+    std::uint32_t size;
+  };
+  struct Block {
+    std::string bytes;
+    std::vector<Cell> cells;  // of whole rows
+  };
+  static constexpr std::uint32_t kNull = static_cast<std::uint32_t>(-1);
+  static constexpr std::size_t kFullBlock = std::size_t{1} << 15;
+
+  void startBlock() {
+    const Block& last = blocks_.back();
+    Block block;
+    block.cells.reserve(last.cells.size());
+    block.bytes.reserve(last.bytes.size());
+    blocks_.push_back(std::move(block));
+  }
+
   // Where a row has that column's cell. Columns are mostly asked for in their order.
   [[nodiscard]] std::size_t placeOf(std::string_view name) const {
     if (next_ >= width_) next_ = 0;
@@ -165,43 +194,37 @@ class SqliteConnection::Rows : public Recordset {
     return columns_->names[kept_.empty() ? place : kept_[place]];
   }
 
-  void appendCell(const Statement& statement, int column) {
+  static void appendCell(Block& block, const Statement& statement, int column) {
+    const auto start = static_cast<std::uint32_t>(block.bytes.size());
     switch (statement.type(column)) {
       case Statement::Type::Null:
-        cells_.push_back({bytes_.size(), kNull});
-        break;
+        block.cells.push_back({start, kNull});
+        return;
       case Statement::Type::Integer:  // the library would allocate for its text
-        appendNumber(statement.number(column));
+        appendNumber(block.bytes, statement.number(column));
         break;
       default:
-        const std::string_view bytes = statement.bytes(column);
-        cells_.push_back({bytes_.size(), bytes.size()});
-        bytes_.append(bytes);
+        block.bytes.append(statement.bytes(column));
     }
+    block.cells.push_back({start, static_cast<std::uint32_t>(block.bytes.size()) - start});
   }
 
-  void appendNumber(std::int64_t number) {
+  static void appendNumber(std::string& bytes, std::int64_t number) {
     std::array<char, 24> digits{};
     const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number).ptr;
-    const auto size = static_cast<std::size_t>(end - digits.data());
-    cells_.push_back({bytes_.size(), size});
-    bytes_.append(digits.data(), size);
+    bytes.append(digits.data(), end);
   }
-
-  static constexpr std::size_t kNull = static_cast<std::size_t>(-1);
-  struct Cell {
-    std::size_t start;
-    std::size_t size;
-  };
 
   std::shared_ptr<const Columns> columns_;
   std::vector<std::size_t> kept_;  // the columns of a row's cells; empty for all of them
   std::size_t width_;              // the cells of a row
   mutable std::size_t next_ = 0;   // where the column that is asked for next may be
-  std::string bytes_;
-  std::vector<Cell> cells_;
+  std::vector<Block> blocks_;
   std::size_t rowCount_ = 0;
+  // The current row.
   std::size_t row_ = 0;
+  std::size_t block_ = 0;
+  std::size_t firstCell_ = 0;  // in the block
 };
 
 SqliteConnection::~SqliteConnection() {
