@@ -1,6 +1,7 @@
 #include "history/restore_point.h"
 
 #include <cerrno>
+#include <fcntl.h>
 #include <set>
 #include <system_error>
 #include <unistd.h>
@@ -33,7 +34,10 @@ std::optional<FileState> RestorePoint::keep(const fs::path& contacts,
                                             const std::string& name) const {
   const fs::path file = contacts / text::pathOf(name);
   const fs::path place = kept(name);
-  if (fileStateAt(place)) return fileStateAt(file);
+  if (::linkat(AT_FDCWD, file.c_str(), AT_FDCWD, place.c_str(), AT_SYMLINK_FOLLOW) == 0) {
+    return fileStateAt(place);
+  }
+  if (errno == EEXIST) return fileStateAt(file);
   // A copy that a kill has cut short must not pass for the file.
   const fs::path draft = files() / "part";
   if (!linkOrCopy(file, draft)) return std::nullopt;

@@ -177,14 +177,14 @@ void Runs::save(const RunRecord& record) const {
 }
 
 void Runs::saveLines(int number, const std::vector<transfer::ResultLine>& lines) const {
-  std::string text;
-  for (const auto& line : lines) {
-    for (const std::string& cell : line) text += text::onOneLine(cell) + '\t';
-    text.back() = '\n';
-  }
   const auto file = folderOf(number) / kLines;
   std::ofstream stream(file, std::ios::binary | std::ios::trunc);
-  stream << text;
+  for (const auto& line : lines) {
+    std::string text;
+    for (const std::string& cell : line) text += text::onOneLine(cell) + '\t';
+    text.back() = '\n';
+    stream << text;
+  }
   stream.close();
   if (!stream) throw std::system_error(errno, std::generic_category(), file.string());
 }

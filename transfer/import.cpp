@@ -1,5 +1,7 @@
 #include "transfer/import.h"
 
+#include <algorithm>
+
 #include "outlook/normalizer.h"
 #include "outlook/pairing.h"
 #include "store/sql.h"
@@ -173,10 +175,12 @@ void Import::addPhase() {
   };
   const std::unordered_set<std::size_t> pending(pending_.begin(), pending_.end());
   for (std::size_t i = 1; i <= contacts_.count(); ++i) {
+    const std::string key = keyOf(i);
+    if (key.empty()) continue;
     if (pending.contains(i)) {
-      waiting_.emplace(keyOf(i), i);
+      waiting_.emplace(key, i);
     } else {
-      keptNumbers_.insert(keyOf(i));
+      keptNumbers_.insert(key);
     }
   }
   PhaseLine heading(window_, "연락처 추가", pending_.size());
@@ -184,7 +188,10 @@ void Import::addPhase() {
     const std::size_t position = pending_[n];
     heading.advance(n + 1);
     static_cast<void>(window_.yield());
-    std::erase_if(waiting_, [&](const auto& each) { return each.second == position; });
+    const auto [first, last] = waiting_.equal_range(keyOf(position));
+    const auto own =
+        std::find_if(first, last, [&](const auto& each) { return each.second == position; });
+    if (own != last) waiting_.erase(own);
     const bool done =
         guarded([&] { return pendingNames_.at(position); }, [&] { addContactAsRow(position); });
     if (!done) keptNumbers_.insert(keyOf(position));

@@ -445,6 +445,7 @@ void frmOutlookSync::runRecorded() {
   } catch (const std::exception& error) {
     failed(withCause(kDatabaseFailed, error.what()), error.what());
   }
+  outcome_.lines.reserve(ListView1.rows().size());
   for (const auto& row : ListView1.rows()) {
     outcome_.lines.push_back({row.cells[0], row.cells[1], row.cells[2]});
   }

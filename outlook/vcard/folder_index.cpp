@@ -113,6 +113,11 @@ const KnownFile* FolderIndex::find(std::string_view name) {
   return name_ == name ? &file_ : nullptr;
 }
 
+FolderIndexWriter::FolderIndexWriter(std::size_t files) {
+  constexpr std::size_t kUsualEntry = 136;
+  entries_.reserve(files * kUsualEntry);
+}
+
 void FolderIndexWriter::add(std::string_view name, const KnownFile& file) {
   const FileSight& sight = file.sight;
   text::pack(entries_, name);
@@ -136,19 +141,18 @@ void FolderIndexWriter::add(std::string_view name, const KnownFile& file) {
 
 void FolderIndexWriter::save(const std::filesystem::path& file,
                              const FolderIdentity& folder) const {
-  std::string bytes;
+  std::string header;
   for (const std::uint64_t number :
        {kForm, folder.device, folder.inode, count_, text::hashOf(entries_)}) {
-    text::pack(bytes, number);
+    text::pack(header, number);
   }
-  bytes += entries_;
   auto draft = file;
   draft += ".new";
   std::error_code ignored;
   std::filesystem::remove(draft, ignored);  // it may be a pipe
   {
     std::ofstream stream(draft, std::ios::binary | std::ios::trunc);
-    stream.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+    stream << header << entries_;
     stream.close();
     if (stream) std::filesystem::rename(draft, file, ignored);
     if (stream && !ignored) return;

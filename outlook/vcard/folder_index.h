@@ -71,6 +71,8 @@ class FolderIndex {
 // Writes a new index.
 class FolderIndexWriter {
  public:
+  // With room for about that many files.
+  explicit FolderIndexWriter(std::size_t files);
   // In ascending order of names.
   void add(std::string_view name, const KnownFile& file);
   // Replaces the old index. Failure is silent: a cache is not worth a message.

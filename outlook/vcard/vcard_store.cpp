@@ -207,7 +207,7 @@ void VCardStore::saveIndex() {
   for (std::size_t i = 0; i < files_.size(); ++i) order.push_back(i);
   std::sort(order.begin(), order.end(),
             [&](std::size_t a, std::size_t b) { return files_[a].name < files_[b].name; });
-  FolderIndexWriter writer;
+  FolderIndexWriter writer(files_.size());
   for (const std::size_t i : order) {
     File& file = files_[i];
     const auto sight = file.isWritten ? folder_->look(file.name) : std::nullopt;
