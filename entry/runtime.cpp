@@ -75,7 +75,7 @@ std::vector<ui::FieldChange> Runtime::takeChanges() {
 
 std::string Runtime::beginRunOrObject(const ui::RunDescription& run) {
   std::string objection =
-      platform_.beginRunOrObject ? platform_.beginRunOrObject(run) : std::string();
+      platform_.beginRunOrObject ? platform_.beginRunOrObject(run, contacts()) : std::string();
   if (!objection.empty() || !platform_.completeCutShort || !connection().isOpen()) return objection;
   try {
     platform_.completeCutShort(connection(), contacts());

@@ -35,7 +35,8 @@ struct Platform {
   std::unique_ptr<ui::Toolkit> toolkit;
   // Set if runs can be previewed; the others if runs are recorded.
   std::function<std::unique_ptr<Preview>()> makePreview = {};
-  std::function<std::string(const ui::RunDescription&)> beginRunOrObject = {};
+  std::function<std::string(const ui::RunDescription&, outlook::ContactStore&)> beginRunOrObject =
+      {};
   // Called once a run or its preview has begun, with the stores that it works on.
   std::function<void(store::Connection&, outlook::ContactStore&)> completeCutShort = {};
   std::function<void(const ui::RunOutcome&)> endRun = {};

@@ -45,6 +45,11 @@ class MirroredBook : public history::MirroredContacts {
   evolution::EvolutionStore store_;
 };
 
+// All stores of this platform are of this kind, even in a preview.
+evolution::EvolutionStore& bookOf(outlook::ContactStore& contacts) {
+  return dynamic_cast<evolution::EvolutionStore&>(contacts);
+}
+
 }  // namespace
 
 std::optional<std::string> bookIn(const fs::path& contacts) {
@@ -86,8 +91,14 @@ std::unique_ptr<outlook::ContactStore> BookSide::makePreviewStore(
 
 void BookSide::use(Platform& platform,
                    const std::shared_ptr<history::RunRecorder>& recorder) const {
-  recorder->contactsAreIn("book:" + info_.name,
-                          [desktop = desktop_, uid = info_.uid] { return desktop->count(uid); });
+  platform.beginRunOrObject = [begin = platform.beginRunOrObject, recorder, name = info_.name](
+                                  const ui::RunDescription& run, outlook::ContactStore& contacts) {
+    recorder->contactsAreIn("book:" + name, [&book = bookOf(contacts)] {
+      book.look();
+      return book.count();
+    });
+    return begin(run, contacts);
+  };
   platform.makeContacts = [self = *this, recorder] {
     return self.makeStore(std::make_shared<history::RecordedBook>(recorder));
   };
@@ -99,10 +110,8 @@ void BookSide::use(Platform& platform,
   platform.completeCutShort = [complete = platform.completeCutShort](
                                   store::Connection& connection, outlook::ContactStore& contacts) {
     // What a killed run has left is told from the mirror.
-    auto& book = dynamic_cast<evolution::EvolutionStore&>(contacts);
     try {
-      if (!book.connect()) return;
-      book.look();
+      bookOf(contacts).look();
     } catch (const outlook::ContactStoreError&) {
       return;  // the run meets it too, and says it
     }

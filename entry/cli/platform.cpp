@@ -75,7 +75,9 @@ Platform makePlatform(const std::filesystem::path& componentFolder,
       .beginRunOrObject =
           [recorder,
            confirmed = std::make_shared<Confirmed>(Confirmed{componentFolder, contacts, emptied})](
-              const ui::RunDescription& run) { return confirmed->beginOrObject(run, *recorder); },
+              const ui::RunDescription& run, outlook::ContactStore&) {
+            return confirmed->beginOrObject(run, *recorder);
+          },
       // All connections of this platform are of this kind, even in a preview.
       .completeCutShort =
           [recorder](store::Connection& connection, outlook::ContactStore& store) {

@@ -2,6 +2,7 @@
 
 #include <condition_variable>
 #include <gio/gio.h>
+#include <malloc.h>
 #include <mutex>
 #include <thread>
 #include <utility>
@@ -61,6 +62,9 @@ Calls::Calls(std::function<void()> whileWaiting, milliseconds patience)
     : whileWaiting_(std::move(whileWaiting)),
       patience_(patience),
       thread_(std::make_shared<Thread>()) {
+  // All contacts are read on that thread, and memory of its own would grow by a page and a call of
+  // the system at a time.
+  ::mallopt(M_ARENA_MAX, 1);
   thread_->thread = std::thread([own = thread_] { own->work(); });
 }
 

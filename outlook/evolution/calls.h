@@ -33,15 +33,17 @@ class Calls {
 
   // Runs `job` and returns what it returns, or throws what it throws. `job` must own all that it
   // uses, since it outlives a call that was given up. Such a call throws NoAnswer. All later ones
-  // throw ContactStoreError at once, or each record of a run would wait as long again.
+  // throw ContactStoreError at once, or each record of a run would wait as long again. `meanwhile`
+  // is done while the job begins.
   template <typename Job>
-  auto run(Job job) {
+  auto run(Job job, const std::function<void()>& meanwhile = nullptr) {
     using Result = decltype(job(static_cast<GCancellable*>(nullptr)));
     GCancellable* const cancellable = begin();
     const auto task = std::make_shared<std::packaged_task<Result()>>(
         [job = std::move(job), cancellable] { return job(cancellable); });
     auto result = task->get_future();
     hand([task] { (*task)(); });
+    if (meanwhile) meanwhile();
     wait([&](std::chrono::milliseconds time) {
       return result.wait_for(time) == std::future_status::ready;
     });

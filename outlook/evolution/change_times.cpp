@@ -2,16 +2,17 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <charconv>
 #include <chrono>
 #include <fcntl.h>
 #include <fstream>
-#include <sstream>
 #include <system_error>
 #include <unistd.h>
 #include <utility>
 
 #include "outlook/evolution/fingerprint.h"
 #include "outlook/evolution/uid_word.h"
+#include "outlook/vcard/card_file.h"
 #include "outlook/vcard/card_text.h"
 #include "posix/file_descriptor.h"
 #include "text/ascii.h"
@@ -23,12 +24,29 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A line of the table: kind, UID, the two fingerprints, the time and the card, separated by blanks.
-// A later line of a UID replaces an earlier one of the same kind; `=` stands for what is certain,
-// `?` for a save that was about to be made.
+// A line of the table, in words: kind, UID, the two fingerprints, the time, the card it was written
+// for, and what its text is and which card is in it. A later line of a UID replaces an earlier one
+// of the same kind; `=` stands for what is certain, `?` for a save that was about to be made.
 constexpr char kCertain = '=';
 constexpr char kPending = '?';
 constexpr std::string_view kNone = "-";
+constexpr std::string_view kContact = "contact";
+constexpr std::string_view kGroup = "group";
+constexpr std::string_view kIs = "=";  // before a card, which may be an empty word
+
+// Takes the first word off a line; an empty one if there is none.
+std::string_view takeWord(std::string_view& line) {
+  const std::string_view word = line.substr(0, line.find(' '));
+  line.remove_prefix(std::min(line.size(), word.size() + 1));
+  return word;
+}
+
+template <typename Number>
+bool takeNumber(std::string_view& line, Number& number) {
+  const std::string_view word = takeWord(line);
+  const char* const end = word.data() + word.size();
+  return std::from_chars(word.data(), end, number) == std::from_chars_result{end, std::errc{}};
+}
 
 // REV in either of its forms, 2025-01-31T10:00:00Z and 20250131T100000Z, as Unix time.
 std::optional<ChangeTime> revisionOf(const std::string& cardText) {
@@ -73,34 +91,53 @@ ChangeTimes::ChangeTimes(const fs::path& componentFolder, const std::string& boo
 
 void ChangeTimes::read() {
   if (!fs::exists(file_)) return;
-  std::istringstream file(text::readRegularFile(file_, text::kLargestOwn));
-  for (std::string text; std::getline(file, text) && !file.eof();) {
-    std::istringstream words(text);
-    char kind = 0;
-    std::string uid;
-    Entry entry;
-    words >> kind >> uid >> entry.text >> entry.content >> entry.time.seconds >>
-        entry.time.nanoseconds >> entry.vlid;
-    if (!words) continue;  // a line that a kill has cut off, and the next one behind it
-    entry.vlid = entry.vlid == kNone ? "" : fromWord(entry.vlid);
-    Contact& contact = contacts_[fromWord(uid)];
-    if (kind == kPending) {
-      contact.pending = std::move(entry);
-    } else {
-      contact.last = std::move(entry);
-      contact.pending.reset();
-    }
+  const std::string table = text::readRegularFile(file_, text::kLargestOwn);
+  contacts_.reserve(static_cast<std::size_t>(std::count(table.begin(), table.end(), '\n')));
+  for (std::string_view rest = table; !rest.empty();) {
+    const std::size_t end = rest.find('\n');
+    if (end == std::string_view::npos) return;  // a kill has cut it off
+    readLine(rest.substr(0, end));
+    rest.remove_prefix(end + 1);
   }
 }
 
-ChangeTimes::Known ChangeTimes::found(const std::string& uid, const std::string& text) {
-  Contact& contact = contacts_[uid];
-  Entry now{.text = textFingerprint(text)};
-  const auto known = [&] {
-    const Entry& last = *contact.last;
-    return Known{last.time, last.vlid.empty() ? std::nullopt : std::optional(last.vlid)};
+void ChangeTimes::readLine(std::string_view line) {
+  const std::string_view kind = takeWord(line);
+  const std::string_view uid = takeWord(line);
+  Entry entry;
+  const bool isWhole = takeNumber(line, entry.text) && takeNumber(line, entry.content) &&
+                       takeNumber(line, entry.time.seconds) &&
+                       takeNumber(line, entry.time.nanoseconds) && !line.empty();
+  if (kind.size() != 1 || !isWhole) return;  // behind a line that a kill has cut off
+  const std::string_view vlid = takeWord(line);
+  if (vlid != kNone) entry.vlid = fromWord(vlid);
+  const std::string_view what = takeWord(line);
+  entry.isGroup = what == kGroup;
+  if (line.starts_with(kIs)) entry.written = fromWord(line.substr(kIs.size()));
+  if (what.empty() || line.empty()) entry.text = 0;  // an older table, which does not say
+  Contact& contact = contacts_[fromWord(uid)];
+  if (kind.front() == kPending) {
+    contact.pending = std::move(entry);
+  } else {
+    contact.last = std::move(entry);
+    contact.pending.reset();
+  }
+}
+
+std::optional<ChangeTimes::Known> ChangeTimes::found(const std::string& uid,
+                                                     const std::string& text) {
+  const auto known = [](const Entry& last) {
+    const auto writtenFor = last.vlid.empty() ? std::nullopt : std::optional(last.vlid);
+    return Known{last.time, last.isGroup, last.written ? last.written : writtenFor};
   };
-  if (contact.last && !contact.pending && contact.last->text == now.text) return known();
+  Entry now{.text = textFingerprint(text)};
+  const auto before = contacts_.find(uid);
+  if (before != contacts_.end() && before->second.last && !before->second.pending &&
+      before->second.last->text == now.text) {
+    return known(*before->second.last);
+  }
+  if (!look(text, now)) return std::nullopt;
+  Contact& contact = contacts_[uid];
   now.content = contentFingerprint(text);
   if (contact.pending && contact.pending->content == now.content) {
     now.time = contact.pending->time;
@@ -126,7 +163,17 @@ ChangeTimes::Known ChangeTimes::found(const std::string& uid, const std::string&
   contact.last = std::move(now);
   contact.pending.reset();
   changed_ = true;
-  return known();
+  return known(*contact.last);
+}
+
+// False if the text is no contact.
+bool ChangeTimes::look(const std::string& text, Entry& entry) {
+  const auto cards = vcard::findCards(text).cards;
+  if (cards.empty()) return false;
+  entry.text = textFingerprint(text);
+  entry.isGroup = cards.front().isGroup;
+  entry.written = cards.front().vlid;
+  return true;
 }
 
 std::uint64_t ChangeTimes::saving(const std::string& uid, const std::string& text,
@@ -139,20 +186,28 @@ std::uint64_t ChangeTimes::saving(const std::string& uid, const std::string& tex
 std::uint64_t ChangeTimes::saved(const std::string& uid, const std::string& stored,
                                  const std::optional<std::string>& vlid, ChangeTime time) {
   Contact& contact = contacts_[uid];
-  contact.last = Entry{.text = textFingerprint(stored),
-                       .content = contentFingerprint(stored),
-                       .time = time,
-                       .vlid = vlid.value_or("")};
+  contact.last =
+      Entry{.content = contentFingerprint(stored), .time = time, .vlid = vlid.value_or("")};
+  look(stored, *contact.last);
   contact.pending.reset();
   append(kCertain, uid, *contact.last);
   return contact.last->content;
 }
 
 std::string ChangeTimes::line(char kind, const std::string& uid, const Entry& entry) {
-  return std::string(1, kind) + ' ' + asWord(uid) + ' ' + std::to_string(entry.text) + ' ' +
-         std::to_string(entry.content) + ' ' + std::to_string(entry.time.seconds) + ' ' +
-         std::to_string(entry.time.nanoseconds) + ' ' +
-         (entry.vlid.empty() ? std::string(kNone) : asWord(entry.vlid)) + '\n';
+  const auto orNone = [](bool isOne, const std::string& word) {
+    return isOne ? word : std::string(kNone);
+  };
+  std::string line{kind};
+  for (const std::string& word :
+       {asWord(uid), std::to_string(entry.text), std::to_string(entry.content),
+        std::to_string(entry.time.seconds), std::to_string(entry.time.nanoseconds),
+        orNone(!entry.vlid.empty(), asWord(entry.vlid)),
+        std::string(entry.isGroup ? kGroup : kContact),
+        orNone(entry.written.has_value(), std::string(kIs) + asWord(entry.written.value_or("")))}) {
+    line.append(" ").append(word);
+  }
+  return line + '\n';
 }
 
 void ChangeTimes::append(char kind, const std::string& uid, const Entry& entry) {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <thread>
 #include <utility>
 
 #include "outlook/evolution/session.h"
@@ -10,11 +11,14 @@
 namespace vlout::outlook::evolution {
 namespace {
 
+using std::chrono::milliseconds;
+
 constexpr text::Words kInstall{
     "데스크톱 주소록을 쓰려면 evolution-data-server 패키지와 사용자 세션 버스(D-Bus)가 필요합니다",
     "Address books of the desktop need the package evolution-data-server and a session bus "
     "(D-Bus)"};
 constexpr guint32 kDoNotWait = static_cast<guint32>(-1);
+constexpr milliseconds kLong{5'000};
 
 std::string nameOf(const Source& source) {
   return asText(e_source_get_display_name(source.get()));
@@ -52,13 +56,14 @@ BookInfo infoOf(const Registry& registry, const Source& source) {
 
 // Changes of a source's state arrive as signals.
 template <typename IsThere>
-void waitFor(IsThere isThere, GCancellable* cancellable, int looks = 250) {
-  constexpr gulong kLook = 20'000;  // microseconds
-  for (int i = 0; i < looks && g_cancellable_is_cancelled(cancellable) == FALSE; ++i) {
+void waitFor(IsThere isThere, GCancellable* cancellable, milliseconds patience = kLong) {
+  constexpr milliseconds kLook{2};
+  for (milliseconds waited{0};
+       waited < patience && g_cancellable_is_cancelled(cancellable) == FALSE; waited += kLook) {
     while (g_main_context_iteration(g_main_context_get_thread_default(), FALSE) != FALSE) {
     }
     if (isThere()) return;
-    g_usleep(kLook);
+    std::this_thread::sleep_for(kLook);
   }
 }
 
@@ -95,13 +100,17 @@ Password passwordFor(const Registry& registry, const Source& source, GCancellabl
 // service takes the account to be connected. So that is believed at once if the account needs no
 // password; after a moment if the desktop has one; and otherwise only after a longer time, in which
 // the server will have asked.
-int looksUntilBelieved(const Registry& registry, const Source& source, GCancellable* cancellable) {
-  constexpr int kWithPassword = 15;
-  constexpr int kWithout = 150;
-  if (e_source_has_extension(source.get(), E_SOURCE_EXTENSION_AUTHENTICATION) == FALSE) return 0;
+milliseconds timeUntilBelieved(const Registry& registry, const Source& source,
+                               GCancellable* cancellable) {
+  constexpr milliseconds kAtOnce{0};
+  constexpr milliseconds kWithPassword{300};
+  constexpr milliseconds kWithout{3'000};
+  if (e_source_has_extension(source.get(), E_SOURCE_EXTENSION_AUTHENTICATION) == FALSE) {
+    return kAtOnce;
+  }
   auto* const authentication = static_cast<ESourceAuthentication*>(
       e_source_get_extension(source.get(), E_SOURCE_EXTENSION_AUTHENTICATION));
-  if (e_source_authentication_required(authentication) == FALSE) return 0;
+  if (e_source_authentication_required(authentication) == FALSE) return kAtOnce;
   return passwordFor(registry, source, cancellable) ? kWithPassword : kWithout;
 }
 
@@ -196,7 +205,7 @@ bool isRefused(const Source& source) {
 bool isWritable(const Client& client, GCancellable* cancellable) {
   // A book that is just being opened passes for a read-only one.
   const auto isIt = [&] { return e_client_is_readonly(base(client)) == FALSE; };
-  waitFor(isIt, cancellable, 100);
+  waitFor(isIt, cancellable, milliseconds(2'000));
   return isIt();
 }
 
@@ -209,12 +218,12 @@ std::string objectionTo(const Registry& registry, const Source& source, const Cl
     return !is(E_SOURCE_CONNECTION_STATUS_DISCONNECTED) &&
            !is(E_SOURCE_CONNECTION_STATUS_CONNECTING);
   };
-  constexpr int kSettling = 50;
+  constexpr milliseconds kSettling{1'000};
   waitFor(isSettled, cancellable, kSettling);
   const auto isConnected = [&] { return is(E_SOURCE_CONNECTION_STATUS_CONNECTED); };
   if (isConnected()) {
     waitFor([&] { return !isConnected(); }, cancellable,
-            looksUntilBelieved(registry, source, cancellable));
+            timeUntilBelieved(registry, source, cancellable));
     waitFor(isSettled, cancellable, kSettling);
   }
   if (is(E_SOURCE_CONNECTION_STATUS_AWAITING_CREDENTIALS)) {
@@ -284,16 +293,6 @@ std::vector<BookInfo> Desktop::knownBooks() {
 BookInfo Desktop::find(const std::string& name) {
   const Registry registry = session_->connected();
   return infoOf(registry, choose(registry, name));
-}
-
-std::size_t Desktop::count(const std::string& name) {
-  const Registry registry = session_->connected();
-  const BookInfo seen =
-      session_->calls.run([registry, source = choose(registry, name)](GCancellable* cancellable) {
-        return lookAt(registry, source, cancellable);
-      });
-  if (!seen.failure.empty()) throw ContactStoreError(seen.failure);
-  return seen.contacts.value_or(0);
 }
 
 std::unique_ptr<Book> Desktop::open(const std::string& name) {

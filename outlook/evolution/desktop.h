@@ -39,8 +39,10 @@ class Book {
   virtual ~Book() = default;
 
   [[nodiscard]] virtual const BookInfo& info() const = 0;
-  // All contacts. What other devices have written to the account is fetched first.
-  [[nodiscard]] virtual std::vector<StoredCard> list() = 0;
+  // All contacts. What other devices have written to the account is fetched first. `meanwhile` is
+  // done while the service gathers them.
+  [[nodiscard]] virtual std::vector<StoredCard> list(
+      const std::function<void()>& meanwhile = nullptr) = 0;
   // Nothing when there is none of that UID.
   [[nodiscard]] virtual std::optional<std::string> get(const std::string& uid) = 0;
   // The same including its pictures, which some books keep in files of their own.
@@ -72,9 +74,6 @@ class Desktop {
 
   // A book by its UID or name, or the default one for an empty text, unopened.
   [[nodiscard]] BookInfo find(const std::string& name);
-  // The number of its contacts.
-  [[nodiscard]] std::size_t count(const std::string& name);
-
   // The book of that UID or name, or the default one for an empty text. Refused if it is read-only,
   // or if its account is offline or lacks its password. No other run can use it meanwhile.
   [[nodiscard]] std::unique_ptr<Book> open(const std::string& name);

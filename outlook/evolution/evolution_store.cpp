@@ -37,6 +37,7 @@ std::string withRemarkOf(const std::string& current, const std::string& kept) {
 
 bool EvolutionStore::connect() {
   settings_.desktop->tryAgain();
+  hasLooked_ = false;
   if (book_) return true;
   try {
     book_ = settings_.desktop->open(settings_.book);
@@ -50,21 +51,23 @@ bool EvolutionStore::connect() {
 
 void EvolutionStore::openContactsFolder(const std::function<void()>& afterEach) {
   static_cast<void>(afterEach);  // the calls let windows live
-  if (!std::exchange(hasLooked_, false)) look();
+  look();
   hasLooked_ = false;
 }
 
 void EvolutionStore::look() {
+  if (hasLooked_) return;
   if (!book_)
     throw ContactStoreError(
         text::say("주소록이 열려 있지 않습니다", "the address book is not open"));
-  std::vector<StoredCard> cards = book_->list();
+  const std::string& uid = book_->info().uid;
+  std::vector<StoredCard> cards = book_->list([&] {
+    times_.emplace(settings_.componentFolder, uid, !isPreview());
+    if (!isPreview()) mirror_.emplace(mirrorOf(settings_.componentFolder, uid));
+  });
   // A book lists its contacts in any order, but positions must be the same in every run.
   std::sort(cards.begin(), cards.end(),
             [](const StoredCard& a, const StoredCard& b) { return a.uid < b.uid; });
-  const std::string& uid = book_->info().uid;
-  times_.emplace(settings_.componentFolder, uid, !isPreview());
-  if (!isPreview()) mirror_.emplace(mirrorOf(settings_.componentFolder, uid));
   items_.clear();
   postponed_.clear();
   postponedSize_ = 0;
@@ -86,19 +89,17 @@ void EvolutionStore::reflect(const Item& item) {
 }
 
 void EvolutionStore::add(StoredCard card) {
-  const auto spans = vcard::findCards(card.text).cards;
-  if (spans.empty() || card.uid.empty()) {
+  auto known = card.uid.empty() ? std::nullopt : times_->found(card.uid, card.text);
+  if (!known) {
     notices_.push_back(
         text::say("%1: 읽을 수 없는 연락처입니다", "%1: unreadable contact", {card.uid}));
     return;
   }
-  const ChangeTimes::Known known = times_->found(card.uid, card.text);
   Item item{.uid = std::move(card.uid),
             .text = std::move(card.text),
-            .isGroup = spans.front().isGroup,
-            .vlid = spans.front().vlid,
-            .time = known.time};
-  if (!item.vlid && known.vlid) item.vlid = known.vlid;
+            .isGroup = known->isGroup,
+            .vlid = std::move(known->vlid),
+            .time = known->time};
   if (mirror_) reflect(item);
   items_.push_back(std::move(item));
 }

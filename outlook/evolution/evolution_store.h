@@ -47,7 +47,8 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
   [[nodiscard]] bool connect() override;
   [[nodiscard]] std::string connectFailure() const override { return connectFailure_; }
   using ContactStore::openContactsFolder;
-  // Reads the book and updates its mirror; the next `openContactsFolder` does not read it again.
+  // Reads the book and updates its mirror, unless that was done since `connect`. The next
+  // `openContactsFolder` does not read it again.
   void look();
   void openContactsFolder(const std::function<void()>& afterEach) override;
 

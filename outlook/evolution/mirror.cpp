@@ -1,8 +1,10 @@
 #include "outlook/evolution/mirror.h"
 
 #include <cerrno>
+#include <dirent.h>
 #include <fcntl.h>
 #include <fstream>
+#include <memory>
 #include <sys/stat.h>
 #include <system_error>
 
@@ -17,7 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr std::string_view kEnding = ".cards";
-constexpr const char* kDraft = ".draft";
+constexpr std::string_view kDraft = ".draft";
 
 [[noreturn]] void fail(const fs::path& file) {
   throw std::system_error(errno, std::generic_category(), file.string());
@@ -40,14 +42,17 @@ std::string bookOfMirror(const fs::path& componentFolder, const fs::path& folder
 Mirror::Mirror(fs::path folder) : folder_(std::move(folder)) {
   fs::create_directories(folder_);
   fs::permissions(folder_.parent_path(), fs::perms::owner_all);
-  const posix::FileDescriptor directory(posix::openKeepingAccessTime(folder_.c_str(), O_DIRECTORY));
-  const bool isRead = vcard::forEachCardFile(directory.get(), [&](const char* name) {
+  const int opened = posix::openKeepingAccessTime(folder_.c_str(), O_DIRECTORY);
+  if (opened < 0) fail(folder_);
+  const std::unique_ptr<DIR, int (*)(DIR*)> directory(::fdopendir(opened), ::closedir);
+  while (const dirent* const entry = ::readdir(directory.get())) {
+    const std::string_view name = entry->d_name;
+    if (name.ends_with(kDraft)) drafts_.push_back(folder_ / name);
     struct stat status {};
-    if (::fstatat(directory.get(), name, &status, 0) != 0) return;
+    if (!vcard::isCardFile(name) || ::fstatat(opened, entry->d_name, &status, 0) != 0) continue;
     const vcard::FileState state = vcard::stateOf(status);
     files_.emplace(name, File{{state.seconds, state.nanoseconds}});
-  });
-  if (!isRead) fail(folder_);
+  }
 }
 
 std::string Mirror::nameOf(const std::string& uid) {
@@ -55,7 +60,7 @@ std::string Mirror::nameOf(const std::string& uid) {
 }
 
 fs::path Mirror::draftOf(const std::string& uid) const {
-  return folder_ / ("." + nameOf(uid) + kDraft);
+  return folder_ / ("." + nameOf(uid) + std::string(kDraft));
 }
 
 bool Mirror::has(const std::string& uid, ChangeTime time) {
@@ -79,9 +84,8 @@ void Mirror::dropOthers() {
   std::erase_if(files_, [&](const auto& file) {
     return !file.second.isAskedFor && fs::remove(folder_ / text::pathOf(file.first));
   });
-  for (const auto& entry : fs::directory_iterator(folder_)) {
-    if (entry.path().extension() == kDraft) fs::remove(entry.path());
-  }
+  for (const fs::path& draft : drafts_) fs::remove(draft);
+  drafts_.clear();
 }
 
 vcard::FileState Mirror::draft(const std::string& uid, const std::string& text, ChangeTime time) {

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <string>
 #include <unordered_map>
+#include <vector>
 
 #include "outlook/evolution/change_times.h"
 #include "outlook/vcard/file_state.h"
@@ -48,6 +49,7 @@ class Mirror {
     bool isAskedFor = false;
   };
   std::unordered_map<std::string, File> files_;
+  std::vector<std::filesystem::path> drafts_;  // that were there when it was opened
 };
 
 }  // namespace vlout::outlook::evolution

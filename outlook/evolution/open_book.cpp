@@ -39,15 +39,28 @@ std::string textOf(EContact* contact) {
   return asText(text.get());
 }
 
+// The UID if there is one line of it and nothing in that needs reading, as the service writes it.
+std::optional<std::string_view> plainUid(std::string_view text) {
+  constexpr std::string_view kLine = "\nUID:";
+  const std::size_t at = text.find(kLine);
+  if (at == text.npos || text.find(kLine.substr(0, kLine.size() - 1), at + 1) != text.npos) {
+    return std::nullopt;
+  }
+  const std::size_t start = at + kLine.size();
+  const std::size_t end = text.find("\r\n", start);
+  if (end == text.npos || text.substr(end + 2).starts_with(' ')) return std::nullopt;
+  const std::string_view uid = text.substr(start, end - start);
+  if (uid.find_first_of("\\ \t") != uid.npos) return std::nullopt;
+  return uid;
+}
+
 // Looks for the line alone; the library would parse the whole contact.
 std::string uidOf(const std::string& text) {
+  if (const auto uid = plainUid(text)) return std::string(*uid);
   vcard::LineReader reader(text);
   while (!reader.atEnd()) {
     const std::string_view line = reader.next();
     if (!text::equalsIgnoringAsciiCase(vcard::lineName(line), "UID")) continue;
-    const std::string_view value = vcard::plainValue(line);
-    const bool isPlain = line.starts_with("UID:") && value.find_first_of("\\\r\n") == value.npos;
-    if (isPlain) return std::string(value);
     return vcard::readProperty(line, vcard::Version::V30, vcard::kUtf8, vcard::FileForm::Bytes)
         .whole();
   }
@@ -67,6 +80,13 @@ class Contacts {
   Contacts& operator=(const Contacts&) = delete;
   [[nodiscard]] GSList* get() const { return list_; }
   [[nodiscard]] GSList** out() { return &list_; }
+  [[nodiscard]] std::size_t size() const { return g_slist_length(list_); }
+  // The first one, which is no longer in the list; null if it is empty.
+  [[nodiscard]] Ref<EContact> take() {
+    Ref<EContact> first(list_ == nullptr ? nullptr : static_cast<EContact*>(list_->data));
+    list_ = g_slist_delete_link(list_, list_);
+    return first;
+  }
 
  private:
   GSList* list_ = nullptr;
@@ -110,10 +130,11 @@ class BusName {
   bool isTaken_ = false;
 };
 
-std::vector<StoredCard> storedCards(GSList* contacts) {
+std::vector<StoredCard> storedCards(Contacts& contacts) {
   std::vector<StoredCard> result;
-  for (const GSList* each = contacts; each != nullptr; each = each->next) {
-    std::string text = textOf(static_cast<EContact*>(each->data));
+  result.reserve(contacts.size());
+  while (const auto contact = contacts.take()) {
+    std::string text = textOf(contact.get());
     result.push_back({uidOf(text), std::move(text)});
   }
   return result;
@@ -166,12 +187,12 @@ class OpenBook : public Book {
 
  private:
   template <typename Job>
-  auto call(Job job) {
+  auto call(Job job, const std::function<void()>& meanwhile = nullptr) {
     if (!client_) open();
     try {
-      return session_->calls.run([job, client = client_, book = info_.name](GCancellable* c) {
-        return job(client, book, c);
-      });
+      return session_->calls.run([job, client = client_, book = info_.name](
+                                     GCancellable* c) { return job(client, book, c); },
+                                 meanwhile);
     } catch (const ServiceGone&) {
       client_.reset();
       throw;
@@ -192,9 +213,9 @@ class OpenBook : public Book {
  public:
   [[nodiscard]] const BookInfo& info() const override { return info_; }
 
-  [[nodiscard]] std::vector<StoredCard> list() override {
-    return call([registry = session_->connected(), source = source_](
-                    const Client& client, const std::string& book, GCancellable* cancellable) {
+  [[nodiscard]] std::vector<StoredCard> list(const std::function<void()>& meanwhile) override {
+    const auto job = [registry = session_->connected(), source = source_](
+                         const Client& client, const std::string& book, GCancellable* cancellable) {
       if (e_client_check_refresh_supported(base(client)) != FALSE) {
         // What it finds is there before the next call is answered. If it fails, the contacts are as
         // the service has them.
@@ -209,8 +230,9 @@ class OpenBook : public Book {
       // Only now is it certain that the account can be used.
       const std::string objection = objectionTo(registry, source, client, cancellable);
       if (!objection.empty()) throw ContactStoreError(book + ": " + objection);
-      return storedCards(contacts.get());
-    });
+      return storedCards(contacts);
+    };
+    return call(job, meanwhile);
   }
 
   [[nodiscard]] std::vector<StoredCard> getAll(const std::vector<std::string>& uids) override {
@@ -221,7 +243,7 @@ class OpenBook : public Book {
                                           cancellable, error.out()) == FALSE) {
         fail(book, error);
       }
-      return storedCards(contacts.get());
+      return storedCards(contacts);
     });
   }
 

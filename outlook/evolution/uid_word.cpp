@@ -26,6 +26,7 @@ std::string asWord(std::string_view uid) {
 }
 
 std::string fromWord(std::string_view word) {
+  if (word.find('%') == std::string_view::npos) return std::string(word);
   std::string result;
   for (std::size_t i = 0; i < word.size(); ++i) {
     unsigned byte = 0;
