@@ -95,6 +95,17 @@ std::string RunRecorder::objectionToEmptied(bool preview) {
     if (!files) continue;
     if (*files < kWorthAsking) break;
     warned_ = emptied_.askAgain && !preview;
+    if (!place_.empty()) {
+      return text::say(
+          "주소록이 비어 있습니다: %1\r\n지난 작업(%2) 때에는 연락처가 %3개 있었습니다.\r\n"
+          "다른 주소록이거나 계정의 연락처를 아직 받지 못했다면 모든 명함이 새 연락처로 다시 "
+          "추가됩니다. %4",
+          "The address book is empty: %1\r\nAt the last run (%2) there were %3 contacts.\r\n"
+          "If it is the wrong one, or its account has not been fetched yet, all cards will be "
+          "added "
+          "again as new contacts. %4",
+          {place_, run->started, std::to_string(*files), emptied_.howToGoOn});
+    }
     return text::say(
         "연락처 폴더가 비어 있습니다: %1\r\n지난 작업(%2) 때에는 연락처 파일이 %3개 "
         "있었습니다(%4).\r\n"
@@ -103,7 +114,7 @@ std::string RunRecorder::objectionToEmptied(bool preview) {
         "(%4).\r\n"
         "If the folder is not mounted, or is the wrong one, all cards will be added again as new "
         "contacts. %5",
-        {place_.empty() ? text::pathText(contacts_) : place_, run->started, std::to_string(*files),
+        {text::pathText(contacts_), run->started, std::to_string(*files),
          text::pathText(runs_.contactsOf(*run)), emptied_.howToGoOn});
   }
   return {};

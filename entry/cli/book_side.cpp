@@ -19,9 +19,10 @@ constexpr std::string_view kBook = "book:";
 
 class MirroredBook : public history::MirroredContacts {
  public:
-  MirroredBook(const fs::path& componentFolder, const std::string& uid)
+  MirroredBook(const fs::path& componentFolder, const std::string& uid,
+               std::function<void()> whileWaiting)
       : store_({.componentFolder = componentFolder,
-                .desktop = std::make_shared<evolution::Desktop>([] {}),
+                .desktop = std::make_shared<evolution::Desktop>(std::move(whileWaiting)),
                 .book = uid}) {
     if (!store_.connect()) throw outlook::ContactStoreError(store_.connectFailure());
     store_.look();
@@ -56,6 +57,10 @@ std::optional<std::string> bookIn(const fs::path& contacts) {
   const std::string name = text::pathText(contacts);
   if (!name.starts_with(kBook)) return std::nullopt;
   return name.substr(kBook.size());
+}
+
+std::string uidOfBook(const std::string& book) {
+  return evolution::Desktop([] {}).find(book).uid;
 }
 
 BookSide::BookSide(fs::path componentFolder, const std::string& book,
@@ -120,10 +125,11 @@ void BookSide::use(Platform& platform,
 }
 
 std::unique_ptr<history::MirroredContacts> openMirrored(const fs::path& componentFolder,
-                                                        const fs::path& contacts) {
+                                                        const fs::path& contacts,
+                                                        std::function<void()> whileWaiting) {
   const std::string uid = evolution::bookOfMirror(componentFolder, contacts);
   if (uid.empty()) return nullptr;
-  return std::make_unique<MirroredBook>(componentFolder, uid);
+  return std::make_unique<MirroredBook>(componentFolder, uid, std::move(whileWaiting));
 }
 
 }  // namespace vlout::entry::cli

@@ -18,6 +18,9 @@ namespace vlout::entry::cli {
 // The name after "book:", which is empty for the default book; nothing for a folder.
 [[nodiscard]] std::optional<std::string> bookIn(const std::filesystem::path& contacts);
 
+// The UID of the book of that name. Throws ContactStoreError.
+[[nodiscard]] std::string uidOfBook(const std::string& book);
+
 class BookSide {
  public:
   // Finds the book. Throws ContactStoreError.
@@ -26,6 +29,8 @@ class BookSide {
 
   // The folder that the history keeps and compares instead of the book.
   [[nodiscard]] std::filesystem::path mirror() const;
+
+  [[nodiscard]] const std::string& uid() const { return info_.uid; }
 
   // Makes a platform work on the book.
   void use(Platform& platform, const std::shared_ptr<history::RunRecorder>& recorder) const;
@@ -44,6 +49,7 @@ class BookSide {
 // For history::Undo: opens the book that a run's contact folder mirrors; null for a real folder.
 // Throws ContactStoreError.
 [[nodiscard]] std::unique_ptr<history::MirroredContacts> openMirrored(
-    const std::filesystem::path& componentFolder, const std::filesystem::path& contacts);
+    const std::filesystem::path& componentFolder, const std::filesystem::path& contacts,
+    std::function<void()> whileWaiting = [] {});
 
 }  // namespace vlout::entry::cli

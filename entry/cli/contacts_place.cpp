@@ -29,9 +29,39 @@ fs::path inFull(const fs::path& contacts) {
   return bookIn(contacts) ? contacts : fs::absolute(contacts).lexically_normal();
 }
 
-bool isSamePlace(const fs::path& a, const fs::path& b) {
+// What the file says: a place, and on a second line the UID of a book.
+struct Remembered {
+  fs::path place;
+  std::string bookUid;
+};
+
+std::optional<Remembered> remembered(const fs::path& componentFolder) {
+  std::string text;
+  try {
+    text = text::readRegularFile(fileIn(componentFolder));
+  } catch (const std::system_error& error) {
+    if (error.code() == std::errc::no_such_file_or_directory) return std::nullopt;
+    throw;
+  }
+  while (text.ends_with('\n')) text.pop_back();
+  if (text.empty()) return std::nullopt;
+  if (!bookIn(text::pathOf(text)))
+    return Remembered{inFull(componentFolder / text::pathOf(text)), {}};
+  const std::size_t end = text.find('\n');
+  return Remembered{text::pathOf(text.substr(0, end)),
+                    end == std::string::npos ? "" : text.substr(end + 1)};
+}
+
+bool isSamePlace(const Remembered& a, const Remembered& b) {
+  if (!a.bookUid.empty() && !b.bookUid.empty()) return a.bookUid == b.bookUid;
   std::error_code missing;
-  return a == b || (!bookIn(a) && !bookIn(b) && fs::equivalent(a, b, missing));
+  return a.place == b.place ||
+         (!bookIn(a.place) && !bookIn(b.place) && fs::equivalent(a.place, b.place, missing));
+}
+
+std::string shown(const Remembered& contacts) {
+  const std::string place = text::pathText(contacts.place);
+  return contacts.bookUid.empty() ? place : place + " (" + contacts.bookUid + ")";
 }
 
 // Calls `use(name, isFolder)` for each entry until it returns true, and returns whether it did. An
@@ -59,22 +89,14 @@ bool holdsCards(const fs::path& folder) {
 }  // namespace
 
 std::optional<fs::path> rememberedContacts(const fs::path& componentFolder) {
-  std::string place;
-  try {
-    place = text::readRegularFile(fileIn(componentFolder));
-  } catch (const std::system_error& error) {
-    if (error.code() == std::errc::no_such_file_or_directory) return std::nullopt;
-    throw;
-  }
-  while (place.ends_with('\n')) place.pop_back();
-  if (place.empty()) return std::nullopt;
-  const fs::path path = text::pathOf(place);
-  return bookIn(path) ? path : inFull(componentFolder / path);
+  const auto last = remembered(componentFolder);
+  return last ? std::optional(last->place) : std::nullopt;
 }
 
-void rememberContacts(const fs::path& componentFolder, const fs::path& contacts) {
-  const auto last = rememberedContacts(componentFolder);
-  if (last == contacts) return;
+void rememberContacts(const fs::path& componentFolder, const fs::path& contacts,
+                      const std::string& bookUid) {
+  const auto last = remembered(componentFolder);
+  if (last && last->place == contacts && last->bookUid == bookUid) return;
   fs::path place = contacts;
   const fs::path inside = contacts.lexically_relative(inFull(componentFolder));
   if (!bookIn(contacts) && !inside.empty() && *inside.begin() != "..") place = inside;
@@ -82,6 +104,7 @@ void rememberContacts(const fs::path& componentFolder, const fs::path& contacts)
   fs::remove(finished);
   std::ofstream stream(finished, std::ios::binary | std::ios::trunc);
   stream << text::pathText(place) << '\n';
+  if (!bookUid.empty()) stream << bookUid << '\n';
   stream.close();
   if (!stream) throw std::system_error(errno, std::generic_category(), text::pathText(finished));
   fs::rename(finished, fileIn(componentFolder));
@@ -92,13 +115,15 @@ fs::path contactsPlace(const fs::path& given, const fs::path& componentFolder) {
   return rememberedContacts(componentFolder).value_or(inFull(componentFolder / "contacts"));
 }
 
-std::string objectionToMove(const fs::path& componentFolder, const fs::path& contacts) {
-  const auto last = rememberedContacts(componentFolder);
-  if (!last || isSamePlace(*last, contacts)) return {};
+std::string objectionToMove(const fs::path& componentFolder, const fs::path& contacts,
+                            const std::string& bookUid) {
+  const auto last = remembered(componentFolder);
+  const Remembered now{contacts, bookUid};
+  if (!last || isSamePlace(*last, now)) return {};
   return text::say(
       "지난 작업 때와 다른 연락처입니다.\r\n지난번: %1\r\n이번: %2\r\n",
       "These are not the contacts of the last run.\r\nLast time: %1\r\nThis time: %2\r\n",
-      {text::pathText(*last), text::pathText(contacts)});
+      {shown(*last), shown(now)});
 }
 
 std::string objectionToFolderOfFolders(const fs::path& contacts) {

@@ -18,9 +18,10 @@ constexpr const char* kShown = "PHOTO";
 
 class LinuxUndoPlan : public ui::UndoPlan {
  public:
-  LinuxUndoPlan(const std::filesystem::path& folder, int run)
-      : undo_(folder, run, [folder](const std::filesystem::path& contacts) {
-          return openMirrored(folder, contacts);
+  LinuxUndoPlan(const std::filesystem::path& folder, int run,
+                const std::function<void()>& whileWaiting)
+      : undo_(folder, run, [folder, whileWaiting](const std::filesystem::path& contacts) {
+          return openMirrored(folder, contacts, whileWaiting);
         }) {}
 
   [[nodiscard]] std::string heading() const override { return headingOf(undo_); }
@@ -53,7 +54,7 @@ std::vector<ui::Desk::Place> LinuxDesk::places() {
   const auto usual = std::filesystem::absolute(folder_ / "contacts").lexically_normal();
   if (usual != contacts_) places.push_back({text::pathText(usual), usual});
   try {
-    for (const auto& book : outlook::evolution::Desktop([] {}).knownBooks()) {
+    for (const auto& book : outlook::evolution::Desktop(whileWaiting_).knownBooks()) {
       const std::filesystem::path place = "book:" + book.uid;
       if (place != contacts_) {
         places.push_back(
@@ -104,7 +105,7 @@ std::vector<ui::Desk::RunDetail> LinuxDesk::detailsOf(int run) {
 }
 
 std::unique_ptr<ui::UndoPlan> LinuxDesk::planUndo(int run) {
-  return std::make_unique<LinuxUndoPlan>(folder_, run);
+  return std::make_unique<LinuxUndoPlan>(folder_, run, whileWaiting_);
 }
 
 }  // namespace vlout::entry::cli

@@ -2,6 +2,7 @@
 // history.
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -12,8 +13,13 @@ namespace vlout::entry::cli {
 
 class LinuxDesk : public ui::Desk {
  public:
-  LinuxDesk(std::filesystem::path folder, std::filesystem::path contacts)
-      : folder_(std::move(folder)), contacts_(std::move(contacts)), shows_(readsShown()) {}
+  // `whileWaiting` is called now and then while an address book of the desktop is waited for.
+  LinuxDesk(std::filesystem::path folder, std::filesystem::path contacts,
+            std::function<void()> whileWaiting)
+      : folder_(std::move(folder)),
+        contacts_(std::move(contacts)),
+        whileWaiting_(std::move(whileWaiting)),
+        shows_(readsShown()) {}
 
   [[nodiscard]] std::filesystem::path folder() const override { return folder_; }
   [[nodiscard]] Place contacts() const override;
@@ -40,6 +46,7 @@ class LinuxDesk : public ui::Desk {
 
   std::filesystem::path folder_;
   std::filesystem::path contacts_;
+  std::function<void()> whileWaiting_;
   bool shows_;
   std::optional<Move> next_;
 };

@@ -20,19 +20,20 @@ namespace {
 struct Confirmed {
   std::filesystem::path componentFolder;
   std::filesystem::path contacts;
+  std::string bookUid;
   history::EmptiedFolder howToConfirm;
 
   std::string beginOrObject(const ui::RunDescription& run, history::RunRecorder& recorder) {
     if (auto objection = objectionToFolderOfFolders(contacts); !objection.empty()) {
       return objection;
     }
-    const std::string moved = objectionToMove(componentFolder, contacts);
+    const std::string moved = objectionToMove(componentFolder, contacts, bookUid);
     if (!moved.empty() && !howToConfirm.goOn && !run.preview) {
       howToConfirm.goOn = howToConfirm.askAgain;
       return moved + howToConfirm.howToGoOn;
     }
     std::string objection = recorder.beginOrObject(run);
-    if (objection.empty() && !run.preview) rememberContacts(componentFolder, contacts);
+    if (objection.empty() && !run.preview) rememberContacts(componentFolder, contacts, bookUid);
     return objection;
   }
 };
@@ -44,10 +45,9 @@ Platform makePlatform(const std::filesystem::path& componentFolder,
                       const history::EmptiedFolder& emptied,
                       const volatile std::sig_atomic_t* stop) {
   const auto book = bookIn(contacts);
+  const auto repaint = [shown = toolkit.get()] { shown->repaint(); };
   std::optional<BookSide> side;
-  if (book) {
-    side.emplace(componentFolder, *book, [shown = toolkit.get()] { shown->repaint(); });
-  }
+  if (book) side.emplace(componentFolder, *book, repaint);
   const auto recorder = std::make_shared<history::RunRecorder>(
       componentFolder, side ? side->mirror() : contacts, emptied);
   const auto makeFolder = [recorder](const std::string& path) {
@@ -73,8 +73,8 @@ Platform makePlatform(const std::filesystem::path& componentFolder,
             });
           },
       .beginRunOrObject =
-          [recorder,
-           confirmed = std::make_shared<Confirmed>(Confirmed{componentFolder, contacts, emptied})](
+          [recorder, confirmed = std::make_shared<Confirmed>(
+                         Confirmed{componentFolder, contacts, side ? side->uid() : "", emptied})](
               const ui::RunDescription& run, outlook::ContactStore&) {
             return confirmed->beginOrObject(run, *recorder);
           },
@@ -85,7 +85,7 @@ Platform makePlatform(const std::filesystem::path& componentFolder,
                                        store);
           },
       .endRun = [recorder](const ui::RunOutcome& outcome) { recorder->end(outcome); },
-      .desk = std::make_shared<LinuxDesk>(componentFolder, contacts),
+      .desk = std::make_shared<LinuxDesk>(componentFolder, contacts, repaint),
   };
   if (side) side->use(platform, recorder);
   return platform;

@@ -10,6 +10,7 @@
 #include <string_view>
 #include <system_error>
 
+#include "entry/cli/book_side.h"
 #include "entry/cli/command.h"
 #include "entry/cli/component_folder.h"
 #include "entry/cli/contacts_place.h"
@@ -215,8 +216,13 @@ void requireUseOf(const Arguments& arguments) {
 // Asks whether the user wants other contacts than the last time. False if the answer is no. Without
 // a terminal to ask in, the run itself refuses them.
 bool settleMove(RunRequest& request) {
-  const std::string moved = objectionToMove(request.folder, request.contacts);
-  if (moved.empty() || request.preview || request.goOn || !canAsk()) return true;
+  if (request.preview || request.goOn || !canAsk() || !rememberedContacts(request.folder)) {
+    return true;
+  }
+  const auto book = bookIn(request.contacts);
+  const std::string moved =
+      objectionToMove(request.folder, request.contacts, book ? uidOfBook(*book) : "");
+  if (moved.empty()) return true;
   request.goOn = confirm(text::onItsLines(text::replaceAll(moved, "\r\n", "\n")) +
                          text::say("이 연락처로 할까요?", "Use these contacts?"));
   return request.goOn;

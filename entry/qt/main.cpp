@@ -11,6 +11,7 @@
 #include <iostream>
 #include <optional>
 
+#include "entry/cli/book_side.h"
 #include "entry/cli/contacts_place.h"
 #include "entry/cli/desk.h"
 #include "entry/cli/platform.h"
@@ -58,6 +59,9 @@ std::optional<Move> run(const Move& here) {
       .askAgain = true,
       .howToGoOn = vlout::text::say("그래도 하려면 한 번 더 시작하십시오.",
                                     "To go on anyway, start it again.")};
+  const auto say = [](const std::string& text) {
+    vlout::ui::qt::QtToolkit().messageBox(vlout::ui::MessageIcon::Critical, text);
+  };
   try {
     auto toolkit = std::make_unique<vlout::ui::qt::QtToolkit>();
     auto platform =
@@ -66,8 +70,19 @@ std::optional<Move> run(const Move& here) {
     vlout::entry::Runtime runtime(here.folder, std::move(platform));
     vlout::entry::ORUN(runtime).OUTSYNCRUN();
     return desk->next();
+  } catch (const vlout::outlook::ContactStoreError& error) {
+    const auto folder = here.folder / "contacts";
+    if (!vlout::entry::cli::bookIn(here.contacts)) {
+      say(error.what());
+      return std::nullopt;
+    }
+    // Whoever has lost the book of the last run has to get at the choice of another place.
+    say(error.what() + std::string("\r\n") +
+        vlout::text::say("창은 다음 연락처 폴더로 엽니다: %1",
+                         "The window opens with this folder: %1", {vlout::text::pathText(folder)}));
+    return Move{here.folder, folder};
   } catch (const std::exception& error) {
-    vlout::ui::qt::QtToolkit().messageBox(vlout::ui::MessageIcon::Critical, error.what());
+    say(error.what());
     return std::nullopt;
   }
 }

@@ -45,8 +45,6 @@ class Book {
       const std::function<void()>& meanwhile = nullptr) = 0;
   // Nothing when there is none of that UID.
   [[nodiscard]] virtual std::optional<std::string> get(const std::string& uid) = 0;
-  // The same including its pictures, which some books keep in files of their own.
-  [[nodiscard]] virtual std::optional<std::string> getWhole(const std::string& uid) = 0;
   // The contacts with these UIDs, as far as they exist.
   [[nodiscard]] virtual std::vector<StoredCard> getAll(const std::vector<std::string>& uids) = 0;
   // Returns the UIDs that the contacts were given. If one fails, a local book has added none; a
@@ -56,6 +54,10 @@ class Book {
   virtual void modify(const std::string& text) = 0;
   virtual void remove(const std::string& uid) = 0;
 };
+
+// A contact's text including its pictures, which books keep in files of their own that go with the
+// next change. A picture that cannot be read stays as it is.
+[[nodiscard]] std::string withPictures(const std::string& cardText);
 
 class Desktop {
  public:

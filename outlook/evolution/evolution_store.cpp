@@ -83,9 +83,7 @@ void EvolutionStore::look() {
 // Writes down what the history sees of a contact.
 void EvolutionStore::reflect(const Item& item) {
   if (mirror_->has(item.uid, item.time)) return;
-  const bool hasFiles = item.text.find("file:") != std::string::npos;
-  mirror_->keep(item.uid, hasFiles ? book_->getWhole(item.uid).value_or(item.text) : item.text,
-                item.time);
+  mirror_->keep(item.uid, withPictures(item.text), item.time);
 }
 
 void EvolutionStore::add(StoredCard card) {
@@ -183,7 +181,7 @@ void EvolutionStore::requireUnchanged(const Item& item) {
 // The history and the table know of a write before it is made, and its file is ready.
 void EvolutionStore::announce(const std::string& uid, const std::string& text, ChangeTime time,
                               const std::string& row) {
-  const vcard::FileState state = mirror_->draft(uid, text, time);
+  const vcard::FileState state = mirror_->draft(uid, withPictures(text), time);
   if (settings_.watcher) settings_.watcher->writing(Mirror::nameOf(uid), state, row);
 }
 

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <type_traits>
 #include <utility>
 
 #include "outlook/evolution/session.h"
@@ -153,24 +154,6 @@ Text queryFor(const std::vector<std::string>& uids) {
   return result;
 }
 
-// Reads one contact; nothing if there is none.
-std::optional<std::string> read(const Client& client, const std::string& book,
-                                const std::string& uid, bool withPictures,
-                                GCancellable* cancellable) {
-  EContact* found = nullptr;
-  Error error;
-  if (e_book_client_get_contact_sync(client.get(), uid.c_str(), &found, cancellable, error.out()) ==
-      FALSE) {
-    if (error.is(E_BOOK_CLIENT_ERROR, E_BOOK_CLIENT_ERROR_CONTACT_NOT_FOUND)) return std::nullopt;
-    fail(book, error);
-  }
-  const Ref<EContact> contact(found);
-  if (withPictures && e_contact_inline_local_photos(contact.get(), error.out()) == FALSE) {
-    fail(book, error);
-  }
-  return textOf(contact.get());
-}
-
 class OpenBook : public Book {
  public:
   OpenBook(std::shared_ptr<Desktop::Session> session, Source source, BookInfo info)
@@ -182,23 +165,18 @@ class OpenBook : public Book {
       throw ContactStoreError(text::say("%1: 다른 실행이 이 주소록을 사용하고 있습니다",
                                         "%1: another run is using this address book",
                                         {info_.name}));
-    open();
+    explainRefusal([&] { open(); });
   }
 
  private:
-  template <typename Job>
-  auto call(Job job, const std::function<void()>& meanwhile = nullptr) {
-    if (!client_) open();
+  // If the server refuses a write, the service waits for somebody to log in, and then even a new
+  // client waits with it.
+  template <typename Ask>
+  std::invoke_result_t<Ask> explainRefusal(Ask ask) {
     try {
-      return session_->calls.run([job, client = client_, book = info_.name](
-                                     GCancellable* c) { return job(client, book, c); },
-                                 meanwhile);
-    } catch (const ServiceGone&) {
-      client_.reset();
-      throw;
+      return ask();
     } catch (const NoAnswer& error) {
       client_.reset();
-      // If the server refuses a write, the service waits for somebody to log in.
       if (!isRefused(source_)) throw;
       throw NoAnswer(text::say(
           "%1: 서버가 받아들이지 않습니다. 쓸 수 있는 계정인지, 암호가 맞는지 데스크톱의 계정 "
@@ -208,6 +186,21 @@ class OpenBook : public Book {
           "write and its password is right (%2)",
           {info_.name, error.what()}));
     }
+  }
+
+  template <typename Job>
+  auto call(Job job, const std::function<void()>& meanwhile = nullptr) {
+    return explainRefusal([&] {
+      if (!client_) open();
+      try {
+        return session_->calls.run([job, client = client_, book = info_.name](
+                                       GCancellable* c) { return job(client, book, c); },
+                                   meanwhile);
+      } catch (const ServiceGone&) {
+        client_.reset();
+        throw;
+      }
+    });
   }
 
  public:
@@ -248,10 +241,18 @@ class OpenBook : public Book {
   }
 
   [[nodiscard]] std::optional<std::string> get(const std::string& uid) override {
-    return get(uid, false);
-  }
-  [[nodiscard]] std::optional<std::string> getWhole(const std::string& uid) override {
-    return get(uid, true);
+    return call([uid](const Client& client, const std::string& book,
+                      GCancellable* cancellable) -> std::optional<std::string> {
+      EContact* found = nullptr;
+      Error error;
+      if (e_book_client_get_contact_sync(client.get(), uid.c_str(), &found, cancellable,
+                                         error.out()) == FALSE) {
+        if (error.is(E_BOOK_CLIENT_ERROR, E_BOOK_CLIENT_ERROR_CONTACT_NOT_FOUND))
+          return std::nullopt;
+        fail(book, error);
+      }
+      return textOf(Ref<EContact>(found).get());
+    });
   }
 
   std::vector<std::string> add(const std::vector<std::string>& texts) override {
@@ -296,13 +297,6 @@ class OpenBook : public Book {
   }
 
  private:
-  [[nodiscard]] std::optional<std::string> get(const std::string& uid, bool withPictures) {
-    return call([uid, withPictures](const Client& client, const std::string& book,
-                                    GCancellable* cancellable) {
-      return read(client, book, uid, withPictures, cancellable);
-    });
-  }
-
   void open() {
     client_ = session_->calls.run(
         [registry = session_->connected(), source = source_, name = info_.name](GCancellable* c) {
@@ -324,6 +318,13 @@ class OpenBook : public Book {
 };
 
 }  // namespace
+
+std::string withPictures(const std::string& cardText) {
+  if (text::replaceAll(cardText, "\r\n ", "").find("file:") == std::string::npos) return cardText;
+  const Ref<EContact> contact(e_contact_new_from_vcard(cardText.c_str()));
+  const bool isWhole = e_contact_inline_local_photos(contact.get(), nullptr) != FALSE;
+  return isWhole ? textOf(contact.get()) : cardText;
+}
 
 std::unique_ptr<Book> openBook(std::shared_ptr<Desktop::Session> session, Source source,
                                BookInfo info) {

@@ -147,6 +147,25 @@ def check_agreement():
         assert not title or f"TITLE:{title}" in contacts[key][1], (key, title, contacts[key][1])
 
 
+def lose_server_during(transfer, sign):
+    """The server goes away at the first line with that sign, and comes back after the next run."""
+    worker = subprocess.Popen([program, *run(transfer), "--folder", folder], stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, text=True)
+    said = ""
+    for line in worker.stdout:
+        if line.startswith(sign) and sign not in said:
+            subprocess.run([home / "server", "stop"], check=True)
+        said += line
+    assert worker.wait() == 0 and said.count("연결할 수 없습니다") > cards / 2, said
+    assert "연결할 수 없습니다" in vloutsync(*run(transfer), status=1)
+    subprocess.run([home / "server", "start"], check=True)
+    agree()
+    assert len(book()) == cards
+
+
+no_bus = subprocess.run([program, "books"], env={**os.environ, "DBUS_SESSION_BUS_ADDRESS": "unix:path=/none"},
+                        capture_output=True, text=True)
+assert no_bus.returncode == 1 and "evolution-data-server" in no_bus.stderr, no_bus
 vloutsync("sample", "--cards", str(cards))
 vloutsync(*run("export"))
 assert len(book()) == cards
@@ -158,6 +177,10 @@ assert not book()
 vloutsync("undo", "2", "--yes")
 assert book().keys() == exported
 agree()
+vloutsync("undo", "1", "--yes")
+lose_server_during("export", "추가→")
+retitle(range(1, cards + 1), "끊김")
+lose_server_during("export", "갱신→")
 
 # What a phone writes comes in, although it drops what it does not know.
 file, text = book()[1]
@@ -185,19 +208,26 @@ def kill_transfers(delay):
 
 kill_transfers(lambda number: 0.15 + 0.1 * (number % 4))
 
-# An edit made since a run is named by undo, which then does nothing unless it is told to.
+# An edit made since a run is named by undo, which then does nothing unless it is told to. It brings the
+# contact back with its picture, which the service keeps in a file that goes with each save.
+file, text = book()[3]
+put(file, text.replace("END:VCARD", "PHOTO;ENCODING=b;TYPE=JPEG:/9j/4AAQ\r\nEND:VCARD"))
+vloutsync(*run("import"))
+retitle([3], "먼저")
+vloutsync(*run("export"))
 before = {key: re.search(r"^TITLE:(.*?)\r?$", text, re.M).group(1) for key, (_, text) in book().items()
           if "TITLE:" in text}
 retitle([3], "다시")
 vloutsync(*run("export"))
 file, text = book()[3]
 assert "TITLE:다시3" in text
-put(file, text.replace("TITLE:다시3", "TITLE:그 뒤"))
+put(file, re.sub(r"^PHOTO.*\r?\n(?: .*\r?\n)*", "", text, flags=re.M).replace("TITLE:다시3", "TITLE:그 뒤"))
 said = vloutsync("undo", "--yes", status=1)
 assert "연락처 고침" in said, said
 assert "TITLE:그 뒤" in book()[3][1]
 vloutsync("undo", "--yes", "--force")
 assert f"TITLE:{before[3]}" in book()[3][1] and titles()[3] == "다시3"
+assert "/9j/4AAQ" in book()[3][1], book()[3][1]
 agree()
 assert "TITLE:다시3" in book()[3][1]
 
@@ -268,3 +298,17 @@ assert "추가=150/갱신=0" in vloutsync(*run("export"))
 assert len(book()) == 250
 vloutsync("undo", "1", "--yes")
 assert not book()
+
+# A book that others have emptied is not filled without being asked, and neither is another one: the
+# default one may change.
+vloutsync(*run("export"))
+assert "다른 연락처" not in vloutsync("run", "import", "--contacts", "book:system-address-book")
+place.ask("""all = book.get_contacts_uids_sync('(contains "x-evolution-any-field" "")', None)[1]
+book.remove_contacts_sync(all, EBookContacts.BookOperationFlags.NONE, None)""")
+assert "연락처가 250개" in vloutsync(*run("export"), status=1)
+vloutsync("run", "import", "--contacts", "book:")
+settings = home / "config/glib-2.0/settings/keyfile"
+settings.parent.mkdir(parents=True)
+settings.write_text("[org/gnome/evolution]\ndefault-address-book='test-local'\n")
+os.environ["GSETTINGS_BACKEND"] = "keyfile"
+assert "지난번: book: (system-address-book)" in vloutsync("run", "import", status=1)
