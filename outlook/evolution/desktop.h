@@ -58,6 +58,8 @@ class Book {
 // A contact's text including its pictures, which books keep in files of their own that go with the
 // next change. A picture that cannot be read stays as it is.
 [[nodiscard]] std::string withPictures(const std::string& cardText);
+// One such picture; nothing if it cannot be read, or the address is none of a file.
+[[nodiscard]] std::optional<std::string> readPicture(const std::string& address);
 
 class Desktop {
  public:

@@ -82,6 +82,10 @@ class EvolutionStore : public ContactStore, public vcard::CardHome {
   [[nodiscard]] const std::optional<std::string>& vlidAt(std::size_t position) const override;
   [[nodiscard]] text::DateTime timeAt(std::size_t position) const override;
   [[nodiscard]] std::string readCard(std::size_t position) override;
+  [[nodiscard]] std::optional<std::string> pictureAt(const std::string& address) override {
+    return readPicture(address);
+  }
+  [[nodiscard]] bool keepsParameters() const override { return false; }
   void saveCard(std::size_t position, const std::string& cardText, std::optional<std::string> vlid,
                 const std::string& row) override;
   [[nodiscard]] std::size_t saveNewCard(const std::string& uid, const std::string& cardText,

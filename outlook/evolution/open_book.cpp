@@ -7,6 +7,7 @@
 #include "outlook/vcard/vcard_syntax.h"
 #include "text/ascii.h"
 #include "text/language.h"
+#include "text/regular_file.h"
 
 namespace vlout::outlook::evolution {
 namespace {
@@ -324,6 +325,16 @@ std::string withPictures(const std::string& cardText) {
   const Ref<EContact> contact(e_contact_new_from_vcard(cardText.c_str()));
   const bool isWhole = e_contact_inline_local_photos(contact.get(), nullptr) != FALSE;
   return isWhole ? textOf(contact.get()) : cardText;
+}
+
+std::optional<std::string> readPicture(const std::string& address) {
+  const Text file(g_filename_from_uri(address.c_str(), nullptr, nullptr));
+  if (!file) return std::nullopt;
+  try {
+    return text::readRegularFile(file.get(), text::kLargestOwn);
+  } catch (const std::system_error&) {
+    return std::nullopt;
+  }
 }
 
 std::unique_ptr<Book> openBook(std::shared_ptr<Desktop::Session> session, Source source,

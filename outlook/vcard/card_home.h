@@ -36,6 +36,13 @@ class CardHome {
     static_cast<void>(position);
     return FileForm::Bytes;
   }
+  // The picture that the home keeps at that address; nothing for any other address.
+  [[nodiscard]] virtual std::optional<std::string> pictureAt(const std::string& address) {
+    static_cast<void>(address);
+    return std::nullopt;
+  }
+  // False if it drops parameters that it does not know.
+  [[nodiscard]] virtual bool keepsParameters() const { return true; }
   virtual void saveCard(std::size_t position, const std::string& cardText,
                         std::optional<std::string> vlid, const std::string& row) = 0;
   // The position of the new card.

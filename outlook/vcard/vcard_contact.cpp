@@ -679,12 +679,11 @@ void VCardContact::showPicture(std::string_view jpeg) {
   const auto lines = card().named(kPhoto);
   for (const CardText::Position line : lines) {
     const Property& photo = card().property(line);
-    const Parameter* const mark = photo.parameter(kPhotoMark);
-    if (photo.unreadable || mark == nullptr || mark->values.empty()) return;
-    const std::string shown = pictureIn(photo);
-    if (mark->values.front() != markOf(shown) || shown == jpeg) return;
+    const std::string shown = pictureOf(photo);
+    if (photo.unreadable || markOn(photo) != markOf(shown) || shown == jpeg) return;
   }
   for (auto line = lines.rbegin(); line != lines.rend(); ++line) card().remove(*line);
+  setSingle(kPhotoMark, jpeg.empty() || home_.keepsParameters() ? "" : markOf(jpeg));
   if (jpeg.empty()) return;
   Property photo{.name = std::string(kPhoto),
                  .parameters = {{std::string(kPhotoMark), {markOf(jpeg)}}},
@@ -699,9 +698,22 @@ void VCardContact::showPicture(std::string_view jpeg) {
   card().append(std::move(photo));
 }
 
+// A home that would drop it there has it on a line of its own.
+std::string VCardContact::markOn(const Property& photo) {
+  const Parameter* const mark = photo.parameter(kPhotoMark);
+  if (mark != nullptr && !mark->values.empty()) return mark->values.front();
+  const auto line = card().firstNamed(kPhotoMark);
+  return line ? card().property(*line).whole() : std::string();
+}
+
+std::string VCardContact::pictureOf(const Property& photo) {
+  std::string picture = pictureIn(photo);
+  return home_.pictureAt(picture).value_or(std::move(picture));
+}
+
 std::string VCardContact::shownPicture() {
   const auto line = card().firstNamed(kPhoto);
-  return line ? pictureIn(card().property(*line)) : std::string();
+  return line ? pictureOf(card().property(*line)) : std::string();
 }
 
 // --- saving -------------------------------------------------------------------------------------

@@ -77,6 +77,8 @@ class VCardContact : public Contact {
   [[nodiscard]] PersonName name();
   void setName(const PersonName& name);
   [[nodiscard]] CardText::Position attachment(std::size_t index);
+  [[nodiscard]] std::string markOn(const Property& photo);
+  [[nodiscard]] std::string pictureOf(const Property& photo);
   void setSingle(std::string_view propertyName, std::string_view value);
   void completeForSaving();
 

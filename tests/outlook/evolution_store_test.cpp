@@ -16,6 +16,8 @@
 #include "outlook/evolution/evolution_store.h"
 #include "outlook/evolution/fingerprint.h"
 #include "outlook/pairing.h"
+#include "outlook/vcard/card_text.h"
+#include "outlook/vcard/vcard_contact.h"
 #include "tests/support/temporary_folder.h"
 #include "text/ascii.h"
 
@@ -186,6 +188,27 @@ TEST_P(EvolutionStoreTest, AKeyThatWasDroppedIsWrittenAgain) {
   contact->setText(P::JobTitle, "과장");
   contact->save();
   EXPECT_NE(otherProgram()->get(uid)->find("X-VLID:7"), std::string::npos);
+}
+
+TEST_P(EvolutionStoreTest, AShownPictureFollowsItsCardUntilOthersExchangeIt) {
+  const auto show = [&](const std::string& jpeg) {
+    const auto store = open();
+    const auto contact = store->item(1);
+    contact->showPicture(jpeg);
+    contact->save();
+    return dynamic_cast<vcard::VCardContact&>(*open()->item(1)).shownPicture();
+  };
+  write(*open()->create(), "홍 길동", "7");
+  const std::string begin = "\xFF\xD8\xFF\xE0";
+  EXPECT_EQ(show(begin + "card"), begin + "card");
+  EXPECT_EQ(show(begin + "renewed"), begin + "renewed");
+  auto other = otherProgram();
+  vcard::CardText card(other->list().at(0).text);
+  card.replace(card.firstNamed("PHOTO").value(), {"/9j/4AAQ"});
+  card.change(card.firstNamed("PHOTO").value()).parameters = {{"ENCODING", {"b"}}};
+  other->modify(card.write());
+  other.reset();
+  EXPECT_EQ(show(begin + "card"), begin + std::string("\0\x10", 2));
 }
 
 TEST_P(EvolutionStoreTest, AnotherProgramsEditIsNotOverwritten) {
