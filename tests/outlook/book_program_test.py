@@ -312,3 +312,16 @@ settings.parent.mkdir(parents=True)
 settings.write_text("[org/gnome/evolution]\ndefault-address-book='test-local'\n")
 os.environ["GSETTINGS_BACKEND"] = "keyfile"
 assert "지난번: book: (system-address-book)" in vloutsync("run", "import", status=1)
+
+# An account whose password the desktop has.
+store = """import gi
+gi.require_version("EDataServer", "1.2")
+from gi.repository import EDataServer
+EDataServer.SourceRegistry.new_sync(None).ref_source("test-password").store_password_sync("secret", False, None)"""
+subprocess.run(["/usr/bin/python3", "-c", store], check=True)
+for file in files.glob("*.vcf"):
+    file.unlink()
+place, folder = Server(), home / "password"
+vloutsync("sample", "--cards", "3")
+assert "추가=3/갱신=0" in vloutsync("run", "export", "--range", "all", "--contacts", "book:Password")
+assert len(book()) == 3 and "추가=0/갱신=0" in vloutsync("run", "import")
