@@ -13,6 +13,7 @@ namespace vlout::history {
 class RecordedBook : public outlook::evolution::BookWatcher {
  public:
   explicit RecordedBook(std::shared_ptr<RunRecorder> recorder) : recorder_(std::move(recorder)) {}
+  void found(std::size_t contacts) override { recorder_->filesFound(contacts); }
   void beforeWriting() override { recorder_->beforeWriting(); }
   void writing(const std::string& file, const FileState& state, const std::string& row) override {
     recorder_->file(file, state, text::parseInteger(row));

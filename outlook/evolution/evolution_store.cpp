@@ -77,6 +77,7 @@ void EvolutionStore::look() {
   for (StoredCard& card : cards) add(std::move(card));
   times_->flush();
   if (mirror_) mirror_->dropOthers();
+  if (settings_.watcher) settings_.watcher->found(items_.size());
   hasLooked_ = true;
 }
 

@@ -26,6 +26,8 @@ namespace vlout::outlook::evolution {
 class BookWatcher {
  public:
   virtual ~BookWatcher() = default;
+  // How many contacts the book was found to have.
+  virtual void found(std::size_t contacts) = 0;
   virtual void beforeWriting() = 0;
   // The file of the mirror and the state that it will have; `row` as for CardHome::saveCard.
   virtual void writing(const std::string& file, const vcard::FileState& state,
