@@ -55,11 +55,14 @@ bool forEachName(int folder, const std::function<bool(const char* name)>& use) {
   const int copy = posix::openKeepingAccessTime(".", O_DIRECTORY, folder);
   const std::unique_ptr<DIR, CloseDirectory> directory(copy < 0 ? nullptr : ::fdopendir(copy));
   if (!directory) return false;
-  const dirent* entry = nullptr;
-  do {
-    entry = ::readdir(directory.get());
-  } while (entry != nullptr && use(entry->d_name));
-  return true;
+  const auto next = [&] {
+    errno = 0;  // alone tells an error from the end
+    return ::readdir(directory.get());
+  };
+  while (const dirent* const entry = next()) {
+    if (!use(entry->d_name)) return true;
+  }
+  return errno == 0;
 }
 
 bool isCardFile(std::string_view name) {
@@ -154,7 +157,7 @@ Folder::Folder(const std::string& path) : path_(path) {
 }
 
 Folder::~Folder() {
-  listing_ = {};  // it reads through the descriptor
+  dropListing();  // it reads through the descriptor
   ::close(descriptor_);
 }
 
@@ -208,6 +211,10 @@ Folder::Listing Folder::list() const {
   listing.files = listCardFiles(descriptor_, &listing.own);
   listing.error = errno;
   return listing;
+}
+
+void Folder::dropListing() {
+  listing_ = {};
 }
 
 void Folder::beginListing() {

@@ -59,6 +59,8 @@ class Folder {
   // Starts looking for the vCard files meanwhile: the next `cardFiles` has them as they are from
   // now on. Nothing may be saved before it.
   void beginListing();
+  // Forgets what nobody has asked for.
+  void dropListing();
   // The vCard files. What an interrupted save left behind is removed.
   [[nodiscard]] virtual std::vector<CardFile> cardFiles();
 

@@ -49,7 +49,10 @@ VCardStore::~VCardStore() {
 }
 
 bool VCardStore::connect() {
-  if (folder_) return true;
+  if (folder_) {
+    folder_->dropListing();  // a run that ended early has left it
+    return true;
+  }
   try {
     folder_ = makeFolder_(path_);
   } catch (const ContactStoreError& error) {

@@ -369,6 +369,14 @@ TEST_F(VCardStoreTest, AnotherProgramsChangeIsNotOverwritten) {
   EXPECT_THROW(contact->save(), ContactStoreError);
   close(writer);
   contact->save();
+  // A run that did not get as far as the folder leaves the next one nothing of what it listed.
+  store->expectOpening();
+  for (int i = 0; i < 300; ++i) {
+    tests::writeFile(folder.path() / (std::to_string(i) + ".vcf"), card("B"));
+  }
+  ASSERT_TRUE(store->connect());
+  store->openContactsFolder();
+  EXPECT_EQ(store->count(), 301U);
 }
 
 TEST_F(VCardStoreTest, FilesKeepTheirModeAndNewOnesArePrivate) {
