@@ -37,7 +37,8 @@ std::optional<FileState> RestorePoint::keep(const fs::path& contacts,
   if (::linkat(AT_FDCWD, file.c_str(), AT_FDCWD, place.c_str(), AT_SYMLINK_FOLLOW) == 0) {
     return fileStateAt(place);
   }
-  if (errno == EEXIST) return fileStateAt(file);
+  // On a network's disk, a link from another disk may fail before the name is looked up.
+  if (errno == EEXIST || fileStateAt(place)) return fileStateAt(file);
   // A copy that a kill has cut short must not pass for the file.
   const fs::path draft = files() / "part";
   if (!linkOrCopy(file, draft)) return std::nullopt;
