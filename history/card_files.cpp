@@ -30,7 +30,8 @@ namespace fs = std::filesystem;
 std::size_t countCardFiles(const fs::path& folder) {
   std::size_t count = 0;
   const posix::FileDescriptor directory(posix::openKeepingAccessTime(folder.c_str(), O_DIRECTORY));
-  if (!outlook::vcard::forEachCardFile(directory.get(), [&](const char*) { ++count; })) {
+  if (directory.get() < 0 ||
+      !outlook::vcard::forEachCardFile(directory.get(), [&](const char*) { ++count; })) {
     failAsUnreadable(folder);
   }
   return count;
@@ -38,7 +39,8 @@ std::size_t countCardFiles(const fs::path& folder) {
 
 bool hasCardFile(const fs::path& folder) {
   const posix::FileDescriptor directory(posix::openKeepingAccessTime(folder.c_str(), O_DIRECTORY));
-  const auto found = outlook::vcard::hasCardFile(directory.get());
+  const auto found =
+      directory.get() < 0 ? std::nullopt : outlook::vcard::hasCardFile(directory.get());
   if (!found) failAsUnreadable(folder);
   return *found;
 }
