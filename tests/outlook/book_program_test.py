@@ -213,10 +213,12 @@ kill_transfers(lambda number: 0.15 + 0.1 * (number % 4))
 file, text = book()[3]
 put(file, text.replace("END:VCARD", "PHOTO;ENCODING=b;TYPE=JPEG:/9j/4AAQ\r\nEND:VCARD"))
 vloutsync(*run("import"))
+time.sleep(1.1)  # rows know whole seconds
 retitle([3], "먼저")
 vloutsync(*run("export"))
 before = {key: re.search(r"^TITLE:(.*?)\r?$", text, re.M).group(1) for key, (_, text) in book().items()
           if "TITLE:" in text}
+time.sleep(1.1)
 retitle([3], "다시")
 vloutsync(*run("export"))
 file, text = book()[3]
@@ -263,7 +265,7 @@ vdirsyncer("sync")
 there = ["--contacts", home / ".contacts" / "book", "--yes"]
 assert str(there[1]) in vloutsync("run", "sync", "--contacts", home / ".contacts", "--yes", status=1)
 vloutsync("run", "sync", *there)
-time.sleep(1.1)  # rows know whole seconds
+time.sleep(1.1)
 retitle([5], "오는")
 file, text = book()[6]
 put(file, re.sub(r"^TITLE:.*$", "TITLE:가는6", text, flags=re.M))
