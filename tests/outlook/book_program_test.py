@@ -3,6 +3,7 @@ desktop see it, and runs that are killed.
 
 Runs inside tests/support/desktop_session; the server's own files are what every other client sees.
 """
+import json
 import os
 import re
 import signal
@@ -182,10 +183,24 @@ lose_server_during("export", "추가→")
 retitle(range(1, cards + 1), "끊김")
 lose_server_during("export", "갱신→")
 
-# What a phone writes comes in, although it drops what it does not know.
+listed = subprocess.run([program, "books", "--json"], capture_output=True, text=True, check=True).stdout
+assert {"uid": "test-dav", "name": "Server", "account": "CardDAV", "kind": "carddav", "writable": True,
+        "contacts": cards, "default": False, "problem": None} in json.loads(listed), listed
+
+
+def kept():
+    ours = {file: file.read_bytes() for file in folder.glob("books/**/*") if file.is_file()}
+    return ours, titles(), sorted(place.texts())
+
+
+# What a phone writes comes in, although it drops what it does not know. A look at it touches nothing.
 file, text = book()[1]
 put(file, re.sub(r"^X-VLID.*\r?\n", "", re.sub(r"^TITLE:.*\r?\n", "", text, flags=re.M), flags=re.M)
     .replace("END:VCARD", "TITLE:전화에서\r\nEND:VCARD"))
+before = kept()
+assert [each["card"] for each in json.loads(vloutsync("status", "--json"))["contact_changed"]] == ["1"]
+assert "추가=0/갱신=1" in vloutsync(*run("import"), "--preview")
+assert kept() == before
 assert "추가=0/갱신=1" in vloutsync(*run("import"))
 assert titles()[1] == "전화에서"
 agree()
