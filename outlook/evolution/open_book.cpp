@@ -226,7 +226,11 @@ class OpenBook : public Book {
       if (!objection.empty()) throw ContactStoreError(book + ": " + objection);
       return storedCards(contacts);
     };
-    return call(job, meanwhile);
+    try {
+      return call(job, meanwhile);
+    } catch (const ServiceGone&) {
+      return call(job, meanwhile);  // it may have died long ago, while nothing was asked of it
+    }
   }
 
   [[nodiscard]] std::vector<StoredCard> getAll(const std::vector<std::string>& uids) override {
