@@ -61,6 +61,8 @@ std::string RunRecorder::beginOrObject(const transfer::RunDescription& run) {
     }
     if (auto objection = objectionToSpace(); !objection.empty()) return objection;
     if (!run.preview) start(run);
+  } catch (const outlook::ContactStoreError& error) {
+    return error.what();
   } catch (const std::exception& error) {
     return text::say("작업 기록을 만들 수 없어 시작하지 않습니다.\r\n",
                      "Not started: the record of the run could not be made.\r\n") +

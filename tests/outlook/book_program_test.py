@@ -307,6 +307,7 @@ with sqlite3.connect(folder / "VelmoraDB.vdb") as database:
                               stderr=subprocess.DEVNULL)
     while len(list(folder.glob("books/*.cards/*.vcf"))) < 100 and worker.poll() is None:
         time.sleep(0.01)
+    assert "다른 실행이 이 주소록" in vloutsync(*run("import"), status=1)
     worker.kill()
     worker.wait()
 assert len(book()) == 100
