@@ -432,7 +432,7 @@ bool isLong() {
 void configureAt(benchmark::internal::Benchmark* benchmark, std::initializer_list<int> sizes) {
   for (const int cards : sizes) benchmark->Arg(cards);
   benchmark->UseManualTime()->Unit(benchmark::kMillisecond)->Iterations(1);
-  benchmark->Repetitions(isLong() ? 5 : 3);
+  benchmark->Repetitions(3);
   benchmark->ReportAggregatesOnly()->ComputeStatistics("min", [](const std::vector<double>& times) {
     return *std::min_element(times.begin(), times.end());
   });
