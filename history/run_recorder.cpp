@@ -104,8 +104,7 @@ std::string RunRecorder::objectionToEmptied(bool preview) {
           "추가됩니다. %4",
           "The address book is empty: %1\r\nAt the last run (%2) there were %3 contacts.\r\n"
           "If it is the wrong one, or its account has not been fetched yet, all cards will be "
-          "added "
-          "again as new contacts. %4",
+          "added again as new contacts. %4",
           {place_, run->started, std::to_string(*files), emptied_.howToGoOn});
     }
     return text::say(

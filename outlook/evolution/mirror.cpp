@@ -1,10 +1,8 @@
 #include "outlook/evolution/mirror.h"
 
 #include <cerrno>
-#include <dirent.h>
 #include <fcntl.h>
 #include <fstream>
-#include <memory>
 #include <sys/stat.h>
 #include <system_error>
 
@@ -42,17 +40,18 @@ std::string bookOfMirror(const fs::path& componentFolder, const fs::path& folder
 Mirror::Mirror(fs::path folder) : folder_(std::move(folder)) {
   fs::create_directories(folder_);
   fs::permissions(folder_.parent_path(), fs::perms::owner_all);
-  const int opened = posix::openKeepingAccessTime(folder_.c_str(), O_DIRECTORY);
-  if (opened < 0) fail(folder_);
-  const std::unique_ptr<DIR, int (*)(DIR*)> directory(::fdopendir(opened), ::closedir);
-  while (const dirent* const entry = ::readdir(directory.get())) {
-    const std::string_view name = entry->d_name;
+  const posix::FileDescriptor directory(posix::openKeepingAccessTime(folder_.c_str(), O_DIRECTORY));
+  const bool isRead = vcard::forEachName(directory.get(), [&](const char* found) {
+    const std::string_view name = found;
     if (name.ends_with(kDraft)) drafts_.push_back(folder_ / name);
     struct stat status {};
-    if (!vcard::isCardFile(name) || ::fstatat(opened, entry->d_name, &status, 0) != 0) continue;
-    const vcard::FileState state = vcard::stateOf(status);
-    files_.emplace(name, File{{state.seconds, state.nanoseconds}});
-  }
+    if (vcard::isCardFile(name) && ::fstatat(directory.get(), found, &status, 0) == 0) {
+      const vcard::FileState state = vcard::stateOf(status);
+      files_.emplace(name, File{{state.seconds, state.nanoseconds}});
+    }
+    return true;
+  });
+  if (!isRead) fail(folder_);
 }
 
 std::string Mirror::nameOf(const std::string& uid) {

@@ -47,7 +47,6 @@ void keepSecondOf(int file, const struct stat& status) {
 
 }  // namespace
 
-// Ends early when `use` returns false.
 bool forEachName(int folder, const std::function<bool(const char* name)>& use) {
   struct CloseDirectory {
     void operator()(DIR* directory) const { ::closedir(directory); }

@@ -23,6 +23,9 @@ namespace vlout::outlook::vcard {
 // True if a file is a vCard by its name.
 [[nodiscard]] bool isCardFile(std::string_view name);
 
+// Calls `use` with each name in an open folder, in no order, until it returns false. False when the
+// folder cannot be read to its end; `errno` tells why.
+bool forEachName(int folder, const std::function<bool(const char* name)>& use);
 // Calls `use` with the name of each vCard file of an open folder, in no order. False when the
 // folder cannot be read; `errno` tells why.
 bool forEachCardFile(int folder, const std::function<void(const char* name)>& use);
